@@ -1,0 +1,167 @@
+#include "platform/data/connection.h"
+
+#include "platform/data/driver.h"
+#include "platform/data/row_source.h"
+#include "platform/data/statement.h"
+
+#include <limits>
+
+namespace varo::data {
+
+/// An open file and the transactions on it. Transactions keep it beyond the connection's close(),
+/// when its file is gone.
+struct ConnectionState {
+    ConnectionState(const QString& filePath, std::unique_ptr<DatabaseFile> opened)
+        : path(filePath), file(std::move(opened)) {}
+    ConnectionState(const ConnectionState&) = delete;
+    ConnectionState& operator=(const ConnectionState&) = delete;
+    ~ConnectionState() { close(); }
+
+    void close() noexcept {
+        if (file != nullptr) {
+            file->releaseUsers();
+            file.reset();
+        }
+    }
+
+    sqlite3* handle() const {
+        if (file == nullptr) {
+            throw Error(QStringLiteral("the connection is closed"));
+        }
+        return file->handle();
+    }
+
+    // SQLite undoes a whole transaction by itself after some failures, such as a full disk. What
+    // follows in that transaction must not become final on its own.
+    sqlite3* writableHandle() const {
+        sqlite3* database = handle();
+        if (depth > 0 && sqlite3_get_autocommit(database) != 0) {
+            throw Error(QStringLiteral("the transaction has been undone by an earlier failure"));
+        }
+        return database;
+    }
+
+    QString path;
+    std::unique_ptr<DatabaseFile> file;
+    int depth = 0;
+};
+
+namespace {
+
+ConnectionState& opened(const std::shared_ptr<ConnectionState>& state) {
+    if (state == nullptr) {
+        throw Error(QStringLiteral("the connection is closed"));
+    }
+    return *state;
+}
+
+QString savepoint(int depth) {
+    return QStringLiteral("level%1").arg(depth);
+}
+
+}  // namespace
+
+Connection::Connection() = default;
+Connection::~Connection() {
+    close();
+}
+Connection::Connection(Connection&&) noexcept = default;
+
+Connection& Connection::operator=(Connection&& other) noexcept {
+    if (this != &other) {
+        close();
+        state_ = std::move(other.state_);
+    }
+    return *this;
+}
+
+void Connection::open(const QString& path) {
+    close();
+    state_ = std::make_shared<ConnectionState>(path, driverFor(path).open(path));
+}
+
+void Connection::close() noexcept {
+    if (state_ != nullptr) {
+        state_->close();
+        state_.reset();
+    }
+}
+
+bool Connection::isOpen() const noexcept {
+    return state_ != nullptr;
+}
+
+QString Connection::path() const {
+    return isOpen() ? state_->path : QString();
+}
+
+qint64 Connection::execute(const QString& statement, const Arguments& arguments) {
+    sqlite3* database = opened(state_).writableHandle();
+    run(database, statement, arguments);
+    return sqlite3_changes64(database);
+}
+
+Recordset Connection::query(const QString& statement, const Arguments& arguments) {
+    StatementHandle prepared = prepare(opened(state_).handle(), statement, arguments);
+    return Recordset(std::make_shared<RowSource>(*state_->file, std::move(prepared)));
+}
+
+qint32 Connection::lastInsertedId() const {
+    const qint64 id = sqlite3_last_insert_rowid(opened(state_).handle());
+    if (id > std::numeric_limits<qint32>::max() || id < std::numeric_limits<qint32>::min()) {
+        throw Error(QStringLiteral("the table has run out of identifiers"));
+    }
+    return static_cast<qint32>(id);
+}
+
+BlobField Connection::field(const QString& table, const QString& column, qint32 id) {
+    opened(state_).writableHandle();
+    return BlobField(state_->file->field(table, column, id));
+}
+
+Transaction::Transaction(Connection& connection) : state_(connection.state_) {
+    sqlite3* database = opened(state_).writableHandle();
+    const int depth = state_->depth + 1;
+    // The write lock is taken at once: a wait for it in the middle could end in a deadlock.
+    run(database, depth == 1 ? QStringLiteral("BEGIN IMMEDIATE")
+                             : QStringLiteral("SAVEPOINT ") + savepoint(depth));
+    state_->depth = depth;
+    depth_ = depth;
+    open_ = true;
+}
+
+Transaction::~Transaction() {
+    if (open_) {
+        undo();
+    }
+}
+
+void Transaction::commit() {
+    if (!open_ || depth_ != state_->depth) {
+        throw Error(QStringLiteral("the transaction is not the innermost one that is open"));
+    }
+    try {
+        run(state_->writableHandle(), depth_ == 1 ? QStringLiteral("COMMIT")
+                                                  : QStringLiteral("RELEASE ") + savepoint(depth_));
+    } catch (const Error&) {
+        undo();
+        throw;
+    }
+    state_->depth = depth_ - 1;
+    open_ = false;
+}
+
+void Transaction::undo() noexcept {
+    open_ = false;
+    state_->depth = depth_ - 1;
+    if (state_->file == nullptr || sqlite3_get_autocommit(state_->file->handle()) != 0) {
+        return;
+    }
+    const QString statements =
+        depth_ == 1 ? QStringLiteral("ROLLBACK")
+                    : QStringLiteral("ROLLBACK TO %1; RELEASE %1").arg(savepoint(depth_));
+    sqlite3_exec(state_->file->handle(), statements.toUtf8().constData(), nullptr, nullptr,
+                 nullptr);
+}
+
+}  // namespace varo::data

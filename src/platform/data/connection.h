@@ -1,0 +1,84 @@
+#pragma once
+
+#include "platform/data/blob_field.h"
+#include "platform/data/error.h"
+#include "platform/data/recordset.h"
+
+#include <QString>
+
+#include <memory>
+#include <variant>
+#include <vector>
+
+namespace varo::data {
+
+/// A value bound to a `?` of a statement. A text with U+0000 or half a surrogate pair cannot be
+/// stored as it stands and makes the statement fail.
+using Argument = std::variant<std::nullptr_t, qint32, qint64, QString>;
+using Arguments = std::vector<Argument>;
+
+/// A connection to one database file. The file's format is told by its content; a file that no
+/// driver reads does not open. Not thread-safe. Everything that fails throws Error.
+class Connection {
+  public:
+    Connection();
+    ~Connection();
+    Connection(Connection&&) noexcept;
+    Connection& operator=(Connection&&) noexcept;
+
+    /// Closes what is open and opens the existing file at `path`, for reading and writing if the
+    /// file allows it, else for reading. Never creates or changes a file. Throws Error (the
+    /// connection is then closed) when the file is missing, is in no format that a driver reads, or
+    /// is damaged or locked so that its structure cannot be read.
+    void open(const QString& path);
+
+    /// Closes the file; record sets and fields taken from this connection become closed.
+    void close() noexcept;
+
+    bool isOpen() const noexcept;
+
+    /// Path of the open file as given to open(), "" when closed.
+    QString path() const;
+
+    /// Runs a statement that changes data; returns the number of rows changed. A lock held by
+    /// another program is waited for two seconds at most.
+    qint64 execute(const QString& statement, const Arguments& arguments = {});
+
+    /// Runs a query and returns its record set, positioned on the first row.
+    Recordset query(const QString& statement, const Arguments& arguments = {});
+
+    /// Identifier that the database assigned to the last inserted row. Throws Error when it is
+    /// beyond 32 bits.
+    qint32 lastInsertedId() const;
+
+    /// The long-binary field `column` of the row of `table` whose identifier is `id`. Throws Error
+    /// when there is no such row.
+    BlobField field(const QString& table, const QString& column, qint32 id);
+
+  private:
+    friend class Transaction;
+    std::shared_ptr<struct ConnectionState> state_;
+};
+
+/// Groups the writes made on a connection until commit(); destroying it without commit() undoes
+/// them. Transactions may be nested: the inner one can be undone alone, and what it commits becomes
+/// final with the outermost one.
+class Transaction {
+  public:
+    explicit Transaction(Connection& connection);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    /// Makes the writes final. Throws Error when that fails; they are then undone.
+    void commit();
+
+  private:
+    void undo() noexcept;
+
+    std::shared_ptr<struct ConnectionState> state_;
+    int depth_ = 0;
+    bool open_ = false;
+};
+
+}  // namespace varo::data

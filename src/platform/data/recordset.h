@@ -1,0 +1,56 @@
+#pragma once
+
+#include "platform/data/error.h"
+
+#include <QString>
+#include <QStringView>
+
+#include <memory>
+
+namespace varo::data {
+
+/// The rows that a query returned, read forwards one at a time. A default-constructed record set is
+/// closed. Rows are fetched as they are read, so a record set holds one row at a time and locks its
+/// file for readers until it is closed or destroyed.
+class Recordset {
+  public:
+    Recordset() = default;
+    Recordset(Recordset&&) noexcept = default;
+    Recordset& operator=(Recordset&&) noexcept = default;
+    ~Recordset() = default;
+
+    /// False also once the connection has been closed; everything but atEnd() and columnCount()
+    /// then throws Error.
+    bool isOpen() const noexcept;
+    void close() noexcept { rows_.reset(); }
+
+    /// True when there is no current row: behind the last row, or the result is empty.
+    bool atEnd() const noexcept;
+
+    /// Goes to the next row. Throws Error when reading fails or there is no current row.
+    void moveNext();
+
+    /// Position of the column with this name, letter case ignored; -1 when there is none.
+    int column(QStringView name) const;
+    int columnCount() const noexcept;
+    QString columnName(int column) const;
+
+    /// Fields of the current row, by column position. NULL reads as 0 or as empty text; a number in
+    /// a text column reads as its decimal text. An out-of-range integer is cut to the range. Throws
+    /// Error when there is no current row or no such column.
+    bool isNull(int column) const;
+    qint32 integer(int column) const;
+    QString text(int column) const;
+
+    /// The same fields by column name. Throws Error when there is no such column.
+    qint32 integer(QStringView name) const;
+    QString text(QStringView name) const;
+
+  private:
+    friend class Connection;
+    explicit Recordset(std::shared_ptr<struct RowSource> rows);
+
+    std::shared_ptr<struct RowSource> rows_;
+};
+
+}  // namespace varo::data

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/data/driver.h"
+#include "platform/data/statement.h"
+
+namespace varo::data {
+
+/// A running query: its statement and whether that stands on a row.
+struct RowSource final : HandleUser {
+    RowSource(DatabaseFile& database, StatementHandle prepared)
+        : HandleUser(database), statement(std::move(prepared)), onRow(step(statement.get())) {}
+
+    void release() noexcept override {
+        statement.reset();
+        onRow = false;
+    }
+
+    StatementHandle statement;
+    bool onRow;
+};
+
+}  // namespace varo::data

@@ -1,0 +1,181 @@
+#include "platform/data/sqlite_driver.h"
+
+#include "platform/data/statement.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <string_view>
+
+namespace varo::data {
+
+namespace {
+
+struct HandleDeleter {
+    void operator()(sqlite3* handle) const noexcept { sqlite3_close_v2(handle); }
+};
+using Handle = std::unique_ptr<sqlite3, HandleDeleter>;
+
+struct BlobDeleter {
+    void operator()(sqlite3_blob* blob) const noexcept { sqlite3_blob_close(blob); }
+};
+
+class SqliteFile final : public DatabaseFile {
+  public:
+    explicit SqliteFile(Handle handle) : handle_(std::move(handle)) {}
+
+    sqlite3* handle() const noexcept override { return handle_.get(); }
+    std::shared_ptr<LongBinary> field(const QString& table, const QString& column,
+                                      qint32 id) override;
+
+  private:
+    Handle handle_;
+};
+
+class SqliteBlob final : public LongBinary, private HandleUser {
+  public:
+    SqliteBlob(SqliteFile& file, const QString& table, const QString& column, qint32 id)
+        : HandleUser(file), table_(table), column_(column) {
+        const auto row = prepare(file.handle(),
+                                 QStringLiteral("Select rowid, typeof(%1) From %2 Where ID = ?")
+                                     .arg(quoted(column), quoted(table)),
+                                 {id});
+        if (!step(row.get())) {
+            throw Error(QStringLiteral("%1 has no row %2").arg(table).arg(id));
+        }
+        row_ = sqlite3_column_int64(row.get(), 0);
+        null_ = QByteArrayView(reinterpret_cast<const char*>(sqlite3_column_text(row.get(), 1))) ==
+                QByteArrayView("null");
+    }
+
+    qint64 size() override { return null_ ? 0 : sqlite3_blob_bytes(blob(Access::Read)); }
+
+    void read(qint64 offset, std::span<char> chunk) override {
+        sqlite3_blob* source = blob(Access::Read);
+        check(sqlite3_blob_read(source, chunk.data(), static_cast<int>(chunk.size()),
+                                static_cast<int>(offset)));
+    }
+
+    void replace(qint64 total) override {
+        blob_.reset();
+        run(handle(),
+            QStringLiteral("Update %1 Set %2 = zeroblob(?) Where rowid = ?")
+                .arg(quoted(table_), quoted(column_)),
+            {total, row_});
+        null_ = false;
+    }
+
+    void write(qint64 offset, std::span<const char> chunk) override {
+        sqlite3_blob* target = blob(Access::Write);
+        const auto length = static_cast<int>(chunk.size());
+        check(sqlite3_blob_write(target, chunk.data(), length, static_cast<int>(offset)));
+        if (offset + length == sqlite3_blob_bytes(target)) {
+            blob_.reset();  // nothing commits while a handle is open for writing
+        }
+    }
+
+  private:
+    enum class Access { Read, Write };
+
+    void release() noexcept override { blob_.reset(); }
+
+    sqlite3* handle() const {
+        if (file() == nullptr) {
+            throw Error(QStringLiteral("the file of the field is closed"));
+        }
+        return file()->handle();
+    }
+
+    void check(int result) const {
+        if (result != SQLITE_OK) {
+            throwLastError(handle());
+        }
+    }
+
+    // The blob handle is kept between chunks: it remembers where the value's pages lie, so that
+    // going through a long value takes linear time.
+    sqlite3_blob* blob(Access access) {
+        sqlite3* database = handle();
+        if (blob_ == nullptr || (access == Access::Write && access_ == Access::Read)) {
+            blob_.reset();
+            sqlite3_blob* opened = nullptr;
+            check(sqlite3_blob_open(database, "main", table_.toUtf8().constData(),
+                                    column_.toUtf8().constData(), row_, access == Access::Write,
+                                    &opened));
+            blob_.reset(opened);
+            access_ = access;
+        }
+        return blob_.get();
+    }
+
+    QString table_;
+    QString column_;
+    qint64 row_ = 0;
+    bool null_ = false;
+    Access access_ = Access::Read;
+    std::unique_ptr<sqlite3_blob, BlobDeleter> blob_;
+};
+
+std::shared_ptr<LongBinary> SqliteFile::field(const QString& table, const QString& column,
+                                              qint32 id) {
+    return std::make_shared<SqliteBlob>(*this, table, column, id);
+}
+
+// A library may come from anywhere: what is stored in its schema gets no more rights than needed.
+void distrustContent(sqlite3* database) {
+    sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+}
+
+qint64 number(sqlite3* database, const QString& query) {
+    const StatementHandle statement = prepare(database, query);
+    return step(statement.get()) ? sqlite3_column_int64(statement.get(), 0) : 0;
+}
+
+QString textValue(sqlite3* database, const QString& query) {
+    const StatementHandle statement = prepare(database, query);
+    if (!step(statement.get())) {
+        return {};
+    }
+    return QString::fromUtf8(
+        reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0)));
+}
+
+// SQLite reads a last page that was cut short as if zeros followed. Behind a write-ahead log the
+// file may be shorter with good reason.
+void requireWholePages(sqlite3* database, const QString& path) {
+    if (textValue(database, QStringLiteral("PRAGMA journal_mode")) == QLatin1StringView("wal")) {
+        return;
+    }
+    const qint64 expected = number(database, QStringLiteral("PRAGMA page_count")) *
+                            number(database, QStringLiteral("PRAGMA page_size"));
+    if (QFileInfo(path).size() < expected) {
+        throw Error(QStringLiteral("%1: the file has been cut short").arg(path));
+    }
+}
+
+}  // namespace
+
+bool SqliteDriver::reads(std::span<const char> head) const noexcept {
+    static constexpr std::string_view Signature("SQLite format 3\0", 16);
+    return std::string_view(head.data(), head.size()).starts_with(Signature);
+}
+
+std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path) const {
+    sqlite3* opened = nullptr;
+    const int result =
+        sqlite3_open_v2(QFileInfo(path).absoluteFilePath().toUtf8().constData(), &opened,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    Handle handle(opened);
+    if (result != SQLITE_OK) {
+        throw Error(QStringLiteral("%1: %2").arg(path, QString::fromUtf8(sqlite3_errstr(result))));
+    }
+    sqlite3_busy_timeout(opened, LockTimeout);
+    distrustContent(opened);
+    run(opened, QStringLiteral("Select count(*) From sqlite_schema"));
+    requireWholePages(opened, path);
+    return std::make_unique<SqliteFile>(std::move(handle));
+}
+
+}  // namespace varo::data

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/data/driver.h"
+
+namespace varo::data {
+
+/// Longest wait for a lock that another program holds, in milliseconds.
+inline constexpr int LockTimeout = 2000;
+
+/// Files in SQLite's own format. A file keeps the journal mode that it has: libraries made here
+/// have a rollback journal, so that each is exactly one file when nobody is writing; one that was
+/// given a write-ahead log elsewhere is read and written with it.
+class SqliteDriver final : public Driver {
+  public:
+    bool reads(std::span<const char> head) const noexcept override;
+    std::unique_ptr<DatabaseFile> open(const QString& path) const override;
+};
+
+}  // namespace varo::data

@@ -1,0 +1,100 @@
+#include "platform/data/statement.h"
+
+#include <algorithm>
+#include <cctype>
+#include <limits>
+
+namespace varo::data {
+
+namespace {
+
+// SQLite ends text at a NUL when it compares, and UTF-8 has no half surrogate pairs: either would
+// be stored or found as something else than what was typed.
+QByteArray storable(const QString& text) {
+    if (text.contains(QChar::Null) || !text.isValidUtf16()) {
+        throw Error(QStringLiteral("the text holds a character that cannot be stored"));
+    }
+    return text.toUtf8();
+}
+
+class Binder {
+  public:
+    Binder(sqlite3_stmt* statement, int position) : statement_(statement), position_(position) {}
+
+    int operator()(std::nullptr_t) const { return sqlite3_bind_null(statement_, position_); }
+    int operator()(qint32 value) const { return sqlite3_bind_int(statement_, position_, value); }
+    int operator()(qint64 value) const { return sqlite3_bind_int64(statement_, position_, value); }
+    int operator()(const QString& value) const {
+        const QByteArray text = storable(value);
+        return sqlite3_bind_text64(statement_, position_, text.constData(),
+                                   static_cast<sqlite3_uint64>(text.size()), SQLITE_TRANSIENT,
+                                   SQLITE_UTF8);
+    }
+
+  private:
+    sqlite3_stmt* statement_;
+    int position_;
+};
+
+void bind(sqlite3_stmt* statement, const Arguments& arguments) {
+    if (sqlite3_bind_parameter_count(statement) != static_cast<int>(arguments.size())) {
+        throw Error(QStringLiteral("the statement takes another number of values"));
+    }
+    int position = 0;
+    for (const Argument& argument : arguments) {
+        if (std::visit(Binder(statement, ++position), argument) != SQLITE_OK) {
+            throwLastError(sqlite3_db_handle(statement));
+        }
+    }
+}
+
+bool isBlank(const char* text) {
+    return std::all_of(text, text + std::char_traits<char>::length(text), [](char c) {
+        return std::isspace(static_cast<unsigned char>(c)) != 0 || c == ';';
+    });
+}
+
+}  // namespace
+
+void throwLastError(sqlite3* database) {
+    throw Error(QString::fromUtf8(sqlite3_errmsg(database)));
+}
+
+StatementHandle prepare(sqlite3* database, const QString& text, const Arguments& arguments) {
+    const QByteArray sql = storable(text);
+    if (sql.size() >= std::numeric_limits<int>::max()) {
+        throw Error(QStringLiteral("the statement is too long"));
+    }
+    sqlite3_stmt* compiled = nullptr;
+    const char* tail = nullptr;
+    if (sqlite3_prepare_v3(database, sql.constData(), static_cast<int>(sql.size()) + 1, 0,
+                           &compiled, &tail) != SQLITE_OK) {
+        throwLastError(database);
+    }
+    StatementHandle statement(compiled);
+    if (statement == nullptr || !isBlank(tail)) {
+        throw Error(QStringLiteral("not exactly one statement"));
+    }
+    bind(statement.get(), arguments);
+    return statement;
+}
+
+bool step(sqlite3_stmt* statement) {
+    const int result = sqlite3_step(statement);
+    if (result != SQLITE_ROW && result != SQLITE_DONE) {
+        throwLastError(sqlite3_db_handle(statement));
+    }
+    return result == SQLITE_ROW;
+}
+
+void run(sqlite3* database, const QString& text, const Arguments& arguments) {
+    const StatementHandle statement = prepare(database, text, arguments);
+    while (step(statement.get())) {
+    }
+}
+
+QString quoted(const QString& name) {
+    return u'"' + QString(name).replace(u'"', QStringLiteral("\"\"")) + u'"';
+}
+
+}  // namespace varo::data

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/data/connection.h"
+
+#include <QString>
+
+#include <memory>
+#include <sqlite3.h>
+
+namespace varo::data {
+
+struct StatementDeleter {
+    void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
+};
+using StatementHandle = std::unique_ptr<sqlite3_stmt, StatementDeleter>;
+
+/// Throws the Error that says what last failed on `database`.
+[[noreturn]] void throwLastError(sqlite3* database);
+
+/// Compiles the one statement in `text` and binds its values. Throws Error, also when the number of
+/// values is not the number of `?`, when a text cannot be stored as it stands (U+0000, half a
+/// surrogate pair), and when a second statement follows.
+StatementHandle prepare(sqlite3* database, const QString& text, const Arguments& arguments = {});
+
+/// True when the statement has come to a row, false when it has run to its end. Throws Error.
+bool step(sqlite3_stmt* statement);
+
+/// Runs a statement to its end. Throws Error.
+void run(sqlite3* database, const QString& text, const Arguments& arguments = {});
+
+/// `name` as an identifier in a statement.
+QString quoted(const QString& name);
+
+}  // namespace varo::data

@@ -1,0 +1,268 @@
+#include "platform/deploy/deploy_file.h"
+
+#include "platform/deploy/text_encoding.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+// The file's text is handed over as UTF-8, so that the parser has nothing to convert; and where the
+// package keeps the bodies of its templates in a library, they are wanted here all the same.
+#define SI_NO_CONVERSION
+#define SI_IMPLEMENTATION
+#include <SimpleIni.h>
+
+namespace varo::deploy {
+
+namespace {
+
+constexpr qint64 SizeLimit = 16 * 1024 * 1024;
+
+/// The parser drops a comment that nothing follows. A section of this name, which no text can hold,
+/// is put after everything while the file is in memory, so that the comment belongs to it.
+constexpr char EndMark[] = "[\x01]\n";
+
+bool isBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+
+bool isQuoted(const QByteArray& text) {
+    return text.size() >= 2 && text.front() == '"' && text.back() == '"';
+}
+
+/// As the value stands in the file: quoted where the parser or the reader would take something off.
+QByteArray toFileForm(const QByteArray& value) {
+    const bool plain = value.isEmpty() || (!isBlank(value.front()) && !isBlank(value.back()));
+    return plain && !isQuoted(value) ? value : '"' + value + '"';
+}
+
+QByteArray fromFileForm(const QByteArray& text) {
+    return isQuoted(text) ? text.mid(1, text.size() - 2) : text;
+}
+
+bool isOneLine(const QString& text) {
+    return !text.contains(u'\n') && !text.contains(u'\r') && isText(text);
+}
+
+/// Names are written without quotes, so they must read back as they are.
+bool isName(const QString& name, QChar separator) {
+    return !name.isEmpty() && name == name.trimmed() && isOneLine(name) &&
+           !QLatin1String(";#[").contains(name.front()) && !name.contains(separator);
+}
+
+}  // namespace
+
+struct DeployFileLib::Data {
+    QString folder;
+    QString fileName;
+    QString error;
+    std::vector<std::pair<QString, QString>> required;
+
+    CSimpleIniA ini{/*a_bIsUtf8=*/true, /*a_bMultiKey=*/true, /*a_bMultiLine=*/false};
+    bool loaded = false;
+    /// Comments of the keys that prepareSection() took away, by section and key in lower case.
+    std::map<std::pair<QByteArray, QByteArray>, QByteArray> comments;
+
+    QString path() const { return QDir(folder).filePath(fileName); }
+
+    bool fail(const QString& reason) {
+        error = reason;
+        return false;
+    }
+
+    void forget() {
+        required.clear();
+        error.clear();
+        unload();
+    }
+
+    void unload() {
+        ini.Reset();
+        comments.clear();
+        loaded = false;
+    }
+
+    bool parse(const QString& text);
+    bool load();
+    bool loadIfExists();
+    bool find(const QString& section, const QString& key, QByteArray& value);
+    bool write(const QString& section, const QString& key, const QString& value);
+};
+
+bool DeployFileLib::Data::parse(const QString& text) {
+    const QByteArray utf8 = text.toUtf8() + '\n' + EndMark;
+    if (ini.LoadData(utf8.constData(), static_cast<size_t>(utf8.size())) < 0) {
+        return fail(QStringLiteral("没有足够的内存读取配置文件“%1”！").arg(path()));
+    }
+    loaded = true;
+    return true;
+}
+
+bool DeployFileLib::Data::load() {
+    unload();
+    const QFileInfo info(path());
+    if (!info.exists()) {
+        return fail(QStringLiteral("配置文件“%1”不存在！").arg(path()));
+    }
+    if (!info.isFile()) {
+        return fail(QStringLiteral("“%1”不是文件，不能作为配置文件！").arg(path()));
+    }
+    QFile file(path());
+    if (!file.open(QIODevice::ReadOnly)) {
+        return fail(QStringLiteral("无法打开配置文件“%1”：%2").arg(path(), file.errorString()));
+    }
+    const QByteArray bytes = file.read(SizeLimit + 1);
+    if (file.error() != QFileDevice::NoError) {
+        return fail(QStringLiteral("无法读取配置文件“%1”：%2").arg(path(), file.errorString()));
+    }
+    if (bytes.size() > SizeLimit) {
+        return fail(QStringLiteral("配置文件“%1”太大！").arg(path()));
+    }
+    const auto text = decodeText(bytes);
+    if (!text) {
+        return fail(QStringLiteral("配置文件“%1”不是文本文件！").arg(path()));
+    }
+    return parse(*text);
+}
+
+bool DeployFileLib::Data::loadIfExists() {
+    if (loaded) {
+        return true;
+    }
+    return QFileInfo::exists(path()) ? load() : parse(QString());
+}
+
+bool DeployFileLib::Data::find(const QString& section, const QString& key, QByteArray& value) {
+    const char* found =
+        ini.GetValue(section.toUtf8().constData(), key.toUtf8().constData(), nullptr);
+    if (!found) {
+        return fail(QStringLiteral("配置文件“%1”中缺少“%2”段的“%3”项！").arg(path(), section, key));
+    }
+    value = fromFileForm(found);
+    return true;
+}
+
+bool DeployFileLib::Data::write(const QString& section, const QString& key, const QString& value) {
+    const QByteArray sectionName = section.toUtf8();
+    const QByteArray keyName = key.toUtf8();
+    const auto comment = comments.find({sectionName.toLower(), keyName.toLower()});
+    const char* commentText = comment == comments.end() ? nullptr : comment->second.constData();
+    const auto result =
+        ini.SetValue(sectionName.constData(), keyName.constData(),
+                     toFileForm(value.toUtf8()).constData(), commentText, /*a_bForceReplace=*/true);
+    if (result < 0) {
+        return fail(QStringLiteral("没有足够的内存写入配置文件“%1”！").arg(path()));
+    }
+    return true;
+}
+
+DeployFileLib::DeployFileLib() : data_(std::make_unique<Data>()) {
+    data_->ini.SetSpaces(false);
+}
+
+DeployFileLib::~DeployFileLib() = default;
+
+void DeployFileLib::setFolder(const QString& folder) {
+    data_->folder = folder;
+    data_->forget();
+}
+
+void DeployFileLib::setFileName(const QString& fileName) {
+    data_->fileName = fileName;
+    data_->forget();
+}
+
+bool DeployFileLib::check() {
+    if (!data_->load()) {
+        return false;
+    }
+    for (const auto& [section, key] : data_->required) {
+        QByteArray value;
+        if (!data_->find(section, key, value)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool DeployFileLib::requireKey(const QString& section, const QString& key) {
+    data_->required.emplace_back(section, key);
+    return true;
+}
+
+bool DeployFileLib::readValue(const QString& section, const QString& key, QString& value) {
+    QByteArray found;
+    if ((!data_->loaded && !data_->load()) || !data_->find(section, key, found)) {
+        return false;
+    }
+    value = QString::fromUtf8(found);
+    return true;
+}
+
+bool DeployFileLib::prepareSection(const QString& section) {
+    if (!isName(section, u']')) {
+        return data_->fail(QStringLiteral("“%1”不能作为配置文件的段名！").arg(section));
+    }
+    if (!data_->loadIfExists()) {
+        return false;
+    }
+    const QByteArray name = section.toUtf8();
+    CSimpleIniA::TNamesDepend keys;
+    data_->ini.GetAllKeys(name.constData(), keys);
+    for (const auto& key : keys) {
+        const QByteArray keyName = key.pItem;
+        if (key.pComment) {
+            data_->comments[{name.toLower(), keyName.toLower()}] = key.pComment;
+        }
+        data_->ini.Delete(name.constData(), keyName.constData());
+    }
+    if (data_->ini.SetValue(name.constData(), nullptr, nullptr) < 0) {
+        return data_->fail(QStringLiteral("没有足够的内存写入配置文件“%1”！").arg(data_->path()));
+    }
+    return true;
+}
+
+bool DeployFileLib::writeValue(const QString& section, const QString& key, const QString& value) {
+    if (!isName(section, u']') || !isName(key, u'=')) {
+        return data_->fail(
+            QStringLiteral("“%1”段的“%2”项的名称不能写入配置文件！").arg(section, key));
+    }
+    if (!isOneLine(value)) {
+        return data_->fail(
+            QStringLiteral("“%1”段的“%2”项的值含有换行或控制字符，不能写入配置文件！")
+                .arg(section, key));
+    }
+    return data_->loadIfExists() && data_->write(section, key, value);
+}
+
+bool DeployFileLib::save() {
+    if (!data_->loadIfExists()) {
+        return false;
+    }
+    std::string text;
+    if (data_->ini.Save(text) < 0) {
+        return data_->fail(QStringLiteral("没有足够的内存写入配置文件“%1”！").arg(data_->path()));
+    }
+    QByteArray bytes = QByteArray::fromStdString(text);
+    bytes.replace(EndMark, QByteArray());
+    bytes = bytes.trimmed() + '\n';
+
+    QSaveFile file(data_->path());
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+        return data_->fail(
+            QStringLiteral("无法写入配置文件“%1”：%2").arg(data_->path(), file.errorString()));
+    }
+    return true;
+}
+
+QString DeployFileLib::lastError() const {
+    return data_->error;
+}
+
+}  // namespace varo::deploy

@@ -1,0 +1,324 @@
+#include "platform/ui/edit_grid.h"
+
+#include "platform/ui/edit_grid_delegate.h"
+#include "platform/ui/twips.h"
+
+#include <QComboBox>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QMouseEvent>
+
+#include <algorithm>
+#include <utility>
+
+namespace varo::ui {
+
+namespace {
+
+constexpr int ColorRole = Qt::UserRole;
+constexpr int StyleRole = Qt::UserRole + 1;
+
+constexpr int CellPadding = 8;
+
+QColor toColor(quint32 color) {
+    return QColor(color & 0xFF, (color >> 8) & 0xFF, (color >> 16) & 0xFF);
+}
+
+void setEditable(QTableWidgetItem* item, bool editable) {
+    item->setFlags(item->flags().setFlag(Qt::ItemIsEditable, editable));
+}
+
+}  // namespace
+
+EditGrid::EditGrid(QWidget* parent) : QTableWidget(parent) {
+    setItemDelegate(new Delegate(this));
+    setSelectionMode(SingleSelection);
+    setEditTriggers(DoubleClicked | SelectedClicked | EditKeyPressed | AnyKeyPressed);
+    setTabKeyNavigation(false);
+    setWordWrap(false);
+    setHorizontalScrollMode(ScrollPerPixel);
+    verticalHeader()->hide();
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + CellPadding);
+    horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setSectionsClickable(false);
+    horizontalHeader()->setMinimumSectionSize(0);
+}
+
+int EditGrid::Cols() const {
+    return columnCount();
+}
+
+void EditGrid::SetCols(int count) {
+    giveUpEdit();
+    setColumnCount(std::max(count, 0));
+    columns_.resize(static_cast<size_t>(columnCount()));
+    fillWithItems();
+}
+
+int EditGrid::Rows() const {
+    return rowCount() + 1;
+}
+
+void EditGrid::SetRows(int count) {
+    giveUpEdit();
+    setRowCount(std::max(count, 1) - 1);
+    fillWithItems();
+}
+
+/// Gives every cell an item, so that the rest need not ask whether there is one.
+void EditGrid::fillWithItems() {
+    for (int column = 0; column < columnCount(); ++column) {
+        if (!horizontalHeaderItem(column)) {
+            setHorizontalHeaderItem(column, new QTableWidgetItem());
+        }
+        for (int row = rowCount() - 1; row >= 0 && !item(row, column); --row) {
+            auto* fresh = new QTableWidgetItem();
+            setEditable(fresh, columns_[static_cast<size_t>(column)].editable);
+            setItem(row, column, fresh);
+        }
+    }
+}
+
+QTableWidgetItem* EditGrid::cell(int Row, int Col) const {
+    return Row == 0 ? horizontalHeaderItem(Col) : item(Row - 1, Col);
+}
+
+void EditGrid::SetCellText(int Row, int Col, const QString& Text) {
+    if (auto* found = cell(Row, Col)) {
+        found->setText(Text);
+    }
+}
+
+QString EditGrid::GetCellText(int Row, int Col) const {
+    const auto* found = cell(Row, Col);
+    return found ? found->text() : QString();
+}
+
+void EditGrid::SetColWidth(int Col, int Width) {
+    if (Col >= 0 && Col < columnCount()) {
+        setColumnWidth(Col, toPixels(std::max(Width, 0)));
+    }
+}
+
+void EditGrid::SetColEditable(int Col, bool Editable) {
+    if (Col < 0 || Col >= columnCount()) {
+        return;
+    }
+    columns_[static_cast<size_t>(Col)].editable = Editable;
+    for (int row = 0; row < rowCount(); ++row) {
+        setEditable(item(row, Col), Editable);
+    }
+}
+
+void EditGrid::SetCellForeColor(int Row, int Col, quint32 Color) {
+    if (auto* found = cell(Row, Col)) {
+        found->setData(ColorRole, Color);
+        found->setData(Qt::ForegroundRole, Color == 0 ? QVariant() : QBrush(toColor(Color)));
+    }
+}
+
+quint32 EditGrid::CellForeColor(int Row, int Col) const {
+    const auto* found = cell(Row, Col);
+    return found ? found->data(ColorRole).toUInt() : 0;
+}
+
+void EditGrid::SetColEditStyle(int Col, EditStyle Style) {
+    if (Col >= 0 && Col < columnCount()) {
+        columns_[static_cast<size_t>(Col)].style = Style;
+        viewport()->update();
+    }
+}
+
+void EditGrid::SetCellEditStyle(int Row, int Col, EditStyle Style) {
+    if (auto* found = cell(Row, Col)) {
+        found->setData(StyleRole, static_cast<int>(Style));
+    }
+}
+
+EditStyle EditGrid::styleOf(const QModelIndex& index) const {
+    const QVariant own = index.data(StyleRole);
+    return own.isValid() ? static_cast<EditStyle>(own.toInt())
+                         : columns_[static_cast<size_t>(index.column())].style;
+}
+
+void EditGrid::AddListItem(const QString& Text) {
+    listItems_.append(Text);
+}
+
+int EditGrid::GetListCount() const {
+    return static_cast<int>(listItems_.size());
+}
+
+void EditGrid::RemoveListItem(int Index) {
+    if (Index >= 0 && Index < listItems_.size()) {
+        listItems_.removeAt(Index);
+    }
+}
+
+bool EditGrid::offersChoices(const QModelIndex& index) const {
+    switch (styleOf(index)) {
+        case EditStyle::DropDown:
+            return true;
+        case EditStyle::Plain:
+            return !listItems_.isEmpty();
+        case EditStyle::Button:
+            return false;
+    }
+    return false;
+}
+
+bool EditGrid::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
+    const bool wasEditing = state() == EditingState;
+    if (trigger != SelectedClicked) {
+        forgetClick();
+    }
+    if (!QTableWidget::edit(index, trigger, event)) {
+        return false;
+    }
+    if (!wasEditing && state() == EditingState) {
+        edited_ = index;
+        const bool byMouseDown = trigger == DoubleClicked;
+        if (styleOf(index) == EditStyle::DropDown && trigger != AnyKeyPressed && !byMouseDown) {
+            showChoices();
+        }
+    }
+    return true;
+}
+
+/// A click on the selected cell edits it once it is clear that no double click follows. Until then
+/// the view would edit for no other reason, and afterwards it would, whatever had the focus by
+/// then.
+void EditGrid::forgetClick() {
+    QTableWidget::edit(currentIndex(), CurrentChanged, nullptr);
+}
+
+void EditGrid::openChoices(const QModelIndex& index) {
+    if (edit(index, AllEditTriggers, nullptr)) {
+        showChoices();
+    }
+}
+
+void EditGrid::showChoices() {
+    if (auto* choice = qobject_cast<QComboBox*>(indexWidget(edited_))) {
+        choice->showPopup();
+    }
+}
+
+void EditGrid::giveUpEdit() {
+    QWidget* editor = state() == EditingState ? indexWidget(edited_) : nullptr;
+    if (editor) {
+        QTableWidget::closeEditor(editor, QAbstractItemDelegate::RevertModelCache);
+    }
+}
+
+void EditGrid::commitData(QWidget* editor) {
+    const QString before = edited_.data().toString();
+    QTableWidget::commitData(editor);
+    textChanged_ = textChanged_ || edited_.data().toString() != before;
+}
+
+void EditGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+    const bool forward = hint == QAbstractItemDelegate::SubmitModelCache ||
+                         hint == QAbstractItemDelegate::EditNextItem;
+    const bool backward = hint == QAbstractItemDelegate::EditPreviousItem;
+    QTableWidget::closeEditor(editor, forward || backward ? QAbstractItemDelegate::NoHint : hint);
+
+    const QPersistentModelIndex cell = edited_;
+    const QModelIndex next = cell.sibling(cell.row() + (forward ? 1 : -1), cell.column());
+    if ((forward || backward) && next.isValid() && currentIndex() == cell) {
+        setCurrentIndex(next);
+    }
+    // Told only now, because a handler may show a window or rebuild the grid, which an editor that
+    // is still being closed would not survive.
+    if (std::exchange(textChanged_, false) && cell.isValid()) {
+        emit CellEdited(cell.row() + 1, cell.column(), cell.data().toString());
+    }
+}
+
+void EditGrid::activate(const QModelIndex& index) {
+    forgetClick();
+    if (styleOf(index) == EditStyle::Button) {
+        emit CellButtonClick(index.row() + 1, index.column());
+    } else {
+        emit CellActivate(index.row() + 1, index.column());
+    }
+}
+
+void EditGrid::focusOutEvent(QFocusEvent* event) {
+    forgetClick();
+    QTableWidget::focusOutEvent(event);
+}
+
+void EditGrid::keyPressEvent(QKeyEvent* event) {
+    const QModelIndex index = currentIndex();
+    const bool altDown =
+        event->key() == Qt::Key_Down && event->modifiers().testFlag(Qt::AltModifier);
+    const bool isPick =
+        altDown || (event->key() == Qt::Key_F4 && event->modifiers() == Qt::NoModifier);
+    if (!index.isValid() || !isPick) {
+        QTableWidget::keyPressEvent(event);
+    } else if (altDown && index.flags().testFlag(Qt::ItemIsEditable) && offersChoices(index)) {
+        openChoices(index);
+    } else {
+        activate(index);
+    }
+}
+
+QModelIndex EditGrid::buttonAt(const QPoint& position) const {
+    const QModelIndex index = indexAt(position);
+    const bool hit = index.isValid() && styleOf(index) == EditStyle::Button &&
+                     Delegate::buttonRect(visualRect(index)).contains(position);
+    return hit ? index : QModelIndex();
+}
+
+bool EditGrid::pressButton(const QMouseEvent& event) {
+    const QModelIndex index = buttonAt(event.position().toPoint());
+    if (event.button() != Qt::LeftButton || !index.isValid()) {
+        return false;
+    }
+    setCurrentIndex(index);
+    pressedButton_ = index;
+    viewport()->update();
+    return true;
+}
+
+void EditGrid::mousePressEvent(QMouseEvent* event) {
+    if (!pressButton(*event)) {
+        QTableWidget::mousePressEvent(event);
+    }
+}
+
+void EditGrid::mouseReleaseEvent(QMouseEvent* event) {
+    const QPersistentModelIndex pressed = std::exchange(pressedButton_, QPersistentModelIndex());
+    if (pressed.isValid()) {
+        viewport()->update();
+        if (buttonAt(event->position().toPoint()) == pressed) {
+            activate(pressed);
+        }
+        return;
+    }
+    QTableWidget::mouseReleaseEvent(event);
+    // The drop-down of a double-clicked cell waits for the button to come up, or letting go of the
+    // button would already choose.
+    if (state() == EditingState && styleOf(edited_) == EditStyle::DropDown) {
+        showChoices();
+    }
+}
+
+void EditGrid::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (pressButton(*event)) {
+        return;
+    }
+    const QPersistentModelIndex index = indexAt(event->position().toPoint());
+    if (event->button() == Qt::LeftButton && index.isValid()) {
+        const QString before = index.data().toString();
+        forgetClick();
+        emit CellActivate(index.row() + 1, index.column());
+        if (!index.isValid() || index.data().toString() != before) {
+            return;
+        }
+    }
+    QTableWidget::mouseDoubleClickEvent(event);
+}
+
+}  // namespace varo::ui

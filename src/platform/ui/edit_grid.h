@@ -1,0 +1,103 @@
+#pragma once
+
+#include <QPersistentModelIndex>
+#include <QStringList>
+#include <QTableWidget>
+
+#include <vector>
+
+namespace varo::ui {
+
+/// How a cell is edited.
+enum class EditStyle { Plain = 0, DropDown = 2, Button = 3 };
+
+/// A grid whose row 0 is its header row and whose cells the user may edit column by column. Rows
+/// and columns count from 0; calls with a row or column outside the grid do nothing. Colours are
+/// 0x00BBGGRR; black stands for the palette's text colour.
+///
+/// The user edits a cell by typing, F2, a double click, or a click on the cell that is selected
+/// already. Enter, Tab, and leaving the cell store the text, the first two going on to the next
+/// row; Esc gives it up. What the program changes raises no signal.
+class EditGrid : public QTableWidget {
+    Q_OBJECT
+
+  public:
+    explicit EditGrid(QWidget* parent = nullptr);
+
+    int Cols() const;
+    void SetCols(int count);
+    /// Number of rows, the header row included; at least 1.
+    int Rows() const;
+    /// Rows that stay keep their cells, rows that come are empty. An edit in progress is given up.
+    void SetRows(int count);
+
+    void SetCellText(int Row, int Col, const QString& Text);
+    /// Text of a cell; "" outside the grid. While a cell is being edited this is its last stored
+    /// text.
+    QString GetCellText(int Row, int Col) const;
+    /// Width in twips (1/1440 inch); negative widths count as 0.
+    void SetColWidth(int Col, int Width);
+    void SetColEditable(int Col, bool Editable);
+    void SetCellForeColor(int Row, int Col, quint32 Color);
+    quint32 CellForeColor(int Row, int Col) const;
+    void SetColEditStyle(int Col, EditStyle Style);
+    /// Takes the place of the column's style for this cell, until the cell's row is removed.
+    void SetCellEditStyle(int Row, int Col, EditStyle Style);
+
+    /// The grid's drop-down items: offered beside free typing while a cell of a Plain column is
+    /// edited, and as the only choices in a DropDown column.
+    void AddListItem(const QString& Text);
+    int GetListCount() const;
+    void RemoveListItem(int Index);
+
+  signals:
+    /// The user has changed a cell; `Text` is the new text, already shown in the cell. Not raised
+    /// when the text came out as it was. No editor is open any more, so the handler may do what it
+    /// likes.
+    void CellEdited(int Row, int Col, const QString& Text);
+    /// The user asks to pick a value for a cell: a double click, F4, or, where a cell offers no
+    /// drop-down items, Alt+Down. After a double click editing starts unless the handler has set
+    /// the cell's text.
+    void CellActivate(int Row, int Col);
+    /// The button of a Button cell was pressed, by the mouse, F4 or Alt+Down.
+    void CellButtonClick(int Row, int Col);
+
+  protected:
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
+    void commitData(QWidget* editor) override;
+    void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+  private:
+    class Delegate;
+
+    struct Column {
+        bool editable = false;
+        EditStyle style = EditStyle::Plain;
+    };
+
+    QTableWidgetItem* cell(int Row, int Col) const;
+    void fillWithItems();
+    EditStyle styleOf(const QModelIndex& index) const;
+    bool offersChoices(const QModelIndex& index) const;
+    /// The Button cell whose button is at the position; invalid when there is none.
+    QModelIndex buttonAt(const QPoint& position) const;
+    bool pressButton(const QMouseEvent& event);
+    void openChoices(const QModelIndex& index);
+    void showChoices();
+    void activate(const QModelIndex& index);
+    void giveUpEdit();
+    void forgetClick();
+
+    std::vector<Column> columns_;
+    QStringList listItems_;
+    QPersistentModelIndex edited_;
+    QPersistentModelIndex pressedButton_;
+    bool textChanged_ = false;
+};
+
+}  // namespace varo::ui

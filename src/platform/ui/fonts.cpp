@@ -1,0 +1,43 @@
+#include "platform/ui/fonts.h"
+
+#include <QApplication>
+#include <QFontDatabase>
+#include <QStringList>
+
+namespace varo::ui {
+
+namespace {
+
+QString songFamily() {
+    static const QStringList Preferred = {
+        QStringLiteral("宋体"),           QStringLiteral("SimSun"),
+        QStringLiteral("NSimSun"),        QStringLiteral("Noto Serif CJK SC"),
+        QStringLiteral("AR PL UMing CN"), QStringLiteral("Source Han Serif SC"),
+        QStringLiteral("FandolSong"),
+    };
+    const QStringList chinese = QFontDatabase::families(QFontDatabase::SimplifiedChinese);
+    for (const QString& family : Preferred) {
+        if (chinese.contains(family)) {
+            return family;
+        }
+    }
+    for (const QString& family : chinese) {
+        if (family.contains(u"Serif") || family.contains(u"Song") || family.contains(u"Ming")) {
+            return family;
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+QFont songFont() {
+    static const QString family = songFamily();
+    QFont font = QApplication::font();
+    if (!family.isEmpty()) {
+        font.setFamilies({family});
+    }
+    return font;
+}
+
+}  // namespace varo::ui

@@ -1,0 +1,48 @@
+#include "platform/ui/message_boxes.h"
+
+#include <QGuiApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+namespace varo::ui {
+
+namespace {
+
+struct Answer {
+    QMessageBox::StandardButton button;
+    QString caption;
+};
+
+/// Shows a box with the given answers, the first of them the default, and returns the chosen one.
+QMessageBox::StandardButton ask(QWidget* owner, QMessageBox::Icon icon, const QString& text,
+                                std::initializer_list<Answer> answers) {
+    QMessageBox box(owner);
+    box.setWindowTitle(QGuiApplication::applicationDisplayName());
+    box.setIcon(icon);
+    box.setTextFormat(Qt::PlainText);
+    box.setText(text);
+    for (const Answer& answer : answers) {
+        box.addButton(answer.button)->setText(answer.caption);
+    }
+    box.setDefaultButton(answers.begin()->button);
+    return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+}  // namespace
+
+void MessageBoxes::inform(const QString& text) {
+    ask(owner_, QMessageBox::Information, text, {{QMessageBox::Ok, QStringLiteral("确定")}});
+}
+
+bool MessageBoxes::confirm(const QString& text, Choice choice) {
+    if (choice == Choice::YesNo) {
+        return ask(owner_, QMessageBox::Information, text,
+                   {{QMessageBox::Yes, QStringLiteral("是(&Y)")},
+                    {QMessageBox::No, QStringLiteral("否(&N)")}}) == QMessageBox::Yes;
+    }
+    return ask(owner_, QMessageBox::NoIcon, text,
+               {{QMessageBox::Ok, QStringLiteral("确定")},
+                {QMessageBox::Cancel, QStringLiteral("取消")}}) == QMessageBox::Ok;
+}
+
+}  // namespace varo::ui

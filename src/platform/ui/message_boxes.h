@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/questions.h"
+
+#include <QPointer>
+#include <QWidget>
+
+namespace varo::ui {
+
+/// Questions answered by the user in modal message boxes over a window.
+class MessageBoxes : public Questions {
+  public:
+    /// Boxes appear over `owner`; it is not owned.
+    explicit MessageBoxes(QWidget* owner) : owner_(owner) {}
+
+    void inform(const QString& text) override;
+    bool confirm(const QString& text, Choice choice) override;
+
+  private:
+    QPointer<QWidget> owner_;
+};
+
+}  // namespace varo::ui

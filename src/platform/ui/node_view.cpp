@@ -1,0 +1,111 @@
+#include "platform/ui/node_view.h"
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScopedValueRollback>
+#include <QStyledItemDelegate>
+
+namespace varo::ui {
+
+namespace {
+
+/// Draws a selected item with the picture that its model gives for that state.
+class NodeDelegate : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+  protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        if (option->state.testFlag(QStyle::State_Selected)) {
+            const auto icon = index.data(NodeView::SelectedIconRole).value<QIcon>();
+            if (!icon.isNull()) {
+                option->icon = icon;
+            }
+        }
+    }
+};
+
+}  // namespace
+
+NodeView::NodeView(QWidget* parent) : QTreeView(parent) {
+    setItemDelegate(new NodeDelegate(this));
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setUniformRowHeights(true);
+    setContextMenuPolicy(Qt::NoContextMenu);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    connect(this, &QTreeView::expanded, this, [this](const QModelIndex& index) {
+        if (userActs_) {
+            emit nodeExpanded(index);
+        }
+    });
+}
+
+QString NodeView::selectedKey() const {
+    const auto* selection = selectionModel();
+    if (selection == nullptr || !selection->hasSelection()) {
+        return {};
+    }
+    return selection->selectedIndexes().constFirst().data(KeyRole).toString();
+}
+
+void NodeView::selectItem(const QModelIndex& index) {
+    if (!index.isValid()) {
+        selectionModel()->clear();
+        return;
+    }
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+}
+
+QModelIndex NodeView::itemAt(const QPoint& position) const {
+    const QModelIndex index = indexAt(position);
+    // The plus or minus sign beside an item only opens and closes it.
+    return visualRect(index).contains(position) ? index : QModelIndex();
+}
+
+void NodeView::mousePressEvent(QMouseEvent* event) {
+    const QScopedValueRollback acting(userActs_, true);
+    pressed_ = itemAt(event->position().toPoint());
+    emit pressedAt(pressed_, event->button());
+    QTreeView::mousePressEvent(event);
+}
+
+void NodeView::mouseReleaseEvent(QMouseEvent* event) {
+    {
+        const QScopedValueRollback acting(userActs_, true);
+        QTreeView::mouseReleaseEvent(event);
+    }
+    if (event->button() != Qt::LeftButton) {
+        return;
+    }
+    const QPoint position = event->position().toPoint();
+    const QModelIndex index = itemAt(position);
+    if (index.isValid() && pressed_ == index) {
+        emit nodeClicked(index);
+    } else if (!pressed_.isValid() && !indexAt(position).isValid()) {
+        emit emptyClicked();
+    }
+}
+
+void NodeView::mouseDoubleClickEvent(QMouseEvent* event) {
+    const QScopedValueRollback acting(userActs_, true);
+    QTreeView::mouseDoubleClickEvent(event);
+}
+
+void NodeView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Delete && state() != QAbstractItemView::EditingState) {
+        emit deletePressed();
+        return;
+    }
+    const QPersistentModelIndex before = currentIndex();
+    {
+        const QScopedValueRollback acting(userActs_, true);
+        QTreeView::keyPressEvent(event);
+    }
+    const QModelIndex after = currentIndex();
+    if (after.isValid() && after != before) {
+        emit nodeClicked(after);
+    }
+}
+
+}  // namespace varo::ui

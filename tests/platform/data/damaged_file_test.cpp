@@ -1,0 +1,131 @@
+#include "platform/data/connection.h"
+#include "platform/data/item_database.h"
+#include "support/test_library.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace varo::data {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// The bytes of a database with some thousand rows and a long value in it.
+QByteArray soundFile() {
+    ItemDatabase items;
+    Transaction transaction(items.connection);
+    for (int number = 0; number < 1000; ++number) {
+        items.add(u"item %1 with a name that fills the page"_s.arg(number), number);
+    }
+    BlobField field = items.connection.field(u"Item"_s, u"Bytes"_s, 500);
+    const QByteArray bytes = test::pictureBytes(50000);
+    field.replace(bytes.size());
+    field.appendChunk(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+    transaction.commit();
+    items.connection.close();
+    return test::fileContent(items.path());
+}
+
+class DamagedFile : public testing::Test {
+  protected:
+    /// Writes the file, opens it, reads all of it and tries to write. True when all of that worked.
+    bool isUsable(const QByteArray& content) {
+        write(content);
+        bool usable = true;
+        try {
+            Connection connection;
+            connection.open(path());
+            Recordset rows = connection.query(u"Select * From Item"_s);
+            for (; !rows.atEnd(); rows.moveNext()) {
+                rows.text(1);
+            }
+            connection.execute(u"Insert Into Item(Name) Values('new')"_s);
+        } catch (const Error&) {
+            usable = false;
+        }
+        EXPECT_EQ(QDir(directory_.path()).entryList(QDir::Files), QStringList{u"file.db"_s});
+        return usable;
+    }
+
+    bool opens(const QByteArray& content) {
+        write(content);
+        try {
+            Connection connection;
+            connection.open(path());
+        } catch (const Error&) {
+            EXPECT_EQ(test::fileContent(path()), content) << "the file has been changed";
+            return false;
+        }
+        return true;
+    }
+
+    QString path() const { return directory_.filePath(u"file.db"_s); }
+
+  private:
+    void write(const QByteArray& content) {
+        QFile file(path());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        ASSERT_EQ(file.write(content), content.size());
+    }
+
+    QTemporaryDir directory_;
+};
+
+TEST_F(DamagedFile, IsRefusedWhenItIsEmpty) {
+    EXPECT_FALSE(opens({}));
+}
+
+TEST_F(DamagedFile, IsRefusedWhenItIsNoDatabase) {
+    std::mt19937 random(7);
+    for (int size = 1; size < 20000; size += 1 + size / 3) {
+        QByteArray bytes(size, Qt::Uninitialized);
+        std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
+        EXPECT_FALSE(opens(bytes)) << size;
+    }
+}
+
+TEST_F(DamagedFile, IsRefusedWhenRandomBytesFollowTheSignature) {
+    std::mt19937 random(11);
+    for (int size = 16; size < 20000; size += 1 + size / 3) {
+        QByteArray bytes(size, Qt::Uninitialized);
+        std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
+        bytes.replace(0, 16, QByteArray("SQLite format 3\0", 16));
+        EXPECT_FALSE(opens(bytes)) << size;
+    }
+}
+
+TEST_F(DamagedFile, IsRefusedWhereverItWasCutShort) {
+    const QByteArray sound = soundFile();
+    ASSERT_TRUE(opens(sound));
+    for (qsizetype length = 0; length < sound.size(); length += length < 200 ? 1 : 97) {
+        EXPECT_FALSE(opens(sound.left(length))) << length;
+    }
+    for (qsizetype page = 4096; page < sound.size(); page += 4096) {
+        EXPECT_FALSE(opens(sound.left(page))) << page;
+    }
+    EXPECT_FALSE(opens(sound.left(sound.size() - 1)));
+}
+
+TEST_F(DamagedFile, FailsCleanlyWhateverBytesAreWrong) {
+    const QByteArray sound = soundFile();
+    ASSERT_TRUE(isUsable(sound));
+    std::mt19937 random(13);
+    int refused = 0;
+    for (int round = 0; round < 200; ++round) {
+        QByteArray damaged = sound;
+        for (int change = 0; change < 50; ++change) {
+            const auto limit = static_cast<quint32>(round % 2 == 0 ? 4096 : damaged.size());
+            damaged[static_cast<qsizetype>(16 + random() % (limit - 16))] =
+                static_cast<char>(random());
+        }
+        refused += isUsable(damaged) ? 0 : 1;
+    }
+    EXPECT_GT(refused, 50);
+}
+
+}  // namespace
+}  // namespace varo::data

@@ -1,0 +1,121 @@
+#include "platform/data/recordset.h"
+
+#include "platform/data/item_database.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace varo::data {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+TEST(Recordset, StandsOnTheFirstRowAndEndsBehindTheLast) {
+    ItemDatabase items;
+    items.add(u"one"_s);
+    items.add(u"two"_s);
+    Recordset rows = items.connection.query(u"Select Name From Item Order By ID"_s);
+    ASSERT_TRUE(rows.isOpen());
+    ASSERT_FALSE(rows.atEnd());
+    EXPECT_EQ(rows.text(0), u"one"_s);
+    rows.moveNext();
+    EXPECT_EQ(rows.text(0), u"two"_s);
+    rows.moveNext();
+    EXPECT_TRUE(rows.atEnd());
+    EXPECT_TRUE(rows.isOpen());
+    EXPECT_THROW(rows.moveNext(), Error);
+    EXPECT_THROW(rows.text(0), Error);
+}
+
+TEST(Recordset, IsAtItsEndWhenTheResultIsEmpty) {
+    ItemDatabase items;
+    const Recordset rows = items.connection.query(u"Select * From Item"_s);
+    EXPECT_TRUE(rows.isOpen());
+    EXPECT_TRUE(rows.atEnd());
+    EXPECT_EQ(rows.columnCount(), 4);
+}
+
+TEST(Recordset, FindsColumnsByNameWithoutRegardToLetterCase) {
+    ItemDatabase items;
+    items.add(u"one"_s, 5);
+    const Recordset rows = items.connection.query(u"Select * From Item"_s);
+    EXPECT_EQ(rows.column(u"AMOUNT"), 2);
+    EXPECT_EQ(rows.columnName(2), u"Amount"_s);
+    EXPECT_EQ(rows.column(u"Weight"), -1);
+    EXPECT_EQ(rows.integer(u"amount"), 5);
+    EXPECT_EQ(rows.text(u"name"), u"one"_s);
+    EXPECT_THROW(rows.integer(u"Weight"), Error);
+    EXPECT_THROW(rows.text(4), Error);
+    EXPECT_THROW(rows.integer(-1), Error);
+}
+
+TEST(Recordset, ReadsEveryStoredTypeAsNumberAndAsText) {
+    struct Case {
+        const char* value;
+        qint32 number;
+        const char* text;
+    };
+    const Case cases[] = {
+        {"NULL", 0, ""},
+        {"-42", -42, "-42"},
+        {"2147483648", std::numeric_limits<qint32>::max(), "2147483648"},
+        {"-9000000000", std::numeric_limits<qint32>::min(), "-9000000000"},
+        {"2.5", 2, "2.5"},
+        {"'17'", 17, "17"},
+        {"'beam'", 0, "beam"},
+        {"''", 0, ""},
+    };
+    ItemDatabase items;
+    for (const Case& expected : cases) {
+        const Recordset row =
+            items.connection.query(u"Select "_s + QLatin1StringView(expected.value));
+        EXPECT_EQ(row.integer(0), expected.number) << expected.value;
+        EXPECT_EQ(row.text(0), QLatin1StringView(expected.text)) << expected.value;
+        EXPECT_EQ(row.isNull(0), expected.value == std::string("NULL"));
+    }
+}
+
+TEST(Recordset, IsClosedWithItsConnection) {
+    ItemDatabase items;
+    items.add(u"one"_s);
+    Recordset rows = items.connection.query(u"Select * From Item"_s);
+    items.connection.close();
+    EXPECT_FALSE(rows.isOpen());
+    EXPECT_TRUE(rows.atEnd());
+    EXPECT_EQ(rows.columnCount(), 0);
+    EXPECT_THROW(rows.moveNext(), Error);
+    EXPECT_THROW(rows.column(u"Name"), Error);
+    EXPECT_THROW(rows.text(0), Error);
+    rows.close();
+
+    Recordset never;
+    EXPECT_FALSE(never.isOpen());
+    EXPECT_TRUE(never.atEnd());
+    EXPECT_THROW(never.text(0), Error);
+}
+
+TEST(Recordset, MayStayOpenWhileItsConnectionWrites) {
+    ItemDatabase items;
+    items.add(u"one"_s);
+    items.add(u"two"_s);
+    Recordset rows = items.connection.query(u"Select ID From Item Order By ID"_s);
+    for (; !rows.atEnd(); rows.moveNext()) {
+        items.connection.execute(u"Update Item Set Amount = 9 Where ID = ?"_s, {rows.integer(0)});
+    }
+    EXPECT_EQ(items.connection.query(u"Select Sum(Amount) From Item"_s).integer(0), 18);
+}
+
+TEST(Recordset, ReleasesTheFileWhenItIsClosed) {
+    ItemDatabase items;
+    items.add(u"one"_s);
+    items.add(u"two"_s);
+    Connection writer;
+    writer.open(items.path());
+    Recordset reading = items.connection.query(u"Select * From Item"_s);
+    EXPECT_THROW(writer.execute(u"Delete From Item"_s), Error);
+    reading.close();
+    EXPECT_EQ(writer.execute(u"Delete From Item"_s), 2);
+}
+
+}  // namespace
+}  // namespace varo::data

@@ -1,0 +1,326 @@
+#include "platform/deploy/deploy_file.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QStringEncoder>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace varo::deploy {
+namespace {
+
+constexpr char Sample[] =
+    "; 公式库\n"
+    "\n"
+    "[Access]\n"
+    "NodeCount=1\n"
+    "RootNodeText1=结构力学\n"
+    "RootNodeName1=a.mdb\n"
+    "RootNodePath1=C:\\库\\temp\\new\\\n";
+
+class DeployFile : public testing::Test {
+  protected:
+    void SetUp() override {
+        file_.setFolder(folder_.path() + u'/');
+        file_.setFileName(u"Varo-Pelm.ini"_s);
+    }
+
+    QString path() const { return folder_.filePath(u"Varo-Pelm.ini"_s); }
+
+    void store(const QByteArray& bytes) {
+        QFile file(path());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(bytes), bytes.size());
+    }
+
+    QByteArray stored() const {
+        QFile file(path());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    /// Value of a key of "Access"; a mark that no file holds when it is missing.
+    QString value(const QString& key) {
+        QString found = u"<missing>"_s;
+        file_.readValue(u"Access"_s, key, found);
+        return found;
+    }
+
+    QTemporaryDir folder_;
+    DeployFileLib file_;
+};
+
+QByteArray encode(const char* encoding, const QByteArray& utf8) {
+    QStringEncoder encoder(encoding);
+    return encoder(QString::fromUtf8(utf8));
+}
+
+QByteArray inUtf16(QStringConverter::Encoding encoding, const QByteArray& utf8) {
+    QStringEncoder encoder(encoding, QStringConverter::Flag::WriteBom);
+    return encoder(QString::fromUtf8(utf8));
+}
+
+TEST_F(DeployFile, ReadsEveryEncodingInUse) {
+    const std::pair<const char*, QByteArray> table[] = {
+        {"UTF-8", Sample},
+        {"UTF-8 with a mark", QByteArray("\xEF\xBB\xBF") + Sample},
+        {"UTF-16 little endian", inUtf16(QStringConverter::Utf16LE, Sample)},
+        {"UTF-16 big endian", inUtf16(QStringConverter::Utf16BE, Sample)},
+        {"GB18030", encode("GB18030", Sample)},
+        {"GB18030 with Windows line ends",
+         encode("GB18030", QByteArray(Sample).replace("\n", "\r\n"))},
+    };
+    for (const auto& [encoding, bytes] : table) {
+        SCOPED_TRACE(encoding);
+        store(bytes);
+        ASSERT_TRUE(file_.check()) << file_.lastError().toStdString();
+        EXPECT_EQ(value(u"NodeCount"_s), u"1");
+        EXPECT_EQ(value(u"RootNodeText1"_s), u"结构力学");
+        EXPECT_EQ(value(u"RootNodePath1"_s), uR"(C:\库\temp\new\)");
+    }
+}
+
+TEST_F(DeployFile, RefusesWhatIsNoText) {
+    QByteArray cutUtf16 = inUtf16(QStringConverter::Utf16LE, Sample);
+    cutUtf16.chop(1);
+    QByteArray cutGb = encode("GB18030", "[Access]\nNodeCount=库");
+    cutGb.chop(1);
+    const std::pair<const char*, QByteArray> table[] = {
+        {"NUL characters", QByteArray(Sample) + QByteArray(8, '\0')},
+        {"control characters", QByteArray(Sample) + "\x02"},
+        {"half a UTF-16 character", cutUtf16},
+        {"an unpaired surrogate", QByteArray("\xFF\xFE\x00\xD8[\x00", 6)},
+        {"half a GB18030 character", cutGb},
+        {"bytes of no encoding", QByteArray("[Access]\n\xFF\xFF=1")},
+    };
+    for (const auto& [what, bytes] : table) {
+        SCOPED_TRACE(what);
+        store(bytes);
+        EXPECT_FALSE(file_.check());
+        EXPECT_TRUE(file_.lastError().contains(u"不是文本文件"));
+        EXPECT_TRUE(file_.lastError().contains(path()));
+    }
+}
+
+TEST_F(DeployFile, RefusesRandomBytesWithoutComingToHarm) {
+    QRandomGenerator random(20240611);
+    for (int round = 0; round < 300; ++round) {
+        QByteArray bytes(random.bounded(256, 2048), Qt::Uninitialized);
+        for (char& byte : bytes) {
+            byte = static_cast<char>(random.bounded(256));
+        }
+        store(bytes);
+        ASSERT_FALSE(file_.check());
+    }
+    EXPECT_TRUE(file_.lastError().contains(u"不是文本文件"));
+}
+
+TEST_F(DeployFile, SurvivesMangledText) {
+    QRandomGenerator random(7);
+    constexpr char Alphabet[] = "[]=;# \t\n\r\"<%\\Aa";
+    for (int round = 0; round < 500; ++round) {
+        QByteArray text = "[Access]\nNodeCount=3\n";
+        for (int i = 0; i < 200; ++i) {
+            text += Alphabet[random.bounded(int{sizeof(Alphabet)} - 1)];
+        }
+        store(text);
+        ASSERT_TRUE(file_.check());
+        ASSERT_EQ(value(u"NodeCount"_s), u"3");
+        ASSERT_TRUE(file_.writeValue(u"Access"_s, u"NodeCount"_s, u"4"_s));
+        ASSERT_TRUE(file_.save());
+        ASSERT_TRUE(file_.check());
+        ASSERT_EQ(value(u"NodeCount"_s), u"4") << stored().toStdString();
+    }
+}
+
+TEST_F(DeployFile, RefusesAHugeFile) {
+    store("[Access]\nNodeCount=1\n");
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::Append));
+    const QByteArray line(1 << 20, 'a');
+    for (int i = 0; i < 17; ++i) {
+        file.write("\n;" + line);
+    }
+    file.close();
+    EXPECT_FALSE(file_.check());
+    EXPECT_TRUE(file_.lastError().contains(u"太大"));
+}
+
+TEST_F(DeployFile, SaysThatTheFileIsMissing) {
+    EXPECT_FALSE(file_.check());
+    EXPECT_EQ(file_.lastError(), u"配置文件“%1”不存在！"_s.arg(path()));
+    QString untouched = u"before"_s;
+    EXPECT_FALSE(file_.readValue(u"Access"_s, u"NodeCount"_s, untouched));
+    EXPECT_EQ(untouched, u"before");
+}
+
+TEST_F(DeployFile, SaysThatAFolderIsNoFile) {
+    ASSERT_TRUE(QDir(folder_.path()).mkdir(u"Varo-Pelm.ini"_s));
+    EXPECT_FALSE(file_.check());
+    EXPECT_TRUE(file_.lastError().contains(u"不是文件"));
+    EXPECT_FALSE(file_.save());
+}
+
+TEST_F(DeployFile, ChecksRequiredKeysAndNamesTheMissingOne) {
+    store("[Access]\nNodeCount=1\nRootNodeText1=\n");
+    file_.requireKey(u"access"_s, u"nodecount"_s);
+    file_.requireKey(u"Access"_s, u"RootNodeText1"_s);
+    EXPECT_TRUE(file_.check());
+    EXPECT_EQ(value(u"RootNodeText1"_s), u"");
+
+    file_.requireKey(u"Access"_s, u"RootNodeName1"_s);
+    EXPECT_FALSE(file_.check());
+    EXPECT_EQ(file_.lastError(),
+              u"配置文件“%1”中缺少“Access”段的“RootNodeName1”项！"_s.arg(path()));
+
+    file_.setFolder(folder_.path());
+    EXPECT_EQ(file_.lastError(), u"");
+    EXPECT_TRUE(file_.check());
+}
+
+TEST_F(DeployFile, ReadsValuesAsTheyStand) {
+    const std::pair<const char*, QStringView> table[] = {
+        {"K=a;b", u"a;b"},
+        {"K=100%d%1", u"100%d%1"},
+        {"K=x=y", u"x=y"},
+        {"K = padded \t", u"padded"},
+        {"K=\"  quoted  \"", u"  quoted  "},
+        {"K=\"", u"\""},
+        {"K=a\"b\"", u"a\"b\""},
+        {"K=\\\\server\\new\\", u"\\\\server\\new\\"},
+        {"K=<<<END", u"<<<END"},
+        {"k=first\nK=second", u"first"},
+        {"K=one\n[Other]\nK=x\n[Access]\nK=two", u"one"},
+    };
+    for (const auto& [line, expected] : table) {
+        SCOPED_TRACE(line);
+        store(QByteArray("[Access]\n") + line + "\n");
+        ASSERT_TRUE(file_.check());
+        EXPECT_EQ(value(u"K"_s), expected);
+    }
+}
+
+TEST_F(DeployFile, ReadsBackEverySingleLineThatItWrites) {
+    const QStringList values = {
+        u""_s,
+        u" leading"_s,
+        u"trailing\t"_s,
+        u"\"quoted\""_s,
+        u"\""_s,
+        u"\"\""_s,
+        u"; no comment"_s,
+        u"[no section]"_s,
+        u"a=b"_s,
+        uR"(C:\new\)"_s,
+        u"%1 %s"_s,
+        u"<<<END"_s,
+        u"公式库 𠀀"_s,
+        QString(100000, u'长'),
+    };
+    file_.prepareSection(u"Access"_s);
+    for (int i = 0; i < values.size(); ++i) {
+        ASSERT_TRUE(file_.writeValue(u"Access"_s, u"K%1"_s.arg(i), values[i]));
+    }
+    ASSERT_TRUE(file_.save());
+    ASSERT_TRUE(file_.check());
+    for (int i = 0; i < values.size(); ++i) {
+        EXPECT_EQ(value(u"K%1"_s.arg(i)), values[i]);
+    }
+}
+
+TEST_F(DeployFile, RefusesToWriteWhatWouldBreakTheFile) {
+    store(Sample);
+    const std::tuple<QString, QString, QString> table[] = {
+        {u"Access"_s, u"K"_s, u"two\nlines"_s},
+        {u"Access"_s, u"K"_s, u"a\rb"_s},
+        {u"Access"_s, u"K"_s, QString(QChar(0))},
+        {u"Access"_s, u"a=b"_s, u"1"_s},
+        {u"Access"_s, u""_s, u"1"_s},
+        {u"Access"_s, u";K"_s, u"1"_s},
+        {u"Acc]ess"_s, u"K"_s, u"1"_s},
+    };
+    for (const auto& [section, key, text] : table) {
+        EXPECT_FALSE(file_.writeValue(section, key, text));
+        EXPECT_FALSE(file_.lastError().isEmpty());
+    }
+    ASSERT_TRUE(file_.save());
+    ASSERT_TRUE(file_.check());
+    EXPECT_EQ(value(u"RootNodeText1"_s), u"结构力学");
+}
+
+TEST_F(DeployFile, KeepsCommentsAndForeignKeysWhenItWrites) {
+    store(
+        "; the file\n\n"
+        "[Host]\nLast=1\nLast=2\n\n"
+        "# the libraries\n[Access]\n"
+        "; how many\nNodeCount=2\nRootNodeText1=a\nRootNodeText2=b\n\n"
+        "[Window]\nWidth=100\n"
+        "; the end\n");
+    ASSERT_TRUE(file_.prepareSection(u"Access"_s));
+    EXPECT_EQ(value(u"NodeCount"_s), u"<missing>");
+    ASSERT_TRUE(file_.writeValue(u"Access"_s, u"NodeCount"_s, u"1"_s));
+    ASSERT_TRUE(file_.writeValue(u"Access"_s, u"RootNodeText1"_s, u"c"_s));
+    ASSERT_TRUE(file_.save());
+    const QByteArray once = stored();
+    EXPECT_EQ(once.simplified().toStdString(),
+              "; the file [Host] Last=1 Last=2 # the libraries [Access] ; how many NodeCount=1 "
+              "RootNodeText1=c [Window] Width=100 ; the end");
+
+    ASSERT_TRUE(file_.check());
+    ASSERT_TRUE(file_.save());
+    EXPECT_EQ(stored(), once);
+}
+
+TEST_F(DeployFile, PreparingEmptiesTheSection) {
+    store(Sample);
+    ASSERT_TRUE(file_.prepareSection(u"Access"_s));
+    ASSERT_TRUE(file_.save());
+    EXPECT_TRUE(file_.check());
+    EXPECT_EQ(value(u"NodeCount"_s), u"<missing>");
+    EXPECT_TRUE(stored().contains("[Access]"));
+}
+
+TEST_F(DeployFile, WritesANewFileAsUtf8) {
+    ASSERT_TRUE(file_.prepareSection(u"Access"_s));
+    ASSERT_TRUE(file_.writeValue(u"Access"_s, u"RootNodeText1"_s, u"力学"_s));
+    ASSERT_TRUE(file_.save());
+    EXPECT_EQ(stored().toStdString(), "[Access]\nRootNodeText1=力学\n");
+}
+
+TEST_F(DeployFile, TurnsAnOldFileIntoUtf8) {
+    store(encode("GB18030", Sample));
+    ASSERT_TRUE(file_.writeValue(u"Access"_s, u"NodeCount"_s, u"1"_s));
+    ASSERT_TRUE(file_.save());
+    EXPECT_TRUE(stored().contains("; 公式库"));
+    EXPECT_TRUE(stored().contains("RootNodeText1=结构力学"));
+}
+
+TEST_F(DeployFile, NeverReplacesAFileThatItCannotRead) {
+    const QByteArray binary("\x00\x01\x02", 3);
+    store(binary);
+    EXPECT_FALSE(file_.prepareSection(u"Access"_s));
+    EXPECT_FALSE(file_.writeValue(u"Access"_s, u"NodeCount"_s, u"1"_s));
+    EXPECT_FALSE(file_.save());
+    EXPECT_EQ(stored(), binary);
+}
+
+TEST_F(DeployFile, SaysThatTheFolderCannotBeWritten) {
+    file_.setFolder(folder_.filePath(u"gone"_s));
+    ASSERT_TRUE(file_.prepareSection(u"Access"_s));
+    EXPECT_FALSE(file_.save());
+    EXPECT_TRUE(file_.lastError().contains(u"无法写入配置文件"));
+}
+
+TEST_F(DeployFile, CheckForgetsWhatWasNotSaved) {
+    store(Sample);
+    ASSERT_TRUE(file_.writeValue(u"Access"_s, u"NodeCount"_s, u"9"_s));
+    EXPECT_EQ(value(u"NodeCount"_s), u"9");
+    ASSERT_TRUE(file_.check());
+    EXPECT_EQ(value(u"NodeCount"_s), u"1");
+}
+
+}  // namespace
+}  // namespace varo::deploy

@@ -1,0 +1,200 @@
+#include "platform/ui/picture_box.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QImageReader>
+#include <QImageWriter>
+#include <QPainter>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace varo::ui {
+namespace {
+
+/// A picture with some detail: a red left half and a pattern on the right.
+QImage sampleImage(QImage::Format format = QImage::Format_RGB32) {
+    QImage image(60, 40, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QPainter painter(&image);
+    for (int x = 30; x < 60; ++x) {
+        painter.setPen(QColor::fromHsv(x * 6, 200, 200));
+        painter.drawLine(x, 0, 90 - x, 39);
+    }
+    painter.end();
+    return image.convertToFormat(format);
+}
+
+QByteArray encoded(const QImage& image, const char* format) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QImageWriter writer(&buffer, format);
+    EXPECT_TRUE(writer.write(image));
+    return bytes;
+}
+
+class PictureBoxTest : public testing::Test {
+  protected:
+    /// Stores the bytes under a name that says nothing of their format, and loads them.
+    bool load(const QByteArray& bytes) {
+        QFile file(folder_.filePath(u"1TempPic.bmp"_s));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        file.close();
+        return box_.load(file.fileName());
+    }
+
+    QTemporaryDir folder_;
+    PictureBox box_;
+};
+
+TEST_F(PictureBoxTest, TellsTheFormatByTheContent) {
+    for (const char* format : {"bmp", "jpg", "png"}) {
+        SCOPED_TRACE(format);
+        box_.clear();
+        EXPECT_TRUE(box_.picture().isNull());
+        ASSERT_TRUE(load(encoded(sampleImage(), format)));
+        EXPECT_EQ(box_.picture().size(), QSize(60, 40));
+        EXPECT_GT(box_.picture().pixelColor(5, 20).red(), 240);
+    }
+}
+
+TEST_F(PictureBoxTest, ReadsBitmapsOfEveryDepth) {
+    for (const auto format : {QImage::Format_Mono, QImage::Format_Indexed8, QImage::Format_RGB888,
+                              QImage::Format_ARGB32}) {
+        EXPECT_TRUE(load(encoded(sampleImage(format), "bmp"))) << format;
+    }
+}
+
+TEST_F(PictureBoxTest, RefusesAPictureCutOffAnywhere) {
+    for (const char* format : {"bmp", "jpg", "png"}) {
+        const QByteArray whole = encoded(sampleImage(), format);
+        for (qsizetype size = 0; size < whole.size(); size += size < 100 ? 1 : 13) {
+            ASSERT_FALSE(load(whole.left(size))) << format << " cut to " << size;
+        }
+        for (qsizetype cut = 1; cut <= 20; ++cut) {
+            ASSERT_FALSE(load(whole.chopped(cut))) << format << " short of " << cut;
+        }
+    }
+}
+
+TEST_F(PictureBoxTest, RefusesAJpegWhoseOnlyEndIsItsThumbnails) {
+    const QByteArray thumbnail = encoded(sampleImage().scaled(8, 8), "jpg");
+    QByteArray jpeg = encoded(sampleImage(), "jpg");
+    QByteArray segment("\xFF\xE2\0\0", 4);
+    segment += thumbnail;
+    qToBigEndian(static_cast<quint16>(thumbnail.size() + 2), segment.data() + 2);
+    jpeg.insert(2, segment);
+    EXPECT_TRUE(load(jpeg));
+    EXPECT_FALSE(load(jpeg.chopped(2)));
+}
+
+TEST_F(PictureBoxTest, TakesAPictureThatIsFollowedByOtherBytes) {
+    for (const char* format : {"bmp", "jpg", "png"}) {
+        EXPECT_TRUE(load(encoded(sampleImage(), format) + QByteArray(100, 'x'))) << format;
+    }
+}
+
+TEST_F(PictureBoxTest, KeepsItsPictureWhenTheNextIsNone) {
+    ASSERT_TRUE(load(encoded(sampleImage(), "png")));
+    const QImage before = box_.picture();
+    EXPECT_FALSE(load("no picture"));
+    EXPECT_FALSE(load(encoded(sampleImage(), "ppm")));
+    EXPECT_FALSE(load("<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>"));
+    EXPECT_FALSE(box_.load(folder_.filePath(u"none"_s)));
+    EXPECT_FALSE(box_.load(folder_.path()));
+    EXPECT_EQ(box_.picture(), before);
+}
+
+TEST_F(PictureBoxTest, RefusesRandomBytesBehindEverySignature) {
+    QRandomGenerator random(3);
+    for (const QByteArray& signature :
+         {QByteArray(), QByteArray("BM"), QByteArray("\x89PNG\r\n\x1a\n"),
+          QByteArray("\xFF\xD8\xFF")}) {
+        for (int round = 0; round < 50; ++round) {
+            QByteArray bytes = signature;
+            for (int i = 0; i < 500; ++i) {
+                bytes += static_cast<char>(random.bounded(256));
+            }
+            ASSERT_FALSE(load(bytes));
+        }
+    }
+}
+
+TEST_F(PictureBoxTest, OutlivesDamagedPictures) {
+    QRandomGenerator random(5);
+    for (const char* format : {"bmp", "jpg", "png"}) {
+        const QByteArray whole = encoded(sampleImage(), format);
+        for (int round = 0; round < 100; ++round) {
+            QByteArray damaged = whole;
+            for (int i = 0; i < 3; ++i) {
+                damaged[random.bounded(static_cast<int>(whole.size()))] =
+                    static_cast<char>(random.bounded(256));
+            }
+            box_.clear();
+            const bool loaded = load(damaged);
+            ASSERT_EQ(loaded, !box_.picture().isNull());
+        }
+    }
+}
+
+TEST_F(PictureBoxTest, RefusesAHugePictureByItsHeader) {
+    constexpr qint32 Side = 20000;
+    QByteArray bitmap = encoded(QImage(1, 1, QImage::Format_Mono), "bmp");
+    qToLittleEndian(Side, bitmap.data() + 18);
+    qToLittleEndian(Side, bitmap.data() + 22);
+    EXPECT_FALSE(load(bitmap));
+
+    QByteArray png = encoded(sampleImage(), "png");
+    qToBigEndian(Side, png.data() + 16);
+    qToBigEndian(Side, png.data() + 20);
+    EXPECT_FALSE(load(png));
+
+    QImage flat(Side, 5001, QImage::Format_Mono);
+    flat.fill(0);
+    EXPECT_FALSE(load(encoded(flat, "png")));
+}
+
+TEST_F(PictureBoxTest, LeavesTheProcesssMemoryLimitAsItWas) {
+    const int before = QImageReader::allocationLimit();
+    ASSERT_TRUE(load(encoded(sampleImage(), "png")));
+    EXPECT_EQ(QImageReader::allocationLimit(), before);
+}
+
+TEST_F(PictureBoxTest, TurnsAPictureUpright) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QImageWriter writer(&buffer, "jpg");
+    writer.setTransformation(QImageIOHandler::TransformationRotate90);
+    ASSERT_TRUE(writer.write(sampleImage()));
+    ASSERT_TRUE(load(bytes));
+    EXPECT_EQ(box_.picture().size(), QSize(40, 60));
+}
+
+TEST_F(PictureBoxTest, ShowsThePictureCentredWithItsProportions) {
+    ASSERT_TRUE(load(encoded(sampleImage(), "png")));
+    box_.resize(300, 100);
+    const QImage shown = box_.grab().toImage();
+    // 60 x 40 in 300 x 100 is 150 x 100, with 75 to spare on either side.
+    const QColor empty = shown.pixelColor(2, 50);
+    EXPECT_EQ(shown.pixelColor(70, 50), empty);
+    EXPECT_EQ(shown.pixelColor(80, 50), QColor(Qt::red));
+    EXPECT_EQ(shown.pixelColor(80, 2), QColor(Qt::red));
+    EXPECT_NE(shown.pixelColor(220, 50), empty);
+    EXPECT_EQ(shown.pixelColor(230, 50), empty);
+
+    box_.resize(60, 400);
+    const QImage narrow = box_.grab().toImage();
+    EXPECT_EQ(narrow.pixelColor(10, 200), QColor(Qt::red));
+    EXPECT_EQ(narrow.pixelColor(10, 100), empty);
+
+    box_.clear();
+    EXPECT_EQ(box_.grab().toImage().pixelColor(10, 200), empty);
+}
+
+}  // namespace
+}  // namespace varo::ui

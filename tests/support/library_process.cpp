@@ -1,0 +1,110 @@
+// Works on a library in a process of its own, and writes one line for each thing that it has done:
+//   lock PATH         keeps everybody else out of the library until it is killed
+//   edit PATH         adds formulas with values until it is killed; a line is the name of one that
+//   is in fill PATH BYTES   adds formulas until the file may not grow beyond BYTES; lines as with
+//   edit, then
+//                     "refused"
+
+#include "store/db_funcs.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <sqlite3.h>
+#include <string_view>
+#include <sys/resource.h>
+#include <unistd.h>
+
+using namespace varo;
+
+namespace {
+
+class SilentQuestions : public Questions {
+  public:
+    void inform(const QString&) override {}
+    bool confirm(const QString&, Choice) override { return false; }
+};
+
+// Unbuffered, so that nothing said is lost when the process is killed.
+void say(const QByteArray& line) {
+    const QByteArray text = line + '\n';
+    if (write(STDOUT_FILENO, text.constData(), static_cast<std::size_t>(text.size())) < 0) {
+        std::exit(1);
+    }
+}
+
+int lock(const char* path) {
+    sqlite3* database = nullptr;
+    if (sqlite3_open_v2(path, &database, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK ||
+        sqlite3_exec(database, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr) != SQLITE_OK) {
+        return 1;
+    }
+    say("locked");
+    for (;;) {
+        pause();
+    }
+}
+
+// Adds a formula with two values, all or nothing.
+bool addFormula(clsDBFuncs& funcs, data::Connection& connection, const QString& name,
+                const QString& memo) {
+    try {
+        data::Transaction transaction(connection);
+        qint32 id = 0;
+        const bool added =
+            funcs.AddNewFormula(1, name, QStringLiteral("a+b"), memo, 0, id, connection) &&
+            funcs.AddNewVar(QStringLiteral("a"), id, name, connection) &&
+            funcs.AddNewVar(QStringLiteral("b"), id, name, connection);
+        if (added) {
+            transaction.commit();
+        }
+        return added;
+    } catch (const data::Error&) {
+        return false;
+    }
+}
+
+int edit(const char* path, const QString& memo) {
+    SilentQuestions questions;
+    clsDBFuncs funcs(questions);
+    data::Connection connection;
+    connection.open(QString::fromLocal8Bit(path));
+    for (int number = 1;; ++number) {
+        const QString name = QStringLiteral("formula %1 of %2").arg(number).arg(getpid());
+        if (!addFormula(funcs, connection, name, memo)) {
+            say("refused");
+            return 0;
+        }
+        say(name.toUtf8());
+    }
+}
+
+int fill(const char* path, const char* bytes) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlim_t size = std::strtoul(bytes, nullptr, 10);
+    const rlimit limit{size, size};
+    if (setrlimit(RLIMIT_FSIZE, &limit) != 0) {
+        return 1;
+    }
+    return edit(path, QString(1000, QLatin1Char('m')));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::string_view command = argc > 2 ? argv[1] : "";
+    try {
+        if (command == "lock") {
+            return lock(argv[2]);
+        }
+        if (command == "edit") {
+            return edit(argv[2], {});
+        }
+        if (command == "fill" && argc > 3) {
+            return fill(argv[2], argv[3]);
+        }
+    } catch (const data::Error& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+    }
+    return 1;
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <string>
+#include <sys/types.h>
+
+namespace varo::test {
+
+/// A second process that works on a library (see library_process.cpp for what it can be told to
+/// do); it is killed when this goes away.
+class LibraryProcess {
+  public:
+    explicit LibraryProcess(const QStringList& arguments);
+    LibraryProcess(const LibraryProcess&) = delete;
+    LibraryProcess& operator=(const LibraryProcess&) = delete;
+    ~LibraryProcess();
+
+    /// Waits for the next line that the process writes; "" when it has ended.
+    QString readLine();
+
+    /// Ends it at once, wherever it is. What it has written before can still be read.
+    void kill();
+
+    /// Waits for its end and returns its exit status, -1 when it was killed.
+    int wait();
+
+  private:
+    pid_t process_ = -1;
+    int output_ = -1;
+    std::string buffer_;
+};
+
+}  // namespace varo::test

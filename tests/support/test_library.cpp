@@ -1,0 +1,105 @@
+#include "support/test_library.h"
+
+#include "store/template.h"
+
+#include <QFile>
+
+namespace varo::test {
+
+namespace {
+
+void require(bool done, const char* step) {
+    if (!done) {
+        throw data::Error(QStringLiteral("the test library failed to ") + QLatin1StringView(step));
+    }
+}
+
+}  // namespace
+
+TestLibrary::TestLibrary(const QString& fileName) : fileName_(fileName) {
+    createEmptyLibrary(path());
+    connection_.open(path());
+}
+
+QString TestLibrary::addFile(const QString& name, const QByteArray& content) const {
+    QFile file(pathOf(name));
+    require(
+        file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush(),
+        "write a file");
+    return file.fileName();
+}
+
+qint32 TestLibrary::addFolder(qint32 parent, const QString& name) {
+    qint32 id = 0;
+    require(funcs_.AddNewFolder(parent, name, id, connection_), "add a folder");
+    return id;
+}
+
+qint32 TestLibrary::addFormula(qint32 folder, const QString& name, const QString& expression,
+                               const QString& memo) {
+    qint32 id = 0;
+    require(funcs_.AddNewFormula(folder, name, expression, memo, 0, id, connection_),
+            "add a formula");
+    return id;
+}
+
+void TestLibrary::addValue(const QString& variable, qint32 formula, const QString& value) {
+    require(funcs_.AddNewVar(variable, formula, value, connection_), "add a value");
+}
+
+void TestLibrary::addProperty(qint32 property, const QString& name, qint32 filter, qint32 node,
+                              NodeType nodeType) {
+    require(funcs_.AddProperty(property, name, filter, node, nodeType, connection_),
+            "add a property");
+}
+
+void TestLibrary::addPicture(qint32 formula, const QByteArray& bytes) {
+    const QString file = addFile(QStringLiteral("picture to add"), bytes);
+    require(funcs_.AddNewPicture(formula, file, connection_), "add a picture");
+    QFile::remove(file);
+}
+
+QStringList TestLibrary::rows(const QString& query) {
+    data::Recordset recordset = connection_.query(query);
+    return remainingRows(recordset);
+}
+
+QStringList remainingRows(data::Recordset& recordset) {
+    QStringList rows;
+    for (; !recordset.atEnd(); recordset.moveNext()) {
+        QStringList fields;
+        for (int column = 0; column < recordset.columnCount(); ++column) {
+            fields.append(recordset.text(column));
+        }
+        rows.append(fields.join(QLatin1Char('|')));
+    }
+    return rows;
+}
+
+QStringList remainingTexts(data::Recordset& recordset, const QString& column) {
+    QStringList texts;
+    for (; !recordset.atEnd(); recordset.moveNext()) {
+        texts.append(recordset.text(column));
+    }
+    return texts;
+}
+
+QByteArray pictureBytes(qsizetype size) {
+    QByteArray bytes(size, Qt::Uninitialized);
+    quint32 state = 1;
+    for (char& byte : bytes) {
+        state = state * 1664525 + 1013904223;
+        byte = static_cast<char>(state >> 24);
+    }
+    return bytes;
+}
+
+QByteArray fileContent(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        throw data::Error(path + QLatin1StringView(": ") + file.errorString());
+    }
+    return file.readAll();
+}
+
+}  // namespace varo::test

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/data/connection.h"
+#include "store/db_funcs.h"
+#include "support/printers.h"
+#include "support/recording_questions.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace varo::test {
+
+/// A library in a folder of its own that goes away with it, filled through the data operations. A
+/// step that fails throws data::Error, which fails the test.
+class TestLibrary {
+  public:
+    explicit TestLibrary(const QString& fileName = QStringLiteral("library.vdb"));
+
+    QString path() const { return folder() + fileName_; }
+    QString folder() const { return directory_.path() + QLatin1Char('/'); }  ///< with a separator
+    QString fileName() const { return fileName_; }
+
+    /// Path of a file called `name` in the library's folder.
+    QString pathOf(const QString& name) const { return folder() + name; }
+
+    /// Writes such a file and returns its path.
+    QString addFile(const QString& name, const QByteArray& content) const;
+
+    data::Connection& connection() { return connection_; }
+    clsDBFuncs& funcs() { return funcs_; }
+    RecordingQuestions& questions() { return questions_; }
+
+    /// Each returns the identifier of what it added.
+    qint32 addFolder(qint32 parent, const QString& name);
+    qint32 addFormula(qint32 folder, const QString& name, const QString& expression = {},
+                      const QString& memo = {});
+
+    void addValue(const QString& variable, qint32 formula, const QString& value);
+    void addProperty(qint32 property, const QString& name, qint32 filter, qint32 node,
+                     NodeType nodeType);
+    void addPicture(qint32 formula, const QByteArray& bytes);
+
+    /// One string for each row of a query made of the test's own text: its fields, joined by "|".
+    QStringList rows(const QString& query);
+
+  private:
+    QTemporaryDir directory_;
+    QString fileName_;
+    RecordingQuestions questions_;
+    clsDBFuncs funcs_{questions_};
+    data::Connection connection_;
+};
+
+/// The rows of a record set from the current one on, their fields joined by "|".
+QStringList remainingRows(data::Recordset& recordset);
+
+/// The fields of one column, from the current row on.
+QStringList remainingTexts(data::Recordset& recordset, const QString& column);
+
+/// `size` bytes in which every chunk differs from every other.
+QByteArray pictureBytes(qsizetype size);
+
+QByteArray fileContent(const QString& path);
+
+}  // namespace varo::test
