@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/data/connection.h"
+
+namespace varo {
+
+/// True when `operation` ran to its end, false when the database failed.
+template <class Operation>
+bool attempt(Operation operation) {
+    try {
+        operation();
+    } catch (const data::Error&) {
+        return false;
+    }
+    return true;
+}
+
+/// Opens `rs` on the result of a query, closed when that fails.
+inline bool list(data::Recordset& rs, data::Connection& conn, const QString& statement,
+                 const data::Arguments& arguments = {}) {
+    rs.close();
+    return attempt([&] { rs = conn.query(statement, arguments); });
+}
+
+/// Runs a statement that changes data.
+inline bool change(data::Connection& conn, const QString& statement,
+                   const data::Arguments& arguments) {
+    return attempt([&] { conn.execute(statement, arguments); });
+}
+
+}  // namespace varo

@@ -1,0 +1,227 @@
+#include "store/attempt.h"
+#include "store/db_funcs.h"
+#include "store/library_connection.h"
+
+#include <optional>
+
+namespace varo {
+
+namespace {
+
+// A formula's picture is read through its field when it is wanted; listing it would bring all its
+// bytes.
+QString formulas(const QString& clauses) {
+    return QStringLiteral("Select ID,Name,Formula,Memo,PicType,PID,OrderID From Formula ") +
+           clauses;
+}
+
+QString folders(const QString& clauses) {
+    return QStringLiteral("Select * From Tree ") + clauses;
+}
+
+// `text` as a pattern that it alone is contained in: it has no wildcards of its own.
+QString containsPattern(QString text) {
+    text.replace(u'\\', QStringLiteral("\\\\"));
+    text.replace(u'%', QStringLiteral("\\%"));
+    text.replace(u'_', QStringLiteral("\\_"));
+    return u'%' + text + u'%';
+}
+
+struct Comparison {
+    QString clause;
+    QString value;
+};
+
+// How a find operation compares `column`; nothing for an unknown mode.
+std::optional<Comparison> comparison(const QString& column, const QString& text, int mode) {
+    switch (mode) {
+        case FindContains:
+            return Comparison{QStringLiteral("Where %1 Like ? Escape '\\'").arg(column),
+                              containsPattern(text)};
+        case FindEquals:
+            return Comparison{QStringLiteral("Where %1 = ?").arg(column), text};
+        default:
+            return std::nullopt;
+    }
+}
+
+using Listing = QString (*)(const QString& clauses);
+
+bool find(Listing listing, const QString& column, const QString& text, data::Recordset& rs,
+          data::Connection& conn, int mode) {
+    const auto compared = comparison(column, text, mode);
+    if (!compared) {
+        rs.close();
+        return false;
+    }
+    return list(rs, conn, listing(compared->clause), {compared->value});
+}
+
+bool show(const Statement& statement, data::Recordset& rs, data::Connection& conn) {
+    return list(rs, conn, statement.text,
+                data::Arguments(statement.values.cbegin(), statement.values.cend()));
+}
+
+bool opens(data::Connection& conn, const QString& statement) {
+    data::Recordset rs;
+    return list(rs, conn, statement);
+}
+
+// Runs an insert and takes the identifier that the row was given.
+bool insert(data::Connection& conn, const QString& statement, const data::Arguments& arguments,
+            qint32& newID) {
+    return attempt([&] {
+        data::Transaction transaction(conn);
+        conn.execute(statement, arguments);
+        const qint32 id = conn.lastInsertedId();
+        transaction.commit();
+        newID = id;
+    });
+}
+
+void exchangeOrder(qint32 ID1, qint32 ID2, const QString& table, data::Connection& conn) {
+    const auto orderOf = [&](qint32 ID) {
+        const data::Recordset row =
+            conn.query(QStringLiteral("Select OrderID From %1 Where ID = ?").arg(table), {ID});
+        return row.integer(0);
+    };
+    const auto setOrder = [&](qint32 ID, qint32 order) {
+        conn.execute(QStringLiteral("Update %1 Set OrderID = ? Where ID = ?").arg(table),
+                     {order, ID});
+    };
+    data::Transaction transaction(conn);
+    const qint32 order1 = orderOf(ID1);
+    const qint32 order2 = orderOf(ID2);
+    setOrder(ID1, order2);
+    setOrder(ID2, order1);
+    transaction.commit();
+}
+
+}  // namespace
+
+bool clsDBFuncs::CheckNewDB(data::Connection& conn) {
+    return opens(conn, QStringLiteral("Select ID,Name,Formula,Memo,Pic,PicType,PID,OrderID "
+                                      "From Formula Limit 1")) &&
+           opens(conn, QStringLiteral("Select VarName,Value,VarSourceType,VarMemo "
+                                      "From RecentVar Limit 1")) &&
+           opens(conn, QStringLiteral("Select ID,Name,PID,OrderID From Tree Limit 1"));
+}
+
+// Listing
+
+bool clsDBFuncs::GetChildFormulaNode(qint32 PID, data::Recordset& rs, data::Connection& conn) {
+    return list(rs, conn, folders(QStringLiteral("Where PID = ? Order By OrderID")), {PID});
+}
+
+bool clsDBFuncs::GetFormulaByPID(qint32 PID, data::Recordset& rs, data::Connection& conn) {
+    return list(rs, conn, formulas(QStringLiteral("Where PID = ? Order By OrderID")), {PID});
+}
+
+bool clsDBFuncs::GetFormulaByID(qint32 ID, data::Recordset& rs, data::Connection& conn) {
+    return list(rs, conn, formulas(QStringLiteral("Where ID = ? Order By ID")), {ID});
+}
+
+bool clsDBFuncs::GetNodeInfo(data::Recordset& rs, data::Connection& conn) {
+    return list(rs, conn, folders({}));
+}
+
+bool clsDBFuncs::FindShowFolder(const Statement& statement, data::Recordset& rs,
+                                data::Connection& conn) {
+    return show(statement, rs, conn);
+}
+
+bool clsDBFuncs::FindShowFormula(const Statement& statement, data::Recordset& rs,
+                                 data::Connection& conn) {
+    return show(statement, rs, conn);
+}
+
+bool clsDBFuncs::GetFormulaByOrder(const QString& orderClause, data::Recordset& rs,
+                                   data::Connection& conn) {
+    return list(rs, conn,
+                formulas(QStringLiteral("Where length(Pic) > 0 Order By ") + orderClause));
+}
+
+bool clsDBFuncs::FindFolder(const QString& text, data::Recordset& rs, data::Connection& conn,
+                            int mode) {
+    return find(folders, QStringLiteral("Name"), text, rs, conn, mode);
+}
+
+bool clsDBFuncs::FindFormula(const QString& text, data::Recordset& rs, data::Connection& conn,
+                             int mode) {
+    return find(formulas, QStringLiteral("Name"), text, rs, conn, mode);
+}
+
+bool clsDBFuncs::FindFormulaByMemo(const QString& text, data::Recordset& rs, data::Connection& conn,
+                                   int mode) {
+    return find(formulas, QStringLiteral("Memo"), text, rs, conn, mode);
+}
+
+// Changing
+
+bool clsDBFuncs::RenameFolder(qint32 ID, const QString& name, data::Connection& conn) {
+    return change(conn, QStringLiteral("Update Tree Set Name = ? Where ID = ?"), {name, ID});
+}
+
+bool clsDBFuncs::RenameFormula(qint32 ID, const QString& name, data::Connection& conn) {
+    return change(conn, QStringLiteral("Update Formula Set Name = ? Where ID = ?"), {name, ID});
+}
+
+bool clsDBFuncs::DelFolder(qint32 ID, data::Connection& conn) {
+    return change(conn, QStringLiteral("Delete From Tree Where ID = ?"), {ID});
+}
+
+bool clsDBFuncs::DelFormula(qint32 ID, data::Connection& conn) {
+    return change(conn, QStringLiteral("Delete From Formula Where ID = ?"), {ID});
+}
+
+bool clsDBFuncs::DelFormulaByPID(qint32 PID, data::Connection& conn) {
+    return change(conn, QStringLiteral("Delete From Formula Where PID = ?"), {PID});
+}
+
+bool clsDBFuncs::AddNewFolder(qint32 PID, const QString& name, qint32& newID,
+                              data::Connection& conn) {
+    return insert(conn,
+                  QStringLiteral("Insert Into Tree(Name,PID,OrderID) Values(?,?,"
+                                 "(Select Coalesce(Max(OrderID) + 1, 1) From Tree Where PID = ?))"),
+                  {name, PID, PID}, newID);
+}
+
+bool clsDBFuncs::AddNewFormula(qint32 PID, const QString& name, const QString& formula,
+                               const QString& memo, qint32 picType, qint32& newID,
+                               data::Connection& conn) {
+    return insert(conn,
+                  QStringLiteral(
+                      "Insert Into Formula(Name,Formula,Memo,PicType,PID,OrderID) Values(?,?,?,?,?,"
+                      "(Select Coalesce(Max(OrderID) + 1, 1) From Formula Where PID = ?))"),
+                  {name, formula, memo, picType, PID, PID}, newID);
+}
+
+bool clsDBFuncs::EditFormulaMemo(qint32 ID, const QString& memo, data::Connection& conn) {
+    return change(conn, QStringLiteral("Update Formula Set Memo = ? Where ID = ?"), {memo, ID});
+}
+
+bool clsDBFuncs::EditFormulaExpression(qint32 ID, const QString& formula, data::Connection& conn) {
+    return change(conn, QStringLiteral("Update Formula Set Formula = ? Where ID = ?"),
+                  {formula, ID});
+}
+
+bool clsDBFuncs::EditAllFormulaInfo(qint32 ID, const QString& name, const QString& formula,
+                                    const QString& memo, qint32 picType, data::Connection& conn) {
+    conn.execute(
+        QStringLiteral(
+            "Update Formula Set Name = ?, Formula = ?, Memo = ?, PicType = ? Where ID = ?"),
+        {name, formula, memo, picType, ID});
+    return true;
+}
+
+bool clsDBFuncs::ExchangeOrderID(qint32 ID1, qint32 ID2, const QString& tableName,
+                                 data::Connection& conn) {
+    for (const QString& table : {QStringLiteral("Tree"), QStringLiteral("Formula")}) {
+        if (table.compare(tableName, Qt::CaseInsensitive) == 0) {
+            return attempt([&] { exchangeOrder(ID1, ID2, table, conn); });
+        }
+    }
+    return false;
+}
+
+}  // namespace varo

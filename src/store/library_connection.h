@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/data/connection.h"
+
+#include <QString>
+
+namespace varo {
+
+/// Points `connection` at the library `fileName` in `folder` (with its trailing separator) and
+/// opens it, closing what was open. Returns false on any failure, with the connection closed; shows
+/// nothing.
+bool ConnectLibrary(const QString& folder, const QString& fileName, data::Connection& connection,
+                    const QString& password);
+
+/// Closes the record set if it is open. Never fails.
+void CloseRecordset(data::Recordset& recordSet) noexcept;
+
+/// Splits a full path behind its last separator. The path must contain one.
+void SplitFilePath(const QString& path, QString& folder, QString& fileName);
+
+/// `path` with the platform's separators, from text in which `\` or `/` may separate.
+QString normalisedPath(const QString& path);
+
+/// The same for a folder, ending in exactly one separator; "" stays "".
+QString normalisedFolder(const QString& folder);
+
+}  // namespace varo

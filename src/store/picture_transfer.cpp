@@ -1,0 +1,105 @@
+#include "store/picture_transfer.h"
+
+#include <QFile>
+
+#include <array>
+#include <span>
+
+namespace varo {
+
+namespace {
+
+using Chunk = std::array<char, PictureChunk>;
+
+[[noreturn]] void throwFailure(const QFile& file) {
+    throw data::Error(QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
+}
+
+void openFile(QFile& file, QIODevice::OpenMode mode) {
+    if (!file.open(mode | QIODevice::Unbuffered)) {
+        throwFailure(file);
+    }
+}
+
+void requirePictureSize(qint64 total) {
+    if (total / PictureChunk > PictureChunkLimit) {
+        throw data::Error(QStringLiteral("%1 bytes are too many for a picture").arg(total));
+    }
+}
+
+/// Calls `move` with a buffer for the bytes that fill no chunk, if any, and then for each full
+/// chunk.
+template <class Move>
+void moveInChunks(qint64 total, Move move) {
+    Chunk buffer;
+    if (const qint64 rest = total % PictureChunk; rest > 0) {
+        move(std::span(buffer).first(static_cast<std::size_t>(rest)));
+    }
+    for (qint64 left = total / PictureChunk; left > 0; --left) {
+        move(std::span(buffer));
+    }
+}
+
+void copyToFile(data::BlobField& field, QFile& file) {
+    const qint64 total = field.size();
+    requirePictureSize(total);
+    moveInChunks(total, [&](std::span<char> chunk) {
+        field.getChunk(chunk);
+        const auto length = static_cast<qint64>(chunk.size());
+        if (file.write(chunk.data(), length) != length) {
+            throwFailure(file);
+        }
+    });
+}
+
+void copyToField(data::BlobField& field, QFile& file) {
+    const qint64 total = file.size();
+    requirePictureSize(total);
+    if (total == 0) {
+        return;
+    }
+    field.replace(total);
+    moveInChunks(total, [&](std::span<char> chunk) {
+        const auto length = static_cast<qint64>(chunk.size());
+        if (file.read(chunk.data(), length) != length) {
+            throwFailure(file);
+        }
+        field.appendChunk(chunk);
+    });
+}
+
+template <class Transfer>
+bool describingFailure(QString& failure, Transfer transfer) {
+    try {
+        transfer();
+    } catch (const data::Error& error) {
+        failure = error.description();
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool ReadFileToField(data::BlobField& field, const QString& fileName, QString& failure) {
+    return describingFailure(failure, [&] {
+        QFile file(fileName);
+        openFile(file, QIODevice::ReadOnly);
+        copyToField(field, file);
+    });
+}
+
+bool WriteFieldToFile(data::BlobField& field, const QString& fileName, QString& failure) {
+    return describingFailure(failure, [&] {
+        QFile file(fileName);
+        openFile(file, QIODevice::WriteOnly | QIODevice::Truncate);
+        try {
+            copyToFile(field, file);
+        } catch (const data::Error&) {
+            file.remove();
+            throw;
+        }
+    });
+}
+
+}  // namespace varo

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/data/connection.h"
+
+#include <QString>
+
+namespace varo {
+
+/// Name of the file that new libraries are copied from.
+inline constexpr auto TemplateFileName = "VaroPelm.tpl";
+
+/// Version that a template's "DBVersion" record must carry.
+inline constexpr auto TemplateVersion = "2.0";
+
+/// Makes a new, empty library file at `path`, with all tables, the indexes that the statements need
+/// and the version record. The file appears complete or not at all. Throws data::Error when it
+/// cannot be written or something is already there.
+void createEmptyLibrary(const QString& path);
+
+/// Reads the item `itemName` of the template in `folder`. `ok` false: `errorText` says why. A
+/// missing item leaves `value` as it was; NULL reads as "".
+void ReadTemplateInfo(const QString& folder, const QString& itemName, QString& value,
+                      QString& errorText, bool& ok);
+
+}  // namespace varo
