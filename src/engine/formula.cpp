@@ -1,0 +1,280 @@
+#include "engine/formula.h"
+
+#include "engine/compiler.h"
+#include "engine/interpreter.h"
+#include "engine/lexer.h"
+#include "engine/parser.h"
+#include "engine/program.h"
+#include "engine/text_machine.h"
+#include "engine/types.h"
+#include "engine/unicode.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+#include <utility>
+
+namespace varo::engine {
+namespace {
+
+constexpr std::size_t kLongestFormula = std::size_t{1} << 30;
+
+/// What parsing needs besides the formula. It is kept from one formula to the next, so that parsing
+/// need not allocate.
+struct Workspace {
+    VariableTable variables;
+    std::string literals;
+    Tree tree;
+    std::vector<Pending> pending;
+    TypeInference inference;
+    std::vector<Type> types;
+    Compiler compiler;
+    std::string subject;
+
+    void clear() {
+        variables.clear();
+        literals.clear();
+        tree.clear();
+        pending.clear();
+        types.clear();
+        subject.clear();
+    }
+};
+
+constexpr std::size_t kLargestKeptTree = 4096;
+
+Workspace& workspace() {
+    thread_local Workspace space;
+    if (space.tree.capacity() > kLargestKeptTree) {
+        space = {};
+    }
+    space.clear();
+    return space;
+}
+
+void appendAsciiForm(std::string& text, std::string_view characters) {
+    const char* const end = characters.data() + characters.size();
+    for (const char* at = characters.data(); at != end;) {
+        const Decoded next = decode(at, end);
+        appendCharacter(text, asciiForm(next.character));
+        at += next.bytes;
+    }
+}
+
+std::uint32_t positionOf(std::string_view formula, std::uint32_t offset) {
+    return static_cast<std::uint32_t>(characterCount(formula.substr(0, offset)) + 1);
+}
+
+void describe(const SyntaxError& error, std::string_view formula, std::string& subject,
+              Program& parts) {
+    parts.error = error.code;
+    parts.errorPosition = positionOf(formula, error.offset);
+    if (error.code == ErrorCode::BadCharacter) {
+        const std::string_view rest = formula.substr(error.offset);
+        subject = rest.substr(0, byteOffset(rest, 1));
+    }
+}
+
+void describe(const Misuse& misuse, std::string_view formula, std::string& subject,
+              Program& parts) {
+    parts.error = misuse.code;
+    parts.errorPosition = positionOf(formula, misuse.offset);
+    parts.errorArgument = misuse.argument;
+    switch (misuse.code) {
+        case ErrorCode::UnknownFunction:
+            appendAsciiForm(subject, formula.substr(misuse.offset, misuse.size));
+            break;
+        case ErrorCode::TextOperand:
+        case ErrorCode::MixedOperands:
+            subject = infoOf(misuse.op).spelling;
+            break;
+        case ErrorCode::ResultRead:
+            break;
+        default:
+            subject = infoOf(misuse.function).name;
+            break;
+    }
+}
+
+/// `formula` must be well-formed.
+ProgramBlock build(std::string_view formula) {
+    Workspace& space = workspace();
+    Lexer lexer(formula, space.variables, space.literals);
+    const SyntaxError syntaxError = Parser(lexer, space.tree, space.pending).run();
+    const Misuse misuse = space.inference.run(space.tree, space.variables.size());
+    for (std::uint32_t i = 0; i < space.variables.size(); ++i) {
+        space.types.push_back(space.inference.variableType(i));
+    }
+    Program parts;
+    parts.names = space.variables.names();
+    parts.types = space.types;
+    parts.resultType = space.inference.resultType();
+    if (syntaxError.code != ErrorCode::None) {
+        describe(syntaxError, formula, space.subject, parts);
+    } else if (misuse.code != ErrorCode::None) {
+        describe(misuse, formula, space.subject, parts);
+    } else {
+        space.compiler.run(space.tree, space.types, space.literals);
+        parts.code = space.compiler.code();
+    }
+    parts.errorSubject = space.subject;
+    return assemble(parts);
+}
+
+}  // namespace
+
+Formula Formula::parse(std::string_view text) {
+    if (text.size() > kLongestFormula) {
+        throw std::length_error("formula too long");
+    }
+    return Formula(isWellFormed(text) ? build(text) : build(wellFormed(text)));
+}
+
+Formula::Formula(std::unique_ptr<std::byte[]> block) : block_(std::move(block)) {}
+Formula::Formula(Formula&&) noexcept = default;
+Formula& Formula::operator=(Formula&&) noexcept = default;
+Formula::~Formula() = default;
+
+bool Formula::isValid() const {
+    return programIn(block_).error == ErrorCode::None;
+}
+
+Error Formula::error() const {
+    const Program& program = programIn(block_);
+    return {program.error, program.errorPosition, static_cast<std::int32_t>(program.errorArgument),
+            std::string(program.errorSubject)};
+}
+
+std::size_t Formula::variableCount() const {
+    return programIn(block_).types.size();
+}
+
+Variable Formula::variable(std::size_t index) const {
+    const Program& program = programIn(block_);
+    return {program.names.name(static_cast<std::uint32_t>(index)), program.types[index]};
+}
+
+std::optional<std::size_t> Formula::indexOf(std::string_view name) const {
+    std::string folded;
+    appendFolded(folded, name);
+    const std::uint32_t index = programIn(block_).names.find(folded);
+    return index == VariableNames::kNone ? std::nullopt : std::optional<std::size_t>(index);
+}
+
+Type Formula::resultType() const {
+    return programIn(block_).resultType;
+}
+
+bool Formula::evaluate(const Values& values, Value& result, Error& error) const {
+    if (isValid()) {
+        if (const std::optional<std::size_t> missing = values.firstMissing()) {
+            error = {ErrorCode::NoValue, 0, 0, std::string(variable(*missing).name)};
+            return false;
+        }
+    }
+    double number = 0;
+    if (resultType() == Type::Number) {
+        if (!run(values.numbers(), values.texts(), number, nullptr, error)) {
+            return false;
+        }
+        result = number;
+        return true;
+    }
+    std::string text;
+    if (!run(values.numbers(), values.texts(), number, &text, error)) {
+        return false;
+    }
+    result = std::move(text);
+    return true;
+}
+
+bool Formula::evaluate(std::span<const double> numbers, double& result, Error& error) const {
+    const Program& program = programIn(block_);
+    std::size_t missing = numbers.size();
+    if (program.code.usesText) {
+        const auto text = std::find(program.types.begin(), program.types.end(), Type::Text);
+        missing = std::min(missing, static_cast<std::size_t>(text - program.types.begin()));
+    }
+    if (missing < program.types.size() && isValid()) {
+        error = {ErrorCode::NoValue, 0, 0, std::string(variable(missing).name)};
+        return false;
+    }
+    return run(numbers, {}, result, nullptr, error);
+}
+
+bool Formula::run(std::span<const double> numbers, std::span<const std::string> texts,
+                  double& number, std::string* text, Error& error) const {
+    const Program& program = programIn(block_);
+    if (program.error != ErrorCode::None) {
+        error = this->error();
+        return false;
+    }
+    Failure failure;
+    bool worked = false;
+    if (program.code.usesText) {
+        TextMachine machine(program.code, texts);
+        worked = interpret(program.code, numbers.data(), &machine, number, failure);
+        if (worked && text != nullptr) {
+            *text = machine.top();
+        }
+    } else {
+        worked = interpret(program.code, numbers.data(), nullptr, number, failure);
+    }
+    if (!worked) {
+        error = {failure.code, 0, 0, std::move(failure.subject)};
+        if (failure.code == ErrorCode::OutsideDomain) {
+            error.subject = infoOf(failure.function).name;
+        }
+    }
+    return worked;
+}
+
+Values::Values(const Formula& formula)
+    : formula_(&formula), numbers_(formula.variableCount()), given_(formula.variableCount()) {
+    for (std::size_t i = 0; i < numbers_.size() && texts_.empty(); ++i) {
+        if (formula.variable(i).type == Type::Text) {
+            texts_.resize(numbers_.size());
+        }
+    }
+}
+
+bool Values::set(std::size_t index, double number) {
+    if (!accepts(index, Type::Number) || !std::isfinite(number)) {
+        return false;
+    }
+    numbers_[index] = number;
+    given_[index] = true;
+    return true;
+}
+
+bool Values::set(std::size_t index, std::string_view text) {
+    if (!accepts(index, Type::Text)) {
+        return false;
+    }
+    texts_[index] = isWellFormed(text) ? std::string(text) : wellFormed(text);
+    given_[index] = true;
+    return true;
+}
+
+bool Values::set(std::string_view name, double number) {
+    const std::optional<std::size_t> index = formula_->indexOf(name);
+    return index && set(*index, number);
+}
+
+bool Values::set(std::string_view name, std::string_view text) {
+    const std::optional<std::size_t> index = formula_->indexOf(name);
+    return index && set(*index, text);
+}
+
+std::optional<std::size_t> Values::firstMissing() const {
+    const auto missing = std::find(given_.begin(), given_.end(), false);
+    return missing == given_.end()
+               ? std::nullopt
+               : std::optional(static_cast<std::size_t>(missing - given_.begin()));
+}
+
+bool Values::accepts(std::size_t index, Type type) const {
+    return index < numbers_.size() && formula_->variable(index).type == type;
+}
+
+}  // namespace varo::engine

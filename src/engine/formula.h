@@ -1,0 +1,112 @@
+#pragma once
+
+#include "engine/error.h"
+#include "engine/vocabulary.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace varo::engine {
+
+class Values;
+
+/// A number or a text.
+using Value = std::variant<double, std::string>;
+
+/// An input variable of a formula.
+struct Variable {
+    std::string_view name;  ///< as it first occurs; owned by the formula
+    Type type;
+};
+
+/// A parsed formula. It never changes, so that threads may share it.
+///
+///     const auto formula = Formula::parse("b*h^2/6");
+///     Values values(formula);
+///     values.set("b", 0.3);
+///     values.set("h", 0.6);
+///     Value result;
+///     Error error;
+///     if (formula.evaluate(values, result, error)) ...
+class Formula {
+  public:
+    /// Parses `text`, UTF-8. Never fails: a formula with an error tells it, and its variables all
+    /// the same. Throws std::length_error for a text of more than 1 GiB.
+    static Formula parse(std::string_view text);
+
+    Formula(Formula&&) noexcept;
+    Formula& operator=(Formula&&) noexcept;
+    ~Formula();
+
+    /// True when the formula can be evaluated.
+    bool isValid() const;
+
+    /// What is wrong with the formula; an Error without a code when it is valid.
+    Error error() const;
+
+    /// The input variables, in order of first occurrence. They are complete even if the formula is
+    /// not valid; the types are then those that the part before the error tells.
+    std::size_t variableCount() const;
+    Variable variable(std::size_t index) const;
+
+    /// The index of the variable with that name, without regard to letter case.
+    std::optional<std::size_t> indexOf(std::string_view name) const;
+
+    /// The type of the result; Type::Number when an error leaves it open.
+    Type resultType() const;
+
+    /// Evaluates with `values`, which were made for this formula. True with the value in `result`;
+    /// else false with the reason in `error`, and `result` as it was.
+    bool evaluate(const Values& values, Value& result, Error& error) const;
+
+    /// The same for a formula without text variables and with a number as result: `numbers` holds a
+    /// finite number for each variable. A variable that it leaves out has no value. Allocates
+    /// nothing unless the formula works on texts.
+    bool evaluate(std::span<const double> numbers, double& result, Error& error) const;
+
+  private:
+    explicit Formula(std::unique_ptr<std::byte[]> block);
+    bool run(std::span<const double> numbers, std::span<const std::string> texts, double& number,
+             std::string* text, Error& error) const;
+
+    std::unique_ptr<std::byte[]> block_;  // a Program and what it refers to
+};
+
+/// Values for the variables of one formula.
+class Values {
+  public:
+    /// No variable has a value yet. `formula` must outlive the object.
+    explicit Values(const Formula& formula);
+
+    /// Gives variable `index`, or the one of that name, a value. A text is read as UTF-8. False,
+    /// and nothing changes, when there is no such variable of that type or the number is not
+    /// finite.
+    bool set(std::size_t index, double number);
+    bool set(std::size_t index, std::string_view text);
+    bool set(std::string_view name, double number);
+    bool set(std::string_view name, std::string_view text);
+
+    /// The first variable without a value.
+    std::optional<std::size_t> firstMissing() const;
+
+    /// The values by the variables' indices; what stands at the index of a variable of the other
+    /// type means nothing.
+    std::span<const double> numbers() const { return numbers_; }
+    std::span<const std::string> texts() const { return texts_; }
+
+  private:
+    bool accepts(std::size_t index, Type type) const;
+
+    const Formula* formula_;
+    std::vector<double> numbers_;
+    std::vector<std::string> texts_;  // empty when the formula has no text variable
+    std::vector<bool> given_;
+};
+
+}  // namespace varo::engine

@@ -1,0 +1,189 @@
+#include "engine/parser.h"
+
+namespace varo::engine {
+namespace {
+
+bool isParenthesis(const Pending& pending) {
+    return pending.kind == Pending::Kind::Group || pending.kind == Pending::Kind::Call;
+}
+
+}  // namespace
+
+SyntaxError Parser::run() {
+    for (bool more = true; more;) {
+        const Token token = lexer_.next();
+        more = operandWanted_ ? operand(token) : afterOperand(token);
+    }
+    complete();
+    return error_;
+}
+
+bool Parser::operand(const Token& token) {
+    switch (token.kind) {
+        case TokenKind::Number:
+            emit(NodeKind::Number, token);
+            return true;
+        case TokenKind::Text:
+            emit(NodeKind::Text, token);
+            return true;
+        case TokenKind::Variable:
+            emit(NodeKind::Variable, token);
+            return true;
+        case TokenKind::Result:
+            emit(NodeKind::Result, token);
+            return true;
+        case TokenKind::Operator:
+            switch (token.op) {
+                case Operator::Add:
+                    return open({Pending::Kind::Prefix, Operator::Plus, {}, token.offset});
+                case Operator::Subtract:
+                    return open({Pending::Kind::Prefix, Operator::Minus, {}, token.offset});
+                case Operator::Not:
+                    return open({Pending::Kind::Prefix, Operator::Not, {}, token.offset});
+                default:
+                    return fail(ErrorCode::BadCharacter, token.offset);
+            }
+        case TokenKind::LeftParenthesis:
+            return open({Pending::Kind::Group, {}, {}, token.offset});
+        case TokenKind::Function:
+            if (token.function == Function::Unknown) {
+                emit(NodeKind::UnknownFunction, token);
+                operandWanted_ = true;
+            }
+            lexer_.next();  // the parenthesis that makes it a function
+            return open({Pending::Kind::Call, {}, token.function, token.offset});
+        case TokenKind::RightParenthesis:
+            return closeParenthesis(token);
+        case TokenKind::UnclosedText:
+            return fail(ErrorCode::UnclosedText, token.offset);
+        case TokenKind::End:
+            return fail(ErrorCode::Incomplete, token.offset);
+        default:
+            return fail(ErrorCode::BadCharacter, token.offset);
+    }
+}
+
+bool Parser::afterOperand(const Token& token) {
+    switch (token.kind) {
+        case TokenKind::Operator:
+            if (token.op == Operator::Factorial) {
+                emit(NodeKind::Apply, token);
+                return true;
+            }
+            return binaryOperator(token);
+        case TokenKind::RightParenthesis:
+            return closeParenthesis(token);
+        case TokenKind::Comma:
+            applyTighterThan(0);
+            if (pending_.empty() || pending_.back().kind != Pending::Kind::Call) {
+                return fail(ErrorCode::BadCharacter, token.offset);
+            }
+            completeArgument();
+            operandWanted_ = true;
+            return true;
+        case TokenKind::UnclosedText:
+            return fail(ErrorCode::UnclosedText, token.offset);
+        case TokenKind::End:
+            return openParentheses_ > 0 && fail(ErrorCode::Parentheses, token.offset);
+        default:
+            return fail(ErrorCode::BadCharacter, token.offset);
+    }
+}
+
+bool Parser::binaryOperator(const Token& token) {
+    if (token.op == Operator::Not) {
+        return fail(ErrorCode::BadCharacter, token.offset);
+    }
+    const std::uint8_t level = infoOf(token.op).level;
+    const bool rightToLeft = token.op == Operator::Power;
+    applyTighterThan(rightToLeft ? level : static_cast<std::uint8_t>(level - 1));
+    emit(NodeKind::LeftOperand, token);
+    return open({Pending::Kind::Binary, token.op, {}, token.offset});
+}
+
+bool Parser::closeParenthesis(const Token& token) {
+    if (openParentheses_ == 0) {
+        return fail(ErrorCode::Parentheses, token.offset);
+    }
+    if (operandWanted_) {
+        const Pending& top = pending_.back();
+        if (top.kind != Pending::Kind::Call || top.arguments > 0) {
+            return fail(ErrorCode::BadCharacter, token.offset);
+        }
+    } else {
+        applyTighterThan(0);
+        if (pending_.back().kind == Pending::Kind::Call) {
+            completeArgument();
+        }
+    }
+    closeTop();
+    operandWanted_ = false;
+    return true;
+}
+
+bool Parser::open(const Pending& pending) {
+    if (pending_.size() == kMaxNesting) {
+        return fail(ErrorCode::NestedTooDeeply, pending.offset);
+    }
+    pending_.push_back(pending);
+    openParentheses_ += isParenthesis(pending) ? 1 : 0;
+    operandWanted_ = true;
+    return true;
+}
+
+bool Parser::fail(ErrorCode code, std::uint32_t offset) {
+    error_ = {code, offset};
+    return false;
+}
+
+void Parser::complete() {
+    if (error_.code != ErrorCode::None) {
+        while (lexer_.next().kind != TokenKind::End) {
+        }
+        if (operandWanted_) {
+            emit(NodeKind::Missing, {});
+        }
+    }
+    applyTighterThan(0);
+    while (!pending_.empty()) {
+        if (pending_.back().kind == Pending::Kind::Call) {
+            completeArgument();
+        }
+        closeTop();
+        applyTighterThan(0);
+    }
+}
+
+void Parser::emit(NodeKind kind, const Token& token) {
+    tree_.push_back(
+        {kind, token.op, token.function, token.offset, token.number, token.first, token.size});
+    operandWanted_ = false;
+}
+
+/// Applies the operators on top of the stack whose level is above `level`, down to the nearest
+/// parenthesis.
+void Parser::applyTighterThan(std::uint8_t level) {
+    while (!pending_.empty() && !isParenthesis(pending_.back()) &&
+           infoOf(pending_.back().op).level > level) {
+        const Pending& top = pending_.back();
+        tree_.push_back({NodeKind::Apply, top.op, {}, top.offset});
+        pending_.pop_back();
+    }
+}
+
+void Parser::completeArgument() {
+    Pending& call = pending_.back();
+    ++call.arguments;
+    tree_.push_back({NodeKind::Argument, {}, call.function, call.offset, 0, call.arguments});
+}
+
+void Parser::closeTop() {
+    const Pending& top = pending_.back();
+    if (top.kind == Pending::Kind::Call) {
+        tree_.push_back({NodeKind::Call, {}, top.function, top.offset, 0, top.arguments});
+    }
+    pending_.pop_back();
+    --openParentheses_;
+}
+
+}  // namespace varo::engine

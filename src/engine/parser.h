@@ -1,0 +1,64 @@
+#pragma once
+
+#include "engine/error.h"
+#include "engine/lexer.h"
+#include "engine/node.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace varo::engine {
+
+/// An operator that waits for its right operand, or an open parenthesis.
+struct Pending {
+    enum class Kind : std::uint8_t { Prefix, Binary, Group, Call };
+    Kind kind{};
+    Operator op{};
+    Function function{};
+    std::uint32_t offset = 0;
+    std::uint32_t arguments = 0;  ///< of a call, so far complete
+};
+
+/// A syntax error: its code and where it is, in bytes.
+struct SyntaxError {
+    ErrorCode code = ErrorCode::None;
+    std::uint32_t offset = 0;
+};
+
+/// Reads a formula by operator precedence, with a stack of its own, so that no input makes it
+/// recurse.
+class Parser {
+  public:
+    /// `tree` and `pending` are filled and used from empty; all must outlive the parser.
+    Parser(Lexer& lexer, Tree& tree, std::vector<Pending>& pending)
+        : lexer_(lexer), tree_(tree), pending_(pending) {}
+
+    /// Reads the formula up to its end or first error. After an error the tree is made whole with
+    /// what was read so far, so that the types of the variables can be told, and the lexer is read
+    /// to its end.
+    SyntaxError run();
+
+  private:
+    bool operand(const Token& token);
+    bool afterOperand(const Token& token);
+    bool binaryOperator(const Token& token);
+    bool closeParenthesis(const Token& token);
+    bool open(const Pending& pending);
+    bool fail(ErrorCode code, std::uint32_t offset);
+    void complete();
+
+    void emit(NodeKind kind, const Token& token);
+    void applyTighterThan(std::uint8_t level);
+    void completeArgument();
+    void closeTop();
+
+    Lexer& lexer_;
+    Tree& tree_;
+    std::vector<Pending>& pending_;
+    SyntaxError error_;
+    std::size_t openParentheses_ = 0;
+    bool operandWanted_ = true;
+};
+
+}  // namespace varo::engine

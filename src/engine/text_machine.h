@@ -1,0 +1,63 @@
+#pragma once
+
+#include "engine/code.h"
+#include "engine/error.h"
+
+#include <cstddef>
+#include <deque>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace varo::engine {
+
+/// The half of the stack machine that works on texts, for one evaluation.
+///
+/// It limits the work: an evaluation that handles more text than a generous multiple of its input
+/// (nested replacing can multiply it without end) fails with ErrorCode::OutOfRange.
+class TextMachine {
+  public:
+    /// `values` holds the texts of the text variables by their index. Both must outlive the
+    /// machine.
+    TextMachine(const Code& code, std::span<const std::string> values);
+
+    void pushLiteral(std::uint32_t index);
+    void pushVariable(std::uint32_t index) { stack_.push_back(values_[index]); }
+
+    /// Takes two texts away; the value of their relation.
+    ErrorCode relation(Operator op, double& result);
+
+    /// Takes the arguments of a text function away: the texts from here, the numbers from `top`
+    /// down. The result is pushed where its type belongs, and `top` is left at the number that is
+    /// on top then. `subject` becomes the text that S2R failed on.
+    ErrorCode call(Function function, std::uint32_t arguments, double*& top, std::string& subject);
+
+    /// The text on top.
+    std::string_view top() const { return stack_.back(); }
+
+  private:
+    /// The arguments of a call: its texts and its numbers, each in their order.
+    struct Arguments {
+        std::span<const std::string_view> texts;
+        const double* numbers;
+    };
+
+    bool spend(std::size_t bytes);
+    std::string_view keep(std::string text);
+    std::string_view pop();
+    ErrorCode callToNumber(Function function, const Arguments& arguments, double& result,
+                           std::string& subject);
+    ErrorCode callToText(Function function, const Arguments& arguments, std::string_view& result);
+    std::string_view concatenate(std::span<const std::string_view> texts);
+    ErrorCode replace(std::string_view text, std::string_view wanted, std::string_view replacement,
+                      double index, bool ignoreCase, std::string_view& result);
+
+    const Code& code_;
+    std::span<const std::string> values_;
+    std::vector<std::string_view> stack_;
+    std::deque<std::string> results_;  // what the stack points to, besides literals and values
+    std::size_t budget_;
+};
+
+}  // namespace varo::engine

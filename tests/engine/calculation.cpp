@@ -1,0 +1,66 @@
+#include "engine/calculation.h"
+
+#include "engine/numbers.h"
+
+#include <limits>
+
+using namespace varo::engine;
+
+namespace {
+
+bool evaluate(std::string_view text, std::initializer_list<Given> given, Value& result,
+              Error& error) {
+    const Formula formula = Formula::parse(text);
+    Values values(formula);
+    for (const auto& [name, value] : given) {
+        if (const double* const number = std::get_if<double>(&value)) {
+            values.set(name, *number);
+        } else {
+            values.set(name, std::string_view(std::get<std::string>(value)));
+        }
+    }
+    return formula.evaluate(values, result, error);
+}
+
+}  // namespace
+
+std::string answer(std::string_view formula, std::initializer_list<Given> given) {
+    Value result;
+    Error error;
+    if (!evaluate(formula, given, result, error)) {
+        return error.text();
+    }
+    if (const double* const value = std::get_if<double>(&result)) {
+        return shortest(*value);
+    }
+    return '"' + std::get<std::string>(result) + '"';
+}
+
+double number(std::string_view formula, std::initializer_list<Given> given) {
+    Value result;
+    Error error;
+    const bool isNumber =
+        evaluate(formula, given, result, error) && std::holds_alternative<double>(result);
+    return isNumber ? std::get<double>(result) : std::numeric_limits<double>::quiet_NaN();
+}
+
+std::string variables(std::string_view text) {
+    const Formula formula = Formula::parse(text);
+    std::string list;
+    for (std::size_t i = 0; i < formula.variableCount(); ++i) {
+        const Variable variable = formula.variable(i);
+        list += list.empty() ? "" : " ";
+        list += variable.name;
+        list += variable.type == Type::Text ? ":text" : ":number";
+    }
+    return list;
+}
+
+std::string repeated(std::string_view text, std::size_t times) {
+    std::string result;
+    result.reserve(text.size() * times);
+    for (std::size_t i = 0; i < times; ++i) {
+        result += text;
+    }
+    return result;
+}

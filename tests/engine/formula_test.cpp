@@ -1,0 +1,86 @@
+#include "engine/formula.h"
+
+#include <array>
+#include <gtest/gtest.h>
+#include <limits>
+#include <thread>
+
+using namespace varo::engine;
+
+TEST(Formula, EvaluatesAgainWithOtherValues) {
+    const Formula formula = Formula::parse("q*l^2/8");
+    Values values(formula);
+    ASSERT_TRUE(values.set("q", 10.0));
+    Value result;
+    Error error;
+    for (const double length : {4.0, 6.0}) {
+        ASSERT_TRUE(values.set("L", length));
+        ASSERT_TRUE(formula.evaluate(values, result, error));
+        EXPECT_DOUBLE_EQ(std::get<double>(result), 10 * length * length / 8);
+    }
+}
+
+TEST(Formula, EvaluatesNumbersFromAnArray) {
+    const Formula formula = Formula::parse("a-b/c");
+    double result = 0;
+    Error error;
+    EXPECT_TRUE(formula.evaluate(std::array{10.0, 6.0, 2.0}, result, error));
+    EXPECT_EQ(result, 7);
+    EXPECT_FALSE(formula.evaluate(std::array{10.0, 6.0, 0.0}, result, error));
+    EXPECT_EQ(error.code, ErrorCode::DivisionByZero);
+    EXPECT_EQ(result, 7);
+}
+
+TEST(Formula, NamesTheVariableThatAnArrayCannotGive) {
+    double result = 0;
+    Error error;
+    EXPECT_FALSE(Formula::parse("a+b").evaluate(std::array{1.0}, result, error));
+    EXPECT_EQ(error.text(), "变量“b”没有值！");
+    EXPECT_FALSE(Formula::parse("a+StrLen(s)").evaluate(std::array{1.0, 2.0}, result, error));
+    EXPECT_EQ(error.text(), "变量“s”没有值！");
+}
+
+TEST(Formula, MovesWithItsVariables) {
+    Formula formula = Formula::parse("alpha+beta");
+    const Formula moved = std::move(formula);
+    EXPECT_EQ(moved.variable(1).name, "beta");
+    EXPECT_EQ(moved.indexOf("ALPHA"), 0U);
+    EXPECT_EQ(moved.indexOf("gamma"), std::nullopt);
+}
+
+TEST(Formula, IsParsedAndEvaluatedByThreadsAtOnce) {
+    const Formula shared = Formula::parse("x!+StrLen(R2S(x,2))");
+    std::array<double, 2> sums{};
+    const auto work = [&shared](double& sum) {
+        for (int i = 0; i < 1000; ++i) {
+            const Formula own = Formula::parse("x*" + std::to_string(i));
+            double value = 0;
+            Error error;
+            own.evaluate(std::array{2.0}, value, error);
+            sum += value;
+            shared.evaluate(std::array{3.0}, value, error);
+            sum += value;
+        }
+    };
+    std::thread other(work, std::ref(sums[0]));
+    work(sums[1]);
+    other.join();
+    EXPECT_EQ(sums[0], 2 * 499500.0 + 1000 * 10);
+    EXPECT_EQ(sums[1], sums[0]);
+}
+
+TEST(Values, AcceptOnlyWhatTheVariableCanHold) {
+    const Formula formula = Formula::parse("a+StrLen(s)");
+    Values values(formula);
+    EXPECT_EQ(values.firstMissing(), 0U);
+    EXPECT_FALSE(values.set("a", "text"));
+    EXPECT_FALSE(values.set("s", 1.0));
+    EXPECT_FALSE(values.set("b", 1.0));
+    EXPECT_FALSE(values.set(2, 1.0));
+    EXPECT_FALSE(values.set("a", std::numeric_limits<double>::infinity()));
+    EXPECT_TRUE(values.set(0, 1.0));
+    EXPECT_EQ(values.firstMissing(), 1U);
+    EXPECT_TRUE(values.set("s", "\xff\xfe"));
+    EXPECT_EQ(values.firstMissing(), std::nullopt);
+    EXPECT_EQ(values.texts()[1], "\uFFFD\uFFFD");
+}
