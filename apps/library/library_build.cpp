@@ -1,0 +1,162 @@
+#include "library/library_rows.h"
+#include "library/library_text.h"
+#include "library/picture_bytes.h"
+#include "platform/data/connection.h"
+#include "store/db_funcs.h"
+#include "store/template.h"
+
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+#include <system_error>
+
+namespace varo {
+
+namespace {
+
+void storePicture(data::Connection& connection, qint32 formula, const QByteArray& bytes) {
+    data::BlobField field =
+        connection.field(QStringLiteral("Formula"), QStringLiteral("Pic"), formula);
+    field.replace(bytes.size());
+    field.appendChunk(std::span(bytes.constData(), static_cast<size_t>(bytes.size())));
+}
+
+void storeFolders(data::Connection& connection, const LibraryRows& rows) {
+    for (const FolderRow& row : rows.folders) {
+        connection.execute(QStringLiteral("insert into Tree(ID,Name,PID,OrderID) values(?,?,?,?)"),
+                           {row.id, row.name, row.parent, row.order});
+    }
+}
+
+void storeFormulas(data::Connection& connection, const LibraryRows& rows, const QString& textPath) {
+    for (const FormulaRow& row : rows.formulas) {
+        connection.execute(
+            QStringLiteral("insert into Formula(ID,Name,Formula,Memo,PicType,PID,OrderID) "
+                           "values(?,?,?,?,?,?,?)"),
+            {row.id, row.name, row.expression, row.memo, row.pictureType, row.folder, row.order});
+        if (row.picture) {
+            storePicture(connection, row.id, pictureBytes(*row.picture, textPath));
+        }
+    }
+}
+
+void storeValues(data::Connection& connection, const LibraryRows& rows) {
+    for (const ValueRow& row : rows.values) {
+        connection.execute(
+            QStringLiteral("insert into RecentVar(VarName,FormulaID,[Value],VarSourceType,VarMemo) "
+                           "values(?,?,?,?,?)"),
+            {row.name, row.formula, row.value, row.source, row.memo});
+    }
+}
+
+void storeConditions(data::Connection& connection, const LibraryRows& rows) {
+    for (const PropertyRow& row : rows.properties) {
+        connection.execute(
+            QStringLiteral("insert into Property(PropID,PropName,FilterID,NodeID,NodeType) "
+                           "values(?,?,?,?,?)"),
+            {row.id, row.name, row.filter, row.node, row.nodeType});
+    }
+    for (const ConditionRow& row : rows.conditions) {
+        connection.execute(
+            QStringLiteral("insert into FilterCond(ID,UserID,ParentID,Type) values(?,?,?,?)"),
+            {row.id, row.user, row.parent, row.type});
+    }
+    for (const ExpressionRow& row : rows.expressions) {
+        connection.execute(
+            QStringLiteral("insert into FilterExpressions(FilterID,ExpID,TableName,FieldName,"
+                           "FieldType,CompareType,TheConst) values(?,?,?,?,?,?,?)"),
+            {row.filter, row.id, row.table, row.field, row.fieldType, row.compare, row.constant});
+    }
+}
+
+void storeInfo(data::Connection& connection, const LibraryRows& rows) {
+    const auto insert = [&](const QString& name, const QString& value) {
+        connection.execute(QStringLiteral("insert into TableInfo(PrptyName,PrptyVal) values(?,?)"),
+                           {name, value});
+    };
+    const auto isVersion = [](const InfoRow& row) {
+        return row.name.compare(u"DBVersion", Qt::CaseInsensitive) == 0;
+    };
+    connection.execute(QStringLiteral("delete from TableInfo"));
+    if (std::none_of(rows.info.begin(), rows.info.end(), isVersion)) {
+        insert(QStringLiteral("DBVersion"), QString::fromUtf8(TemplateVersion));
+    }
+    for (const InfoRow& row : rows.info) {
+        insert(row.name, row.value);
+    }
+}
+
+/// Sees to it that the database gives no identifier up to `last` to a new row of `table`: rows that
+/// a deleted folder or formula has left behind would attach themselves to it.
+void retireIdentifiers(data::Connection& connection, const QString& table, qint32 last) {
+    const QString insert = QStringLiteral("insert or ignore into %1(ID) values(?)").arg(table);
+    const QString remove = QStringLiteral("delete from %1 where ID = ?").arg(table);
+    if (last < std::numeric_limits<qint32>::max() && connection.execute(insert, {last}) == 1) {
+        connection.execute(remove, {last});
+    }
+}
+
+void retireReferences(data::Connection& connection, const LibraryRows& rows) {
+    qint32 lastFolder = 0;
+    qint32 lastFormula = 0;
+    for (const FolderRow& row : rows.folders) {
+        lastFolder = std::max(lastFolder, row.parent);
+    }
+    for (const FormulaRow& row : rows.formulas) {
+        lastFolder = std::max(lastFolder, row.folder);
+    }
+    for (const ValueRow& row : rows.values) {
+        lastFormula = std::max(lastFormula, row.formula);
+    }
+    for (const PropertyRow& row : rows.properties) {
+        qint32& last = row.nodeType == NodeTypeFolder ? lastFolder : lastFormula;
+        last = std::max(last, row.node);
+    }
+    retireIdentifiers(connection, QStringLiteral("Tree"), lastFolder);
+    retireIdentifiers(connection, QStringLiteral("Formula"), lastFormula);
+}
+
+void fillLibrary(const QString& path, const LibraryRows& rows, const QString& textPath) {
+    data::Connection connection;
+    connection.open(path);
+    data::Transaction transaction(connection);
+    storeFolders(connection, rows);
+    storeFormulas(connection, rows, textPath);
+    storeValues(connection, rows);
+    storeConditions(connection, rows);
+    storeInfo(connection, rows);
+    retireReferences(connection, rows);
+    transaction.commit();
+}
+
+}  // namespace
+
+void buildLibrary(const QString& textPath, const QString& libraryPath) {
+    const QFileInfo library(libraryPath);
+    if (library.exists() &&
+        library.canonicalFilePath() == QFileInfo(textPath).canonicalFilePath()) {
+        throw TextError(libraryPath, QStringLiteral("the library would replace its own text"));
+    }
+    const LibraryRows rows = readLibraryText(textPath);
+
+    // A folder beside the library, so that the finished file only has to be renamed.
+    const QTemporaryDir workshop(library.absolutePath() + QStringLiteral("/.varo-library-XXXXXX"));
+    if (!workshop.isValid()) {
+        throw TextError(libraryPath, workshop.errorString());
+    }
+    const QString unfinished = workshop.filePath(QStringLiteral("library"));
+    createEmptyLibrary(unfinished);
+    fillLibrary(unfinished, rows, textPath);
+
+    std::error_code failure;
+    std::filesystem::rename(QFileInfo(unfinished).filesystemFilePath(),
+                            library.filesystemAbsoluteFilePath(), failure);
+    if (failure) {
+        throw TextError(libraryPath, QString::fromLocal8Bit(failure.message()));
+    }
+}
+
+}  // namespace varo

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QIODevice>
+#include <QString>
+#include <QStringList>
+
+/// A library as text: building a library file from it, and dumping a file to it.
+/// docs/library-text.md describes the format.
+
+namespace varo {
+
+/// Builds the library that the text at `textPath` describes into the file `libraryPath`, replacing
+/// a file that is there. The new file appears complete or not at all; on failure the old one stays
+/// as it was. Needs a QGuiApplication when the text names drawings. Throws TextError or
+/// data::Error.
+void buildLibrary(const QString& textPath, const QString& libraryPath);
+
+/// Writes the library's text to `out`, from which buildLibrary() makes a library with the same
+/// rows. Holds the folders' and rows' numbers and one formula at a time in memory. Throws TextError
+/// when `out` does not take the text, data::Error when the library cannot be read.
+void dumpLibrary(const QString& libraryPath, QIODevice& out);
+
+/// What checkLibrary() found.
+struct CheckReport {
+    QStringList faults;  ///< one line each; empty when the library is sound
+    qint64 folders = 0;
+    qint64 formulas = 0;
+    qint64 pictures = 0;
+};
+
+/// Looks for everything in the file that the system would not have written: damage, missing tables,
+/// references to nothing, folders inside themselves, order numbers used twice, pictures that are
+/// none, texts over their limits. Changes nothing. A file that cannot be read is a fault like the
+/// others.
+CheckReport checkLibrary(const QString& libraryPath);
+
+}  // namespace varo

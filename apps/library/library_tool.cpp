@@ -1,0 +1,74 @@
+#include "library/library_tool.h"
+
+#include "library/library_text.h"
+
+#include <exception>
+
+namespace varo {
+
+namespace {
+
+enum ExitCode { Done = 0, Failed = 1, WrongUsage = 2 };
+
+constexpr auto usage =
+    "Usage:\n"
+    "  varo-library build TEXT FILE   make the library FILE from the text TEXT\n"
+    "  varo-library dump FILE         write the text of the library FILE\n"
+    "  varo-library check FILE        look for faults in the library FILE\n"
+    "  varo-library --help            show this\n"
+    "\n"
+    "Exit code: 0 done, 1 failed or faults found, 2 wrong arguments.\n";
+
+void print(QIODevice& device, const QString& text) {
+    device.write((text + u'\n').toUtf8());
+}
+
+ExitCode check(const QString& path, QIODevice& out) {
+    const CheckReport report = checkLibrary(path);
+    for (const QString& fault : report.faults) {
+        print(out, fault);
+    }
+    if (!report.faults.isEmpty()) {
+        return Failed;
+    }
+    print(out, QStringLiteral("%1 folders, %2 formulas, %3 pictures")
+                   .arg(report.folders)
+                   .arg(report.formulas)
+                   .arg(report.pictures));
+    return Done;
+}
+
+ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
+    const QString command = arguments.value(0);
+    if (arguments == QStringList{QStringLiteral("--help")} ||
+        arguments == QStringList{QStringLiteral("-h")}) {
+        out.write(usage);
+        return Done;
+    }
+    if (command == u"build" && arguments.size() == 3) {
+        buildLibrary(arguments[1], arguments[2]);
+        return Done;
+    }
+    if (command == u"dump" && arguments.size() == 2) {
+        dumpLibrary(arguments[1], out);
+        return Done;
+    }
+    if (command == u"check" && arguments.size() == 2) {
+        return check(arguments[1], out);
+    }
+    err.write(usage);
+    return WrongUsage;
+}
+
+}  // namespace
+
+int runLibraryTool(const QStringList& arguments, QIODevice& out, QIODevice& err) {
+    try {
+        return run(arguments, out, err);
+    } catch (const std::exception& error) {
+        print(err, QString::fromUtf8(error.what()));
+        return Failed;
+    }
+}
+
+}  // namespace varo

@@ -1,0 +1,124 @@
+#include "library/picture_bytes.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+#include <QPainter>
+#include <QSvgRenderer>
+
+#include <algorithm>
+#include <array>
+
+namespace varo {
+
+namespace {
+
+constexpr int LargestSide = 8192;
+constexpr int JpegQuality = 92;
+/// Written into the picture's header; fixed, or the screen's resolution would get into the bytes.
+constexpr int DotsPerMeter = 3780;
+
+/// The content of the picture's file; nothing when it cannot be read, with the reason in `error`.
+QByteArray readFile(const QString& path, QString& error) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = file.errorString();
+        return {};
+    }
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        error = file.errorString();
+        return {};
+    }
+    if (bytes.isEmpty()) {
+        error = QStringLiteral("the file is empty");
+    }
+    return bytes;
+}
+
+/// The drawing's pixels on white; null when `drawing` is no SVG drawing.
+QImage rendered(const QByteArray& drawing, std::optional<qint32> width,
+                std::optional<qint32> height) {
+    QSvgRenderer renderer(drawing);
+    if (!renderer.isValid()) {
+        return {};
+    }
+    renderer.setAspectRatioMode(Qt::KeepAspectRatio);
+    const QSize own = renderer.defaultSize().boundedTo({LargestSide, LargestSide});
+    QImage image(width.value_or(std::max(1, own.width())),
+                 height.value_or(std::max(1, own.height())), QImage::Format_RGB32);
+    image.setDotsPerMeterX(DotsPerMeter);
+    image.setDotsPerMeterY(DotsPerMeter);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
+                           QPainter::SmoothPixmapTransform);
+    renderer.render(&painter);
+    return image;
+}
+
+}  // namespace
+
+bool isPicture(QByteArrayView head) {
+    using namespace std::string_view_literals;
+    constexpr std::array signatures = {
+        "BM"sv,
+        "\xFF\xD8\xFF"sv,
+        "\x89PNG\r\n\x1A\n"sv,
+        "\xD7\xCD\xC6\x9A"sv,          // wmf with a placement header
+        "\x01\x00\x09\x00\x00\x01"sv,  // wmf without, in memory form, versions 1 and 3
+        "\x01\x00\x09\x00\x00\x03"sv,
+        "\x02\x00\x09\x00\x00\x01"sv,  // and in disk form
+        "\x02\x00\x09\x00\x00\x03"sv,
+    };
+    return std::any_of(signatures.begin(), signatures.end(), [&](std::string_view signature) {
+        return head.startsWith(QByteArrayView(signature.data(), qsizetype(signature.size())));
+    });
+}
+
+QByteArray pictureBytes(const PictureText& picture, const QString& textPath) {
+    if (picture.file.isEmpty()) {
+        return picture.bytes;
+    }
+    const auto fail = [&](const QString& message) {
+        throw TextError(textPath, picture.at,
+                        QStringLiteral("picture \"%1\": ").arg(picture.file) + message);
+    };
+    QString error;
+    const QString path = QFileInfo(textPath).absoluteDir().absoluteFilePath(picture.file);
+    const QByteArray bytes = readFile(path, error);
+    if (!error.isEmpty()) {
+        fail(error);
+    }
+    if (!picture.file.endsWith(u".svg", Qt::CaseInsensitive)) {
+        if (!picture.format.isEmpty() || picture.width || picture.height) {
+            fail(QStringLiteral("only an .svg drawing takes \"format\", \"width\" and \"height\""));
+        }
+        if (!isPicture(bytes)) {
+            fail(QStringLiteral("the file is no bmp, jpg, png or wmf picture"));
+        }
+        return bytes;
+    }
+    if (picture.format.isEmpty()) {
+        fail(QStringLiteral("a drawing needs \"format\", \"jpg\" or \"bmp\""));
+    }
+    for (const auto& side : {picture.width, picture.height}) {
+        if (side && (*side < 1 || *side > LargestSide)) {
+            fail(QStringLiteral("a side must have 1 to %1 pixels").arg(LargestSide));
+        }
+    }
+    const QImage image = rendered(bytes, picture.width, picture.height);
+    QBuffer encoded;
+    encoded.open(QIODevice::WriteOnly);
+    if (image.isNull()) {
+        fail(QStringLiteral("the file is no SVG drawing"));
+    }
+    if (!image.save(&encoded, qPrintable(picture.format), JpegQuality)) {
+        fail(QStringLiteral("cannot be written as %1").arg(picture.format));
+    }
+    return encoded.data();
+}
+
+}  // namespace varo
