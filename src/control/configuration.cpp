@@ -1,0 +1,111 @@
+#include "control/configuration.h"
+
+#include "store/library_connection.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <array>
+
+namespace varo {
+
+namespace {
+
+const auto Section = QStringLiteral("Access");
+const auto NodeCount = QStringLiteral("NodeCount");
+const auto RootNodeText = QStringLiteral("RootNodeText");
+const auto RootNodeName = QStringLiteral("RootNodeName");
+const auto RootNodePath = QStringLiteral("RootNodePath");
+
+/// The value of the leading digits of `text`; 0 when it starts with none, at most the largest int.
+int leadingCount(const QString& text) {
+    qint64 value = 0;
+    for (const QChar c : text.trimmed()) {
+        if (c < u'0' || c > u'9' || value > std::numeric_limits<int>::max()) {
+            break;
+        }
+        value = value * 10 + (c.unicode() - u'0');
+    }
+    return static_cast<int>(std::min<qint64>(value, std::numeric_limits<int>::max()));
+}
+
+}  // namespace
+
+Configuration::Configuration(colFormulaDB& libraries) : libraries_(libraries) {
+    file_.setFileName(QString::fromLatin1(ConfigFileName));
+}
+
+bool Configuration::exists(const QString& folder) {
+    const QFileInfo file(normalisedFolder(folder) + QString::fromLatin1(ConfigFileName));
+    return !folder.isEmpty() && file.isFile();
+}
+
+bool Configuration::ReadConfigFile(const QString& folder, QString& errorText) {
+    libraries_.Clear();
+    file_.setFolder(folder);
+    QString count;
+    const bool read = file_.check() && file_.readValue(Section, NodeCount, count) &&
+                      readLibraries(folder, leadingCount(count));
+    if (!read) {
+        errorText = file_.lastError();
+    }
+    return read;
+}
+
+bool Configuration::readLibraries(const QString& folder, int count) {
+    const std::array keys{RootNodeText, RootNodeName, RootNodePath};
+    // A count that promises more than the file holds ends at the first key that is missing.
+    QString value;
+    bool present = true;
+    for (int i = 1; i <= count && present; ++i) {
+        for (const QString& key : keys) {
+            const QString numbered = key + QString::number(i);
+            file_.requireKey(Section, numbered);
+            present = present && file_.readValue(Section, numbered, value);
+        }
+    }
+    if (!file_.check()) {
+        return false;
+    }
+    for (int i = 1; i <= count; ++i) {
+        const QString number = QString::number(i);
+        QString text;
+        QString name;
+        QString path;
+        if (!file_.readValue(Section, RootNodeText + number, text) ||
+            !file_.readValue(Section, RootNodeName + number, name) ||
+            !file_.readValue(Section, RootNodePath + number, path)) {
+            return false;
+        }
+        const QString native = normalisedFolder(path);
+        QString key;
+        bool added = false;
+        libraries_.Add(name, normalisedFolder(QDir::cleanPath(QDir(folder).filePath(native))), text,
+                       key, QString(), added);
+    }
+    return true;
+}
+
+bool Configuration::WriteConfigFile(const QString& folder, QString& errorText) {
+    file_.setFolder(folder);
+    bool written = file_.prepareSection(Section);
+    if (libraries_.Count() > 0) {
+        written =
+            written && file_.writeValue(Section, NodeCount, QString::number(libraries_.Count()));
+    }
+    int i = 0;
+    for (const clsFormulaDB& library : libraries_) {
+        const QString number = QString::number(++i);
+        written = written &&
+                  file_.writeValue(Section, RootNodeText + number, library.FormulaNodeText) &&
+                  file_.writeValue(Section, RootNodeName + number, library.FormulaDBName) &&
+                  file_.writeValue(Section, RootNodePath + number, library.FormulaDBPath);
+    }
+    written = written && file_.save();
+    if (!written) {
+        errorText = file_.lastError();
+    }
+    return written;
+}
+
+}  // namespace varo

@@ -1,0 +1,125 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+#include <functional>
+#include <limits>
+#include <span>
+#include <vector>
+
+namespace varo {
+
+/// Folder rows as a library stores them, collected before they are placed in a tree.
+class FolderRows {
+  public:
+    struct Row {
+        qint32 id;
+        qint32 parentId;
+        qint32 order;
+        quint32 textBegin;
+        quint16 textLength;
+    };
+
+    /// Names longer than 65,535 characters are cut.
+    void add(qint32 id, qint32 parentId, qint32 order, QStringView name);
+
+    /// Puts the rows into the order of a listing: by parent, then by order number, then as added.
+    void sort();
+
+    std::span<const Row> rows() const { return rows_; }
+    /// The rows of one parent; only after sort().
+    std::span<const Row> childrenOf(qint32 parentId) const;
+    QStringView name(const Row& row) const;
+    /// Characters of all names together.
+    qsizetype textSize() const { return text_.size(); }
+
+  private:
+    std::vector<Row> rows_;
+    QString text_;
+};
+
+/// Libraries and their folders, as the tree pane shows them: names, keys, order and pictures. Holds
+/// about forty bytes a folder over its text, so that libraries of many thousand folders stay small.
+class FolderTree {
+  public:
+    /// Number of a node; valid until the tree is cleared.
+    using Node = quint32;
+    static constexpr Node None = std::numeric_limits<Node>::max();
+
+    /// Pictures of a node: as it is, and while it is selected (indices of the image list).
+    struct Images {
+        quint8 image;
+        quint8 selectedImage;
+    };
+
+    void clear();
+
+    /// Appends a library's root node.
+    Node addLibrary(const QString& key, const QString& text);
+
+    /// Places below `parent`, which has no children yet, the folders of its library that descend
+    /// from it. Each row is placed once at most: folders that descend from themselves or from a
+    /// missing parent, and a second folder with the same identifier, are left out. `beforeShown` is
+    /// told the number of new children just before `parent` shows them.
+    void addFolders(Node parent, FolderRows rows, const std::function<void(int)>& beforeShown);
+
+    int libraryCount() const { return static_cast<int>(libraries_.size()); }
+    Node library(int position) const { return libraries_[static_cast<std::size_t>(position)].node; }
+
+    int childCount(Node node) const { return static_cast<int>(nodes_[node].childCount); }
+    Node child(Node node, int position) const;
+    /// The node above; None for a library.
+    Node parent(Node node) const { return nodes_[node].parent; }
+    /// Position among the siblings, from 0.
+    int row(Node node) const { return static_cast<int>(nodes_[node].row); }
+
+    bool isLibrary(Node node) const { return nodes_[node].parent == None; }
+    /// Identifier of the folder; 0 for a library.
+    qint32 id(Node node) const { return nodes_[node].id; }
+    QString text(Node node) const;
+    QString key(Node node) const;
+    /// "RootNode" or "FormulaNode".
+    QStringView tag(Node node) const;
+    /// Key of the library that the node belongs to.
+    QString rootKey(Node node) const;
+
+    Images images(Node node) const { return nodes_[node].images; }
+    void setImages(Node node, Images images) { nodes_[node].images = images; }
+
+    /// The node with this key; None when there is none.
+    Node find(QStringView key) const;
+    /// The folder with this identifier in the library with this root node; None when there is none.
+    Node findFolder(Node library, qint32 id) const;
+
+  private:
+    struct NodeData {
+        qint32 id;
+        Node parent;
+        quint32 row;
+        quint32 childBegin;  ///< in childNodes_
+        quint32 childCount;
+        quint32 textBegin;
+        quint16 textLength;
+        Images images;
+    };
+    struct Entry {
+        qint32 id;
+        Node node;
+    };
+    struct Library {
+        Node node;
+        QString key;
+        std::vector<Entry> byId;  ///< ascending
+    };
+
+    Node addNode(Node parent, quint32 row, qint32 id, QStringView text, Images images);
+    const Library& libraryOf(Node node) const;
+
+    std::vector<NodeData> nodes_;
+    std::vector<Node> childNodes_;
+    std::vector<Library> libraries_;
+    QString text_;
+};
+
+}  // namespace varo

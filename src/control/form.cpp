@@ -1,0 +1,256 @@
+#include "control/form.h"
+
+#include "platform/ui/edit_grid.h"
+#include "platform/ui/fonts.h"
+#include "platform/ui/node_view.h"
+#include "platform/ui/picture_box.h"
+
+#include <QBoxLayout>
+#include <QButtonGroup>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTabBar>
+#include <QToolBar>
+
+namespace varo {
+
+namespace {
+
+template <class Widget>
+Widget* make(const char* name, QWidget* parent) {
+    auto* widget = new Widget(parent);
+    widget->setObjectName(QString::fromLatin1(name));
+    return widget;
+}
+
+QPushButton* makeButton(const char* name, const QString& text, const QString& toolTip,
+                        QWidget* parent) {
+    auto* button = make<QPushButton>(name, parent);
+    button->setText(text);
+    button->setToolTip(toolTip);
+    button->setAccessibleName(toolTip);
+    button->setAutoDefault(false);
+    // A row of three must fit the narrowest result area.
+    button->setMinimumWidth(1);
+    return button;
+}
+
+QFrame* makeBar(const char* name, QWidget* parent) {
+    auto* bar = make<QFrame>(name, parent);
+    bar->setCursor(Qt::SplitHCursor);
+    return bar;
+}
+
+/// The bar that follows the pointer while a splitter is dragged.
+QFrame* makeDragBar(const char* name, QWidget* parent) {
+    auto* bar = make<QFrame>(name, parent);
+    bar->setAutoFillBackground(true);
+    bar->setBackgroundRole(QPalette::Dark);
+    bar->hide();
+    return bar;
+}
+
+void buildOuterPanes(Form& form, QWidget* parent) {
+    form.PicControl = make<QWidget>("PicControl", parent);
+    form.tbEdit = make<QToolBar>("tbEdit", form.PicControl);
+    form.tbEdit->setAccessibleName(QStringLiteral("编辑工具栏"));
+    form.picTreeContain = make<QWidget>("picTreeContain", form.PicControl);
+    form.picBackGround = make<QWidget>("picBackGround", form.PicControl);
+    form.picShowTreeSepar = makeBar("picShowTreeSepar", form.PicControl);
+    form.picTreeSepar = makeDragBar("picTreeSepar", form.PicControl);
+
+    form.tvFolder = make<ui::NodeView>("tvFolder", form.picTreeContain);
+    form.tvFolder->setAccessibleName(QStringLiteral("公式库和公式夹"));
+    form.tvFolder->setHeaderHidden(true);
+    form.tvFolder->setRootIsDecorated(true);
+    form.tvFolder->setIndentation(14);
+}
+
+void buildListAndDescription(Form& form) {
+    QWidget* pane = form.picBackGround;
+    form.lvFormula = make<ui::NodeView>("lvFormula", pane);
+    form.lvFormula->setAccessibleName(QStringLiteral("公式列表"));
+    form.lvFormula->setRootIsDecorated(false);
+    form.lvFormula->setItemsExpandable(false);
+    form.lvFormula->header()->setStretchLastSection(false);
+    form.picShowFormulaSepar = makeBar("picShowFormulaSepar", pane);
+    form.picFormulaSepar = makeDragBar("picFormulaSepar", pane);
+
+    form.picFormula = make<QWidget>("picFormula", pane);
+    form.frmDesc = make<QFrame>("frmDesc", form.picFormula);
+    auto* options = new QHBoxLayout(form.frmDesc);
+    options->setContentsMargins(6, 2, 6, 2);
+    const std::array texts{QStringLiteral("说明"), QStringLiteral("图片")};
+    auto* group = new QButtonGroup(form.frmDesc);
+    for (std::size_t i = 0; i < form.optDesc.size(); ++i) {
+        auto* option = make<QRadioButton>("optDesc", form.frmDesc);
+        option->setObjectName(QStringLiteral("optDesc%1").arg(i));
+        option->setText(texts[i]);
+        group->addButton(option, static_cast<int>(i));
+        options->addWidget(option);
+        form.optDesc[i] = option;
+    }
+    options->addStretch();
+    form.optDesc[DescOptionPicture]->setChecked(true);
+
+    form.txtDesc = make<QPlainTextEdit>("txtDesc", form.picFormula);
+    form.txtDesc->setAccessibleName(QStringLiteral("公式说明"));
+    form.txtDesc->setFrameShape(QFrame::NoFrame);
+    form.txtDesc->setTabChangesFocus(true);
+    form.txtDesc->hide();
+    form.imgDesc = make<ui::PictureBox>("imgDesc", form.picFormula);
+    form.imgDesc->setAccessibleName(QStringLiteral("公式图片"));
+    form.imgDesc->hide();
+    form.lblDesc = make<QLabel>("lblDesc", form.picFormula);
+    form.lblDesc->setText(QStringLiteral("无图片"));
+    form.lblDesc->setAlignment(Qt::AlignCenter);
+
+    auto* rows = new QVBoxLayout(form.picFormula);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(2);
+    rows->addWidget(form.frmDesc);
+    for (QWidget* content :
+         {static_cast<QWidget*>(form.txtDesc), static_cast<QWidget*>(form.imgDesc),
+          static_cast<QWidget*>(form.lblDesc)}) {
+        rows->addWidget(content, 1);
+    }
+}
+
+void buildSymbolBand(Form& form) {
+    form.picSymbol = make<QWidget>("picSymbol", form.picBackGround);
+    form.TabStripSymbol = make<QTabBar>("TabStripSymbol", form.picSymbol);
+    form.TabStripSymbol->setAccessibleName(QStringLiteral("符号类别"));
+    form.TabStripSymbol->setExpanding(false);
+    form.TabStripSymbol->setDrawBase(false);
+    for (std::size_t i = 0; i < form.tbSymbol.size(); ++i) {
+        form.tbSymbol[i] = make<QToolBar>("tbSymbol", form.picSymbol);
+        form.tbSymbol[i]->setObjectName(QStringLiteral("tbSymbol%1").arg(i));
+        form.tbSymbol[i]->setVisible(i == 0);
+    }
+}
+
+void buildFormulaBand(Form& form) {
+    form.picInputFormula = make<QWidget>("picInputFormula", form.picBackGround);
+    form.frmFormula = make<QFrame>("frmFormula", form.picInputFormula);
+    form.lblFormula = make<QLabel>("lblFormula", form.frmFormula);
+    form.lblFormula->setText(QStringLiteral("公式:"));
+    form.lblFormula->setFont(ui::songFont());
+    form.txtFormula = make<QLineEdit>("txtFormula", form.frmFormula);
+    form.txtFormula->setAccessibleName(QStringLiteral("公式"));
+    form.txtFormula->setFont(ui::songFont());
+    form.txtFormula->setMaxLength(TextLimit);
+    form.lblFormula->setBuddy(form.txtFormula);
+    auto* row = new QHBoxLayout(form.frmFormula);
+    row->setContentsMargins(4, 2, 4, 2);
+    row->addWidget(form.lblFormula);
+    row->addWidget(form.txtFormula, 1);
+    auto* band = new QHBoxLayout(form.picInputFormula);
+    band->setContentsMargins(0, 0, 0, 0);
+    band->addWidget(form.frmFormula);
+
+    auto* grid = make<ui::EditGrid>("MSFEditVarList", form.picBackGround);
+    grid->setAccessibleName(QStringLiteral("变量"));
+    grid->SetCols(2);
+    grid->SetRows(1);
+    grid->SetCellText(0, 0, QStringLiteral("变量名称"));
+    grid->SetCellText(0, 1, QStringLiteral("变量值"));
+    grid->SetColEditable(1, true);
+    form.MSFEditVarList = grid;
+}
+
+void buildResultArea(Form& form) {
+    QWidget* area = form.picResult = make<QWidget>("picResult", form.picBackGround);
+    form.lblResult = make<QLabel>("lblResult", area);
+    form.lblResult->setText(QStringLiteral("结果："));
+    form.txtResult = make<QLineEdit>("txtResult", area);
+    form.txtResult->setAccessibleName(QStringLiteral("结果"));
+    form.txtResult->setFont(ui::songFont());
+    form.txtResult->setReadOnly(true);
+    form.txtResult->setContextMenuPolicy(Qt::PreventContextMenu);
+    form.lblPrecision = make<QLabel>("lblPrecision", area);
+    form.lblPrecision->setText(QStringLiteral("小数位："));
+    form.UpDownPrecision = make<QSpinBox>("UpDownPrecision", area);
+    form.UpDownPrecision->setAccessibleName(QStringLiteral("小数位"));
+    form.UpDownPrecision->setFont(ui::songFont());
+    form.UpDownPrecision->setRange(0, 15);
+    form.UpDownPrecision->setValue(2);
+    form.lblPrecision->setBuddy(form.UpDownPrecision);
+    form.txtPrecision = form.UpDownPrecision->findChild<QLineEdit*>();
+    form.txtPrecision->setObjectName(QStringLiteral("txtPrecision"));
+
+    form.cmdCalCulate =
+        makeButton("cmdCalCulate", QStringLiteral("计算(&U)"), QStringLiteral("计算公式"), area);
+    form.cmdSaveResult =
+        makeButton("cmdSaveResult", QStringLiteral("M+"), QStringLiteral("存储结果"), area);
+    form.CmdAddResult =
+        makeButton("CmdAddResult", QStringLiteral("MR"), QStringLiteral("已存结果之和"), area);
+    form.cmdClearResult =
+        makeButton("cmdClearResult", QStringLiteral("MC"), QStringLiteral("清除已存结果"), area);
+    form.cmdCopy = makeButton("cmdCopy", QStringLiteral("复制(&C)"),
+                              QStringLiteral("把结果复制到剪贴板"), area);
+    form.cmdSend = makeButton("cmdSend", QStringLiteral("传递(&P)"),
+                              QStringLiteral("把结果传递给主程序"), area);
+
+    auto* rows = new QVBoxLayout(area);
+    rows->setContentsMargins(4, 2, 4, 2);
+    rows->setSpacing(3);
+    const auto addRow = [rows](std::initializer_list<QWidget*> widgets, QWidget* stretched) {
+        auto* row = new QHBoxLayout;
+        row->setSpacing(3);
+        for (QWidget* widget : widgets) {
+            row->addWidget(widget, stretched == nullptr || widget == stretched ? 1 : 0);
+        }
+        rows->addLayout(row);
+    };
+    addRow({form.lblResult, form.txtResult}, form.txtResult);
+    addRow({form.lblPrecision, form.UpDownPrecision, form.cmdCalCulate}, form.cmdCalCulate);
+    addRow({form.cmdSaveResult, form.CmdAddResult, form.cmdClearResult}, nullptr);
+    addRow({form.cmdCopy, form.cmdSend}, nullptr);
+    rows->addStretch();
+}
+
+void setTabOrder(const Form& form) {
+    const std::initializer_list<QWidget*> order{form.tvFolder,
+                                                form.lvFormula,
+                                                form.optDesc[DescOptionText],
+                                                form.optDesc[DescOptionPicture],
+                                                form.txtDesc,
+                                                form.TabStripSymbol,
+                                                form.txtFormula,
+                                                form.MSFEditVarList,
+                                                form.cmdCalCulate,
+                                                form.txtResult,
+                                                form.UpDownPrecision,
+                                                form.cmdSaveResult,
+                                                form.CmdAddResult,
+                                                form.cmdClearResult,
+                                                form.cmdCopy,
+                                                form.cmdSend};
+    QWidget* previous = nullptr;
+    for (QWidget* widget : order) {
+        if (previous != nullptr) {
+            QWidget::setTabOrder(previous, widget);
+        }
+        previous = widget;
+    }
+}
+
+}  // namespace
+
+Form buildForm(QWidget* parent) {
+    Form form;
+    buildOuterPanes(form, parent);
+    buildListAndDescription(form);
+    buildSymbolBand(form);
+    buildFormulaBand(form);
+    buildResultArea(form);
+    setTabOrder(form);
+    return form;
+}
+
+}  // namespace varo

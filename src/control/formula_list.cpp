@@ -1,0 +1,166 @@
+#include "control/formula_list.h"
+
+#include "platform/ui/node_view.h"
+#include "store/keys.h"
+#include "store/library_connection.h"
+
+#include <QSet>
+
+namespace varo {
+
+namespace {
+
+/// Picture type of a formula whose picture is stored in its row.
+constexpr qint32 StoredPicture = 2;
+
+}  // namespace
+
+FormulaList::FormulaList(Form& form, ControlState& state, Questions& questions, FormulaPane& pane,
+                         EditBar& editBar)
+    : form_(form),
+      state_(state),
+      questions_(questions),
+      pane_(pane),
+      editBar_(editBar),
+      model_(state.listedFormulas) {
+    form.lvFormula->setModel(&model_);
+    connect(form.lvFormula, &ui::NodeView::nodeClicked, this, &FormulaList::clickFormula);
+    connect(form.lvFormula, &ui::NodeView::emptyClicked, this, &FormulaList::clickEmptySpace);
+    connect(form.lvFormula, &ui::NodeView::pressedAt, this,
+            [this](const QModelIndex& index, Qt::MouseButton button) {
+                if (!index.isValid() && button == Qt::RightButton) {
+                    SetSelectionState(FormulaPane::NoFormula);
+                }
+            });
+}
+
+void FormulaList::clear() {
+    model_.beginReplace();
+    state_.listedFormulas.Clear();
+    model_.endReplace({});
+}
+
+bool FormulaList::ShowFolderFormulas(qint32 folderID) {
+    std::vector<ui::FormulaImage> images;
+    QSet<qint32> withProperty;
+    model_.beginReplace();
+    data::Recordset rs;
+    bool propertiesRead =
+        state_.dbFuncs.GetAllPropertyByType(NodeTypeFormula, rs, state_.connection);
+    try {
+        for (; propertiesRead && !rs.atEnd(); rs.moveNext()) {
+            withProperty.insert(rs.integer(u"NodeID"));
+        }
+    } catch (const data::Error&) {
+        propertiesRead = false;
+    }
+    CloseRecordset(rs);
+    bool read = propertiesRead;
+    if (propertiesRead) {
+        state_.listedFormulas.Clear();
+        read = readFormulas(folderID, withProperty, images);
+    }
+    model_.endReplace(std::move(images));
+    if (!propertiesRead) {
+        questions_.inform(QStringLiteral("无法读取“属性”信息！"));
+    }
+    return read;
+}
+
+bool FormulaList::readFormulas(qint32 folderID, const QSet<qint32>& withProperty,
+                               std::vector<ui::FormulaImage>& images) {
+    data::Recordset rs;
+    if (!state_.dbFuncs.GetFormulaByPID(folderID, rs, state_.connection)) {
+        return false;
+    }
+    try {
+        const int id = rs.column(u"ID");
+        const int name = rs.column(u"Name");
+        const int expression = rs.column(u"Formula");
+        const int memo = rs.column(u"Memo");
+        const int picType = rs.column(u"PicType");
+        bool extracting = true;
+        for (; !rs.atEnd(); rs.moveNext()) {
+            const qint32 formulaID = rs.integer(id);
+            const qint32 pictureType = rs.integer(picType);
+            const QString picture = extractPicture(formulaID, pictureType, extracting);
+            state_.listedFormulas.Add(formulaID, rs.text(name), rs.text(expression), rs.text(memo),
+                                      picture, pictureType, folderID, QString());
+            images.push_back(withProperty.contains(formulaID)
+                                 ? ui::FormulaImage::FormulaWithProperty
+                                 : ui::FormulaImage::Formula);
+        }
+    } catch (const data::Error&) {
+        CloseRecordset(rs);
+        return false;
+    }
+    CloseRecordset(rs);
+    return true;
+}
+
+QString FormulaList::extractPicture(qint32 formulaID, qint32 pictureType, bool& extracting) {
+    if (pictureType != StoredPicture || !extracting) {
+        return {};
+    }
+    const QString file =
+        state_.workFolder + QString::number(formulaID) + QStringLiteral("TempPic.bmp");
+    // A folder that takes no file takes none for the other formulas either: one message is enough.
+    extracting = state_.dbFuncs.ExtractPicture(formulaID, file, state_.connection);
+    return extracting ? file : QString();
+}
+
+void FormulaList::SelFormula(const QString& TheKey) {
+    emit showing();
+    const QModelIndex item = model_.find(TheKey);
+    if (!item.isValid()) {
+        return;
+    }
+    pane_.storeEdits();
+    form_.lvFormula->selectItem(item);
+    form_.lvFormula->scrollTo(item);
+    pane_.ClearFormulaPanel();
+    const clsFormulaInfo& formula = state_.listedFormulas.Item(TheKey);
+    pane_.showDescription(formula);
+    pane_.SetPanelState(FormulaPane::FormulaSelected);
+    editBar_.setCommandState(EditBar::FormulaSelected);
+    pane_.showExpression(formula);
+    state_.currentItemKey = TheKey;
+    state_.currentFormulaKey = TheKey;
+}
+
+void FormulaList::SetSelectionState(int state) {
+    pane_.storeEdits();
+    pane_.ClearFormulaPanel();
+    pane_.SetPanelState(state);
+    editBar_.setCommandState(state);
+}
+
+void FormulaList::clickFormula(const QModelIndex& index) {
+    SelFormula(index.data(ui::NodeView::KeyRole).toString());
+    state_.formulaSelected = true;
+}
+
+void FormulaList::clickEmptySpace() {
+    state_.formulaSelected = false;
+    SetSelectionState(FormulaPane::NoFormula);
+    form_.lvFormula->selectItem({});
+}
+
+void FormulaList::showNone() {
+    pane_.showNoPicture();
+    pane_.ClearFormulaPanel();
+    pane_.SetPanelState(FormulaPane::FolderSelected);
+}
+
+QString FormulaList::selectedKey() const {
+    return form_.lvFormula->selectedKey();
+}
+
+void FormulaList::setImage(const QString& key, ui::FormulaImage image) {
+    const QModelIndex item = model_.find(key);
+    if (item.isValid()) {
+        model_.setImage(item, image);
+    }
+}
+
+}  // namespace varo

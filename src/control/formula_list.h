@@ -1,0 +1,71 @@
+#pragma once
+
+#include "control/edit_bar.h"
+#include "control/form.h"
+#include "control/formula_list_model.h"
+#include "control/state.h"
+#include "formula/formula_pane.h"
+
+#include <QObject>
+
+namespace varo {
+
+/// The formula list: lists the formulas of a folder and shows the one that is selected.
+class FormulaList : public QObject {
+    Q_OBJECT
+
+  public:
+    /// Everything handed in must outlive this; `form` lends lvFormula.
+    FormulaList(Form& form, ControlState& state, Questions& questions, FormulaPane& pane,
+                EditBar& editBar);
+
+    /// Lists the formulas directly under a folder of the current library (0: its top level) and
+    /// writes their stored pictures to files. Returns false when reading fails; the caller tells
+    /// the user.
+    bool ShowFolderFormulas(qint32 folderID);
+
+    /// Empties the list with its records.
+    void clear();
+
+    /// Shows the formula of the listed folder with this key, and calculates it. Ends silently at
+    /// the first step that does not know the key.
+    void SelFormula(const QString& TheKey);
+
+    /// Clears the formula panel, then sets panel state and command state to `state`.
+    void SetSelectionState(int state);
+
+    /// Empties the panel for a folder without formulas; tree and list stay enabled.
+    void showNone();
+
+    /// Stores what is being typed into the formula or description box.
+    void storeEdits() { pane_.storeEdits(); }
+
+    /// Gives the item with this key another picture; an unknown key does nothing.
+    void setImage(const QString& key, ui::FormulaImage image);
+
+    /// Key of the selected item; "" when none is selected.
+    QString selectedKey() const;
+
+    bool isEmpty() const { return state_.listedFormulas.Count() == 0; }
+    QString firstKey() const { return state_.listedFormulas.Item(1).NodeKey; }
+
+  signals:
+    /// A formula is about to be shown.
+    void showing();
+
+  private:
+    bool readFormulas(qint32 folderID, const QSet<qint32>& withProperty,
+                      std::vector<ui::FormulaImage>& images);
+    QString extractPicture(qint32 formulaID, qint32 pictureType, bool& extracting);
+    void clickFormula(const QModelIndex& index);
+    void clickEmptySpace();
+
+    Form& form_;
+    ControlState& state_;
+    Questions& questions_;
+    FormulaPane& pane_;
+    EditBar& editBar_;
+    FormulaListModel model_;
+};
+
+}  // namespace varo

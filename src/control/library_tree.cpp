@@ -1,0 +1,201 @@
+#include "control/library_tree.h"
+
+#include "platform/ui/node_view.h"
+#include "store/keys.h"
+#include "store/library_connection.h"
+
+namespace varo {
+
+namespace {
+
+constexpr FolderTree::Images imagesOf(ui::NodeImage image, ui::NodeImage selected) {
+    return {static_cast<quint8>(image), static_cast<quint8>(selected)};
+}
+
+constexpr auto LibraryWithProperty =
+    imagesOf(ui::NodeImage::LibraryWithProperty, ui::NodeImage::LibraryWithProperty);
+constexpr auto FolderWithProperty =
+    imagesOf(ui::NodeImage::FolderWithProperty, ui::NodeImage::FolderWithPropertyOpen);
+constexpr auto Located = imagesOf(ui::NodeImage::FolderLocated, ui::NodeImage::FolderLocated);
+
+}  // namespace
+
+LibraryTree::LibraryTree(Form& form, ControlState& state, Questions& questions, FormulaList& list,
+                         EditBar& editBar)
+    : form_(form), state_(state), questions_(questions), list_(list), editBar_(editBar) {
+    form.tvFolder->setModel(&model_);
+    connect(form.tvFolder, &ui::NodeView::nodeClicked, this, [this](const QModelIndex& index) {
+        selectNode(index.data(ui::NodeView::KeyRole).toString());
+    });
+    connect(form.tvFolder, &ui::NodeView::nodeExpanded, form.tvFolder, &ui::NodeView::selectItem);
+    connect(&list, &FormulaList::showing, this, &LibraryTree::removeHighlight);
+}
+
+void LibraryTree::clear() {
+    model_.clear();
+}
+
+bool LibraryTree::BuildFormulaTree() {
+    form_.tvFolder->setEnabled(true);
+    clear();
+    for (const clsFormulaDB& library : state_.libraries) {
+        if (!addLibrary(library)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool LibraryTree::addLibrary(const clsFormulaDB& library) {
+    const QPersistentModelIndex root = model_.addLibrary(library.NodeKey, library.FormulaNodeText);
+    form_.tvFolder->scrollTo(root);
+    const auto failed = [this](const QString& message) {
+        questions_.inform(message);
+        return false;
+    };
+    state_.connection.close();
+    if (!openLibrary(library.FormulaDBPath, library.FormulaDBName)) {
+        return failed(QStringLiteral("无法打开用户选择的数据库！"));
+    }
+    if (!BuildFolderChildren(library.NodeKey)) {
+        return failed(QStringLiteral("读取数据库失败，无法显示完整的树结构！"));
+    }
+    if (!markProperties(library.NodeKey)) {
+        return failed(QStringLiteral("无法读取“属性”信息！"));
+    }
+    return true;
+}
+
+bool LibraryTree::openLibrary(const QString& path, const QString& name) {
+    if (state_.connection.isOpen() && state_.currentLibraryPath == path &&
+        state_.currentLibraryName == name) {
+        return true;
+    }
+    if (!ConnectLibrary(path, name, state_.connection, QString())) {
+        return false;
+    }
+    state_.variables.Clear();
+    state_.currentLibraryPath = path;
+    state_.currentLibraryName = name;
+    return true;
+}
+
+bool LibraryTree::BuildFolderChildren(const QString& key) {
+    const QModelIndex node = model_.find(key);
+    data::Recordset rs;
+    if (!node.isValid() || !state_.dbFuncs.GetNodeInfo(rs, state_.connection)) {
+        return false;
+    }
+    // One statement brings the folders of the whole library; the tree picks and orders those below.
+    FolderRows rows;
+    try {
+        const int id = rs.column(u"ID");
+        const int name = rs.column(u"Name");
+        const int parent = rs.column(u"PID");
+        const int order = rs.column(u"OrderID");
+        for (; !rs.atEnd(); rs.moveNext()) {
+            rows.add(rs.integer(id), rs.integer(parent), rs.integer(order), rs.text(name));
+        }
+    } catch (const data::Error&) {
+        CloseRecordset(rs);
+        return false;
+    }
+    CloseRecordset(rs);
+    model_.addFolders(node, std::move(rows));
+    if (!node.parent().isValid()) {
+        form_.tvFolder->expand(node);
+    }
+    return true;
+}
+
+bool LibraryTree::markProperties(const QString& rootKey) {
+    data::Recordset rs;
+    if (!state_.dbFuncs.GetAllPropertyByType(NodeTypeFolder, rs, state_.connection)) {
+        return false;
+    }
+    bool read = true;
+    try {
+        for (; !rs.atEnd(); rs.moveNext()) {
+            const qint32 id = rs.integer(u"NodeID");
+            const QModelIndex node = model_.find(id == 0 ? rootKey : folderKey(id, rootKey));
+            if (node.isValid()) {
+                model_.setImages(node, id == 0 ? LibraryWithProperty : FolderWithProperty);
+            }
+        }
+    } catch (const data::Error&) {
+        read = false;
+    }
+    CloseRecordset(rs);
+    return read;
+}
+
+QString LibraryTree::GetRootKey(const QString& key) const {
+    const QModelIndex node = model_.find(key);
+    return node.isValid() ? model_.tree().rootKey(FolderTreeModel::nodeOf(node)) : QString();
+}
+
+void LibraryTree::selectFirstNode() {
+    const QModelIndex first = model_.index(0, 0);
+    if (first.isValid()) {
+        form_.tvFolder->scrollTo(first);
+        selectNode(first.data(ui::NodeView::KeyRole).toString());
+    }
+}
+
+void LibraryTree::selectNode(const QString& key) {
+    const QModelIndex node = model_.find(key);
+    const QString rootKey = GetRootKey(key);
+    if (!node.isValid() || !state_.libraries.contains(rootKey)) {
+        return;
+    }
+    list_.storeEdits();
+    form_.tvFolder->selectItem(node);
+    form_.tvFolder->scrollTo(node);
+    removeHighlight();
+    const clsFormulaDB& library = state_.libraries.Item(rootKey);
+    if (!openLibrary(library.FormulaDBPath, library.FormulaDBName)) {
+        questions_.inform(QStringLiteral("无法打开用户指定的数据库！"));
+        return;
+    }
+    form_.lvFormula->setEnabled(true);
+    if (!list_.ShowFolderFormulas(folderIdOf(key))) {
+        questions_.inform(QStringLiteral("无法读取节点“%1”下所有的公式！")
+                              .arg(node.data(Qt::DisplayRole).toString()));
+        return;
+    }
+    const bool isLibrary = key == rootKey;
+    if (list_.isEmpty()) {
+        list_.showNone();
+    } else {
+        list_.SelFormula(list_.firstKey());
+    }
+    editBar_.setCommandState(isLibrary ? EditBar::LibrarySelected : EditBar::FolderSelected);
+    state_.currentItemKey = key;
+}
+
+void LibraryTree::highlightNode(const QString& key) {
+    const QModelIndex node = model_.find(key);
+    if (node.isValid()) {
+        model_.setImages(node, Located);
+        state_.highlight = {true, LocateHighlight::Node, key};
+    }
+}
+
+void LibraryTree::highlightFormula(const QString& key) {
+    list_.setImage(key, ui::FormulaImage::FormulaLocated);
+    state_.highlight = {true, LocateHighlight::Item, key};
+}
+
+void LibraryTree::removeHighlight() {
+    if (!state_.highlight.set) {
+        return;
+    }
+    if (state_.highlight.kind == LocateHighlight::Item) {
+        list_.setImage(state_.highlight.key, ui::FormulaImage::FormulaWithProperty);
+    } else if (const QModelIndex node = model_.find(state_.highlight.key); node.isValid()) {
+        model_.setImages(node, FolderWithProperty);
+    }
+    state_.highlight.set = false;
+}
+
+}  // namespace varo

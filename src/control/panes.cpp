@@ -1,0 +1,119 @@
+#include "control/panes.h"
+
+#include "platform/ui/edit_grid.h"
+#include "platform/ui/node_view.h"
+#include "platform/ui/twips.h"
+
+#include <QFrame>
+#include <QHeaderView>
+#include <QMouseEvent>
+#include <QToolBar>
+
+namespace varo {
+
+namespace {
+
+using ui::toPixels;
+using ui::toTwips;
+
+/// Rounds both edges, so that panes which touch in twips touch in pixels.
+QRect toPixels(const QRect& twips) {
+    const QPoint topLeft(toPixels(twips.x()), toPixels(twips.y()));
+    const QPoint bottomRight(toPixels(twips.x() + twips.width()),
+                             toPixels(twips.y() + twips.height()));
+    return {topLeft, QSize(bottomRight.x() - topLeft.x(), bottomRight.y() - topLeft.y())};
+}
+
+constexpr int roundedUpPixels(int twips) {
+    return (twips + ui::TwipsPerPixel - 1) / ui::TwipsPerPixel;
+}
+
+}  // namespace
+
+Panes::Panes(Form& form, QWidget& control)
+    : form_(form),
+      control_(control),
+      treeSplitter_{form.picShowTreeSepar, form.picTreeSepar, &PaneLayout::clampTreeBar,
+                    &PaneLayout::moveTreeBar},
+      listSplitter_{form.picShowFormulaSepar, form.picFormulaSepar, &PaneLayout::clampListBar,
+                    &PaneLayout::moveListBar} {
+    control.setMinimumSize(roundedUpPixels(PaneLayout::MinWidth),
+                           roundedUpPixels(PaneLayout::MinHeight));
+    form.picShowTreeSepar->installEventFilter(this);
+    form.picShowFormulaSepar->installEventFilter(this);
+}
+
+void Panes::follow() {
+    layout_.setContentHeights(toTwips(form_.tbEdit->sizeHint().height()),
+                              toTwips(form_.picSymbol->sizeHint().height()),
+                              toTwips(form_.picInputFormula->sizeHint().height()));
+    layout_.resizeClient(toTwips(control_.width()), toTwips(control_.height()));
+    place();
+}
+
+void Panes::place() {
+    form_.PicControl->setGeometry(control_.rect());
+    form_.tbEdit->setGeometry(toPixels(layout_.toolbar()));
+    form_.picTreeContain->setGeometry(toPixels(layout_.treePane()));
+    form_.tvFolder->setGeometry(0, 0, form_.picTreeContain->width(),
+                                form_.picTreeContain->height() - toPixels(50));
+    form_.picShowTreeSepar->setGeometry(toPixels(layout_.treeBar()));
+    form_.picBackGround->setGeometry(toPixels(layout_.background()));
+
+    form_.lvFormula->setGeometry(toPixels(layout_.list()));
+    form_.lvFormula->header()->resizeSection(0, toPixels(layout_.listColumn()));
+    form_.picShowFormulaSepar->setGeometry(toPixels(layout_.listBar()));
+    form_.picFormula->setGeometry(toPixels(layout_.description()));
+    form_.picSymbol->setGeometry(toPixels(layout_.symbol()));
+    form_.picInputFormula->setGeometry(toPixels(layout_.input()));
+    form_.MSFEditVarList->setGeometry(toPixels(layout_.grid()));
+    form_.MSFEditVarList->SetColWidth(0, layout_.gridNameColumn());
+    form_.MSFEditVarList->SetColWidth(1, layout_.gridValueColumn());
+    form_.picResult->setGeometry(toPixels(layout_.result()));
+}
+
+bool Panes::eventFilter(QObject* watched, QEvent* event) {
+    const Splitter& splitter = watched == treeSplitter_.bar ? treeSplitter_ : listSplitter_;
+    return dragSplitter(splitter, *event) || QObject::eventFilter(watched, event);
+}
+
+bool Panes::dragSplitter(const Splitter& splitter, const QEvent& event) {
+    const auto target = [&] {
+        const auto& mouse = static_cast<const QMouseEvent&>(event);
+        const int left = splitter.bar->x() + static_cast<int>(mouse.position().x()) - grabbedAt_;
+        return (layout_.*splitter.clamp)(toTwips(left));
+    };
+    switch (event.type()) {
+        case QEvent::MouseButtonPress: {
+            const auto& mouse = static_cast<const QMouseEvent&>(event);
+            if (mouse.button() != Qt::LeftButton) {
+                return false;
+            }
+            grabbedAt_ = static_cast<int>(mouse.position().x());
+            splitter.dragBar->setGeometry(splitter.bar->geometry());
+            splitter.dragBar->show();
+            splitter.dragBar->raise();
+            dragging_ = true;
+            return true;
+        }
+        case QEvent::MouseMove:
+            if (dragging_) {
+                splitter.dragBar->move(toPixels(target()), splitter.dragBar->y());
+            }
+            return dragging_;
+        case QEvent::MouseButtonRelease:
+            if (!dragging_) {
+                return false;
+            }
+            dragging_ = false;
+            splitter.dragBar->hide();
+            (layout_.*splitter.move)(target());
+            splitter.bar->raise();
+            place();
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace varo

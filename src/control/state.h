@@ -1,0 +1,74 @@
+#pragma once
+
+#include "platform/data/connection.h"
+#include "store/collections.h"
+#include "store/db_funcs.h"
+
+#include <QString>
+
+namespace varo {
+
+/// What copy has put aside.
+struct Clipboard {
+    enum Kind { Empty = 0, Folders = 1, Formula = 2 };
+    QString key;
+    int kind = Empty;
+    colFormulaInfo folders;
+    colFormulaInfo formulas;
+};
+
+/// The tree node or list item that is drawn highlighted as located.
+struct LocateHighlight {
+    enum Kind { None = 0, Node = 1, Item = 2 };
+    bool set = false;
+    int kind = None;
+    QString key;
+};
+
+/// The host's cell: six numbers that the control only keeps.
+struct CellInfo {
+    qint32 UnitContentID = 0;
+    qint32 UnitTypeID = 0;
+    qint32 PrptysetID = 0;
+    qint32 RecordsetID = 0;
+    qint32 FieldID = 0;
+    qint32 RecNum = 0;
+};
+
+/// What the parts of the control share. Owned by the control for its whole life.
+struct ControlState {
+    explicit ControlState(Questions& questions) : dbFuncs(questions) {}
+
+    QString configurationFolder;  ///< folder of the configuration file, as the host gave it
+    QString workFolder;           ///< folder of the working picture files, with its separator
+    bool started = false;         ///< RunCalc has built the tree
+    colFormulaDB libraries;       ///< in the order of the configuration file
+    clsDBFuncs dbFuncs;
+    data::Connection connection;  ///< of the current library
+    QString currentLibraryPath;   ///< folder of the library that the connection has open
+    QString currentLibraryName;   ///< its file name
+    colFormulaInfo listedFormulas;
+    colVarInfo variables;  ///< stored variables seen so far; emptied with every change of library
+    ColNodeInfo folders;
+    colLocateProp located;
+    Clipboard clipboard;
+    QString currentItemKey;     ///< tree node or list item last selected
+    QString currentFormulaKey;  ///< formula last shown
+    bool formulaSelected = false;
+    QString pendingLocateRequest;
+    LocateHighlight highlight;
+    QString locationPropName;  ///< argument of the last SetDesignProp
+    QString hostValue;         ///< the host's answer to GetPropValue
+    CellInfo cell;
+};
+
+/// The one question to the host: the value of a property that only it knows.
+class PropertySource {
+  public:
+    virtual ~PropertySource() = default;
+
+    /// The host's value as text; "" when the host has none.
+    virtual QString propertyValue(const QString& name) = 0;
+};
+
+}  // namespace varo

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "control/form.h"
+#include "control/state.h"
+
+#include <QObject>
+
+namespace varo {
+
+/// The description area: the selected formula's description or its picture, switched by two
+/// options, and a label where there is no picture. A description that the user changed is stored
+/// when its box loses the focus.
+class DescriptionPane : public QObject {
+    Q_OBJECT
+
+  public:
+    /// Everything handed in must outlive this.
+    DescriptionPane(Form& form, ControlState& state, Questions& questions);
+
+    /// Empties box and picture and chooses the picture option.
+    void clear();
+
+    /// Shows a formula's description and picture, after clear(). A picture that cannot be read
+    /// counts as none.
+    void show(const clsFormulaInfo& formula);
+
+    /// Shows the label that there is no picture.
+    void showNoPicture();
+
+    /// Stores the description as the current formula's if the user has changed it.
+    void store();
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void showOption(int option);
+    void showOnly(const QWidget* content);
+
+    Form& form_;
+    ControlState& state_;
+    Questions& questions_;
+};
+
+}  // namespace varo

@@ -1,0 +1,200 @@
+#include "support/desk.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QTest>
+#include <QVBoxLayout>
+
+namespace varo::test {
+
+TestConfiguration::TestConfiguration(std::initializer_list<const TestLibrary*> libraries) {
+    for (const TestLibrary* library : libraries) {
+        addLibrary(*library, QStringLiteral("库%1").arg(count_ + 1));
+    }
+}
+
+void TestConfiguration::addLibrary(const TestLibrary& library, const QString& text) {
+    addLibrary(text, library.folder(), library.fileName());
+}
+
+void TestConfiguration::addLibrary(const QString& text, const QString& folder,
+                                   const QString& fileName) {
+    const QByteArray number = QByteArray::number(++count_);
+    entries_ += "RootNodeText" + number + "=" + text.toUtf8() + "\nRootNodeName" + number + "=" +
+                fileName.toUtf8() + "\nRootNodePath" + number + "=" + folder.toUtf8() + "\n";
+    write("[Access]\nNodeCount=" + QByteArray::number(count_) + "\n" + entries_);
+}
+
+void TestConfiguration::write(const QByteArray& bytes) const {
+    QFile file(folder_.filePath(QStringLiteral("Varo-Pelm.ini")));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
+        throw std::runtime_error("cannot write the configuration file");
+    }
+}
+
+void TestConfiguration::removeFile() const {
+    QFile::remove(folder_.filePath(QStringLiteral("Varo-Pelm.ini")));
+}
+
+Desk::Desk(const QString& configurationFolder, QSize size)
+    : control_(new Varo_CalcEx(this, &questions_)) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(control_);
+    control_->setWorkFolder(workFolder_.path());
+    connect(control_, &Varo_CalcEx::GetPropValue, this,
+            [this](const QString& name, bool& answered) {
+                askedProperties.append(name);
+                if (properties.contains(name)) {
+                    control_->SetSelPropValue(properties.value(name));
+                    answered = true;
+                }
+            });
+    resize(size);
+    show();
+    activateWindow();
+    if (!QTest::qWaitForWindowActive(this)) {
+        throw std::runtime_error("the window does not become active");
+    }
+    if (!configurationFolder.isEmpty()) {
+        run(configurationFolder);
+    }
+}
+
+Desk::~Desk() {
+    // The control still tells the questions of this desk what it has to say while it goes.
+    delete control_;
+}
+
+void Desk::run(const QString& configurationFolder) {
+    control_->SetDeployFolder(configurationFolder);
+    control_->RunCalc();
+    settle();
+}
+
+void settle() {
+    QCoreApplication::processEvents();
+}
+
+namespace {
+
+void visit(const QAbstractItemModel& model, const QModelIndex& parent, int depth,
+           const std::function<bool(const QModelIndex&, int)>& goOn) {
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        const QModelIndex index = model.index(row, 0, parent);
+        if (!goOn(index, depth)) {
+            return;
+        }
+        visit(model, index, depth + 1, goOn);
+    }
+}
+
+QStringList texts(const ui::NodeView& view) {
+    QStringList result;
+    visit(*view.model(), {}, 0, [&](const QModelIndex& index, int depth) {
+        result.append(QString(2 * depth, u' ') + index.data().toString());
+        return true;
+    });
+    return result;
+}
+
+void click(ui::NodeView& view, const QModelIndex& index) {
+    if (!index.isValid()) {
+        throw std::logic_error("no such item to click");
+    }
+    view.scrollTo(index);
+    settle();
+    const QRect rect = view.visualRect(index);
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, {rect.left() + 8, rect.center().y()});
+    settle();
+}
+
+}  // namespace
+
+QModelIndex Desk::find(const ui::NodeView& view, const QString& text) {
+    QModelIndex found;
+    visit(*view.model(), {}, 0, [&](const QModelIndex& index, int) {
+        if (!found.isValid() && index.data().toString() == text) {
+            found = index;
+        }
+        return !found.isValid();
+    });
+    return found;
+}
+
+QStringList Desk::treeTexts() {
+    return texts(tree());
+}
+QStringList Desk::listTexts() {
+    return texts(list());
+}
+
+QStringList Desk::gridTexts() {
+    QStringList result;
+    for (int row = 1; row < grid().Rows(); ++row) {
+        result.append(grid().GetCellText(row, 0) + u'=' + grid().GetCellText(row, 1));
+    }
+    return result;
+}
+
+void Desk::clickNode(const QString& text) {
+    click(tree(), find(tree(), text));
+}
+void Desk::clickFormula(const QString& text) {
+    click(list(), find(list(), text));
+}
+
+void Desk::clickEmptySpace(ui::NodeView& view, Qt::MouseButton button) {
+    const QRect area = view.viewport()->rect();
+    QTest::mouseClick(view.viewport(), button, {}, area.bottomLeft() + QPoint(5, -5));
+    settle();
+}
+
+void Desk::clickButton(const char* name) {
+    QTest::mouseClick(&child<QPushButton>(name), Qt::LeftButton);
+    settle();
+}
+
+QString Desk::value(const QString& variable) {
+    for (int row = 1; row < grid().Rows(); ++row) {
+        if (grid().GetCellText(row, 0) == variable) {
+            return grid().GetCellText(row, 1);
+        }
+    }
+    throw std::logic_error("no such variable in the grid");
+}
+
+void Desk::typeValue(const QString& variable, const QString& value) {
+    for (int row = 1; row < grid().Rows(); ++row) {
+        if (grid().GetCellText(row, 0) != variable) {
+            continue;
+        }
+        const QModelIndex cell = grid().model()->index(row - 1, 1);
+        grid().setFocus();
+        grid().setCurrentIndex(cell);
+        QTest::keyClick(&grid(), Qt::Key_F2);
+        auto* editor = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+        if (editor == nullptr) {
+            throw std::logic_error("the cell opened no editor");
+        }
+        editor->selectAll();
+        if (value.isEmpty()) {
+            QTest::keyClick(editor, Qt::Key_Delete);
+        } else {
+            editor->insert(value);
+        }
+        QTest::keyClick(editor, Qt::Key_Return);
+        settle();
+        return;
+    }
+    throw std::logic_error("no such variable in the grid");
+}
+
+void Desk::type(QWidget& widget, const QString& text) {
+    widget.setFocus();
+    settle();
+    QTest::keyClicks(&widget, text);
+}
+
+}  // namespace varo::test
