@@ -1,0 +1,108 @@
+// Parsing and evaluating the reference formulas, beside muParser in the same run.
+
+#include "engine/formula.h"
+
+#include <array>
+#include <benchmark/benchmark.h>
+#include <muParser.h>
+
+namespace {
+
+using varo::engine::Error;
+using varo::engine::Formula;
+
+constexpr std::array References{
+    "a+b*c",
+    "a*b^3/12",
+    "3.14159265358979*a^2/4",
+    "5*a*b^4/(384*c*d)",
+    "sqrt(a^2+b^2-2*a*b*cos(c))",
+    "a*(1-exp^(-b/c))",
+    "(((((((7*a+6)*a+5)*a+4)*a+3)*a+2)*a+1)*a+0.1)",
+    "1/(a*sqrt(2*3.14159265358979))*exp^(-0.5*((b-a)/a)^2)",
+    "a*sin(b)+c*cos(d)-x/y",
+    "(a+b)*(a-b)/(c+d)*(x-y)+a*x+b*y",
+};
+
+constexpr std::array<char, 6> Names{'a', 'b', 'c', 'd', 'x', 'y'};
+constexpr std::array<double, 6> Start{1.1, 2.2, 3.3, 4.4, 5.5, 6.6};
+
+/// The formula as muParser spells it: a function for the power of e.
+std::string peerSpelling(std::string formula) {
+    const std::string power = "exp^(";
+    for (std::size_t at = formula.find(power); at != std::string::npos; at = formula.find(power)) {
+        formula.replace(at, power.size(), "exp(");
+    }
+    return formula;
+}
+
+class Peer {
+  public:
+    explicit Peer(const std::string& formula) : values(Start) {
+        for (std::size_t i = 0; i < Names.size(); ++i) {
+            parser.DefineVar(std::string(1, Names[i]), &values[i]);
+        }
+        parser.SetExpr(formula);
+    }
+
+    std::array<double, 6> values;
+    mu::Parser parser;
+};
+
+const char* reference(const benchmark::State& state) {
+    return References[static_cast<std::size_t>(state.range(0))];
+}
+
+void ParseHere(benchmark::State& state) {
+    state.SetLabel(reference(state));
+    for (auto _ : state) {
+        const Formula formula = Formula::parse(reference(state));
+        benchmark::DoNotOptimize(formula.isValid());
+    }
+}
+
+void ParsePeer(benchmark::State& state) {
+    const std::string formula = peerSpelling(reference(state));
+    Peer peer(formula);
+    for (auto _ : state) {
+        peer.parser.SetExpr(formula);
+        benchmark::DoNotOptimize(peer.parser.Eval());
+    }
+}
+
+void EvaluateHere(benchmark::State& state) {
+    const Formula formula = Formula::parse(reference(state));
+    std::array<double, 6> values{};
+    for (std::size_t i = 0; i < formula.variableCount(); ++i) {
+        values[i] = Start[std::string_view("abcdxy").find(formula.variable(i).name)];
+    }
+    const std::span<const double> given(values.data(), formula.variableCount());
+    double result = 0;
+    Error error;
+    for (auto _ : state) {
+        values[0] += 1e-9;
+        if (!formula.evaluate(given, result, error)) {
+            state.SkipWithError("the formula does not evaluate");
+        }
+        benchmark::DoNotOptimize(result);
+    }
+}
+
+void EvaluatePeer(benchmark::State& state) {
+    Peer peer(peerSpelling(reference(state)));
+    for (auto _ : state) {
+        peer.values[0] += 1e-9;
+        benchmark::DoNotOptimize(peer.parser.Eval());
+    }
+}
+
+constexpr auto Last = static_cast<int64_t>(References.size()) - 1;
+
+BENCHMARK(ParseHere)->DenseRange(0, Last);
+BENCHMARK(ParsePeer)->DenseRange(0, Last);
+BENCHMARK(EvaluateHere)->DenseRange(0, Last);
+BENCHMARK(EvaluatePeer)->DenseRange(0, Last);
+
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,73 @@
+#include "bench_files.h"
+
+#include "platform/data/connection.h"
+#include "store/library_connection.h"
+#include "store/template.h"
+
+#include <QFile>
+#include <QStringList>
+
+namespace varo::bench {
+
+void makeFolders(const QString& path, int count) {
+    createEmptyLibrary(path);
+    data::Connection connection;
+    connection.open(path);
+    data::Transaction transaction(connection);
+    for (int id = 1; id <= count; ++id) {
+        connection.execute(QStringLiteral("insert into Tree(ID,Name,PID,OrderID) values(?,?,?,?)"),
+                           {id, QStringLiteral("公式夹第%1号").arg(id), (id - 1) / 8, id});
+    }
+    transaction.commit();
+}
+
+void makeFormulas(const QString& path, int count) {
+    createEmptyLibrary(path);
+    data::Connection connection;
+    connection.open(path);
+    data::Transaction transaction(connection);
+    connection.execute(QStringLiteral("insert into Tree(ID,Name,PID,OrderID) values(1,'夹',0,1)"));
+    for (int id = 1; id <= count; ++id) {
+        connection.execute(
+            QStringLiteral("insert into Formula(ID,Name,Formula,Memo,PicType,PID,OrderID) "
+                           "values(?,?,?,?,0,1,?)"),
+            {id, QStringLiteral("公式%1").arg(id), QStringLiteral("q*L^4/(8*E*I)+%1").arg(id),
+             QStringLiteral("q 均布载荷 (N/mm)；L 跨度 (mm)；E 弹性模量 (MPa)；I 惯性矩 (mm⁴)"),
+             id});
+    }
+    transaction.commit();
+}
+
+void makeValues(const QString& path, int rows, int perFormula) {
+    createEmptyLibrary(path);
+    data::Connection connection;
+    connection.open(path);
+    data::Transaction transaction(connection);
+    connection.execute(
+        QStringLiteral("insert into Formula(ID,Name,Formula,Memo,PicType,PID,OrderID) "
+                       "values(1,'式','v1+v2*v3^v4-v5/v6','',0,0,1)"));
+    for (int i = 0; i < rows; ++i) {
+        connection.execute(
+            QStringLiteral("insert into RecentVar(VarName,FormulaID,Value) values(?,?,?)"),
+            {QStringLiteral("v%1").arg(i % perFormula), i / perFormula, QString::number(i % 97)});
+    }
+    transaction.commit();
+}
+
+void makeConfiguration(const QString& folder, const QStringList& libraries) {
+    QString text = QStringLiteral("[Access]\nNodeCount=%1\n").arg(libraries.size());
+    int number = 0;
+    for (const QString& library : libraries) {
+        QString path;
+        QString name;
+        SplitFilePath(library, path, name);
+        text += QStringLiteral("RootNodeText%1=%2\nRootNodeName%1=%2\nRootNodePath%1=%3\n")
+                    .arg(QString::number(++number), name, path);
+    }
+    QFile file(folder + QStringLiteral("/Varo-Pelm.ini"));
+    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0) {
+        throw data::Error(file.errorString());
+    }
+}
+
+}  // namespace varo::bench

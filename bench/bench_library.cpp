@@ -1,0 +1,183 @@
+// What the user waits for: start with many libraries, a long folder, a keystroke; each beside the
+// least work that could do it.
+
+#include "bench_files.h"
+#include "control/varo_calcex.h"
+#include "platform/ui/edit_grid.h"
+#include "platform/ui/node_view.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <sqlite3.h>
+#include <stdexcept>
+
+namespace {
+
+using varo::Varo_CalcEx;
+
+constexpr int Libraries = 20;
+constexpr int FoldersEach = 5000;
+constexpr int Formulas = 5000;
+constexpr int StoredValues = 1'000'000;
+constexpr int ValuesPerFormula = 20;
+
+/// Reads every field of every row of a query as SQLite hands it out.
+qint64 scan(const QString& path, const char* query) {
+    sqlite3* database = nullptr;
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_open_v2(path.toUtf8(), &database, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK ||
+        sqlite3_prepare_v2(database, query, -1, &statement, nullptr) != SQLITE_OK) {
+        throw std::runtime_error(sqlite3_errmsg(database));
+    }
+    qint64 bytes = 0;
+    while (sqlite3_step(statement) == SQLITE_ROW) {
+        for (int column = 0; column < sqlite3_column_count(statement); ++column) {
+            if (sqlite3_column_type(statement, column) == SQLITE_INTEGER) {
+                bytes += sqlite3_column_int(statement, column);
+            } else if (sqlite3_column_text(statement, column) != nullptr) {
+                bytes += sqlite3_column_bytes(statement, column);
+            }
+        }
+    }
+    sqlite3_finalize(statement);
+    sqlite3_close(database);
+    return bytes;
+}
+
+/// The files that all benchmarks share, made once.
+struct Files {
+    Files() {
+        QStringList libraries;
+        for (int i = 1; i <= Libraries; ++i) {
+            libraries += folder.filePath(QStringLiteral("folders%1.mdb").arg(i));
+            varo::bench::makeFolders(libraries.last(), FoldersEach);
+        }
+        manyLibraries = libraries;
+        many = configuration(QStringLiteral("many"), libraries);
+        formulas = folder.filePath(QStringLiteral("formulas.mdb"));
+        varo::bench::makeFormulas(formulas, Formulas);
+        longFolder = configuration(QStringLiteral("long"), {formulas});
+        const QString values = folder.filePath(QStringLiteral("values.mdb"));
+        varo::bench::makeValues(values, StoredValues, ValuesPerFormula);
+        manyValues = configuration(QStringLiteral("values"), {values});
+    }
+
+    QString configuration(const QString& name, const QStringList& libraries) {
+        QDir(folder.path()).mkdir(name);
+        varo::bench::makeConfiguration(folder.filePath(name), libraries);
+        return folder.filePath(name);
+    }
+
+    QTemporaryDir folder;
+    QStringList manyLibraries;
+    QString many;
+    QString formulas;
+    QString longFolder;
+    QString manyValues;
+};
+
+const Files& files() {
+    static const Files made;
+    return made;
+}
+
+std::unique_ptr<Varo_CalcEx> controlOn(const QString& configuration) {
+    auto control = std::make_unique<Varo_CalcEx>();
+    control->resize(1000, 700);
+    control->show();
+    QCoreApplication::processEvents();
+    control->SetDeployFolder(configuration);
+    return control;
+}
+
+void BareScanOfFolders(benchmark::State& state) {
+    for (auto _ : state) {
+        for (const QString& library : files().manyLibraries) {
+            benchmark::DoNotOptimize(scan(library, "select * from Tree"));
+        }
+    }
+}
+BENCHMARK(BareScanOfFolders)->Unit(benchmark::kMillisecond);
+
+void RunCalc(benchmark::State& state) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto control = controlOn(files().many);
+        const std::size_t before = mallinfo2().uordblks;
+        state.ResumeTiming();
+        control->RunCalc();
+        state.PauseTiming();
+        qsizetype text = 0;
+        for (int id = 1; id <= FoldersEach; ++id) {
+            text += 2 * QStringLiteral("公式夹第%1号").arg(id).size();
+        }
+        const auto used = static_cast<double>(mallinfo2().uordblks - before);
+        state.counters["bytes_per_folder_over_text"] =
+            (used - static_cast<double>(text) * Libraries) / (Libraries * FoldersEach);
+        control.reset();
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(RunCalc)->Unit(benchmark::kMillisecond);
+
+void BareScanOfFormulas(benchmark::State& state) {
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            scan(files().formulas, "select * from Formula where PID = 1 order by OrderID"));
+    }
+}
+BENCHMARK(BareScanOfFormulas)->Unit(benchmark::kMillisecond);
+
+void ListFolder(benchmark::State& state) {
+    auto control = controlOn(files().longFolder);
+    control->RunCalc();
+    for (auto _ : state) {
+        control->ClickTreeNode(QStringLiteral("FormulaNode1->DBNode1"));
+    }
+    const auto* list = control->findChild<varo::ui::NodeView*>(QStringLiteral("lvFormula"));
+    if (list->model()->rowCount() != Formulas) {
+        state.SkipWithError("the folder was not listed");
+    }
+}
+BENCHMARK(ListFolder)->Unit(benchmark::kMillisecond);
+
+/// One letter more in the formula box makes another variable: parse, grid, stored values; then
+/// calculate.
+void Keystroke(benchmark::State& state) {
+    auto control = controlOn(files().manyValues);
+    control->RunCalc();
+    auto* box = control->findChild<QLineEdit*>(QStringLiteral("txtFormula"));
+    auto* calculate = control->findChild<QPushButton*>(QStringLiteral("cmdCalCulate"));
+    const QString formula = box->text() + QStringLiteral("+v7*v8+v9+v");
+    int digit = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        box->setText(formula);
+        state.ResumeTiming();
+        box->insert(QString::number(digit++ % 10));
+        calculate->click();
+    }
+    const auto* result = control->findChild<QLineEdit*>(QStringLiteral("txtResult"));
+    if (result->text().isEmpty()) {
+        state.SkipWithError("nothing was calculated");
+    }
+}
+BENCHMARK(Keystroke)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
