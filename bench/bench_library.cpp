@@ -87,6 +87,11 @@ const Files& files() {
     return made;
 }
 
+std::size_t allocatedBytes() {
+    const auto info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
 std::unique_ptr<Varo_CalcEx> controlOn(const QString& configuration) {
     auto control = std::make_unique<Varo_CalcEx>();
     control->resize(1000, 700);
@@ -109,7 +114,7 @@ void RunCalc(benchmark::State& state) {
     for (auto _ : state) {
         state.PauseTiming();
         auto control = controlOn(files().many);
-        const std::size_t before = mallinfo2().uordblks;
+        const std::size_t before = allocatedBytes();
         state.ResumeTiming();
         control->RunCalc();
         state.PauseTiming();
@@ -117,7 +122,7 @@ void RunCalc(benchmark::State& state) {
         for (int id = 1; id <= FoldersEach; ++id) {
             text += 2 * QStringLiteral("公式夹第%1号").arg(id).size();
         }
-        const auto used = static_cast<double>(mallinfo2().uordblks - before);
+        const auto used = static_cast<double>(allocatedBytes() - before);
         state.counters["bytes_per_folder_over_text"] =
             (used - static_cast<double>(text) * Libraries) / (Libraries * FoldersEach);
         control.reset();
@@ -178,6 +183,7 @@ int main(int argc, char** argv) {
     }
     QApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
+    files();
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -106,6 +106,12 @@ void FolderTree::addFolders(Node parent, FolderRows rows,
     nodes_[parent].childCount = childCount;
 }
 
+void FolderTree::squeeze() {
+    nodes_.shrink_to_fit();
+    childNodes_.shrink_to_fit();
+    text_.squeeze();
+}
+
 FolderTree::Node FolderTree::child(Node node, int position) const {
     return childNodes_[nodes_[node].childBegin + static_cast<quint32>(position)];
 }

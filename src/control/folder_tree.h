@@ -64,6 +64,9 @@ class FolderTree {
     /// told the number of new children just before `parent` shows them.
     void addFolders(Node parent, FolderRows rows, const std::function<void(int)>& beforeShown);
 
+    /// Gives back the memory that was set aside for growth.
+    void squeeze();
+
     int libraryCount() const { return static_cast<int>(libraries_.size()); }
     Node library(int position) const { return libraries_[static_cast<std::size_t>(position)].node; }
 

@@ -22,6 +22,8 @@ class FolderTreeModel : public QAbstractItemModel {
     void addFolders(const QModelIndex& parent, FolderRows rows);
     void setImages(const QModelIndex& index, FolderTree::Images images);
 
+    void squeeze() { tree_.squeeze(); }
+
     /// Index of a node; invalid for FolderTree::None.
     QModelIndex indexOf(FolderTree::Node node) const;
     /// Index of the node with this key; invalid when there is none.

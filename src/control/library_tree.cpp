@@ -43,6 +43,7 @@ bool LibraryTree::BuildFormulaTree() {
             return false;
         }
     }
+    model_.squeeze();
     return true;
 }
 
