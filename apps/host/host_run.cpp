@@ -1,0 +1,79 @@
+#include "host/host_run.h"
+
+#include "host/control_driver.h"
+#include "host/control_report.h"
+#include "host/host_window.h"
+#include "host/property_table.h"
+#include "platform/questions.h"
+
+#include <QApplication>
+
+namespace varo::host {
+
+namespace {
+
+/// Prints messages and questions, and answers yes.
+class PrintingQuestions : public Questions {
+  public:
+    explicit PrintingQuestions(QTextStream& out) : out_(out) {}
+
+    void inform(const QString& text) override { print(text); }
+
+    bool confirm(const QString& text, Choice) override {
+        print(text);
+        return true;
+    }
+
+  private:
+    void print(const QString& text) { out_ << "message: " << oneLine(text) << Qt::endl; }
+
+    QTextStream& out_;
+};
+
+void followOptions(const HostOptions& options, HostWindow& window) {
+    window.openFolder(options.deployFolder);
+    for (const QString& key : options.selections) {
+        selectKey(window.control(), key);
+    }
+    for (const NamedValue& value : options.values) {
+        typeVariable(window.control(), value.name, value.value);
+    }
+    if (!options.values.isEmpty()) {
+        pressCalculate(window.control());
+    }
+}
+
+/// Lets everything be laid out: a layout that has settled may ask for another one around it.
+void settle() {
+    for (int round = 0; round < 3; ++round) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+}
+
+}  // namespace
+
+int runHost(const HostOptions& options, QTextStream& out, QTextStream& err) {
+    PrintingQuestions printing(out);
+    HostWindow window(options.reports() ? &printing : nullptr);
+    for (const NamedValue& property : options.properties) {
+        window.properties().setValue(property.name, property.value);
+    }
+    window.show();
+    followOptions(options, window);
+    if (!options.reports()) {
+        return QApplication::exec();
+    }
+    settle();
+    if (!options.screenshot.isEmpty() && !window.grab().save(options.screenshot, "PNG")) {
+        err << "varo-host: cannot write '" << options.screenshot << "'" << Qt::endl;
+        return 1;
+    }
+    for (const QString& line : shownLines(window.control())) {
+        out << line << '\n';
+    }
+    out.flush();
+    return 0;
+}
+
+}  // namespace varo::host
