@@ -35,8 +35,8 @@ const std::array Buttons{
     Button{QStringLiteral("上移"), QStringLiteral("go-up"), 0, false},
     Button{QStringLiteral("下移"), QStringLiteral("go-down"), 0, true},
     Button{QStringLiteral("查找"), QStringLiteral("edit-find"), Always, false},
-    Button{QStringLiteral("查找下一个"), QStringLiteral("go-down-search"), 0, false},
-    Button{QStringLiteral("查找上一个"), QStringLiteral("go-up-search"), 0, true},
+    Button{QStringLiteral("查找下一个"), QStringLiteral("go-next"), 0, false},
+    Button{QStringLiteral("查找上一个"), QStringLiteral("go-previous"), 0, true},
     Button{QStringLiteral("帮助"), QStringLiteral("help-contents"), Always, false},
 };
 

@@ -1,5 +1,7 @@
 #include "store/collections.h"
 
+#include "store/keys.h"
+
 #include <QFile>
 
 namespace varo {
@@ -68,7 +70,7 @@ void removeAllByKey(Collection& collection, Key key) {
 void colFormulaDB::Add(const QString& FormulaDBName, const QString& FormulaDBPath,
                        const QString& FormulaNodeText, QString& NodeKey, const QString& Tag,
                        bool& success) {
-    const QString key = QStringLiteral("DBNode%1").arg(counter_);
+    const QString key = libraryKey(counter_);
     append(key, {.FormulaNodeText = FormulaNodeText,
                  .Tag = Tag,
                  .NodeKey = key,
@@ -106,7 +108,7 @@ void colFormulaInfo::Add(qint32 FormulaID, const QString& FormulaName,
                          const QString& FormulaExpression, const QString& FormulaMemo,
                          const QString& FormulaPicPath, qint32 FormulaPicType, qint32 FormulaPID,
                          const QString& Tag) {
-    const QString key = QStringLiteral("LvFormulaKey%1").arg(FormulaID);
+    const QString key = formulaKey(FormulaID);
     append(key, {.FormulaID = FormulaID,
                  .FormulaName = FormulaName,
                  .FormulaExpression = FormulaExpression,
@@ -160,8 +162,7 @@ bool colFormulaInfo::FindFormulaIDByPID(qint32 PID, int n, qint32& FormulaID) co
 void ColNodeInfo::Add(qint32 NodeID, const QString& NodeName, const QString& FilePath,
                       const QString& FileName, const QString& RootNodeKey, qint32 FartherNodeID,
                       const QString& TheTag, bool& success) {
-    const QString key =
-        QStringLiteral("FormulaNode%1->%2").arg(QString::number(NodeID), RootNodeKey);
+    const QString key = folderKey(NodeID, RootNodeKey);
     append(key, {.TheTag = TheTag,
                  .FartherNodeID = FartherNodeID,
                  .RootNodeKey = RootNodeKey,
@@ -203,7 +204,7 @@ const clsNodeInfo* ColNodeInfo::FindNode(qint32 NodeID, const QString& RootNodeK
 
 void colProperty::Add(qint32 PropID, const QString& PropName, qint32 FilterID, qint32 OptType,
                       const QString& Tag) {
-    const QString key = QStringLiteral("LvPropertyKey%1").arg(PropID);
+    const QString key = propertyKey(PropID);
     append(key, {.Tag = Tag,
                  .OptType = OptType,
                  .NodeKey = key,
@@ -252,7 +253,7 @@ bool colProperty::GetItemByOptType(qint32 OptType, int n, qint32& PropID, QStrin
 void colVarInfo::Add(const QString& VarName, qint32 FormulaID, const QString& VarValue,
                      qint32 VarSourceType, const QString& VarMemo, const QString& Tag,
                      bool& success) {
-    const QString key = QStringLiteral("TheVar%1").arg(counter_);
+    const QString key = variableKey(counter_);
     clsVarInfo& variable = append(key, {.FormulaID = FormulaID,
                                         .Key = key,
                                         .Tag = Tag,
@@ -312,9 +313,7 @@ void colVarInfo::GetVarValueByVarName(const QString& VarName, QString& VarValue)
 
 void colLocateProp::Add(qint32 FilterID, qint32 NodeID, qint32 NodeType, qint32 PID,
                         const QString& RootKey, const QString& Tag, bool& success) {
-    const QString key = QStringLiteral("%1->%2->%3->%4")
-                            .arg(QString::number(FilterID), QString::number(NodeID),
-                                 QString::number(NodeType), RootKey);
+    const QString key = locatedKey(FilterID, NodeID, NodeType, RootKey);
     append(key, {.Tag = Tag,
                  .RootKey = RootKey,
                  .Key = key,

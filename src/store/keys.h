@@ -32,6 +32,22 @@ inline QString formulaKey(qint32 id) {
     return FormulaKeyPrefix % QString::number(id);
 }
 
+/// "LvPropertyKey" and the property's number.
+inline QString propertyKey(qint32 id) {
+    return PropertyKeyPrefix % QString::number(id);
+}
+
+/// "TheVar" and a number.
+inline QString variableKey(int number) {
+    return VariableKeyPrefix % QString::number(number);
+}
+
+/// Condition, node, kind of node and library of a located item, joined by "->".
+inline QString locatedKey(qint32 filterID, qint32 nodeID, qint32 nodeType, QStringView libraryKey) {
+    return QString::number(filterID) % KeySeparator % QString::number(nodeID) % KeySeparator %
+           QString::number(nodeType) % KeySeparator % libraryKey;
+}
+
 inline bool isFolderKey(QStringView key) {
     return key.contains(FolderKeyPrefix);
 }

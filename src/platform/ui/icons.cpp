@@ -65,7 +65,9 @@ bool prepareThemes() {
     QIcon::setThemeSearchPaths(paths);
 
     const QString breeze = QStringLiteral("breeze");
-    if (QIcon::fallbackThemeName().isEmpty()) {
+    const QString fallback = QIcon::fallbackThemeName();
+    // hicolor only holds the icons of applications; a bare X desktop names nothing else.
+    if (fallback.isEmpty() || fallback == QLatin1StringView("hicolor")) {
         QIcon::setFallbackThemeName(breeze);
     }
     if (QIcon::themeName().isEmpty()) {
