@@ -8,7 +8,8 @@
 namespace varo::engine {
 
 /// What an operation of CalcEngine answers. Zero is success; every failure is negative and leaves
-/// the engine and the output arguments as they were.
+/// the output arguments as they were, and the engine too, but that Calculate has then forgotten the
+/// last result.
 enum class Status : std::int32_t {
     Ok = 0,
     Failed = -1,           ///< memory ran out

@@ -58,7 +58,8 @@ class Formula {
     /// The index of the variable with that name, without regard to letter case.
     std::optional<std::size_t> indexOf(std::string_view name) const;
 
-    /// The type of the result; Type::Number when an error leaves it open.
+    /// The type of the result. In a formula with an error it is what the outermost function or
+    /// operator promises, else Type::Number.
     Type resultType() const;
 
     /// Evaluates with `values`, which were made for this formula. True with the value in `result`;

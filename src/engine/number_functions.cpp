@@ -14,7 +14,8 @@ constexpr std::array<double, kLargestFactorial + 1> kFactorials = [] {
     std::array<double, kLargestFactorial + 1> values{};
     values[0] = 1;
     for (std::size_t i = 1; i < values.size(); ++i) {
-        // Rounded once: products of doubles would drift away from the exact factorial.
+        // With 64 bits of precision the product is near enough to round to the nearest double;
+        // products of doubles would drift away from it.
         long double product = 1;
         for (std::size_t k = 2; k <= i; ++k) {
             product *= static_cast<long double>(k);

@@ -4,16 +4,27 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <random>
 
 namespace varo::engine {
 namespace {
 
 constexpr std::size_t kFewestSlots = 16;
 
+/// Another start in every process, so that nobody can choose names that all fall on one slot.
+std::uint64_t hashSeed() {
+    static const std::uint64_t seed = [] {
+        std::random_device device;
+        return std::uint64_t{device()} << 32 | device();
+    }();
+    return seed;
+}
+
 std::uint32_t hashOf(std::string_view folded) {
-    std::uint64_t hash = 0xCBF29CE484222325U;
+    std::uint64_t hash = hashSeed();
     for (const char character : folded) {
-        hash = (hash ^ static_cast<unsigned char>(character)) * 0x100000001B3U;
+        hash = (hash ^ static_cast<unsigned char>(character)) * 0x9E3779B97F4A7C15U;
+        hash ^= hash >> 29;
     }
     return static_cast<std::uint32_t>(hash ^ hash >> 32);
 }
