@@ -80,8 +80,8 @@ void typeVariable(Varo_CalcEx& control, const QString& name, const QString& valu
     }
     line->selectAll();
     pressKey(*line, Qt::Key_Delete);
-    for (const QChar character : value) {
-        pressKey(*line, Qt::Key_unknown, QString(character));
+    for (const char32_t character : value.toUcs4()) {
+        pressKey(*line, Qt::Key_unknown, QString::fromUcs4(&character, 1));
     }
     pressKey(*line, Qt::Key_Return);
     // The grid closes its editor, and tells of the new value, only now.

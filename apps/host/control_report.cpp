@@ -8,6 +8,7 @@
 
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QRegularExpression>
 
 namespace varo::host {
 
@@ -44,8 +45,8 @@ QString line(const QString& name, const QString& text) {
 }  // namespace
 
 QString oneLine(const QString& text) {
-    QString result = text;
-    return result.replace(u'\n', QStringLiteral("\\n"));
+    static const QRegularExpression lineEnd(QStringLiteral("\r\n|[\r\n\u2028\u2029]"));
+    return QString(text).replace(lineEnd, QStringLiteral("\\n"));
 }
 
 QStringList shownLines(const Varo_CalcEx& control) {

@@ -1,5 +1,6 @@
 #include "host/host_run.h"
 
+#include "control/configuration.h"
 #include "host/control_driver.h"
 #include "host/control_report.h"
 #include "host/host_window.h"
@@ -73,6 +74,10 @@ int runHost(const HostOptions& options, QTextStream& out, QTextStream& err) {
         out << line << '\n';
     }
     out.flush();
+    if (!Configuration::exists(options.deployFolder)) {
+        throw UsageError{QStringLiteral("there is no %1 in '%2'")
+                             .arg(QString::fromLatin1(ConfigFileName), options.deployFolder)};
+    }
     return 0;
 }
 

@@ -20,7 +20,7 @@ if(NOT EXISTS "${configuration}")
   foreach(name text IN ZIP_LISTS names texts)
     math(EXPR number "${number} + 1")
     string(APPEND content "RootNodeText${number}=${text}\n" "RootNodeName${number}=${name}.mdb\n"
-                          "RootNodePath${number}=${SAMPLE}/\n")
+                          "RootNodePath${number}=./\n")
   endforeach()
   file(WRITE "${configuration}" "${content}")
 endif()

@@ -94,7 +94,15 @@ void FolderTree::addFolders(Node parent, FolderRows rows,
     // numbers, each once, so folders that descend from themselves are never reached.
     const auto firstNew = static_cast<Node>(nodes_.size());
     const quint32 childCount = placeChildren(parent);
+    auto nextLevel = static_cast<Node>(nodes_.size());
+    int depth = 1;
     for (Node node = firstNew; node < nodes_.size(); ++node) {
+        if (node == nextLevel) {
+            nextLevel = static_cast<Node>(nodes_.size());
+            if (++depth == MaxDepth) {
+                break;
+            }
+        }
         // Identifier 0 means the top level: a stored folder that carries it has no children of its
         // own.
         if (nodes_[node].id != 0) {

@@ -47,6 +47,10 @@ class FolderTree {
     using Node = quint32;
     static constexpr Node None = std::numeric_limits<Node>::max();
 
+    /// Most levels of folders below a library; deeper ones are left out, because views draw a tree
+    /// by recursion.
+    static constexpr int MaxDepth = 1000;
+
     /// Pictures of a node: as it is, and while it is selected (indices of the image list).
     struct Images {
         quint8 image;

@@ -2,6 +2,7 @@
 
 #include "platform/ui/icons.h"
 #include "platform/ui/node_view.h"
+#include "platform/ui/tool_tip.h"
 
 namespace varo {
 
@@ -69,8 +70,10 @@ QVariant FolderTreeModel::data(const QModelIndex& index, int role) const {
     const auto icon = [](quint8 image) { return ui::nodeIcon(static_cast<ui::NodeImage>(image)); };
     switch (role) {
         case Qt::DisplayRole:
-        case Qt::AccessibleTextRole:
-            return tree_.text(node);
+            // The rows are all one line high.
+            return tree_.text(node).replace(u'\n', u' ');
+        case Qt::ToolTipRole:
+            return ui::plainToolTip(tree_.text(node));
         case Qt::DecorationRole:
             return icon(tree_.images(node).image);
         case ui::NodeView::SelectedIconRole:

@@ -102,27 +102,29 @@ void buildListAndDescription(Form& form) {
     options->addStretch();
     form.optDesc[DescOptionPicture]->setChecked(true);
 
-    form.txtDesc = make<QPlainTextEdit>("txtDesc", form.picFormula);
+    form.PicDesc = make<QFrame>("PicDesc", form.picFormula);
+    form.txtDesc = make<QPlainTextEdit>("txtDesc", form.PicDesc);
     form.txtDesc->setAccessibleName(QStringLiteral("公式说明"));
     form.txtDesc->setFrameShape(QFrame::NoFrame);
     form.txtDesc->setTabChangesFocus(true);
     form.txtDesc->hide();
-    form.imgDesc = make<ui::PictureBox>("imgDesc", form.picFormula);
+    form.imgDesc = make<ui::PictureBox>("imgDesc", form.PicDesc);
     form.imgDesc->setAccessibleName(QStringLiteral("公式图片"));
     form.imgDesc->hide();
-    form.lblDesc = make<QLabel>("lblDesc", form.picFormula);
+    form.lblDesc = make<QLabel>("lblDesc", form.PicDesc);
     form.lblDesc->setText(QStringLiteral("无图片"));
     form.lblDesc->setAlignment(Qt::AlignCenter);
 
+    auto* contents = new QVBoxLayout(form.PicDesc);
+    contents->setContentsMargins(0, 0, 0, 0);
+    contents->addWidget(form.txtDesc);
+    contents->addWidget(form.imgDesc);
+    contents->addWidget(form.lblDesc);
     auto* rows = new QVBoxLayout(form.picFormula);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(2);
     rows->addWidget(form.frmDesc);
-    for (QWidget* content :
-         {static_cast<QWidget*>(form.txtDesc), static_cast<QWidget*>(form.imgDesc),
-          static_cast<QWidget*>(form.lblDesc)}) {
-        rows->addWidget(content, 1);
-    }
+    rows->addWidget(form.PicDesc, 1);
 }
 
 void buildSymbolBand(Form& form) {

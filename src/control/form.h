@@ -45,6 +45,7 @@ struct Form {
     QWidget* picFormula = nullptr;
     QFrame* frmDesc = nullptr;
     std::array<QRadioButton*, 2> optDesc{};
+    QFrame* PicDesc = nullptr;
     QPlainTextEdit* txtDesc = nullptr;
     ui::PictureBox* imgDesc = nullptr;
     QLabel* lblDesc = nullptr;

@@ -28,7 +28,7 @@ FormulaList::FormulaList(Form& form, ControlState& state, Questions& questions, 
     connect(form.lvFormula, &ui::NodeView::emptyClicked, this, &FormulaList::clickEmptySpace);
     connect(form.lvFormula, &ui::NodeView::pressedAt, this,
             [this](const QModelIndex& index, Qt::MouseButton button) {
-                if (!index.isValid() && button == Qt::RightButton) {
+                if (!index.isValid() && button == Qt::RightButton && pane_.storeEdits()) {
                     SetSelectionState(FormulaPane::NoFormula);
                 }
             });
@@ -37,6 +37,7 @@ FormulaList::FormulaList(Form& form, ControlState& state, Questions& questions, 
 void FormulaList::clear() {
     model_.beginReplace();
     state_.listedFormulas.Clear();
+    state_.currentFormulaKey.clear();
     model_.endReplace({});
 }
 
@@ -44,6 +45,10 @@ bool FormulaList::ShowFolderFormulas(qint32 folderID) {
     std::vector<ui::FormulaImage> images;
     QSet<qint32> withProperty;
     model_.beginReplace();
+    state_.listedFormulas.Clear();
+    state_.listedLibrary = state_.currentLibrary();
+    // What the panel still shows is none of the formulas that are listed now, whatever their keys.
+    state_.currentFormulaKey.clear();
     data::Recordset rs;
     bool propertiesRead =
         state_.dbFuncs.GetAllPropertyByType(NodeTypeFormula, rs, state_.connection);
@@ -55,11 +60,7 @@ bool FormulaList::ShowFolderFormulas(qint32 folderID) {
         propertiesRead = false;
     }
     CloseRecordset(rs);
-    bool read = propertiesRead;
-    if (propertiesRead) {
-        state_.listedFormulas.Clear();
-        read = readFormulas(folderID, withProperty, images);
-    }
+    const bool read = propertiesRead && readFormulas(folderID, withProperty, images);
     model_.endReplace(std::move(images));
     if (!propertiesRead) {
         questions_.inform(QStringLiteral("无法读取“属性”信息！"));
@@ -82,6 +83,10 @@ bool FormulaList::readFormulas(qint32 folderID, const QSet<qint32>& withProperty
         bool extracting = true;
         for (; !rs.atEnd(); rs.moveNext()) {
             const qint32 formulaID = rs.integer(id);
+            // A damaged table can hold an identifier twice; its key is taken by the first row.
+            if (state_.listedFormulas.contains(formulaKey(formulaID))) {
+                continue;
+            }
             const qint32 pictureType = rs.integer(picType);
             const QString picture = extractPicture(formulaID, pictureType, extracting);
             state_.listedFormulas.Add(formulaID, rs.text(name), rs.text(expression), rs.text(memo),
@@ -104,18 +109,23 @@ QString FormulaList::extractPicture(qint32 formulaID, qint32 pictureType, bool& 
     }
     const QString file =
         state_.workFolder + QString::number(formulaID) + QStringLiteral("TempPic.bmp");
+    bool fileRefused = false;
+    const bool extracted =
+        state_.dbFuncs.ExtractPicture(formulaID, file, state_.connection, &fileRefused);
     // A folder that takes no file takes none for the other formulas either: one message is enough.
-    extracting = state_.dbFuncs.ExtractPicture(formulaID, file, state_.connection);
-    return extracting ? file : QString();
+    extracting = !fileRefused;
+    return extracted ? file : QString();
 }
 
 void FormulaList::SelFormula(const QString& TheKey) {
+    if (!pane_.storeEdits()) {
+        return;
+    }
     emit showing();
     const QModelIndex item = model_.find(TheKey);
     if (!item.isValid()) {
         return;
     }
-    pane_.storeEdits();
     form_.lvFormula->selectItem(item);
     form_.lvFormula->scrollTo(item);
     pane_.ClearFormulaPanel();
@@ -129,7 +139,6 @@ void FormulaList::SelFormula(const QString& TheKey) {
 }
 
 void FormulaList::SetSelectionState(int state) {
-    pane_.storeEdits();
     pane_.ClearFormulaPanel();
     pane_.SetPanelState(state);
     editBar_.setCommandState(state);
@@ -141,9 +150,18 @@ void FormulaList::clickFormula(const QModelIndex& index) {
 }
 
 void FormulaList::clickEmptySpace() {
+    if (!pane_.storeEdits()) {
+        return;
+    }
     state_.formulaSelected = false;
     SetSelectionState(FormulaPane::NoFormula);
     form_.lvFormula->selectItem({});
+}
+
+void FormulaList::showNothing() {
+    clear();
+    SetSelectionState(FormulaPane::NoFormula);
+    pane_.showNoPicture();
 }
 
 void FormulaList::showNone() {

@@ -37,8 +37,11 @@ class FormulaList : public QObject {
     /// Empties the panel for a folder without formulas; tree and list stay enabled.
     void showNone();
 
-    /// Stores what is being typed into the formula or description box.
-    void storeEdits() { pane_.storeEdits(); }
+    /// As FormulaPane::storeEdits.
+    bool storeEdits() { return pane_.storeEdits(); }
+
+    /// Empties list and panel, because the current library can no longer be told what is in them.
+    void showNothing();
 
     /// Gives the item with this key another picture; an unknown key does nothing.
     void setImage(const QString& key, ui::FormulaImage image);

@@ -1,6 +1,7 @@
 #include "control/formula_list_model.h"
 
 #include "platform/ui/node_view.h"
+#include "platform/ui/tool_tip.h"
 
 namespace varo {
 
@@ -51,8 +52,10 @@ QVariant FormulaListModel::data(const QModelIndex& index, int role) const {
     const clsFormulaInfo& formula = formulas_.Item(index.row() + 1);
     switch (role) {
         case Qt::DisplayRole:
+            // The rows are all one line high.
+            return QString(formula.FormulaName).replace(u'\n', u' ');
         case Qt::ToolTipRole:
-            return formula.FormulaName;
+            return ui::plainToolTip(formula.FormulaName);
         case Qt::DecorationRole:
             return ui::formulaIcon(images_[static_cast<std::size_t>(index.row())]);
         case ui::NodeView::KeyRole:
@@ -63,8 +66,13 @@ QVariant FormulaListModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant FormulaListModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (section == 0 && orientation == Qt::Horizontal && role == Qt::DisplayRole) {
-        return QStringLiteral("公式名称");
+    if (section == 0 && orientation == Qt::Horizontal) {
+        if (role == Qt::DisplayRole) {
+            return QStringLiteral("公式名称");
+        }
+        if (role == ui::NodeView::KeyRole) {
+            return QStringLiteral("Head1");
+        }
     }
     return QAbstractTableModel::headerData(section, orientation, role);
 }

@@ -72,6 +72,8 @@ bool LibraryTree::openLibrary(const QString& path, const QString& name) {
         state_.currentLibraryName == name) {
         return true;
     }
+    // What is still being typed belongs to the library that is connected now.
+    list_.storeEdits();
     if (!ConnectLibrary(path, name, state_.connection, QString())) {
         return false;
     }
@@ -144,24 +146,28 @@ void LibraryTree::selectFirstNode() {
 }
 
 void LibraryTree::selectNode(const QString& key) {
+    if (!list_.storeEdits()) {
+        return;
+    }
     const QModelIndex node = model_.find(key);
     const QString rootKey = GetRootKey(key);
     if (!node.isValid() || !state_.libraries.contains(rootKey)) {
         return;
     }
-    list_.storeEdits();
+    const QString text = model_.tree().text(FolderTreeModel::nodeOf(node));
     form_.tvFolder->selectItem(node);
     form_.tvFolder->scrollTo(node);
     removeHighlight();
     const clsFormulaDB& library = state_.libraries.Item(rootKey);
     if (!openLibrary(library.FormulaDBPath, library.FormulaDBName)) {
+        list_.showNothing();
         questions_.inform(QStringLiteral("无法打开用户指定的数据库！"));
         return;
     }
     form_.lvFormula->setEnabled(true);
     if (!list_.ShowFolderFormulas(folderIdOf(key))) {
-        questions_.inform(QStringLiteral("无法读取节点“%1”下所有的公式！")
-                              .arg(node.data(Qt::DisplayRole).toString()));
+        list_.showNothing();
+        questions_.inform(QStringLiteral("无法读取节点“%1”下所有的公式！").arg(text));
         return;
     }
     const bool isLibrary = key == rootKey;
@@ -194,7 +200,7 @@ void LibraryTree::removeHighlight() {
     if (state_.highlight.kind == LocateHighlight::Item) {
         list_.setImage(state_.highlight.key, ui::FormulaImage::FormulaWithProperty);
     } else if (const QModelIndex node = model_.find(state_.highlight.key); node.isValid()) {
-        model_.setImages(node, FolderWithProperty);
+        model_.setImages(node, node.parent().isValid() ? FolderWithProperty : LibraryWithProperty);
     }
     state_.highlight.set = false;
 }

@@ -48,7 +48,8 @@ struct ControlState {
     QString currentLibraryPath;   ///< folder of the library that the connection has open
     QString currentLibraryName;   ///< its file name
     colFormulaInfo listedFormulas;
-    colVarInfo variables;  ///< stored variables seen so far; emptied with every change of library
+    QString listedLibrary;  ///< currentLibrary() when the formulas were listed
+    colVarInfo variables;   ///< stored variables seen so far; emptied with every change of library
     ColNodeInfo folders;
     colLocateProp located;
     Clipboard clipboard;
@@ -60,6 +61,12 @@ struct ControlState {
     QString locationPropName;  ///< argument of the last SetDesignProp
     QString hostValue;         ///< the host's answer to GetPropValue
     CellInfo cell;
+
+    /// Path of the library that the connection has open.
+    QString currentLibrary() const { return currentLibraryPath + currentLibraryName; }
+
+    /// Whether what is edited of the listed formulas would reach the library that they came from.
+    bool listsCurrentLibrary() const { return listedLibrary == currentLibrary(); }
 };
 
 /// The one question to the host: the value of a property that only it knows.

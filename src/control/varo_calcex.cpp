@@ -62,7 +62,7 @@ struct Varo_CalcEx::Parts : PropertySource {
     QString propertyValue(const QString& name) override;
     bool prepareFolder();
     void leaveNotStarted();
-    void showHelp();
+    void ShowHelp();
     void sendResult();
 
     Varo_CalcEx& control;
@@ -89,7 +89,7 @@ Varo_CalcEx::Varo_CalcEx(QWidget* parent, Questions* questions)
     parts.form.tvFolder->setEnabled(false);
     parts.form.lvFormula->setEnabled(false);
     parts.list.SetSelectionState(FormulaPane::NothingSelected);
-    parts.editBar.connectCommand(QStringLiteral("帮助"), [&parts] { parts.showHelp(); });
+    parts.editBar.connectCommand(QStringLiteral("帮助"), [&parts] { parts.ShowHelp(); });
     const auto next = QStringLiteral("查找下一个");
     const auto previous = QStringLiteral("查找上一个");
     parts.editBar.connectCommand(next, [&parts] { parts.locator.showNext(); });
@@ -136,6 +136,7 @@ void Varo_CalcEx::RunCalc() {
         parts.tree.removeHighlight();
         return;
     }
+    parts.list.storeEdits();
     parts.tree.clear();
     parts.list.clear();
     parts.leaveNotStarted();
@@ -234,7 +235,7 @@ void Varo_CalcEx::setValuePicker(ValuePicker* picker) {
     parts_->pane.variables().setValuePicker(picker);
 }
 
-void Varo_CalcEx::Parts::showHelp() {
+void Varo_CalcEx::Parts::ShowHelp() {
     const QString file = componentFolder() + QStringLiteral("PelmHelp.chm");
     if (!QFileInfo(file).isFile() || !QDesktopServices::openUrl(QUrl::fromLocalFile(file))) {
         questions.inform(QStringLiteral("无法找到帮助文件！"));
@@ -242,10 +243,8 @@ void Varo_CalcEx::Parts::showHelp() {
 }
 
 void Varo_CalcEx::Parts::sendResult() {
-    if (QWidget* container = control.parentWidget()) {
-        ui::postWindowMessage(container->window(), calcMessage, 0,
-                              ui::windowHandleOf(form.txtResult));
-    }
+    // A control that stands alone is its own host window.
+    ui::postWindowMessage(control.window(), calcMessage, 0, ui::windowHandleOf(form.txtResult));
 }
 
 }  // namespace varo

@@ -2,6 +2,7 @@
 
 #include "engine/numbers.h"
 #include "platform/ui/edit_grid.h"
+#include "platform/ui/tool_tip.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -42,7 +43,8 @@ Calculator::Calculator(Form& form, CalcEngine& engine) : form_(form), engine_(en
         }
     });
     // A message in place of a result can be longer than the box.
-    connect(form.txtResult, &QLineEdit::textChanged, form.txtResult, &QWidget::setToolTip);
+    connect(form.txtResult, &QLineEdit::textChanged, form.txtResult,
+            [this](const QString& text) { form_.txtResult->setToolTip(ui::plainToolTip(text)); });
     connect(form.txtFormula, &QLineEdit::returnPressed, this, &Calculator::calculate);
 }
 

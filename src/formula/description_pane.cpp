@@ -8,6 +8,8 @@
 #include <QPlainTextEdit>
 #include <QRadioButton>
 
+#include <utility>
+
 namespace varo {
 
 DescriptionPane::DescriptionPane(Form& form, ControlState& state, Questions& questions)
@@ -62,37 +64,50 @@ void DescriptionPane::showOnly(const QWidget* content) {
 }
 
 bool DescriptionPane::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusIn) {
-        // Behind the box's own handling, which would place the caret.
-        QMetaObject::invokeMethod(form_.txtDesc, &QPlainTextEdit::selectAll, Qt::QueuedConnection);
-    } else if (event->type() == QEvent::FocusOut) {
-        store();
+    const bool gained = event->type() == QEvent::FocusIn;
+    if (gained || event->type() == QEvent::FocusOut) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        // A menu only borrows the focus, and a window that comes back goes on where it was left.
+        const bool borrowed =
+            reason == Qt::PopupFocusReason || (gained && reason == Qt::ActiveWindowFocusReason);
+        if (gained && !borrowed) {
+            // Behind the box's own handling, which would place the caret.
+            QMetaObject::invokeMethod(form_.txtDesc, &QPlainTextEdit::selectAll,
+                                      Qt::QueuedConnection);
+        } else if (!gained && !borrowed && !store()) {
+            QMetaObject::invokeMethod(
+                form_.txtDesc, [this] { form_.txtDesc->setFocus(Qt::ActiveWindowFocusReason); },
+                Qt::QueuedConnection);
+        }
     }
     return QObject::eventFilter(watched, event);
 }
 
-void DescriptionPane::store() {
+bool DescriptionPane::store() {
     const QString text = form_.txtDesc->toPlainText();
     if (!form_.txtDesc->document()->isModified()) {
-        return;
+        return true;
     }
     if (text.size() > TextLimit) {
-        questions_.inform(QStringLiteral("用户输入的说明超过255个字符！"));
-        form_.txtDesc->setFocus();
-        return;
+        if (std::exchange(refused_, text) != text) {
+            questions_.inform(QStringLiteral("用户输入的说明超过255个字符！"));
+        }
+        return false;
     }
-    if (!state_.listedFormulas.contains(state_.currentFormulaKey)) {
-        return;
+    if (!state_.listsCurrentLibrary() ||
+        !state_.listedFormulas.contains(state_.currentFormulaKey)) {
+        return true;
     }
     clsFormulaInfo& record = state_.listedFormulas.Item(state_.currentFormulaKey);
     if (record.FormulaMemo == text) {
-        return;
+        return true;
     }
-    if (!state_.dbFuncs.EditFormulaMemo(record.FormulaID, text, state_.connection)) {
+    if (state_.dbFuncs.EditFormulaMemo(record.FormulaID, text, state_.connection)) {
+        record.FormulaMemo = text;
+    } else {
         questions_.inform(QStringLiteral("无法编辑选定公式的备注！"));
-        return;
     }
-    record.FormulaMemo = text;
+    return true;
 }
 
 }  // namespace varo

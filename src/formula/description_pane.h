@@ -27,8 +27,9 @@ class DescriptionPane : public QObject {
     /// Shows the label that there is no picture.
     void showNoPicture();
 
-    /// Stores the description as the current formula's if the user has changed it.
-    void store();
+    /// Stores the description as the current formula's if the user has changed it. Returns false
+    /// when it is too long to be stored, which is told once for each text.
+    bool store();
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -40,6 +41,7 @@ class DescriptionPane : public QObject {
     Form& form_;
     ControlState& state_;
     Questions& questions_;
+    QString refused_;  ///< the text that was last told to be too long
 };
 
 }  // namespace varo

@@ -1,5 +1,7 @@
 #include "formula/formula_box.h"
 
+#include "platform/ui/tool_tip.h"
+
 #include <QFocusEvent>
 #include <QLineEdit>
 #include <QTabBar>
@@ -11,7 +13,7 @@ FormulaBox::FormulaBox(Form& form, ControlState& state, Questions& questions)
     : form_(form), state_(state), questions_(questions) {
     form.txtFormula->installEventFilter(this);
     connect(form.txtFormula, &QLineEdit::textChanged, this, [this](const QString& text) {
-        form_.txtFormula->setToolTip(text);
+        form_.txtFormula->setToolTip(ui::plainToolTip(text));
         emit textChanged(text);
     });
 }
@@ -52,7 +54,8 @@ void FormulaBox::store() {
         questions_.inform(QStringLiteral("用户输入的公式超过255个字符！"));
         return;
     }
-    if (!state_.listedFormulas.contains(state_.currentFormulaKey)) {
+    if (!state_.listsCurrentLibrary() ||
+        !state_.listedFormulas.contains(state_.currentFormulaKey)) {
         return;
     }
     clsFormulaInfo& record = state_.listedFormulas.Item(state_.currentFormulaKey);

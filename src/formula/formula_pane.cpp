@@ -69,13 +69,10 @@ void FormulaPane::showExpression(const clsFormulaInfo& formula) {
     calculator_.calculate();
 }
 
-void FormulaPane::storeEdits() {
-    if (form_.txtFormula->hasFocus()) {
-        box_.store();
-    }
-    if (form_.txtDesc->hasFocus()) {
-        description_.store();
-    }
+bool FormulaPane::storeEdits() {
+    form_.MSFEditVarList->commitEdit();
+    box_.store();
+    return description_.store();
 }
 
 }  // namespace varo

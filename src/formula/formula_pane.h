@@ -37,9 +37,10 @@ class FormulaPane : public QObject {
     /// Shows the formula's text with its variables and calculates it; nothing for an empty one.
     void showExpression(const clsFormulaInfo& formula);
 
-    /// Stores what is being typed into the formula or description box, before another formula is
-    /// shown.
-    void storeEdits();
+    /// Stores what is being typed into the variable grid, the formula box or the description box.
+    /// To be called while the library of the shown formula is still connected. Returns false when
+    /// the user has to mend something first and must not be led away from it.
+    bool storeEdits();
 
     Calculator& calculator() { return calculator_; }
     VariableGrid& variables() { return variables_; }

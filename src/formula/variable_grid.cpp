@@ -77,11 +77,20 @@ void VariableGrid::rebuild(const QString& formula) {
     engine_.ParseFormula(formula.toStdString(), parsed);
     engine_.GetVarCount(count);
     form_.MSFEditVarList->SetRows(count + 1);
-    std::string name;
+    std::string text;
+    bool readable = true;
     for (std::int32_t i = 1; i <= count; ++i) {
-        engine_.GetVarName(i, name);
-        showVariable(i, QString::fromStdString(name), formulaID);
+        engine_.GetVarName(i, text);
+        const QString name = QString::fromStdString(text);
+        // A failed read leaves its variable with the default; a library that is locked is not
+        // waited for once for each variable.
+        readable = readable && load(name, formulaID);
+        showVariable(i, name, formulaID);
     }
+}
+
+bool VariableGrid::load(const QString& name, qint32 formulaID) {
+    return LoadVarCache(name, formulaID, state_.connection, state_.variables, state_.dbFuncs);
 }
 
 const clsVarInfo* VariableGrid::visibleRecord(const QString& name, qint32 formulaID) {
@@ -94,8 +103,6 @@ QString VariableGrid::hostValue(const clsVarInfo& variable) {
 }
 
 void VariableGrid::showVariable(int row, const QString& name, qint32 formulaID) {
-    // A failed read leaves the variable with its default.
-    LoadVarCache(name, formulaID, state_.connection, state_.variables, state_.dbFuncs);
     const clsVarInfo* record = visibleRecord(name, formulaID);
     quint32 color = Black;
     QString value = record == nullptr ? Zero : record->VarValue;
@@ -127,7 +134,7 @@ bool VariableGrid::refreshPropertyValues() {
     std::string name;
     for (std::int32_t i = 1; i <= count; ++i) {
         engine_.GetVarName(i, name);
-        const clsVarInfo* record = state_.variables.Find(QString::fromStdString(name), formulaID);
+        const clsVarInfo* record = visibleRecord(QString::fromStdString(name), formulaID);
         if (record != nullptr && record->VarSourceType == VarSourceProperty) {
             form_.MSFEditVarList->SetCellText(i, ValueColumn, hostValue(*record));
         }
@@ -137,7 +144,7 @@ bool VariableGrid::refreshPropertyValues() {
 
 void VariableGrid::storeValue(int row, int column, const QString& text) {
     const QString selected = form_.lvFormula->selectedKey();
-    if (selected.isEmpty()) {
+    if (selected.isEmpty() || !state_.listsCurrentLibrary()) {
         return;
     }
     const qint32 formulaID = formulaIdOf(selected);
@@ -148,7 +155,9 @@ void VariableGrid::storeValue(int row, int column, const QString& text) {
         form_.MSFEditVarList->SetCellText(row, column, Zero);
         return;
     }
-    if (clsVarInfo* own = state_.variables.Find(name, formulaID)) {
+    if (!load(name, formulaID)) {
+        questions_.inform(QStringLiteral("无法添加新的变量！"));
+    } else if (clsVarInfo* own = state_.variables.Find(name, formulaID)) {
         changeOwnValue(row, *own, value);
     } else {
         addOwnValue(row, name, formulaID, value);
@@ -200,23 +209,24 @@ void VariableGrid::addOwnValue(int row, const QString& name, qint32 formulaID, Q
 
 void VariableGrid::pickValue(int row) {
     const QString selected = form_.lvFormula->selectedKey();
-    if (picker_ == nullptr || selected.isEmpty()) {
-        return;
-    }
     const QString name = form_.MSFEditVarList->GetCellText(row, NameColumn);
-    clsVarInfo* record = state_.variables.Find(name, formulaIdOf(selected));
-    const QString library = libraryKeyOf(form_.tvFolder->selectedKey());
-    if (record == nullptr || record->VarSourceType != VarSourceTable ||
-        !state_.libraries.contains(library)) {
+    const clsVarInfo* shown = state_.variables.Find(name, formulaIdOf(selected));
+    if (picker_ == nullptr || selected.isEmpty() || shown == nullptr ||
+        shown->VarSourceType != VarSourceTable) {
         return;
     }
-    const QString source = record->VarMemo;
+    const QString library = state_.currentLibrary();
+    const QString source = shown->VarMemo;
     const auto separator = source.indexOf(KeySeparator);
     const auto picked =
-        picker_->pick(state_.libraries.Item(library).FormulaDBPath,
-                      source.first(std::max(separator, qsizetype{0})),
+        picker_->pick(state_.currentLibraryPath, source.first(std::max(separator, qsizetype{0})),
                       separator < 0 ? QString() : source.sliced(separator + KeySeparator.size()));
-    if (!picked) {
+    // The picker is modal to the user, not to the host, which may have turned to something else
+    // meanwhile.
+    clsVarInfo* record = state_.variables.Find(name, formulaIdOf(selected));
+    if (!picked || record == nullptr || form_.lvFormula->selectedKey() != selected ||
+        state_.currentLibrary() != library ||
+        form_.MSFEditVarList->GetCellText(row, NameColumn) != name) {
         return;
     }
     form_.MSFEditVarList->SetCellText(row, ValueColumn, *picked);

@@ -48,6 +48,7 @@ class VariableGrid : public QObject {
 
   private:
     const clsVarInfo* visibleRecord(const QString& name, qint32 formulaID);
+    bool load(const QString& name, qint32 formulaID);
     void showVariable(int row, const QString& name, qint32 formulaID);
     QString hostValue(const clsVarInfo& variable);
     void storeValue(int row, int column, const QString& text);

@@ -12,7 +12,9 @@ PropertyLocator::PropertyLocator(ControlState& state, Questions& questions,
     : state_(state), questions_(questions), properties_(properties), tree_(tree), list_(list) {}
 
 void PropertyLocator::locate(const QString& property) {
-    list_.storeEdits();
+    if (!list_.storeEdits()) {
+        return;
+    }
     emit stepsChanged(false, false);
     state_.located.Clear();
     shown_ = 0;
@@ -23,13 +25,10 @@ void PropertyLocator::locate(const QString& property) {
     if (!path.isEmpty() && !tree_.openLibrary(path, name)) {
         complete = tellCannotOpen();
     }
-    if (!complete) {
-        return;
-    }
     if (const QString selected = list_.selectedKey(); !selected.isEmpty()) {
         list_.SelFormula(selected);
     }
-    if (state_.located.Count() > 0) {
+    if (complete && state_.located.Count() > 0) {
         showItem(1);
         emit stepsChanged(state_.located.Count() > 1, false);
     }
@@ -112,6 +111,9 @@ void PropertyLocator::step(int by) {
 }
 
 void PropertyLocator::showItem(int position) {
+    if (!list_.storeEdits()) {
+        return;
+    }
     tree_.removeHighlight();
     const clsLocateProp& item = state_.located.Item(position);
     const clsFormulaDB& library = state_.libraries.Item(item.RootKey);

@@ -59,6 +59,18 @@ TEST(FolderTree, LeavesOutWhatHangsNowhereAndEndsOnCycles) {
     EXPECT_EQ(built({}), QStringLiteral("库"));
 }
 
+TEST(FolderTree, EndsBelowItsDeepestLevel) {
+    FolderTree tree;
+    const auto root = tree.addLibrary(QStringLiteral("DBNode1"), QStringLiteral("库"));
+    FolderRows rows;
+    for (int id = 1; id <= FolderTree::MaxDepth + 5; ++id) {
+        rows.add(id, id - 1, 1, QStringLiteral("f"));
+    }
+    tree.addFolders(root, std::move(rows), [](int) {});
+    EXPECT_NE(tree.findFolder(root, FolderTree::MaxDepth), FolderTree::None);
+    EXPECT_EQ(tree.findFolder(root, FolderTree::MaxDepth + 1), FolderTree::None);
+}
+
 TEST(FolderTree, FindsNodesByKeyAndTellsThemApartByLibrary) {
     FolderTree tree;
     const auto first = tree.addLibrary(QStringLiteral("DBNode1"), QStringLiteral("一"));

@@ -132,8 +132,60 @@ TEST_F(Selection, ALibraryThatGoesAwayIsTold) {
     ASSERT_TRUE(QFile::remove(second.path()));
     desk.clickNode(QStringLiteral("管"));
     EXPECT_EQ(desk.messages(), QStringList{QStringLiteral("无法打开用户指定的数据库！")});
+    EXPECT_TRUE(desk.listTexts().isEmpty()) << "nothing that could be edited without its library";
+    EXPECT_FALSE(desk.isEnabled("txtFormula"));
     desk.clickNode(QStringLiteral("梁"));
     EXPECT_EQ(desk.result(), QStringLiteral("12.00"));
+}
+
+TEST_F(Selection, ALibraryThatCannotBeListedLeavesNothingToEdit) {
+    Desk desk(configuration.folder());
+    desk.clickNode(QStringLiteral("梁"));
+    second.connection().execute(QStringLiteral("drop table Formula"));
+    desk.clickNode(QStringLiteral("管"));
+    EXPECT_EQ(desk.messages(), QStringList{QStringLiteral("无法读取节点“管”下所有的公式！")});
+    EXPECT_TRUE(desk.formulaBox().text().isEmpty());
+    EXPECT_FALSE(desk.isEnabled("txtFormula"));
+    EXPECT_TRUE(desk.listTexts().isEmpty());
+}
+
+TEST_F(Selection, WhatIsSelectedIsWhatIsShown) {
+    Desk desk(configuration.folder());
+    desk.clickNode(QStringLiteral("梁"));
+    const auto centre = [&](const QString& text) {
+        const QRect rect = desk.list().visualRect(Desk::find(desk.list(), text));
+        return QPoint(rect.left() + 8, rect.center().y());
+    };
+    const QString shown = desk.list().selectedKey();
+    QWidget* viewport = desk.list().viewport();
+    QTest::mousePress(viewport, Qt::LeftButton, {}, centre(QStringLiteral("弯曲")));
+    QTest::mouseMove(viewport, centre(QStringLiteral("剪切")));
+    QTest::mouseRelease(viewport, Qt::LeftButton, {}, centre(QStringLiteral("剪切")));
+    EXPECT_EQ(desk.list().selectedKey(), shown) << "dragged over another item";
+    QTest::mouseClick(viewport, Qt::RightButton, {}, centre(QStringLiteral("空白")));
+    EXPECT_EQ(desk.list().selectedKey(), shown) << "right button";
+    QTest::keyClick(&desk.list(), Qt::Key_Space, Qt::ControlModifier);
+    EXPECT_EQ(desk.formulaBox().text().isEmpty(),
+              desk.list().selectedKey() == QStringLiteral("LvFormulaKey%1").arg(blank));
+}
+
+TEST_F(Selection, AnIdentifierThatIsThereTwiceIsListedOnce) {
+    first.connection().execute(QStringLiteral("create table Copy as select * from Formula"));
+    first.connection().execute(QStringLiteral("drop table Formula"));
+    first.connection().execute(QStringLiteral("alter table Copy rename to Formula"));
+    first.connection().execute(QStringLiteral("insert into Formula select * from Formula"));
+    Desk desk(configuration.folder());
+    desk.clickNode(QStringLiteral("梁"));
+    EXPECT_EQ(desk.listTexts().size(), 3);
+}
+
+TEST_F(Selection, NamesWithLineBreaksTakeOneLine) {
+    first.addFolder(0, QStringLiteral("上\n下"));
+    first.addFormula(beams, QStringLiteral("一\n二"), QStringLiteral("1"));
+    Desk desk(configuration.folder());
+    EXPECT_TRUE(desk.treeTexts().contains(QStringLiteral("  上 下")));
+    desk.clickNode(QStringLiteral("梁"));
+    EXPECT_EQ(desk.listTexts().last(), QStringLiteral("一 二"));
 }
 
 TEST_F(Selection, ClickingEmptySpaceInTheListClearsAndDeselects) {

@@ -183,6 +183,18 @@ TEST(Startup, ATruncatedLibraryNeverCrashesAndIsNeverChanged) {
     }
 }
 
+TEST(Startup, ALockedLibraryIsWaitedForAndThenTold) {
+    SmallLibrary library;
+    const TestConfiguration configuration({&library});
+    library.connection().execute(QStringLiteral("begin exclusive"));
+    Desk desk(configuration.folder());
+    EXPECT_EQ(desk.messages().size(), 1);
+    library.connection().execute(QStringLiteral("rollback"));
+    desk.control().RunCalc();
+    EXPECT_EQ(desk.messages().size(), 1);
+    EXPECT_EQ(desk.treeTexts().size(), 2) << "RunCalc works once the lock is gone";
+}
+
 TEST(Startup, ASecondRunCalcChangesNothing) {
     const SmallLibrary library;
     const TestConfiguration configuration({&library});

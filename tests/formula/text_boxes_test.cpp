@@ -139,6 +139,17 @@ TEST_F(TextBoxes, ATooLongMemoIsRefusedAndKeepsTheFocus) {
     EXPECT_EQ(memo(first).size(), 255);
 }
 
+TEST_F(TextBoxes, ATooLongMemoIsNotLeftBehindByAClick) {
+    showMemo();
+    memoBox().insertPlainText(QString(300, u'长'));
+    desk.clickFormula(QStringLiteral("二"));
+    desk.clickNode(QStringLiteral("库1"));
+    desk.control().SetDesignProp(QStringLiteral("用途"));
+    EXPECT_EQ(memoBox().toPlainText().size(), 300);
+    EXPECT_EQ(desk.list().selectedKey(), QStringLiteral("LvFormulaKey%1").arg(first));
+    EXPECT_EQ(desk.messages().size(), 1) << "told once";
+}
+
 TEST_F(TextBoxes, ClearingThePanelWhileTheMemoHasTheFocusLosesNothing) {
     showMemo();
     desk.control().SelFormula(QStringLiteral("LvFormulaKey%1").arg(second));
@@ -171,7 +182,7 @@ TEST_F(TextBoxes, TheSymbolBarsAreOfferedWhileTheFormulaBoxHasTheFocus) {
     desk.list().setFocus();
     EXPECT_FALSE(desk.isEnabled("tbSymbol0"));
     EXPECT_TRUE(desk.isEnabled("TabStripSymbol"));
-    EXPECT_EQ(desk.formulaBox().toolTip(), QStringLiteral("a+b"));
+    EXPECT_TRUE(desk.formulaBox().toolTip().contains(QStringLiteral("a+b")));
 }
 
 }  // namespace

@@ -138,16 +138,43 @@ TEST_F(StoredValues, ALibraryThatCannotBeWrittenIsToldAndKeepsWhatItHolds) {
     EXPECT_EQ(desk.messages().last(), QStringLiteral("无法添加新的变量！"));
 }
 
+TEST_F(StoredValues, AValueStillBeingTypedIsStoredBeforeAnotherFormulaIsShown) {
+    Desk desk(configuration.folder());
+    const QModelIndex cell = desk.grid().model()->index(0, 1);
+    desk.grid().setFocus();
+    desk.grid().setCurrentIndex(cell);
+    QTest::keyClick(&desk.grid(), Qt::Key_F2);
+    auto* editor = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+    ASSERT_NE(editor, nullptr);
+    editor->setText(QStringLiteral("44"));
+    editor->setModified(true);
+    desk.control().SelFormula(QStringLiteral("LvFormulaKey%1").arg(other));
+    EXPECT_EQ(stored(QStringLiteral("a")), QStringLiteral("1|44"));
+    EXPECT_EQ(desk.gridTexts().first(), QStringLiteral("a=0"));
+}
+
+TEST_F(StoredValues, AFailedLocateLeavesTheValuesKnown) {
+    TestLibrary broken;
+    const TestConfiguration both({&library, &broken});
+    Desk desk(both.folder());
+    broken.connection().execute(QStringLiteral("drop table Property"));
+    desk.control().SetDesignProp(QStringLiteral("用途"));
+    desk.typeValue(QStringLiteral("a"), QStringLiteral("8"));
+    EXPECT_EQ(stored(QStringLiteral("a")), QStringLiteral("1|8")) << "no second row";
+}
+
 TEST_F(StoredValues, AValueIsPickedFromItsDataTable) {
     class Picker : public ValuePicker {
       public:
         std::optional<QString> pick(const QString& path, const QString& database,
                                     const QString& table) override {
             asked.append(path + u'|' + database + u'|' + table);
+            meanwhile();
             return answer;
         }
         QStringList asked;
         std::optional<QString> answer;
+        std::function<void()> meanwhile = [] {};
     } picker;
     ASSERT_TRUE(library.funcs().EditFormulaVarPara(QStringLiteral("a"), formula, VarSourceTable,
                                                    QStringLiteral("材料.mdb->钢->材"),
@@ -157,7 +184,16 @@ TEST_F(StoredValues, AValueIsPickedFromItsDataTable) {
     EXPECT_EQ(desk.grid().CellForeColor(1, 0), 0x0000FFU) << "red";
     emit desk.grid().CellActivate(1, 1);
     EXPECT_EQ(desk.value(QStringLiteral("a")), QStringLiteral("3"));
+    // The host may turn to something else while the picker is open.
+    picker.meanwhile = [&] {
+        desk.control().SelFormula(QStringLiteral("LvFormulaKey%1").arg(other));
+    };
     picker.answer = QStringLiteral("206000");
+    emit desk.grid().CellActivate(1, 1);
+    EXPECT_EQ(stored(QStringLiteral("a")), QStringLiteral("1|3"));
+    picker.meanwhile = [] {};
+    picker.asked.removeLast();
+    desk.clickFormula(QStringLiteral("和"));
     emit desk.grid().CellActivate(1, 1);
     emit desk.grid().CellActivate(2, 1);
     EXPECT_EQ(picker.asked, (QStringList{library.folder() + QStringLiteral("|材料.mdb|钢->材"),

@@ -1,7 +1,7 @@
 #include "support/desk.h"
 
 #include <QAction>
-#include <QFile>
+#include <QTest>
 #include <QToolBar>
 
 #include <gtest/gtest.h>
@@ -175,6 +175,38 @@ TEST_F(Locate, AFailureLeavesTheConnectionWithTheShownFormulasLibrary) {
     EXPECT_EQ(remainingRows(own), QStringList{QStringLiteral("8")});
     auto strange = broken.connection().query(QStringLiteral("select Value from RecentVar"));
     EXPECT_TRUE(remainingRows(strange).isEmpty());
+}
+
+TEST_F(Locate, SteppingToAnotherLibraryStoresAnEditWhereItBelongs) {
+    const qint32 here = first.addFormula(0, QStringLiteral("式"), QStringLiteral("1+a"));
+    const qint32 there = second.addFormula(0, QStringLiteral("他"), QStringLiteral("2"));
+    first.addProperty(1, Property, 0, here, NodeTypeFormula);
+    second.addProperty(1, Property, 0, there, NodeTypeFormula);
+    Desk desk(configuration.folder());
+    desk.control().SetDesignProp(Property);
+    desk.formulaBox().setFocus();
+    QTest::keyClicks(&desk.formulaBox(), QStringLiteral("*9"));
+    step(desk, next);
+    const auto expression = [](TestLibrary& library) {
+        auto rs = library.connection().query(QStringLiteral("select Formula from Formula"));
+        return rs.text(0);
+    };
+    EXPECT_EQ(expression(first), QStringLiteral("1+a*9"));
+    EXPECT_EQ(expression(second), QStringLiteral("2"));
+}
+
+TEST_F(Locate, ALocatedLibraryLooksAsBeforeAfterwards) {
+    first.addProperty(1, Property, 0, 0, NodeTypeFolder);
+    Desk desk(configuration.folder());
+    const auto picture = [&] {
+        const QModelIndex item = Desk::find(desk.tree(), QStringLiteral("库1"));
+        return item.data(Qt::DecorationRole).value<QIcon>().pixmap(32).toImage();
+    };
+    const QImage before = picture();
+    desk.control().SetDesignProp(Property);
+    EXPECT_NE(picture(), before);
+    desk.control().RunCalc();
+    EXPECT_EQ(picture(), before);
 }
 
 }  // namespace

@@ -211,6 +211,14 @@ void EditGrid::giveUpEdit() {
     }
 }
 
+void EditGrid::commitEdit() {
+    QWidget* editor = state() == EditingState ? indexWidget(edited_) : nullptr;
+    if (editor) {
+        commitData(editor);
+        closeEditor(editor, QAbstractItemDelegate::NoHint);
+    }
+}
+
 void EditGrid::commitData(QWidget* editor) {
     const QString before = edited_.data().toString();
     QTableWidget::commitData(editor);

@@ -44,6 +44,9 @@ class EditGrid : public QTableWidget {
     /// Takes the place of the column's style for this cell, until the cell's row is removed.
     void SetCellEditStyle(int Row, int Col, EditStyle Style);
 
+    /// Ends an edit as Enter would, raising CellEdited if the text has changed.
+    void commitEdit();
+
     /// The grid's drop-down items: offered beside free typing while a cell of a Plain column is
     /// edited, and as the only choices in a DropDown column.
     void AddListItem(const QString& Text);

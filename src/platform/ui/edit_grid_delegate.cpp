@@ -1,5 +1,7 @@
 #include "platform/ui/edit_grid_delegate.h"
 
+#include "platform/ui/tool_tip.h"
+
 #include <QApplication>
 #include <QComboBox>
 #include <QHelpEvent>
@@ -57,10 +59,7 @@ bool EditGrid::Delegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
     }
     const QString text = index.data().toString();
     const bool isCut = sizeHint(option, index).width() > textRect(option.rect, index).width();
-    // Wrapped in a tag, so that a text that looks like markup is shown as it is.
-    QToolTip::showText(
-        event->globalPos(),
-        isCut ? QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped()) : QString(), view);
+    QToolTip::showText(event->globalPos(), isCut ? plainToolTip(text) : QString(), view);
     return true;
 }
 

@@ -14,8 +14,14 @@ namespace {
 
 QIcon ownIcon(const QString& name) {
     static const bool ready = (initIconResources(), true);
-    return ready && !name.isEmpty() ? QIcon(QStringLiteral(":/varo/icons/%1.svg").arg(name))
-                                    : QIcon();
+    QIcon icon;
+    if (ready && !name.isEmpty()) {
+        const QString file = QStringLiteral(":/varo/icons/%1.svg").arg(name);
+        icon.addFile(file);
+        // Styles would tint the picture of a selected item until it cannot be told apart.
+        icon.addFile(file, {}, QIcon::Selected);
+    }
+    return icon;
 }
 
 QString fileOf(NodeImage image) {

@@ -25,7 +25,11 @@ QMessageBox::StandardButton ask(QWidget* owner, QMessageBox::Icon icon, const QS
         box.addButton(answer.button)->setText(answer.caption);
     }
     box.setDefaultButton(answers.begin()->button);
-    return static_cast<QMessageBox::StandardButton>(box.exec());
+    // The user is asked to click, whatever work waits behind the question.
+    QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
+    const int chosen = box.exec();
+    QGuiApplication::restoreOverrideCursor();
+    return static_cast<QMessageBox::StandardButton>(chosen);
 }
 
 }  // namespace

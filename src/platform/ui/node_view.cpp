@@ -92,18 +92,26 @@ void NodeView::mouseDoubleClickEvent(QMouseEvent* event) {
     QTreeView::mouseDoubleClickEvent(event);
 }
 
+QItemSelectionModel::SelectionFlags NodeView::selectionCommand(const QModelIndex&,
+                                                               const QEvent*) const {
+    return QItemSelectionModel::NoUpdate;
+}
+
 void NodeView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Delete && state() != QAbstractItemView::EditingState) {
         emit deletePressed();
         return;
     }
+    const bool chooses = event->key() == Qt::Key_Space || event->key() == Qt::Key_Return ||
+                         event->key() == Qt::Key_Enter;
     const QPersistentModelIndex before = currentIndex();
     {
         const QScopedValueRollback acting(userActs_, true);
         QTreeView::keyPressEvent(event);
     }
     const QModelIndex after = currentIndex();
-    if (after.isValid() && after != before) {
+    const bool moved = after != before;
+    if (after.isValid() && (moved || (chooses && !selectionModel()->isSelected(after)))) {
         emit nodeClicked(after);
     }
 }
