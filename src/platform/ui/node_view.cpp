@@ -2,6 +2,7 @@
 
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QScopedValueRollback>
 #include <QStyledItemDelegate>
 
@@ -90,6 +91,35 @@ void NodeView::mouseReleaseEvent(QMouseEvent* event) {
 void NodeView::mouseDoubleClickEvent(QMouseEvent* event) {
     const QScopedValueRollback acting(userActs_, true);
     QTreeView::mouseDoubleClickEvent(event);
+}
+
+void NodeView::drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const {
+    if (rootIsDecorated()) {
+        const auto hasNext = [](const QModelIndex& node) {
+            return node.sibling(node.row() + 1, 0).isValid();
+        };
+        const int middle = rect.center().y();
+        // Room for the sign that opens and closes the node.
+        const int gap = model()->hasChildren(index) ? 5 : 0;
+        int x = rect.right() - indentation() / 2;
+        painter->save();
+        painter->setPen(QPen(palette().color(QPalette::Mid), 1, Qt::DotLine));
+        if (index.parent().isValid() || index.row() > 0) {
+            painter->drawLine(x, rect.top(), x, middle - gap);
+        }
+        if (hasNext(index)) {
+            painter->drawLine(x, middle + gap, x, rect.bottom());
+        }
+        painter->drawLine(x + gap, middle, rect.right(), middle);
+        for (QModelIndex above = index.parent(); above.isValid(); above = above.parent()) {
+            x -= indentation();
+            if (hasNext(above)) {
+                painter->drawLine(x, rect.top(), x, rect.bottom());
+            }
+        }
+        painter->restore();
+    }
+    QTreeView::drawBranches(painter, rect, index);
 }
 
 QItemSelectionModel::SelectionFlags NodeView::selectionCommand(const QModelIndex&,
