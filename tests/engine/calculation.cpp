@@ -1,7 +1,9 @@
 #include "engine/calculation.h"
 
 #include "engine/numbers.h"
+#include "engine/unicode.h"
 
+#include <gtest/gtest.h>
 #include <limits>
 
 using namespace varo::engine;
@@ -33,7 +35,7 @@ std::string answer(std::string_view formula, std::initializer_list<Given> given)
     if (const double* const value = std::get_if<double>(&result)) {
         return shortest(*value);
     }
-    return '"' + std::get<std::string>(result) + '"';
+    return '\'' + std::get<std::string>(result) + '\'';
 }
 
 double number(std::string_view formula, std::initializer_list<Given> given) {
@@ -51,9 +53,48 @@ std::string variables(std::string_view text) {
         const Variable variable = formula.variable(i);
         list += list.empty() ? "" : " ";
         list += variable.name;
-        list += variable.type == Type::Text ? ":text" : ":number";
+        list += variable.type == Type::Text ? ":text" : "";
     }
     return list;
+}
+
+std::pair<std::string_view, std::string_view> sidesOf(std::string_view row) {
+    constexpr std::string_view arrow = " → ";
+    const std::size_t place = row.find(arrow);
+    if (place == std::string_view::npos || row.find(arrow, place + 1) != std::string_view::npos) {
+        ADD_FAILURE() << "not one arrow: " << row;
+        return {};
+    }
+    return {row.substr(0, place), row.substr(place + arrow.size())};
+}
+
+void expectAnswers(Rows rows, std::initializer_list<Given> given) {
+    for (const std::string_view row : rows) {
+        const auto [formula, expected] = sidesOf(row);
+        EXPECT_EQ(answer(formula, given), expected) << formula;
+    }
+}
+
+void expectVariables(Rows rows) {
+    for (const std::string_view row : rows) {
+        const auto [formula, expected] = sidesOf(row);
+        EXPECT_EQ(variables(formula), expected) << formula;
+    }
+}
+
+void expectErrors(Rows rows) {
+    constexpr std::string_view mark = "▸";
+    for (const std::string_view row : rows) {
+        const auto [marked, message] = sidesOf(row);
+        const std::size_t place = marked.find(mark);
+        ASSERT_NE(place, std::string_view::npos) << row;
+        const std::string text = std::string(marked).erase(place, mark.size());
+        const Formula formula = Formula::parse(text);
+        EXPECT_FALSE(formula.isValid()) << row;
+        EXPECT_EQ(formula.error().text(), message) << row;
+        EXPECT_EQ(formula.error().position, characterCount(marked.substr(0, place)) + 1) << row;
+        EXPECT_EQ(answer(text), message) << row;
+    }
 }
 
 std::string repeated(std::string_view text, std::size_t times) {
