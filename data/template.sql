@@ -40,8 +40,8 @@ CREATE TABLE Property (
   NodeType INTEGER             -- 1 folder, 2 formula
 );
 CREATE INDEX PropertyType ON Property (NodeType, PropID);
-CREATE INDEX PropertyNode ON Property (NodeID, NodeType);
-CREATE INDEX PropertyName ON Property (PropName);
+CREATE INDEX PropertyNode ON Property (NodeID, NodeType, PropID);
+CREATE INDEX PropertyName ON Property (PropName, NodeType);
 
 CREATE TABLE FilterCond (
   ID       INTEGER,

@@ -2,6 +2,7 @@
 #include "library/library_text.h"
 #include "library/picture_bytes.h"
 #include "platform/data/connection.h"
+#include "platform/data/create_database.h"
 #include "store/db_funcs.h"
 #include "store/template.h"
 
@@ -9,9 +10,7 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
-#include <filesystem>
 #include <limits>
-#include <system_error>
 
 namespace varo {
 
@@ -136,6 +135,9 @@ void fillLibrary(const QString& path, const LibraryRows& rows, const QString& te
 
 void buildLibrary(const QString& textPath, const QString& libraryPath) {
     const QFileInfo library(libraryPath);
+    if (library.isDir()) {
+        throw TextError(libraryPath, QStringLiteral("the library would replace a folder"));
+    }
     if (library.exists() &&
         library.canonicalFilePath() == QFileInfo(textPath).canonicalFilePath()) {
         throw TextError(libraryPath, QStringLiteral("the library would replace its own text"));
@@ -151,12 +153,7 @@ void buildLibrary(const QString& textPath, const QString& libraryPath) {
     createEmptyLibrary(unfinished);
     fillLibrary(unfinished, rows, textPath);
 
-    std::error_code failure;
-    std::filesystem::rename(QFileInfo(unfinished).filesystemFilePath(),
-                            library.filesystemAbsoluteFilePath(), failure);
-    if (failure) {
-        throw TextError(libraryPath, QString::fromLocal8Bit(failure.message()));
-    }
+    data::replaceDatabase(unfinished, libraryPath);
 }
 
 }  // namespace varo

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <span>
 
 namespace varo {
 
@@ -50,6 +52,12 @@ constexpr std::array faultQueries = {
        from Formula where PicType = 2 and coalesce(length(Pic), 0) = 0 order by ID)",
     R"(select printf('formula %d "%s": it has a picture with picture type 0', ID, Name)
        from Formula where coalesce(PicType, 0) = 0 and length(Pic) > 0 order by ID)",
+    R"(select printf('variable "%s" of formula %d has %d values', VarName, FormulaID, count(*))
+       from RecentVar group by VarName collate nocase, FormulaID having count(*) > 1)",
+    R"(select printf('%d properties of %s %d have the identifier %d', count(*),
+       iif(NodeType = 1, 'folder', 'formula'), NodeID, PropID)
+       from Property where NodeType in (1, 2) group by NodeType, NodeID, PropID
+       having count(*) > 1)",
     R"(select printf('property %d "%s": its folder %d does not exist', PropID, PropName, NodeID)
        from Property where NodeType = 1 and NodeID <> 0 and NodeID not in (select ID from Tree)
        order by rowid)",
@@ -164,11 +172,8 @@ class Check {
 
     void checkIntegrity() {
         attempt([&] {
-            for (auto rs = connection_.query(QStringLiteral("pragma integrity_check")); !rs.atEnd();
-                 rs.moveNext()) {
-                if (rs.text(0) != u"ok") {
-                    add(QStringLiteral("the file is damaged: ") + rs.text(0));
-                }
+            for (const QString& damage : connection_.damages()) {
+                add(QStringLiteral("the file is damaged: ") + damage);
             }
         });
     }
@@ -239,15 +244,27 @@ class Check {
     }
 
     void checkPictures() {
-        for (auto rs = connection_.query(QStringLiteral(
-                 "select printf('formula %d \"%s\"', ID, Name), "
-                 "hex(substr(cast(Pic as blob), 1, 22)) from Formula where length(Pic) > 0 "
-                 "order by ID"));
+        for (auto rs = connection_.query(
+                 QStringLiteral("select printf('formula %d \"%s\"', ID, Name), ID from Formula "
+                                "where length(Pic) > 0 order by ID"));
              !rs.atEnd(); rs.moveNext()) {
-            if (!isPicture(QByteArray::fromHex(rs.text(1).toLatin1()))) {
-                add(rs.text(0) + QStringLiteral(": its picture is no bmp, jpg, png or wmf"));
+            try {
+                if (!isPicture(pictureHead(rs.integer(1)))) {
+                    add(rs.text(0) + QStringLiteral(": its picture is no bmp, jpg, png or wmf"));
+                }
+            } catch (const data::Error& error) {
+                add(rs.text(0) + QStringLiteral(": its picture cannot be read: ") +
+                    error.description());
             }
         }
+    }
+
+    QByteArray pictureHead(qint32 formula) {
+        data::BlobField field =
+            connection_.field(QStringLiteral("Formula"), QStringLiteral("Pic"), formula);
+        QByteArray head(std::min(field.size(), qint64{PictureHead}), Qt::Uninitialized);
+        field.getChunk(std::span(head.data(), static_cast<size_t>(head.size())));
+        return head;
     }
 
     void checkLength(const TextLimit& limit) {
@@ -282,8 +299,10 @@ class Check {
 
 CheckReport checkLibrary(const QString& libraryPath) {
     data::Connection connection;
+    std::optional<data::ReadSnapshot> snapshot;
     try {
         connection.open(libraryPath);
+        snapshot.emplace(connection);
     } catch (const data::Error& error) {
         return {.faults = {onOneLine(QStringLiteral("the file cannot be opened: ") +
                                      error.description())}};

@@ -48,10 +48,6 @@ class Dump {
     Dump(data::Connection& connection, QIODevice& out) : connection_(connection), out_(out) {}
 
     void write() {
-        // An unread record set keeps other programs from changing the file before the last row is
-        // written.
-        const data::Recordset guard =
-            connection_.query(QStringLiteral("select PrptyName from TableInfo"));
         line(QStringLiteral(
             "# A formula library; \"varo-library build\" makes a library file of it."));
         writeInfo();
@@ -68,9 +64,10 @@ class Dump {
         folders_ = placedRows(QStringLiteral("select ID,PID,OrderID from Tree"));
         formulas_ = placedRows(QStringLiteral("select ID,PID,OrderID from Formula"));
         for (auto rs = connection_.query(
-                 QStringLiteral("select rowid,FormulaID from RecentVar order by rowid"));
+                 QStringLiteral("select FormulaID,VarName,[Value],VarSourceType,VarMemo "
+                                "from RecentVar order by rowid"));
              !rs.atEnd(); rs.moveNext()) {
-            values_[rs.integer(1)].append(rs.integer(0));
+            values_[rs.integer(0)].append({rs.text(1), rs.text(2), rs.integer(3), rs.text(4)});
         }
     }
 
@@ -130,8 +127,8 @@ class Dump {
         }
         while (!values_.empty()) {
             const qint32 formula = values_.begin()->first;
-            for (const qint32 row : takeRows(values_, formula)) {
-                writeValue(storedValue(row), formula);
+            for (const StoredValue& value : takeRows(values_, formula)) {
+                writeValue(value, formula);
             }
         }
     }
@@ -197,11 +194,10 @@ class Dump {
     /// Writes the formula's typed values and returns the others. Of a name that the formula has
     /// twice the first row counts, so these keep their order among the others.
     QList<StoredValue> writeInlineValues(qint32 formula) {
-        QList<StoredValue> values;
+        const QList<StoredValue> values = takeRows(values_, formula);
         QHash<QString, int> uses;
-        for (const qint32 row : takeRows(values_, formula)) {
-            values.append(storedValue(row));
-            ++uses[values.last().name.toCaseFolded()];
+        for (const StoredValue& value : values) {
+            ++uses[value.name.toCaseFolded()];
         }
         QStringList pairs;
         QList<StoredValue> others;
@@ -217,14 +213,6 @@ class Dump {
                  QStringLiteral(" }"));
         }
         return others;
-    }
-
-    StoredValue storedValue(qint32 row) {
-        const auto rs = connection_.query(
-            QStringLiteral(
-                "select VarName,[Value],VarSourceType,VarMemo from RecentVar where rowid = ?"),
-            {row});
-        return {rs.text(0), rs.text(1), rs.integer(2), rs.text(3)};
     }
 
     void writeValue(const StoredValue& value, qint32 formula) {
@@ -320,7 +308,7 @@ class Dump {
     QIODevice& out_;
     RowsByOwner<Placed> folders_;
     RowsByOwner<Placed> formulas_;
-    RowsByOwner<qint32> values_;  ///< row numbers
+    RowsByOwner<StoredValue> values_;
     SiblingOrder folderOrder_;
     SiblingOrder formulaOrder_;
 };
@@ -330,6 +318,7 @@ class Dump {
 void dumpLibrary(const QString& libraryPath, QIODevice& out) {
     data::Connection connection;
     connection.open(libraryPath);
+    const data::ReadSnapshot snapshot(connection);
     Dump(connection, out).write();
 }
 

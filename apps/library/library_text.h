@@ -10,14 +10,15 @@
 namespace varo {
 
 /// Builds the library that the text at `textPath` describes into the file `libraryPath`, replacing
-/// a file that is there. The new file appears complete or not at all; on failure the old one stays
-/// as it was. Needs a QGuiApplication when the text names drawings. Throws TextError or
-/// data::Error.
+/// a file that is there. The new file appears complete or not at all; on failure the old one keeps
+/// its content. A library that another program has locked is not replaced. Needs a QGuiApplication
+/// when the text names drawings. Throws TextError or data::Error.
 void buildLibrary(const QString& textPath, const QString& libraryPath);
 
 /// Writes the library's text to `out`, from which buildLibrary() makes a library with the same
-/// rows. Holds the folders' and rows' numbers and one formula at a time in memory. Throws TextError
-/// when `out` does not take the text, data::Error when the library cannot be read.
+/// rows. Holds the stored values, the other rows' numbers and one formula at a time in memory. The
+/// text is one state of the library, whatever other programs do. Throws TextError when `out` does
+/// not take the text, data::Error when the library cannot be read.
 void dumpLibrary(const QString& libraryPath, QIODevice& out);
 
 /// What checkLibrary() found.
@@ -29,9 +30,9 @@ struct CheckReport {
 };
 
 /// Looks for everything in the file that the system would not have written: damage, missing tables,
-/// references to nothing, folders inside themselves, order numbers used twice, pictures that are
-/// none, texts over their limits. Changes nothing. A file that cannot be read is a fault like the
-/// others.
+/// references to nothing, folders inside themselves, order numbers and names used twice, pictures
+/// that are none, texts over their limits. Looks at one state of the file and changes nothing. A
+/// file that cannot be read is a fault like the others.
 CheckReport checkLibrary(const QString& libraryPath);
 
 }  // namespace varo

@@ -8,7 +8,10 @@
 
 namespace varo {
 
-/// True when a file that begins with `head` (22 bytes or more, if it has them) says by its
+/// How many of a picture's first bytes tell its format.
+inline constexpr qsizetype PictureHead = 22;
+
+/// True when a file that begins with `head` (PictureHead bytes or more, if it has them) says by its
 /// signature that it is a picture of one of the formats that a library may hold: bmp, jpg, png,
 /// wmf.
 bool isPicture(QByteArrayView head);

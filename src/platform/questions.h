@@ -1,15 +1,14 @@
 #pragma once
 
 #include <QString>
-#include <QStringList>
 
 namespace varo {
 
 /// What a modal question offers.
 enum class Choice { YesNo, OkCancel };
 
-/// Every modal question and message goes through this interface, so that a test, or a host without a
-/// screen, can answer.
+/// Every modal question and message goes through this interface, so that a test, or a host without
+/// a screen, can answer.
 class Questions {
   public:
     virtual ~Questions() = default;

@@ -269,7 +269,8 @@ void colVarInfo::Add(const QString& VarName, qint32 FormulaID, const QString& Va
 void colVarInfo::Remove(int position) {
     clsVarInfo& variable = Item(position);
     const auto sameNamed = byName_.find(foldedName(variable.VarName));
-    sameNamed->removeOne(&variable);
+    // A collection is emptied from its end: there the record is the last of its name.
+    sameNamed->removeAt(sameNamed->lastIndexOf(&variable));
     if (sameNamed->isEmpty()) {
         byName_.erase(sameNamed);
     }

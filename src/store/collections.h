@@ -90,8 +90,8 @@ class colProperty : public KeyedCollection<clsProperty> {
 };
 
 /// Variables with their stored values. Keys: "TheVar" and a counter that runs from 0 for the
-/// collection's life. Variable names compare without regard to letter case; searches by name take
-/// constant time and give the first match in insertion order.
+/// collection's life. Variable names compare without regard to letter case; searches by name give
+/// the first match in insertion order and look only at the records of that name.
 class colVarInfo : public KeyedCollection<clsVarInfo> {
   public:
     void Add(const QString& VarName, qint32 FormulaID, const QString& VarValue,

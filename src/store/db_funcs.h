@@ -53,7 +53,8 @@ class clsDBFuncs {
     bool FindFormulaByMemo(const QString& text, data::Recordset& rs, data::Connection& conn,
                            int mode);
 
-    // Folders and formulas: changing.
+    // Folders and formulas: changing. A row is stored whole: changing another field of a formula
+    // reads and writes its picture too, in memory.
     bool RenameFolder(qint32 ID, const QString& name, data::Connection& conn);
     bool RenameFormula(qint32 ID, const QString& name, data::Connection& conn);
     bool DelFolder(qint32 ID, data::Connection& conn);
@@ -81,8 +82,10 @@ class clsDBFuncs {
                             const QString& varMemo, data::Connection& conn);
     /// The rows of one variable name in all formulas.
     bool GetVarInfoByVarName(const QString& varName, data::Recordset& rs, data::Connection& conn);
-    /// The rows of one variable name that formula `formulaID` can see: its own and the unowned ones
-    /// (FormulaID 0). Takes the same time however many formulas use the name.
+    /// The rows of one variable name, as given or all in small or capital letters, that formula
+    /// `formulaID` can see: its own and the unowned ones (FormulaID 0). The other operations ignore
+    /// the case of ASCII letters only: they are to be given the name as its row has it. Takes the
+    /// same time however many formulas use the name.
     bool GetVarInfoOfFormula(const QString& varName, qint32 formulaID, data::Recordset& rs,
                              data::Connection& conn);
     /// Hands the variable's row over to another formula, with a new value unless `value` is "".
@@ -118,9 +121,11 @@ class clsDBFuncs {
     bool InserFieldFromFile(const QString& fileName, qint32 formulaID, data::Connection& conn);
     bool DelPicture(qint32 formulaID, data::Connection& conn);
     /// Writes the formula's stored picture to `fileName`, replacing a file that is there; false
-    /// when the formula is missing or writing fails (the description has then been shown, and no
-    /// partial file is left behind).
-    bool ExtractPicture(qint32 formulaID, const QString& fileName, data::Connection& conn);
+    /// when the formula is missing or moving the bytes fails (the description has then been shown,
+    /// and no partial file is left behind). `fileRefused`, unless null, is set to true when it was
+    /// the file that could not be made or written, and not the picture that could not be read.
+    bool ExtractPicture(qint32 formulaID, const QString& fileName, data::Connection& conn,
+                        bool* fileRefused = nullptr);
 
   private:
     Questions* questions_;

@@ -67,7 +67,8 @@ bool opens(data::Connection& conn, const QString& statement) {
     return list(rs, conn, statement);
 }
 
-// Runs an insert and takes the identifier that the row was given.
+// Runs an insert and takes the identifier that the row was given. The transaction takes the row
+// back when that is beyond 32 bits: nothing could refer to it.
 bool insert(data::Connection& conn, const QString& statement, const data::Arguments& arguments,
             qint32& newID) {
     return attempt([&] {

@@ -2,6 +2,8 @@
 #include "store/db_funcs.h"
 #include "store/picture_transfer.h"
 
+#include <QFileInfo>
+
 namespace varo {
 
 namespace {
@@ -12,19 +14,19 @@ data::BlobField pictureOf(qint32 formulaID, data::Connection& conn) {
 
 enum class Stored { Done, NoBytes, Failed };
 
-// Stores the file's bytes as the formula's picture and runs `finish` on the row, all or nothing.
-// When the bytes cannot be moved, the message waits until the row is as it was and no lock is held.
-template <class Finish>
+// Runs `prepare` on the row and stores the file's bytes as its picture, all or nothing. When the
+// bytes cannot be moved, the message waits until the row is as it was and no lock is held.
+template <class Prepare>
 Stored storePicture(const QString& fileName, qint32 formulaID, data::Connection& conn,
-                    Questions& questions, Finish finish) {
+                    Questions& questions, Prepare prepare) {
     bool moved = true;
     QString failure;
     const bool ran = attempt([&] {
         data::Transaction transaction(conn);
+        prepare();
         data::BlobField field = pictureOf(formulaID, conn);
         moved = ReadFileToField(field, fileName, failure);
         if (moved) {
-            finish();
             transaction.commit();
         }
     });
@@ -38,8 +40,13 @@ Stored storePicture(const QString& fileName, qint32 formulaID, data::Connection&
 }  // namespace
 
 bool clsDBFuncs::AddNewPicture(qint32 formulaID, const QString& fileName, data::Connection& conn) {
+    // The type is set while no picture is in the row, which is stored whole. An empty file leaves
+    // the picture as it is.
     const auto markStored = [&] {
-        conn.execute(QStringLiteral("Update Formula Set PicType = 2 Where ID = ?"), {formulaID});
+        const QString emptied =
+            QFileInfo(fileName).size() > 0 ? QStringLiteral(", Pic = ''") : QString();
+        conn.execute(QStringLiteral("Update Formula Set PicType = 2%1 Where ID = ?").arg(emptied),
+                     {formulaID});
     };
     return storePicture(fileName, formulaID, conn, *questions_, markStored) == Stored::Done;
 }
@@ -54,12 +61,13 @@ bool clsDBFuncs::DelPicture(qint32 formulaID, data::Connection& conn) {
                   {formulaID});
 }
 
-bool clsDBFuncs::ExtractPicture(qint32 formulaID, const QString& fileName, data::Connection& conn) {
+bool clsDBFuncs::ExtractPicture(qint32 formulaID, const QString& fileName, data::Connection& conn,
+                                bool* fileRefused) {
     bool moved = true;
     QString failure;
     const bool ran = attempt([&] {
         data::BlobField field = pictureOf(formulaID, conn);
-        moved = WriteFieldToFile(field, fileName, failure);
+        moved = WriteFieldToFile(field, fileName, failure, fileRefused);
     });
     if (!moved) {
         questions_->inform(failure);

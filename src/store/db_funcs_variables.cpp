@@ -14,9 +14,11 @@ bool clsDBFuncs::GetVarInfoByVarName(const QString& varName, data::Recordset& rs
 
 bool clsDBFuncs::GetVarInfoOfFormula(const QString& varName, qint32 formulaID, data::Recordset& rs,
                                      data::Connection& conn) {
+    // The file ignores the case of ASCII letters only, a formula that of all letters.
     return list(rs, conn,
-                QStringLiteral("Select * From RecentVar Where VarName = ? And FormulaID In (?,0)"),
-                {varName, formulaID});
+                QStringLiteral("Select * From RecentVar "
+                               "Where VarName In (?,?,?) And FormulaID In (?,0)"),
+                {varName, varName.toLower(), varName.toUpper(), formulaID});
 }
 
 bool clsDBFuncs::AddNewVar(const QString& varName, qint32 formulaID, const QString& value,

@@ -11,8 +11,15 @@ namespace {
 
 using Chunk = std::array<char, PictureChunk>;
 
+/// A failure of the file, not of the database.
+class FileError : public data::Error {
+  public:
+    FileError(const QFile& file, const QString& what)
+        : data::Error(QStringLiteral("%1: %2").arg(file.fileName(), what)) {}
+};
+
 [[noreturn]] void throwFailure(const QFile& file) {
-    throw data::Error(QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
+    throw FileError(file, file.errorString());
 }
 
 void openFile(QFile& file, QIODevice::OpenMode mode) {
@@ -52,6 +59,17 @@ void copyToFile(data::BlobField& field, QFile& file) {
     });
 }
 
+void writeFile(data::BlobField& field, const QString& fileName) {
+    QFile file(fileName);
+    openFile(file, QIODevice::WriteOnly | QIODevice::Truncate);
+    try {
+        copyToFile(field, file);
+    } catch (const data::Error&) {
+        file.remove();
+        throw;
+    }
+}
+
 void copyToField(data::BlobField& field, QFile& file) {
     const qint64 total = file.size();
     requirePictureSize(total);
@@ -61,8 +79,12 @@ void copyToField(data::BlobField& field, QFile& file) {
     field.replace(total);
     moveInChunks(total, [&](std::span<char> chunk) {
         const auto length = static_cast<qint64>(chunk.size());
-        if (file.read(chunk.data(), length) != length) {
+        const qint64 count = file.read(chunk.data(), length);
+        if (count < 0) {
             throwFailure(file);
+        }
+        if (count < length) {
+            throw FileError(file, QStringLiteral("the file ended early"));
         }
         field.appendChunk(chunk);
     });
@@ -89,14 +111,15 @@ bool ReadFileToField(data::BlobField& field, const QString& fileName, QString& f
     });
 }
 
-bool WriteFieldToFile(data::BlobField& field, const QString& fileName, QString& failure) {
+bool WriteFieldToFile(data::BlobField& field, const QString& fileName, QString& failure,
+                      bool* fileRefused) {
     return describingFailure(failure, [&] {
-        QFile file(fileName);
-        openFile(file, QIODevice::WriteOnly | QIODevice::Truncate);
         try {
-            copyToFile(field, file);
-        } catch (const data::Error&) {
-            file.remove();
+            writeFile(field, fileName);
+        } catch (const FileError&) {
+            if (fileRefused != nullptr) {
+                *fileRefused = true;
+            }
             throw;
         }
     });

@@ -6,30 +6,29 @@
 
 #include <QBuffer>
 #include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 namespace varo {
 
+using namespace Qt::StringLiterals;
+
 /// Tests that write texts and libraries into a folder of their own.
 class LibraryFiles : public testing::Test {
   protected:
     QString path(const QString& name) const { return folder_.filePath(name); }
+    QByteArray read(const QString& name) const { return test::fileContent(path(name)); }
+    QString files() const { return QDir(folder_.path()).entryList(all_, QDir::Name).join(u' '); }
 
     QString write(const QString& name, const QByteArray& content) const {
         QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        EXPECT_EQ(file.write(content), content.size());
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
         return path(name);
     }
 
-    QByteArray read(const QString& name) const { return test::fileContent(path(name)); }
-
     /// The library `name` built from `text`.
     QString build(const QString& name, const QByteArray& text) const {
-        buildLibrary(write(name + QStringLiteral(".toml"), text), path(name));
+        buildLibrary(write(u"text.toml"_s, text), path(name));
         return path(name);
     }
 
@@ -46,19 +45,15 @@ class LibraryFiles : public testing::Test {
         return connection;
     }
 
-    /// One string for each row of the query: its fields, joined by "|".
-    static QStringList rowsOf(const QString& library, const QString& query) {
+    /// The rows of a query, joined by blanks, their fields by "|".
+    static QString rows(const QString& library, const QString& query) {
         data::Connection connection = open(library);
         data::Recordset rs = connection.query(query);
-        return test::remainingRows(rs);
-    }
-
-    QStringList filesInFolder() const {
-        return QDir(folder_.path())
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        return test::remainingRows(rs).join(u' ');
     }
 
   private:
+    static constexpr auto all_ = QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot;
     QTemporaryDir folder_;
 };
 

@@ -1,9 +1,13 @@
 // Works on a library in a process of its own, and writes one line for each thing that it has done:
-//   lock PATH         keeps everybody else out of the library until it is killed
-//   edit PATH         adds formulas with values until it is killed; a line is the name of one that
-//   is in fill PATH BYTES   adds formulas until the file may not grow beyond BYTES; lines as with
-//   edit, then
-//                     "refused"
+//
+// lock PATH: keeps everybody else out of the library until it is killed.
+//
+// edit PATH: adds formulas with values until it is killed; a line is the name of one that is in.
+//
+// fill PATH BYTES: adds formulas until the file may not grow beyond BYTES; lines as with edit, then
+// "refused".
+//
+// spill PATH: writes half of a transaction into the library and waits to be killed.
 
 #include "store/db_funcs.h"
 
@@ -40,6 +44,24 @@ int lock(const char* path) {
         return 1;
     }
     say("locked");
+    for (;;) {
+        pause();
+    }
+}
+
+// The small cache makes SQLite write into the file before the commit, after the journal that undoes
+// it.
+int spill(const char* path) {
+    sqlite3* database = nullptr;
+    if (sqlite3_open_v2(path, &database, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK ||
+        sqlite3_exec(database,
+                     "PRAGMA cache_size = 1; BEGIN IMMEDIATE; CREATE TABLE Spilled (Bytes);"
+                     "INSERT INTO Spilled VALUES (randomblob(1000000));"
+                     "INSERT INTO Spilled VALUES (randomblob(1000000))",
+                     nullptr, nullptr, nullptr) != SQLITE_OK) {
+        return 1;
+    }
+    say("spilled");
     for (;;) {
         pause();
     }
@@ -96,6 +118,9 @@ int main(int argc, char** argv) {
     try {
         if (command == "lock") {
             return lock(argv[2]);
+        }
+        if (command == "spill") {
+            return spill(argv[2]);
         }
         if (command == "edit") {
             return edit(argv[2], {});

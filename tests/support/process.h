@@ -1,10 +1,6 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
-
-#include <string>
-#include <sys/types.h>
+#include <QProcess>
 
 namespace varo::test {
 
@@ -13,23 +9,19 @@ namespace varo::test {
 class LibraryProcess {
   public:
     explicit LibraryProcess(const QStringList& arguments);
-    LibraryProcess(const LibraryProcess&) = delete;
-    LibraryProcess& operator=(const LibraryProcess&) = delete;
     ~LibraryProcess();
 
     /// Waits for the next line that the process writes; "" when it has ended.
     QString readLine();
 
     /// Ends it at once, wherever it is. What it has written before can still be read.
-    void kill();
+    void kill() { process_.kill(); }
 
     /// Waits for its end and returns its exit status, -1 when it was killed.
     int wait();
 
   private:
-    pid_t process_ = -1;
-    int output_ = -1;
-    std::string buffer_;
+    QProcess process_;
 };
 
 }  // namespace varo::test

@@ -24,18 +24,23 @@ class BlobField {
     void getChunk(std::span<char> chunk);
 
     /// Empties the field and makes room for exactly `total` bytes, which appendChunk() then brings.
-    /// Call it inside a Transaction: until the last byte has arrived the field is incomplete, and
-    /// committing fails.
+    /// Throws Error when `total` is negative or more than a field can hold. Call it inside a
+    /// Transaction: until the last byte has arrived the field is incomplete and the outermost
+    /// transaction does not commit, even when this has been destroyed.
     void replace(qint64 total);
 
-    /// Writes the next bytes. Throws Error when they exceed the total given to replace().
+    /// Writes the next bytes. Throws Error when they exceed the total given to replace(), or the
+    /// replacement has been undone with its transaction.
     void appendChunk(std::span<const char> chunk);
 
   private:
     friend class Connection;
-    explicit BlobField(std::shared_ptr<class LongBinary> value);
+    BlobField(std::shared_ptr<class LongBinary> value,
+              std::shared_ptr<struct Replacements> replacements);
 
     std::shared_ptr<class LongBinary> value_;
+    std::shared_ptr<struct Replacements> replacements_;
+    quint64 replacement_ = 0;
     qint64 total_ = 0;
     qint64 written_ = 0;
     qint64 read_ = 0;

@@ -1,6 +1,7 @@
 #include "platform/data/connection.h"
 
 #include "platform/data/driver.h"
+#include "platform/data/replacements.h"
 #include "platform/data/row_source.h"
 #include "platform/data/statement.h"
 
@@ -43,6 +44,7 @@ struct ConnectionState {
 
     QString path;
     std::unique_ptr<DatabaseFile> file;
+    std::shared_ptr<Replacements> replacements = std::make_shared<Replacements>();
     int depth = 0;
 };
 
@@ -77,7 +79,7 @@ Connection& Connection::operator=(Connection&& other) noexcept {
 
 void Connection::open(const QString& path) {
     close();
-    state_ = std::make_shared<ConnectionState>(path, driverFor(path).open(path));
+    state_ = std::make_shared<ConnectionState>(path, openDatabaseFile(path));
 }
 
 void Connection::close() noexcept {
@@ -116,7 +118,12 @@ qint32 Connection::lastInsertedId() const {
 
 BlobField Connection::field(const QString& table, const QString& column, qint32 id) {
     opened(state_).writableHandle();
-    return BlobField(state_->file->field(table, column, id));
+    return BlobField(state_->file->field(table, column, id), state_->replacements);
+}
+
+QStringList Connection::damages() {
+    opened(state_).handle();
+    return state_->file->damages();
 }
 
 Transaction::Transaction(Connection& connection) : state_(connection.state_) {
@@ -125,6 +132,10 @@ Transaction::Transaction(Connection& connection) : state_(connection.state_) {
     // The write lock is taken at once: a wait for it in the middle could end in a deadlock.
     run(database, depth == 1 ? QStringLiteral("BEGIN IMMEDIATE")
                              : QStringLiteral("SAVEPOINT ") + savepoint(depth));
+    if (depth == 1) {
+        state_->replacements->incomplete.clear();
+    }
+    incompleteBefore_ = state_->replacements->incomplete;
     state_->depth = depth;
     depth_ = depth;
     open_ = true;
@@ -141,6 +152,9 @@ void Transaction::commit() {
         throw Error(QStringLiteral("the transaction is not the innermost one that is open"));
     }
     try {
+        if (depth_ == 1 && !state_->replacements->incomplete.empty()) {
+            throw Error(QStringLiteral("the bytes of a field have not all arrived"));
+        }
         run(state_->writableHandle(), depth_ == 1 ? QStringLiteral("COMMIT")
                                                   : QStringLiteral("RELEASE ") + savepoint(depth_));
     } catch (const Error&) {
@@ -154,7 +168,12 @@ void Transaction::commit() {
 void Transaction::undo() noexcept {
     open_ = false;
     state_->depth = depth_ - 1;
-    if (state_->file == nullptr || sqlite3_get_autocommit(state_->file->handle()) != 0) {
+    state_->replacements->incomplete = std::move(incompleteBefore_);
+    if (state_->file == nullptr) {
+        return;
+    }
+    state_->file->releaseUndone();
+    if (sqlite3_get_autocommit(state_->file->handle()) != 0) {
         return;
     }
     const QString statements =
@@ -162,6 +181,29 @@ void Transaction::undo() noexcept {
                     : QStringLiteral("ROLLBACK TO %1; RELEASE %1").arg(savepoint(depth_));
     sqlite3_exec(state_->file->handle(), statements.toUtf8().constData(), nullptr, nullptr,
                  nullptr);
+}
+
+ReadSnapshot::ReadSnapshot(Connection& connection) : state_(connection.state_) {
+    run(opened(state_).handle(), QStringLiteral("BEGIN"));
+    try {
+        // The state is that of the first read.
+        run(state_->handle(), QStringLiteral("Select count(*) From sqlite_schema"));
+        run(state_->handle(), QStringLiteral("PRAGMA query_only = ON"));
+    } catch (const Error&) {
+        end();
+        throw;
+    }
+}
+
+ReadSnapshot::~ReadSnapshot() {
+    end();
+}
+
+void ReadSnapshot::end() noexcept {
+    if (state_->file != nullptr) {
+        sqlite3_exec(state_->file->handle(), "PRAGMA query_only = OFF; COMMIT", nullptr, nullptr,
+                     nullptr);
+    }
 }
 
 }  // namespace varo::data

@@ -5,8 +5,10 @@
 #include "platform/data/recordset.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
+#include <set>
 #include <variant>
 #include <vector>
 
@@ -27,9 +29,12 @@ class Connection {
     Connection& operator=(Connection&&) noexcept;
 
     /// Closes what is open and opens the existing file at `path`, for reading and writing if the
-    /// file allows it, else for reading. Never creates or changes a file. Throws Error (the
-    /// connection is then closed) when the file is missing, is in no format that a driver reads, or
-    /// is damaged or locked so that its structure cannot be read.
+    /// file allows it, else for reading. A file that a killed program left half-written is first
+    /// taken back to its last commit, with the journal beside it; a file with a write-ahead log
+    /// has its two side files while it is open. Nothing else is created or changed. Throws Error
+    /// (the connection is then closed) when the file is missing, is in no format that a driver
+    /// reads, is damaged or locked so that its structure cannot be read, or would need recovering
+    /// or a write-ahead log where nothing can be written.
     void open(const QString& path);
 
     /// Closes the file; record sets and fields taken from this connection become closed.
@@ -55,8 +60,13 @@ class Connection {
     /// when there is no such row.
     BlobField field(const QString& table, const QString& column, qint32 id);
 
+    /// Goes through the whole file and returns what is wrong with it, a line each and not more than
+    /// a hundred; empty when it is sound.
+    QStringList damages();
+
   private:
     friend class Transaction;
+    friend class ReadSnapshot;
     std::shared_ptr<struct ConnectionState> state_;
 };
 
@@ -70,15 +80,34 @@ class Transaction {
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
 
-    /// Makes the writes final. Throws Error when that fails; they are then undone.
+    /// Makes the writes final. Throws Error when that fails; they are then undone. The outermost
+    /// transaction fails while the replacement of a field is incomplete.
     void commit();
 
   private:
     void undo() noexcept;
 
     std::shared_ptr<struct ConnectionState> state_;
+    std::set<quint64> incompleteBefore_;
     int depth_ = 0;
     bool open_ = false;
+};
+
+/// While it lives, everything read through the connection is one state of the file, whatever other
+/// programs do, and writing through it fails.
+class ReadSnapshot {
+  public:
+    /// Throws Error when the file is locked, or a transaction or snapshot of the connection is
+    /// open.
+    explicit ReadSnapshot(Connection& connection);
+    ~ReadSnapshot();
+    ReadSnapshot(const ReadSnapshot&) = delete;
+    ReadSnapshot& operator=(const ReadSnapshot&) = delete;
+
+  private:
+    void end() noexcept;
+
+    std::shared_ptr<struct ConnectionState> state_;
 };
 
 }  // namespace varo::data

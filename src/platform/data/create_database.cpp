@@ -1,6 +1,7 @@
 #include "platform/data/create_database.h"
 
 #include "platform/data/error.h"
+#include "platform/data/sqlite_driver.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -14,45 +15,30 @@ namespace varo::data {
 
 namespace {
 
-// Removes the file at its path unless it has been given its final name.
+// A file that is removed unless it has been renamed.
 class UnfinishedFile {
   public:
     explicit UnfinishedFile(const QString& finalPath)
         : path_(QStringLiteral("%1.%2.tmp")
                     .arg(finalPath)
-                    .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0'))),
-          finalPath_(finalPath) {}
+                    .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0'))) {}
     UnfinishedFile(const UnfinishedFile&) = delete;
     UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-    ~UnfinishedFile() {
-        if (!finished_) {
-            QFile::remove(path_);
-        }
-    }
+    ~UnfinishedFile() { QFile::remove(path_); }
 
     const QString& path() const { return path_; }
 
-    void finish() {
-        std::error_code failure;
-        std::filesystem::rename(path_.toStdU16String(), finalPath_.toStdU16String(), failure);
-        if (failure) {
-            throw Error(QStringLiteral("%1: %2").arg(
-                finalPath_, QString::fromLocal8Bit(failure.message().c_str())));
-        }
-        finished_ = true;
-    }
-
   private:
     QString path_;
-    QString finalPath_;
-    bool finished_ = false;
 };
+
+using Handle = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
 
 void writeDatabase(const QString& path, const QString& script) {
     sqlite3* opened = nullptr;
     const int result = sqlite3_open_v2(path.toUtf8().constData(), &opened,
                                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
-    const std::unique_ptr<sqlite3, int (*)(sqlite3*)> handle(opened, sqlite3_close_v2);
+    const Handle handle(opened, sqlite3_close_v2);
     const QByteArray statements = "BEGIN;\n" + script.toUtf8() + "\n;COMMIT;";
     if (result != SQLITE_OK ||
         sqlite3_exec(opened, statements.constData(), nullptr, nullptr, nullptr) != SQLITE_OK) {
@@ -67,15 +53,64 @@ void requireNothingAt(const QString& path) {
     }
 }
 
+// Recovers the database at `path` and keeps everybody else out of it as long as the handle lives.
+// Null when there is none, or it is damaged beyond reading: then no one can be at work on it.
+Handle lockedDatabase(const QString& path) {
+    sqlite3* opened = nullptr;
+    int result =
+        sqlite3_open_v2(path.toUtf8().constData(), &opened, SQLITE_OPEN_READWRITE, nullptr);
+    Handle handle(opened, sqlite3_close_v2);
+    if (result == SQLITE_OK) {
+        sqlite3_busy_timeout(opened, LockTimeout);
+        result = sqlite3_exec(opened, "PRAGMA journal_mode = DELETE; BEGIN EXCLUSIVE", nullptr,
+                              nullptr, nullptr);
+    }
+    if (result == SQLITE_NOTADB || result == SQLITE_CORRUPT) {
+        return {nullptr, sqlite3_close_v2};
+    }
+    if (result == SQLITE_OK && sqlite3_db_readonly(opened, "main") != 0) {
+        result = SQLITE_READONLY;
+    }
+    if (result != SQLITE_OK) {
+        throw Error(QStringLiteral("%1: %2").arg(path, QString::fromUtf8(sqlite3_errstr(result))));
+    }
+    return handle;
+}
+
+// Removes what SQLite would take for the journal of the file at `path`.
+void removeJournals(const QString& path) {
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+        QFile journal(path + QLatin1StringView(suffix));
+        if (journal.exists() && !journal.remove()) {
+            throw Error(QStringLiteral("%1: %2").arg(journal.fileName(), journal.errorString()));
+        }
+    }
+}
+
 }  // namespace
 
 void createDatabase(const QString& path, const QString& script) {
     const QString absolutePath = QFileInfo(path).absoluteFilePath();
     requireNothingAt(absolutePath);
-    UnfinishedFile file(absolutePath);
+    const UnfinishedFile file(absolutePath);
     writeDatabase(file.path(), script);
     requireNothingAt(absolutePath);
-    file.finish();
+    replaceDatabase(file.path(), absolutePath);
+}
+
+void replaceDatabase(const QString& unfinished, const QString& path) {
+    const QFileInfo old(path);
+    Handle lock(nullptr, sqlite3_close_v2);
+    if (old.isFile() && old.size() > 0) {
+        lock = lockedDatabase(old.absoluteFilePath());
+    }
+    removeJournals(old.absoluteFilePath());
+    std::error_code failure;
+    std::filesystem::rename(QFileInfo(unfinished).filesystemAbsoluteFilePath(),
+                            old.filesystemAbsoluteFilePath(), failure);
+    if (failure) {
+        throw Error(QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(failure.message())));
+    }
 }
 
 }  // namespace varo::data

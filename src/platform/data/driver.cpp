@@ -3,10 +3,8 @@
 #include "platform/data/error.h"
 #include "platform/data/sqlite_driver.h"
 
-#include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
 #include <utility>
 
 namespace varo::data {
@@ -28,20 +26,20 @@ void DatabaseFile::releaseUsers() noexcept {
     }
 }
 
-const Driver& driverFor(const QString& path) {
+void DatabaseFile::releaseUndone() noexcept {
+    for (HandleUser* user : users_) {
+        user->releaseUndone();
+    }
+}
+
+std::unique_ptr<DatabaseFile> openDatabaseFile(const QString& path) {
     if (!QFileInfo(path).isFile()) {
         throw Error(QStringLiteral("%1: no such file").arg(path));
     }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        throw Error(QStringLiteral("%1: %2").arg(path, file.errorString()));
-    }
-    const QByteArray head = file.read(HeadBytes);
-
     static const SqliteDriver sqlite;
     for (const Driver* driver : {static_cast<const Driver*>(&sqlite)}) {
-        if (driver->reads(std::span(head.constData(), static_cast<std::size_t>(head.size())))) {
-            return *driver;
+        if (auto file = driver->open(path)) {
+            return file;
         }
     }
     throw Error(QStringLiteral("%1: not a database file").arg(path));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <span>
@@ -27,6 +28,9 @@ class HandleUser {
     /// Gives back everything that was taken from the handle.
     virtual void release() noexcept = 0;
 
+    /// Gives back what does not outlive a transaction that is being undone.
+    virtual void releaseUndone() noexcept {}
+
   private:
     friend class DatabaseFile;
     DatabaseFile* file_;
@@ -46,8 +50,13 @@ class LongBinary {
 };
 
 /// An open file, seen through SQLite: whatever the file's format, its tables are reached with SQL
-/// on handle(). Long-binary fields have a way of their own, since not every format offers them
-/// there.
+/// on handle(), if need be as virtual tables of a database in memory. Long-binary fields have a way
+/// of their own, since not every format offers them there.
+///
+/// Its users lean on more than SQL: in every table rowid is a number of the row, and its order is
+/// the order in which the rows were inserted; a column ID of folders and formulas is given by the
+/// database and never again, not even when its row has been deleted; text compares without regard
+/// to ASCII letter case.
 class DatabaseFile {
   public:
     DatabaseFile() = default;
@@ -62,8 +71,15 @@ class DatabaseFile {
     virtual std::shared_ptr<LongBinary> field(const QString& table, const QString& column,
                                               qint32 id) = 0;
 
+    /// What the driver's own check of the whole file finds wrong, a line each. Throws Error when
+    /// the check cannot be made.
+    virtual QStringList damages() = 0;
+
     /// Makes every user of the handle let go; to be called before destruction.
     void releaseUsers() noexcept;
+
+    /// Makes every user give back what does not outlive a transaction that is being undone.
+    void releaseUndone() noexcept;
 
   private:
     friend class HandleUser;
@@ -75,19 +91,18 @@ class Driver {
   public:
     virtual ~Driver() = default;
 
-    /// True when a file that begins with these bytes (HeadBytes, or the whole of a shorter file) is
-    /// in the driver's format.
-    virtual bool reads(std::span<const char> head) const noexcept = 0;
-
-    /// Opens an existing file and reads its structure. Throws Error.
+    /// Opens the existing file at `path` and reads its structure; null when its content, never its
+    /// name, says that the file is in another format or is empty. Throws Error when the file cannot
+    /// be opened.
     virtual std::unique_ptr<DatabaseFile> open(const QString& path) const = 0;
 };
 
-/// How many bytes of a file a driver is shown.
-inline constexpr qint64 HeadBytes = 64;
-
-/// The driver for the file at `path`, told by its content. Throws Error when the file is missing or
-/// no driver reads it.
-const Driver& driverFor(const QString& path);
+/// Opens the file at `path` with the driver that knows its content. Throws Error when the file is
+/// missing, no driver knows it, or that driver cannot open it.
+///
+/// SQLite comes first and another driver sees only what SQLite does not know: closing any handle of
+/// a file takes from this process the locks that SQLite holds on it, so that nothing but SQLite may
+/// open an SQLite file.
+std::unique_ptr<DatabaseFile> openDatabaseFile(const QString& path);
 
 }  // namespace varo::data

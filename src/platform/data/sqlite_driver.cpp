@@ -4,9 +4,6 @@
 
 #include <QFileInfo>
 
-#include <algorithm>
-#include <string_view>
-
 namespace varo::data {
 
 namespace {
@@ -27,6 +24,7 @@ class SqliteFile final : public DatabaseFile {
     sqlite3* handle() const noexcept override { return handle_.get(); }
     std::shared_ptr<LongBinary> field(const QString& table, const QString& column,
                                       qint32 id) override;
+    QStringList damages() override;
 
   private:
     Handle handle_;
@@ -79,6 +77,9 @@ class SqliteBlob final : public LongBinary, private HandleUser {
 
     void release() noexcept override { blob_.reset(); }
 
+    // An expired handle would keep the transactions around it from committing.
+    void releaseUndone() noexcept override { blob_.reset(); }
+
     sqlite3* handle() const {
         if (file() == nullptr) {
             throw Error(QStringLiteral("the file of the field is closed"));
@@ -121,6 +122,17 @@ std::shared_ptr<LongBinary> SqliteFile::field(const QString& table, const QStrin
     return std::make_shared<SqliteBlob>(*this, table, column, id);
 }
 
+QStringList SqliteFile::damages() {
+    QStringList lines;
+    const StatementHandle check = prepare(handle(), QStringLiteral("PRAGMA integrity_check"));
+    while (step(check.get())) {
+        lines.append(
+            QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(check.get(), 0))));
+    }
+    lines.removeAll(QStringLiteral("ok"));
+    return lines;
+}
+
 // A library may come from anywhere: what is stored in its schema gets no more rights than needed.
 void distrustContent(sqlite3* database) {
     sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
@@ -157,11 +169,6 @@ void requireWholePages(sqlite3* database, const QString& path) {
 
 }  // namespace
 
-bool SqliteDriver::reads(std::span<const char> head) const noexcept {
-    static constexpr std::string_view Signature("SQLite format 3\0", 16);
-    return std::string_view(head.data(), head.size()).starts_with(Signature);
-}
-
 std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path) const {
     sqlite3* opened = nullptr;
     const int result =
@@ -173,7 +180,17 @@ std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path) const {
     }
     sqlite3_busy_timeout(opened, LockTimeout);
     distrustContent(opened);
-    run(opened, QStringLiteral("Select count(*) From sqlite_schema"));
+    const int read =
+        sqlite3_exec(opened, "Select count(*) From sqlite_schema", nullptr, nullptr, nullptr);
+    if (read == SQLITE_NOTADB) {
+        return nullptr;
+    }
+    if (read != SQLITE_OK) {
+        throwLastError(opened);
+    }
+    if (number(opened, QStringLiteral("PRAGMA page_count")) == 0) {
+        return nullptr;  // an empty file, which SQLite would take for a database without tables
+    }
     requireWholePages(opened, path);
     return std::make_unique<SqliteFile>(std::move(handle));
 }

@@ -12,7 +12,6 @@ inline constexpr int LockTimeout = 2000;
 /// given a write-ahead log elsewhere is read and written with it.
 class SqliteDriver final : public Driver {
   public:
-    bool reads(std::span<const char> head) const noexcept override;
     std::unique_ptr<DatabaseFile> open(const QString& path) const override;
 };
 

@@ -7,13 +7,12 @@
 namespace varo::deploy {
 
 /// A configuration file of sections and keys. Reads UTF-8 (with or without a mark), UTF-16 with a
-/// mark, and, when the bytes are none of these, GB18030. A value is read as it stands, backslashes,
-/// `%` and
-/// `;` included; only the blanks around it and one pair of double quotes around what is left are
-/// taken off. Section and key names compare without regard to ASCII letter case; of a key that is
-/// there twice the first counts. Writes UTF-8 and keeps the comments, sections and keys that it did
-/// not change. Each operation returns its success and, when it fails, leaves the reason in
-/// lastError().
+/// mark, and, when the bytes are none of these, GB18030. A value is read as it stands, with its
+/// backslashes, percent signs and semicolons; only the blanks around it and one pair of double
+/// quotes around what is left are taken off. Section and key names compare without regard to ASCII
+/// letter case; of a key that is there twice the first counts. Writes UTF-8 and keeps the comments,
+/// sections and keys that it did not change. Each operation returns its success and, when it fails,
+/// leaves the reason in lastError().
 class DeployFileLib {
   public:
     DeployFileLib();

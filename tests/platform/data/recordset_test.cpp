@@ -3,75 +3,50 @@
 #include "platform/data/item_database.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace varo::data {
 namespace {
 
 using namespace Qt::StringLiterals;
 
-TEST(Recordset, StandsOnTheFirstRowAndEndsBehindTheLast) {
+TEST(Recordset, GoesFromTheFirstRowToBehindTheLast) {
     ItemDatabase items;
-    items.add(u"one"_s);
+    EXPECT_TRUE(items.connection.query(u"Select * From Item"_s).atEnd());
+    items.add(u"one"_s, 5);
     items.add(u"two"_s);
-    Recordset rows = items.connection.query(u"Select Name From Item Order By ID"_s);
-    ASSERT_TRUE(rows.isOpen());
-    ASSERT_FALSE(rows.atEnd());
-    EXPECT_EQ(rows.text(0), u"one"_s);
+    Recordset rows = items.connection.query(u"Select * From Item Order By ID"_s);
+    EXPECT_EQ(rows.columnCount(), 4);
+    EXPECT_EQ(rows.column(u"AMOUNT"), 2);
+    EXPECT_EQ(rows.column(u"Weight"), -1);
+    EXPECT_EQ(rows.columnName(2), u"Amount"_s);
+    EXPECT_EQ(rows.integer(u"amount"), 5);
+    EXPECT_THROW(rows.integer(u"Weight"), Error);
+    EXPECT_THROW(rows.text(4), Error);
+    EXPECT_THROW(rows.integer(-1), Error);
     rows.moveNext();
-    EXPECT_EQ(rows.text(0), u"two"_s);
+    EXPECT_EQ(rows.text(u"name"), u"two"_s);
     rows.moveNext();
     EXPECT_TRUE(rows.atEnd());
-    EXPECT_TRUE(rows.isOpen());
     EXPECT_THROW(rows.moveNext(), Error);
     EXPECT_THROW(rows.text(0), Error);
 }
 
-TEST(Recordset, IsAtItsEndWhenTheResultIsEmpty) {
-    ItemDatabase items;
-    const Recordset rows = items.connection.query(u"Select * From Item"_s);
-    EXPECT_TRUE(rows.isOpen());
-    EXPECT_TRUE(rows.atEnd());
-    EXPECT_EQ(rows.columnCount(), 4);
-}
-
-TEST(Recordset, FindsColumnsByNameWithoutRegardToLetterCase) {
-    ItemDatabase items;
-    items.add(u"one"_s, 5);
-    const Recordset rows = items.connection.query(u"Select * From Item"_s);
-    EXPECT_EQ(rows.column(u"AMOUNT"), 2);
-    EXPECT_EQ(rows.columnName(2), u"Amount"_s);
-    EXPECT_EQ(rows.column(u"Weight"), -1);
-    EXPECT_EQ(rows.integer(u"amount"), 5);
-    EXPECT_EQ(rows.text(u"name"), u"one"_s);
-    EXPECT_THROW(rows.integer(u"Weight"), Error);
-    EXPECT_THROW(rows.text(4), Error);
-    EXPECT_THROW(rows.integer(-1), Error);
-}
-
 TEST(Recordset, ReadsEveryStoredTypeAsNumberAndAsText) {
-    struct Case {
-        const char* value;
-        qint32 number;
-        const char* text;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, qint32, const char*> cases[] = {
         {"NULL", 0, ""},
         {"-42", -42, "-42"},
-        {"2147483648", std::numeric_limits<qint32>::max(), "2147483648"},
-        {"-9000000000", std::numeric_limits<qint32>::min(), "-9000000000"},
+        {"2147483648", INT32_MAX, "2147483648"},
+        {"-9000000000", INT32_MIN, "-9000000000"},
         {"2.5", 2, "2.5"},
         {"'17'", 17, "17"},
         {"'beam'", 0, "beam"},
-        {"''", 0, ""},
-    };
+        {"''", 0, ""}};
     ItemDatabase items;
-    for (const Case& expected : cases) {
-        const Recordset row =
-            items.connection.query(u"Select "_s + QLatin1StringView(expected.value));
-        EXPECT_EQ(row.integer(0), expected.number) << expected.value;
-        EXPECT_EQ(row.text(0), QLatin1StringView(expected.text)) << expected.value;
-        EXPECT_EQ(row.isNull(0), expected.value == std::string("NULL"));
+    for (const auto& [value, number, text] : cases) {
+        const Recordset row = items.connection.query(u"Select "_s + QLatin1StringView(value));
+        EXPECT_EQ(row.integer(0), number) << value;
+        EXPECT_EQ(row.text(0), QLatin1StringView(text)) << value;
+        EXPECT_EQ(row.isNull(0), value == std::string("NULL"));
     }
 }
 
@@ -82,16 +57,9 @@ TEST(Recordset, IsClosedWithItsConnection) {
     items.connection.close();
     EXPECT_FALSE(rows.isOpen());
     EXPECT_TRUE(rows.atEnd());
-    EXPECT_EQ(rows.columnCount(), 0);
     EXPECT_THROW(rows.moveNext(), Error);
     EXPECT_THROW(rows.column(u"Name"), Error);
-    EXPECT_THROW(rows.text(0), Error);
-    rows.close();
-
-    Recordset never;
-    EXPECT_FALSE(never.isOpen());
-    EXPECT_TRUE(never.atEnd());
-    EXPECT_THROW(never.text(0), Error);
+    EXPECT_THROW(Recordset().text(0), Error);
 }
 
 TEST(Recordset, MayStayOpenWhileItsConnectionWrites) {

@@ -1,0 +1,102 @@
+// What programs that were killed have left beside a file, and what others are doing with it.
+
+#include "platform/data/create_database.h"
+#include "platform/data/item_database.h"
+#include "support/process.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+namespace varo::data {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class Recovery : public testing::Test {
+  protected:
+    Recovery() { items.add(u"old"_s); }
+
+    /// Leaves file and journal as a program does that is killed in the middle of a transaction.
+    void killAWriter() {
+        items.connection.close();
+        test::LibraryProcess writer({u"spill"_s, items.path()});
+        ASSERT_EQ(writer.readLine(), u"spilled"_s);
+        writer.kill();
+        writer.wait();
+        ASSERT_GT(QFileInfo(items.path()).size(), 1000000);
+        ASSERT_GT(QFileInfo(items.path() + u"-journal"_s).size(), 4096);
+    }
+
+    QString newDatabase(const QString& name) const {
+        const QString path = items.directory.filePath(name);
+        createDatabase(path,
+                       u"Create Table Other (A); Create Table Item (ID Integer Primary Key, Name);"
+                       "Insert Into Item(Name) Values('new'); Create Index I On Item(Name);"_s);
+        return path;
+    }
+
+    void expectOneSoundFileWith(const QString& name) {
+        items.connection.open(items.path());
+        EXPECT_EQ(items.names(), QStringList{name});
+        EXPECT_EQ(items.connection.damages(), QStringList());
+        EXPECT_EQ(QDir(items.directory.path()).entryList(QDir::Files), QStringList{u"items.db"_s});
+    }
+
+    ItemDatabase items;
+};
+
+TEST_F(Recovery, TakesAHalfWrittenFileBackToItsLastCommit) {
+    killAWriter();
+    expectOneSoundFileWith(u"old"_s);
+}
+
+TEST_F(Recovery, KeepsTheJournalOfADeletedOrReplacedFileOutOfTheNewOne) {
+    killAWriter();
+    ASSERT_TRUE(QFile::remove(items.path()));
+    newDatabase(u"items.db"_s);
+    expectOneSoundFileWith(u"new"_s);
+
+    killAWriter();
+    replaceDatabase(newDatabase(u"unfinished"_s), items.path());
+    expectOneSoundFileWith(u"new"_s);
+
+    items.connection.close();
+    ASSERT_TRUE(QFile::resize(items.path(), 5000));
+    replaceDatabase(newDatabase(u"unfinished"_s), items.path());
+    expectOneSoundFileWith(u"new"_s);
+}
+
+TEST_F(Recovery, ReplacesNoFileThatIsInUse) {
+    const QString unfinished = newDatabase(u"unfinished"_s);
+    {
+        const Transaction transaction(items.connection);
+        EXPECT_THROW(replaceDatabase(unfinished, items.path()), Error);
+    }
+    items.connection.execute(u"PRAGMA journal_mode = WAL"_s);
+    items.add(u"in the log"_s);
+    EXPECT_THROW(replaceDatabase(unfinished, items.path()), Error);
+    EXPECT_EQ(items.names(), (QStringList{u"old"_s, u"in the log"_s}));
+    items.connection.close();
+    replaceDatabase(unfinished, items.path());
+    expectOneSoundFileWith(u"new"_s);
+}
+
+TEST_F(Recovery, KeepsALockWhenTheSameProgramOpensTheFileAgain) {
+    Transaction transaction(items.connection);
+    items.add(u"uncommitted"_s);
+    {
+        Connection second;
+        second.open(items.path());
+        EXPECT_EQ(second.query(u"Select Count(*) From Item"_s).integer(0), 1);
+    }
+    test::LibraryProcess other({u"lock"_s, items.path()});
+    ASSERT_EQ(other.readLine(), QString());
+    EXPECT_EQ(other.wait(), 1);
+    transaction.commit();
+    EXPECT_EQ(items.names(), (QStringList{u"old"_s, u"uncommitted"_s}));
+}
+
+}  // namespace
+}  // namespace varo::data

@@ -1,0 +1,227 @@
+#include "library_test.h"
+
+#include <functional>
+
+namespace varo {
+namespace {
+
+/// Texts that a statement made of pieces, a pattern or a fixed-width field would get wrong.
+const QStringList OddTexts =
+    u"it's,\"q\",100%,a_b,\\,x'; Drop Table Tree --,two\nlines,[a-z]*?#,😀公式"_s.split(u',') +
+    QStringList{QString(255, u'n'), QString(256, u'长')};
+
+class Records : public LibraryTest {
+  protected:
+    /// Folders / formulas / variables / properties, without their place.
+    QString everything() {
+        return rows(u"Select ID,Name From Tree"_s) + u" / "_s +
+               rows(u"Select ID,Name,Formula,Memo From Formula"_s) + u" / "_s +
+               rows(u"Select VarName,FormulaID,Value,VarSourceType,VarMemo From RecentVar"_s) +
+               u" / "_s + rows(u"Select PropID,PropName,FilterID,NodeID,NodeType From Property"_s);
+    }
+
+    QString subfolders(qint32 parent) {
+        return funcs.GetChildFormulaNode(parent, rs, connection) ? listed() : u"failed"_s;
+    }
+
+    QString foundFolders(const QString& text, int mode) {
+        return funcs.FindFolder(text, rs, connection, mode) ? sorted(listed()) : u"failed"_s;
+    }
+
+    static QString sorted(const QString& texts) {
+        QStringList list = texts.split(u' ');
+        list.sort();
+        return list.join(u' ');
+    }
+};
+
+TEST_F(Records, ComeBehindTheirLastSibling) {
+    const qint32 parent = library.addFolder(0, u"parent"_s);
+    library.addFolder(parent, u"first"_s);
+    library.addFolder(parent, u"second"_s);
+    connection.execute(u"Update Tree Set OrderID = 5 Where Name = 'first'"_s);
+    library.addFolder(parent, u"next"_s);
+    EXPECT_EQ(subfolders(parent), u"second first next"_s);
+    EXPECT_EQ(rows(u"Select OrderID From Tree Where PID > 0 Order By ID"_s), u"5 2 6"_s);
+    EXPECT_EQ(subfolders(0), u"parent"_s);
+}
+
+TEST_F(Records, AreAddedWithAllTheirFields) {
+    qint32 id = 0;
+    ASSERT_TRUE(funcs.AddNewFormula(7, u"beam"_s, u"q*l^2/8"_s, u"moment"_s, 2, id, connection));
+    EXPECT_EQ(rows(u"Select ID,Name,Formula,Memo,PicType,PID,OrderID From Formula"_s),
+              u"%1|beam|q*l^2/8|moment|2|7|1"_s.arg(id));
+    ASSERT_TRUE(funcs.GetFormulaByID(id, rs, connection));
+    EXPECT_EQ(listed(), u"beam"_s);
+    ASSERT_TRUE(funcs.GetFormulaByID(99, rs, connection));
+    EXPECT_TRUE(rs.isOpen() && rs.atEnd());
+}
+
+TEST_F(Records, KeepTextsAndAreFoundByThemAsTheyWereTyped) {
+    library.addFolder(0, u"other"_s);
+    for (const QString& text : OddTexts) {
+        const qint32 folder = library.addFolder(0, text);
+        const qint32 formula = library.addFormula(folder, text, text, text);
+        for (const int mode : {FindContains, FindEquals}) {
+            EXPECT_EQ(foundFolders(text, mode), sorted(text));
+            ASSERT_TRUE(funcs.FindFormula(text, rs, connection, mode));
+            EXPECT_EQ(listed(u"Formula"_s), text);
+            ASSERT_TRUE(funcs.FindFormulaByMemo(text, rs, connection, mode));
+            EXPECT_EQ(listed(u"ID"_s), QString::number(formula));
+        }
+        library.addValue(text, 3, text);
+        ASSERT_TRUE(funcs.GetVarInfoByVarName(text, rs, connection));
+        EXPECT_EQ(listed(u"Value"_s), text);
+    }
+    const Statement elsewhere{u"Select * From Tree Where Name = ?"_s, {u"it's"_s}};
+    ASSERT_TRUE(funcs.FindShowFolder(elsewhere, rs, connection));
+    EXPECT_EQ(listed(), u"it's"_s);
+}
+
+TEST_F(Records, AreFoundByPartOfTheNameOrAllOfIt) {
+    connection.execute(u"Insert Into Tree(Name) Values('xaby'),('ab'),('AB'),('a%b'),('acb')"_s);
+    EXPECT_EQ(foundFolders(u"ab"_s, FindContains), u"AB ab xaby"_s);
+    EXPECT_EQ(foundFolders(u"ab"_s, FindEquals), u"AB ab"_s);
+    EXPECT_EQ(foundFolders(u"a_b"_s, FindContains), u""_s);
+    EXPECT_EQ(foundFolders(u""_s, FindContains), u"AB a%b ab acb xaby"_s);
+    EXPECT_EQ(foundFolders(u""_s, FindEquals), u""_s);
+}
+
+TEST_F(Records, AreEditedAndDeletedAloneAndWithoutEffectWhenMissing) {
+    for (const QString& name : {u"a"_s, u"b"_s}) {
+        const qint32 folder = library.addFolder(0, name);
+        const qint32 formula = library.addFormula(folder, name, u"x"_s, u"m"_s);
+        library.addValue(u"x"_s, formula, u"1"_s);
+        library.addValue(u"y"_s, formula, u"2"_s);
+        library.addProperty(1, u"p"_s, 3, folder, NodeTypeFolder);
+        library.addProperty(1, u"p"_s, 3, formula, NodeTypeFormula);
+    }
+    for (const qint32 id : {1, 99}) {
+        EXPECT_TRUE(funcs.RenameFolder(id, u"it's"_s, connection));
+        EXPECT_TRUE(funcs.RenameFormula(id, u"A"_s, connection));
+        EXPECT_TRUE(funcs.EditFormulaExpression(id, u"x^2"_s, connection));
+        EXPECT_TRUE(funcs.EditFormulaMemo(id, u";--"_s, connection));
+        EXPECT_TRUE(funcs.EditFormulaVarValue(u"X"_s, id, u"5"_s, connection));
+        EXPECT_TRUE(funcs.EditFormulaVarPara(u"X"_s, id, 1, u"Weight"_s, connection));
+        EXPECT_TRUE(funcs.RenProperty(1, u"q"_s, id, NodeTypeFolder, connection));
+        EXPECT_TRUE(funcs.EditRelation(1, 8, id, NodeTypeFormula, connection));
+    }
+    EXPECT_EQ(everything(),
+              u"1|it's 2|b / 1|A|x^2|;-- 2|b|x|m / x|1|5|1|Weight y|1|2|0| x|2|1|0| y|2|2|0| / "
+              "1|q|3|1|1 1|p|8|1|2 1|p|3|2|1 1|p|3|2|2"_s);
+    for (const qint32 id : {1, 99}) {
+        EXPECT_TRUE(funcs.EditAllFormulaInfo(id, u"B"_s, u"1"_s, u"n"_s, 2, connection));
+        EXPECT_TRUE(funcs.DelFolder(id, connection));
+        EXPECT_TRUE(funcs.ChangeVarBelong(u"x"_s, id, 2 * id + 5, connection, u""_s));
+        EXPECT_TRUE(funcs.ChangeVarBelong(u"y"_s, id, 8, connection, u"9"_s));
+        EXPECT_TRUE(funcs.DelProperty(1, id, NodeTypeFolder, connection));
+    }
+    EXPECT_EQ(everything(),
+              u"2|b / 1|B|1|n 2|b|x|m / x|7|5|1|Weight y|8|9|0| x|2|1|0| y|2|2|0| / "
+              "1|p|8|1|2 1|p|3|2|1 1|p|3|2|2"_s);
+    library.addFormula(1, u"c"_s);
+    library.addFormula(2, u"d"_s);
+    EXPECT_TRUE(funcs.DelFormula(3, connection));
+    for (const qint32 id : {2, 99}) {
+        EXPECT_TRUE(funcs.DelFormulaByPID(id, connection));
+        EXPECT_TRUE(funcs.DelPropertyByNodeID(id, NodeTypeFormula, connection));
+    }
+    EXPECT_EQ(rows(u"Select Name From Formula"_s), u"B"_s);
+    EXPECT_EQ(rows(u"Select NodeID,NodeType From Property"_s), u"1|2 2|1"_s);
+    EXPECT_TRUE(funcs.DelFolder(2, connection));
+    EXPECT_EQ(library.addFolder(0, u"new"_s), 3) << "an identifier is never used again";
+}
+
+TEST_F(Records, SwapTheirPlacesOrStayWhenTheOtherIsMissing) {
+    for (const QString& name : {u"a"_s, u"b"_s, u"c"_s}) {
+        library.addFolder(0, name);
+        library.addFormula(1, name);
+    }
+    ASSERT_TRUE(funcs.ExchangeOrderID(1, 3, u"Tree"_s, connection));
+    ASSERT_TRUE(funcs.ExchangeOrderID(1, 2, u"Formula"_s, connection));
+    EXPECT_FALSE(funcs.ExchangeOrderID(1, 99, u"Tree"_s, connection));
+    EXPECT_FALSE(funcs.ExchangeOrderID(99, 1, u"Tree"_s, connection));
+    EXPECT_FALSE(funcs.ExchangeOrderID(1, 2, u"Tree Set Name = '' --"_s, connection));
+    EXPECT_EQ(subfolders(0), u"c b a"_s);
+    ASSERT_TRUE(funcs.GetFormulaByPID(1, rs, connection));
+    EXPECT_EQ(listed(), u"b a c"_s);
+}
+
+TEST_F(Records, WithAPictureAreListedInOrderOfAClause) {
+    for (const QString& name : {u"b"_s, u"a"_s, u"removed"_s}) {
+        library.addPicture(library.addFormula(1, name), "bytes");
+    }
+    library.addFormula(1, u"none"_s);
+    ASSERT_TRUE(funcs.DelPicture(3, connection));
+    for (const auto& [order, names] : {std::pair(u"Name"_s, u"a b"_s), {u"ID"_s, u"b a"_s}}) {
+        ASSERT_TRUE(funcs.GetFormulaByOrder(order, rs, connection));
+        EXPECT_EQ(listed(), names);
+    }
+}
+
+TEST_F(Records, OfVariablesAreSeenByTheirFormulaAndUnownedOnesByAll) {
+    library.addValue(u"x"_s, 5, u"another's"_s);
+    library.addValue(u"x"_s, 7, u"own"_s);
+    library.addValue(u"x"_s, 0, u"unowned"_s);
+    library.addValue(u"y"_s, 7, u"y"_s);
+    ASSERT_TRUE(funcs.GetVarInfoOfFormula(u"X"_s, 7, rs, connection));
+    EXPECT_EQ(sorted(listed(u"Value"_s)), u"own unowned"_s);
+}
+
+TEST_F(Records, OfPropertiesAreListedByNodeAndByKindAndLocateTheirNodes) {
+    const qint32 kept = library.addFormula(4, u"kept"_s);
+    library.addProperty(2, u"b"_s, 0, 5, NodeTypeFolder);
+    library.addProperty(1, u"A"_s, 0, 5, NodeTypeFolder);
+    library.addProperty(3, u"c"_s, 0, 6, NodeTypeFolder);
+    library.addProperty(1, u"a"_s, 11, kept, NodeTypeFormula);
+    library.addProperty(1, u"a"_s, 12, 99, NodeTypeFormula);
+    ASSERT_TRUE(funcs.GetProperty(5, NodeTypeFolder, rs, connection));
+    EXPECT_EQ(listed(u"PropName"_s), u"A b"_s);
+    ASSERT_TRUE(funcs.GetAllPropertyByType(NodeTypeFolder, rs, connection));
+    EXPECT_EQ(listed(u"PropName"_s), u"A b c"_s);
+    ASSERT_TRUE(funcs.GetLocateInfoByPropName(u"a"_s, NodeTypeFolder, rs, connection));
+    EXPECT_EQ(test::remainingRows(rs), QStringList{u"0|5|1"_s});
+    ASSERT_TRUE(funcs.GetLocateInfoByPropName(u"a"_s, NodeTypeFormula, rs, connection));
+    EXPECT_EQ(rs.integer(u"PID"), 4);
+    EXPECT_EQ(test::remainingRows(rs), QStringList{u"11|%1|2|4"_s.arg(kept)});
+}
+
+TEST_F(Records, OfConditionsAreListedByParentAndOfComparisonsByCondition) {
+    connection.execute(u"Insert Into FilterCond Values(3,9,0,1),(2,9,0,4),(4,9,3,4),(5,8,0,4)"_s);
+    connection.execute(
+        u"Insert Into FilterExpressions(FilterID,ExpID,TheConst) Values(9,2,'it''s'),(9,1,'no')"_s);
+    ASSERT_TRUE(funcs.GetResFilterCondByParentID(9, 0, rs, connection));
+    EXPECT_EQ(listed(u"ID"_s), u"2 3"_s);
+    ASSERT_TRUE(funcs.GetResExpressions(9, 2, rs, connection));
+    EXPECT_EQ(listed(u"TheConst"_s), u"it's"_s);
+}
+
+TEST_F(Records, OutOfReachFailEveryOperationWithoutATrace) {
+    const QString a = u"a"_s;
+    data::Connection to;
+    qint32 id = -1;
+    const std::function<bool()> operations[] = {
+        [&] { return funcs.GetNodeInfo(rs, to); },
+        [&] { return funcs.GetFormulaByOrder(u"Nothing"_s, rs, connection); },
+        [&] {
+            return funcs.FindShowFolder({u"Select"_s, {}}, rs, connection);
+        },
+        [&] { return funcs.FindFolder(a, rs, connection, 2); },
+        [&] { return funcs.GetLocateInfoByPropName(a, 3, rs, connection); },
+        [&] { return funcs.AddNewFormula(0, a, a, a, 0, id, to); },
+        [&] { return funcs.ExchangeOrderID(1, 2, u"Tree"_s, to); },
+        [&] { return funcs.AddNewPicture(1, library.path(), to); },
+        [&] { return funcs.ExtractPicture(1, library.pathOf(a), to); },
+    };
+    ASSERT_TRUE(funcs.GetNodeInfo(rs, connection));
+    for (const auto& operation : operations) {
+        EXPECT_FALSE(operation()) << "operation " << &operation - operations;
+        EXPECT_FALSE(rs.isOpen());
+    }
+    EXPECT_THROW(funcs.EditAllFormulaInfo(1, {}, {}, {}, 0, to), data::Error);
+    EXPECT_EQ(id, -1);
+    EXPECT_EQ(library.questions().informed, QStringList());
+}
+
+}  // namespace
+}  // namespace varo
