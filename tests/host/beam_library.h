@@ -8,19 +8,20 @@
 
 namespace varo::test {
 
+using namespace Qt::StringLiterals;
+
 /// A library with the folder "拉杆" (1), whose formula "应力" (1) has a description of two lines, a
 /// picture of 40x30, the typed value F = 24 and the variable A that the property "截面面积" feeds.
 class BeamLibrary : public TestLibrary {
   public:
     BeamLibrary() {
-        const qint32 folder = addFolder(0, QStringLiteral("拉杆"));
-        const qint32 formula = addFormula(folder, QStringLiteral("应力"), QStringLiteral("F/A"),
-                                          QStringLiteral("F 轴力\nA 面积"));
-        addValue(QStringLiteral("F"), formula, QStringLiteral("24"));
-        addValue(QStringLiteral("A"), formula, QStringLiteral("1"));
-        if (!funcs().EditFormulaVarPara(QStringLiteral("A"), formula, VarSourceProperty,
-                                        QStringLiteral("截面面积"), connection())) {
-            throw data::Error(QStringLiteral("the variable takes no property"));
+        const qint32 folder = addFolder(0, u"拉杆"_s);
+        const qint32 formula = addFormula(folder, u"应力"_s, u"F/A"_s, u"F 轴力\nA 面积"_s);
+        addValue(u"F"_s, formula, u"24"_s);
+        addValue(u"A"_s, formula, u"1"_s);
+        if (!funcs().EditFormulaVarPara(u"A"_s, formula, VarSourceProperty, u"截面面积"_s,
+                                        connection())) {
+            throw data::Error(u"the variable takes no property"_s);
         }
         addPicture(formula, picture());
     }

@@ -10,7 +10,6 @@
 #include "support/desk.h"
 
 #include <QApplication>
-#include <QMenuBar>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QTest>
@@ -20,6 +19,7 @@
 namespace varo::host {
 namespace {
 
+using namespace Qt::StringLiterals;
 using test::settle;
 
 /// The window with the beam library's formula selected.
@@ -34,7 +34,7 @@ class HostWindowTest : public testing::Test {
     }
 
     void selectFormula() {
-        window_.control().ClickTreeNode(QStringLiteral("FormulaNode1->DBNode1"));
+        window_.control().ClickTreeNode(u"FormulaNode1->DBNode1"_s);
         settle();
     }
 
@@ -43,68 +43,51 @@ class HostWindowTest : public testing::Test {
         settle();
     }
 
-    QString result() { return namedWidget<QLineEdit>(window_, "txtResult").text(); }
-
     test::BeamLibrary library_;
     test::TestConfiguration configuration_{&library_};
     test::RecordingQuestions questions_;
     HostWindow window_{&questions_};
+    PropertyTable& properties_ = window_.properties();
 };
 
-TEST_F(HostWindowTest, APassedOnResultArrives) {
-    window_.properties().setValue(QStringLiteral("截面面积"), QStringLiteral("8"));
+TEST_F(HostWindowTest, OnlyAResultThatIsPassedOnArrivesUntilItIsCleared) {
+    properties_.setValue(u"截面面积"_s, u"8"_s);
     click("writeCell");
-    ASSERT_EQ(result(), QStringLiteral("3.00"));
+    const auto other = ui::registerWindowMessage(u"SOMETHING_ELSE"_s);
+    ui::postWindowMessage(&window_, other, 0,
+                          ui::windowHandleOf(&namedWidget<QLineEdit>(window_, "txtResult")));
     click("cmdSend");
-    EXPECT_EQ(window_.results().lines(), QStringList{QStringLiteral("3.00")});
-}
-
-TEST_F(HostWindowTest, OnlyTheCalculatorsMessageIsAResult) {
-    auto& box = namedWidget<QLineEdit>(window_, "txtResult");
-    const auto other = ui::registerWindowMessage(QStringLiteral("SOMETHING_ELSE"));
-    ui::postWindowMessage(&window_, other, 0, ui::windowHandleOf(&box));
-    settle();
+    EXPECT_EQ(window_.results().lines(), QStringList{u"3.00"_s});
+    QTest::mouseClick(&namedWidget<QPushButton>(window_.results(), "clear"), Qt::LeftButton);
     EXPECT_EQ(window_.results().lines(), QStringList());
 }
 
-TEST_F(HostWindowTest, AnUnknownPropertyGetsNoAnswerAndIsLogged) {
-    EXPECT_EQ(namedWidget<ui::EditGrid>(window_, "MSFEditVarList").GetCellText(2, 1),
-              QStringLiteral("0"));
-    EXPECT_EQ(window_.log().lines().last(), QStringLiteral("GetPropValue 截面面积：没有这个属性"));
-}
-
-TEST_F(HostWindowTest, APropertyOfTheTableIsAnswered) {
-    window_.properties().setValue(QStringLiteral("截面面积"), QStringLiteral("6"));
+TEST_F(HostWindowTest, PropertiesAreAnsweredFromTheTableAndLogged) {
+    EXPECT_EQ(window_.log().lines().last(), u"GetPropValue 截面面积：没有这个属性"_s);
+    properties_.setValue(u"截面面积"_s, u"6"_s);
     selectFormula();
-    EXPECT_EQ(result(), QStringLiteral("4.00"));
-    EXPECT_EQ(window_.log().lines().last(), QStringLiteral("GetPropValue 截面面积 = 6"));
+    EXPECT_EQ(namedWidget<QLineEdit>(window_, "txtResult").text(), u"4.00"_s);
+    EXPECT_EQ(window_.log().lines().last(), u"GetPropValue 截面面积 = 6"_s);
 }
 
-TEST_F(HostWindowTest, AnAddedPropertyIsTypedIntoTheTable) {
+TEST_F(HostWindowTest, PropertiesAreTypedIntoTheTableAndRemoved) {
     auto& table = namedWidget<QTableWidget>(window_, "properties");
     click("addProperty");
     ASSERT_NE(QApplication::focusWidget(), nullptr);
-    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("length"));
+    QTest::keyClicks(QApplication::focusWidget(), u"length"_s);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     settle();
     table.setCurrentCell(0, 1);
-    QTest::keyClicks(&table, QStringLiteral("6"));
-    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral(".5"));
+    QTest::keyClicks(&table, u"6"_s);
+    QTest::keyClicks(QApplication::focusWidget(), u".5"_s);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     settle();
-    EXPECT_EQ(window_.properties().valueOf(QStringLiteral("length")), QStringLiteral("6.5"));
-}
-
-TEST_F(HostWindowTest, ARemovedPropertyIsUnknown) {
-    window_.properties().setValue(QStringLiteral("甲"), QStringLiteral("1"));
-    window_.properties().setValue(QStringLiteral("乙"), QStringLiteral("2"));
-    window_.properties().setValue(QStringLiteral("甲"), QStringLiteral("3"));
-    auto& remove = namedWidget<QPushButton>(window_, "removeProperty");
-    EXPECT_FALSE(remove.isEnabled());
-    namedWidget<QTableWidget>(window_, "properties").setCurrentCell(0, 1);
+    EXPECT_EQ(properties_.valueOf(u"length"_s), u"6.5"_s);
+    properties_.setValue(u"width"_s, u"2"_s);
+    table.setCurrentCell(0, 1);
     click("removeProperty");
-    EXPECT_EQ(window_.properties().valueOf(QStringLiteral("甲")), std::nullopt);
-    EXPECT_EQ(window_.properties().valueOf(QStringLiteral("乙")), QStringLiteral("2"));
+    EXPECT_EQ(properties_.valueOf(u"length"_s), std::nullopt);
+    EXPECT_EQ(properties_.valueOf(u"width"_s), u"2"_s);
 }
 
 TEST_F(HostWindowTest, CellNumbersComeBackFromTheControl) {
@@ -120,34 +103,16 @@ TEST_F(HostWindowTest, CellNumbersComeBackFromTheControl) {
 }
 
 TEST_F(HostWindowTest, AnotherFolderTakesThePlaceOfTheFirst) {
+    const auto libraries = [this] {
+        return namedWidget<ui::NodeView>(window_, "tvFolder").model()->rowCount();
+    };
     const test::TestConfiguration empty;
     empty.write("[Access]\nNodeCount=0\n");
     window_.openFolder(empty.folder());
-    EXPECT_EQ(namedWidget<ui::NodeView>(window_, "tvFolder").model()->rowCount(), 0);
+    EXPECT_EQ(libraries(), 0);
     window_.openFolder(configuration_.folder());
-    EXPECT_EQ(namedWidget<ui::NodeView>(window_, "tvFolder").model()->rowCount(), 1);
+    EXPECT_EQ(libraries(), 1);
     EXPECT_EQ(questions_.informed, QStringList());
-}
-
-TEST_F(HostWindowTest, TheMenuHasEveryMethodOfTheControl) {
-    QStringList methods;
-    for (const QAction* action : window_.menuBar()->actions().at(1)->menu()->actions()) {
-        methods.append(action->text().remove(u'…'));
-    }
-    methods.removeAll(QString());
-    methods.sort();
-    EXPECT_EQ(methods.join(u' '),
-              QStringLiteral("ClickTreeNode GetCellInfo RunCalc SelFormula SetCellInfo "
-                             "SetDeployFolder SetDesignProp SetSelPropValue"));
-}
-
-TEST_F(HostWindowTest, ClearingForgetsTheResults) {
-    window_.results().append(QStringLiteral("1.00"));
-    auto& clear = namedWidget<QPushButton>(window_.results(), "clear");
-    ASSERT_TRUE(clear.isEnabled());
-    QTest::mouseClick(&clear, Qt::LeftButton);
-    EXPECT_EQ(window_.results().lines(), QStringList());
-    EXPECT_FALSE(clear.isEnabled());
 }
 
 }  // namespace

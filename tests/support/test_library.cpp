@@ -76,14 +76,6 @@ QStringList remainingRows(data::Recordset& recordset) {
     return rows;
 }
 
-QStringList remainingTexts(data::Recordset& recordset, const QString& column) {
-    QStringList texts;
-    for (; !recordset.atEnd(); recordset.moveNext()) {
-        texts.append(recordset.text(column));
-    }
-    return texts;
-}
-
 QByteArray pictureBytes(qsizetype size) {
     QByteArray bytes(size, Qt::Uninitialized);
     quint32 state = 1;

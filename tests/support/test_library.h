@@ -56,9 +56,6 @@ class TestLibrary {
 /// The rows of a record set from the current one on, their fields joined by "|".
 QStringList remainingRows(data::Recordset& recordset);
 
-/// The fields of one column, from the current row on.
-QStringList remainingTexts(data::Recordset& recordset, const QString& column);
-
 /// `size` bytes in which every chunk differs from every other.
 QByteArray pictureBytes(qsizetype size);
 
