@@ -69,10 +69,8 @@ void buildOuterPanes(Form& form, QWidget* parent) {
     form.tvFolder->setHeaderHidden(true);
     form.tvFolder->setRootIsDecorated(true);
     form.tvFolder->setIndentation(14);
-    // Long names are scrolled to, not cut; only what is on screen is measured.
+    // Long names are scrolled to, not cut.
     form.tvFolder->header()->setStretchLastSection(false);
-    form.tvFolder->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    form.tvFolder->header()->setResizeContentsPrecision(0);
 }
 
 void buildListAndDescription(Form& form) {

@@ -28,6 +28,8 @@ LibraryTree::LibraryTree(Form& form, ControlState& state, Questions& questions, 
         selectNode(index.data(ui::NodeView::KeyRole).toString());
     });
     connect(form.tvFolder, &ui::NodeView::nodeExpanded, form.tvFolder, &ui::NodeView::selectItem);
+    connect(form.tvFolder, &ui::NodeView::nodeExpanded, form.tvFolder,
+            [this] { form_.tvFolder->resizeColumnToContents(0); });
     connect(&list, &FormulaList::showing, this, &LibraryTree::removeHighlight);
 }
 
@@ -44,6 +46,7 @@ bool LibraryTree::BuildFormulaTree() {
         }
     }
     model_.squeeze();
+    form_.tvFolder->resizeColumnToContents(0);
     return true;
 }
 
