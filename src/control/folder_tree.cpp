@@ -1,6 +1,5 @@
 #include "control/folder_tree.h"
 
-#include "platform/ui/icons.h"
 #include "store/keys.h"
 
 #include <QSet>
@@ -11,12 +10,9 @@ namespace varo {
 
 namespace {
 
-constexpr FolderTree::Images imagesOf(ui::NodeImage image, ui::NodeImage selected) {
-    return {static_cast<quint8>(image), static_cast<quint8>(selected)};
-}
-
-constexpr auto LibraryImages = imagesOf(ui::NodeImage::Library, ui::NodeImage::Library);
-constexpr auto FolderImages = imagesOf(ui::NodeImage::Folder, ui::NodeImage::FolderOpen);
+constexpr auto LibraryImages = FolderTree::imagesOf(ui::NodeImage::Library, ui::NodeImage::Library);
+constexpr auto FolderImages =
+    FolderTree::imagesOf(ui::NodeImage::Folder, ui::NodeImage::FolderOpen);
 
 }  // namespace
 

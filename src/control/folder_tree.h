@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/ui/icons.h"
+
 #include <QString>
 #include <QStringView>
 
@@ -56,6 +58,9 @@ class FolderTree {
         quint8 image;
         quint8 selectedImage;
     };
+    static constexpr Images imagesOf(ui::NodeImage image, ui::NodeImage selected) {
+        return {static_cast<quint8>(image), static_cast<quint8>(selected)};
+    }
 
     void clear();
 

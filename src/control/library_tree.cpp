@@ -8,15 +8,12 @@ namespace varo {
 
 namespace {
 
-constexpr FolderTree::Images imagesOf(ui::NodeImage image, ui::NodeImage selected) {
-    return {static_cast<quint8>(image), static_cast<quint8>(selected)};
-}
-
 constexpr auto LibraryWithProperty =
-    imagesOf(ui::NodeImage::LibraryWithProperty, ui::NodeImage::LibraryWithProperty);
+    FolderTree::imagesOf(ui::NodeImage::LibraryWithProperty, ui::NodeImage::LibraryWithProperty);
 constexpr auto FolderWithProperty =
-    imagesOf(ui::NodeImage::FolderWithProperty, ui::NodeImage::FolderWithPropertyOpen);
-constexpr auto Located = imagesOf(ui::NodeImage::FolderLocated, ui::NodeImage::FolderLocated);
+    FolderTree::imagesOf(ui::NodeImage::FolderWithProperty, ui::NodeImage::FolderWithPropertyOpen);
+constexpr auto Located =
+    FolderTree::imagesOf(ui::NodeImage::FolderLocated, ui::NodeImage::FolderLocated);
 
 }  // namespace
 
