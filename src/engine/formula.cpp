@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -200,6 +201,31 @@ bool Formula::evaluate(std::span<const double> numbers, double& result, Error& e
         return false;
     }
     return run(numbers, {}, result, nullptr, error);
+}
+
+std::size_t Formula::evaluateRows(std::span<const Column> columns, std::span<double> results,
+                                  std::span<ErrorCode> status) const {
+    std::vector<double> row;
+    std::size_t failures = 0;
+    Error error;
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        row.clear();
+        for (const Column& column : columns) {
+            if (!column.covers(results.size())) {
+                break;
+            }
+            row.push_back(column[i]);
+        }
+        const bool worked = evaluate(row, results[i], error);
+        if (!worked) {
+            results[i] = std::numeric_limits<double>::quiet_NaN();
+            ++failures;
+        }
+        if (!status.empty()) {
+            status[i] = worked ? ErrorCode::None : error.code;
+        }
+    }
+    return failures;
 }
 
 bool Formula::run(std::span<const double> numbers, std::span<const std::string> texts,

@@ -25,6 +25,26 @@ struct Variable {
     Type type;
 };
 
+/// The numbers of one variable in the rows of a table.
+class Column {
+  public:
+    /// The same number in every row.
+    explicit Column(double number) : number_(number) {}
+
+    /// One number for each row; they must outlive the object.
+    explicit Column(std::span<const double> numbers) : numbers_(numbers), varies_(true) {}
+
+    /// True when there is a number for each of that many rows.
+    bool covers(std::size_t rows) const { return !varies_ || numbers_.size() >= rows; }
+
+    double operator[](std::size_t row) const { return varies_ ? numbers_[row] : number_; }
+
+  private:
+    std::span<const double> numbers_;
+    double number_ = 0;
+    bool varies_ = false;
+};
+
 /// A parsed formula. It never changes, so that threads may share it.
 ///
 ///     const auto formula = Formula::parse("b*h^2/6");
@@ -70,6 +90,16 @@ class Formula {
     /// finite number for each variable. A variable that it leaves out has no value. Allocates
     /// nothing unless the formula works on texts.
     bool evaluate(std::span<const double> numbers, double& result, Error& error) const;
+
+    /// The same for every row of a table, many rows at a time: `columns` holds a column for each
+    /// variable, which covers results.size() rows. Each result is bit for bit the one that
+    /// evaluating its row alone gives; where that fails, `results` gets NaN and `status` the
+    /// reason. `status` is as long as `results`, or empty if the reasons are of no interest; the
+    /// whole error is told by evaluating that row alone. Returns the number of rows that failed. A
+    /// formula that has an error, or that works on texts without a value, or a missing or too short
+    /// column fails every row.
+    std::size_t evaluateRows(std::span<const Column> columns, std::span<double> results,
+                             std::span<ErrorCode> status) const;
 
   private:
     explicit Formula(std::unique_ptr<std::byte[]> block);
