@@ -79,7 +79,7 @@ struct CalcEngine::State {
 
     /// The text of the output variable or of an input variable; null when there is none.
     const std::string* textOf(const std::string& name) const {
-        if (name == kFoldedResultName) {
+        if (wordNamed(name).kind == Word::Kind::Result) {
             return result ? std::get_if<std::string>(&*result) : nullptr;
         }
         const auto input = inputs.find(name);
@@ -88,7 +88,7 @@ struct CalcEngine::State {
 
     /// The number to write into what is bound to `name`; null when there is none.
     const double* numberOf(const std::string& name) const {
-        if (name == kFoldedResultName) {
+        if (wordNamed(name).kind == Word::Kind::Result) {
             return std::get_if<double>(&*result);
         }
         const auto input = inputs.find(name);

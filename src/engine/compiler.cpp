@@ -1,55 +1,86 @@
 #include "engine/compiler.h"
 
-#include "engine/interpreter.h"
+#include "engine/fast_steps.h"
+#include "engine/steps.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <utility>
 
 namespace varo::engine {
 namespace {
 
-/// The opcode of an operator that works on numbers, whatever their values; Return for the others.
-Opcode opcodeOf(Operator op) {
+constexpr std::uint32_t kMostFusedIndex = 0xFFFF;
+
+/// The shape `first` for Place::VV, and the two after it for VK and KV.
+Shape shapeFor(Shape first, std::size_t kind) {
+    return static_cast<Shape>(static_cast<std::size_t>(first) + kind);
+}
+
+bool isArithmetic(Operator op) {
+    return op <= Operator::Divide;
+}
+
+bool commutes(Operator op) {
+    return op == Operator::Add || op == Operator::Multiply;
+}
+
+/// The operation that raises to a constant exponent, if there is one for it.
+std::optional<Unary> powerOperation(double exponent) {
+    if (exponent == 2) {
+        return Unary::Square;
+    }
+    if (exponent == 3) {
+        return Unary::Cube;
+    }
+    if (exponent == 4) {
+        return Unary::Fourth;
+    }
+    if (exponent == 0.5) {
+        return Unary::SquareRoot;
+    }
+    return std::nullopt;
+}
+
+double valueOf(Operator op, double x, double y) {
     switch (op) {
-        case Operator::Factorial:
-            return Opcode::Factorial;
-        case Operator::Power:
-            return Opcode::Power;
-        case Operator::Minus:
-            return Opcode::Negate;
-        case Operator::Multiply:
-            return Opcode::Multiply;
-        case Operator::Divide:
-            return Opcode::Divide;
         case Operator::Add:
-            return Opcode::Add;
+            return apply<Operator::Add>(x, y);
         case Operator::Subtract:
-            return Opcode::Subtract;
+            return apply<Operator::Subtract>(x, y);
+        case Operator::Multiply:
+            return apply<Operator::Multiply>(x, y);
+        case Operator::Divide:
+            return apply<Operator::Divide>(x, y);
+        case Operator::Power:
+            return apply<Operator::Power>(x, y);
         case Operator::Same:
-            return Opcode::Same;
+            return apply<Operator::Same>(x, y);
         case Operator::Different:
-            return Opcode::Different;
+            return apply<Operator::Different>(x, y);
         case Operator::Less:
-            return Opcode::Less;
+            return apply<Operator::Less>(x, y);
         case Operator::LessOrSame:
-            return Opcode::LessOrSame;
+            return apply<Operator::LessOrSame>(x, y);
         case Operator::Greater:
-            return Opcode::Greater;
-        case Operator::GreaterOrSame:
-            return Opcode::GreaterOrSame;
-        case Operator::Not:
-            return Opcode::Not;
+            return apply<Operator::Greater>(x, y);
         default:
-            return Opcode::Return;
+            return apply<Operator::GreaterOrSame>(x, y);
     }
 }
 
-bool isUnary(Operator op) {
-    return op == Operator::Factorial || op == Operator::Minus || op == Operator::Not;
+template <std::size_t... index>
+double valueOf(Unary operation, double x, std::index_sequence<index...>) {
+    double value = 0;
+    (void)((static_cast<std::size_t>(operation) == index &&
+            (value = apply<static_cast<Unary>(index)>(x), true)) ||
+           ...);
+    return value;
 }
 
-bool takesText(const FunctionInfo& info) {
-    return info.result == 't' || info.parameters.find('t') != std::string_view::npos;
+double valueOf(Unary operation, double x) {
+    return valueOf(operation, x, std::make_index_sequence<kUnaryCount>());
 }
 
 }  // namespace
@@ -59,230 +90,608 @@ void Compiler::run(const Tree& tree, const std::vector<Type>& variableTypes,
     variableTypes_ = &variableTypes;
     literals_ = literals;
     instructions_.clear();
-    constants_.clear();
     literalSpans_.clear();
     operands_.clear();
     branches_.clear();
-    textsOnStack_ = 0;
+    accumulator_ = kNone;
+    fusable_ = kNone;
+    label_ = kNone;
+    numbers_ = 0;
+    temporaries_ = 0;
     textDepth_ = 0;
     usesText_ = false;
     for (const Node& node : tree) {
         visit(node);
     }
-    emit(Opcode::Return);
+    if (top().place != Place::Text) {
+        loadTop();
+    }
+    emit(opcodeOf(Other::Return));
+    link();
 }
 
 Code Compiler::code() const {
-    return {instructions_, constants_, literalSpans_, literals_, textDepth_, usesText_};
-}
-
-void Compiler::emit(Opcode opcode, Function function, std::uint32_t operand) {
-    instructions_.push_back({opcode, function, operand});
-}
-
-void Compiler::push(const Operand& operand) {
-    operands_.push_back(operand);
-    if (operand.type == Type::Text) {
-        usesText_ = true;
-        textDepth_ = std::max(textDepth_, ++textsOnStack_);
-    }
-}
-
-Compiler::Operand Compiler::pop() {
-    const Operand operand = operands_.back();
-    operands_.pop_back();
-    textsOnStack_ -= operand.type == Type::Text ? 1 : 0;
-    return operand;
-}
-
-void Compiler::pushNumber(std::uint32_t begin, double value) {
-    emit(Opcode::Constant, {}, static_cast<std::uint32_t>(constants_.size()));
-    constants_.push_back(value);
-    push({begin, Type::Number, std::isfinite(value) ? std::optional(value) : std::nullopt});
+    return {instructions_, literalSpans_, literals_, temporaries_, textDepth_, usesText_};
 }
 
 void Compiler::visit(const Node& node) {
     switch (node.kind) {
+        case NodeKind::Number:
+            number(node.number);
+            break;
+        case NodeKind::Variable:
+            variable(node.first);
+            break;
+        case NodeKind::Text:
+            emit(opcodeOf(Other::Literal)).index = static_cast<std::uint32_t>(literalSpans_.size());
+            literalSpans_.push_back({node.first, node.size});
+            push({Place::Text});
+            break;
         case NodeKind::LeftOperand:
             if (node.op == Operator::And) {
-                openBranch(Opcode::JumpIfAndFalse);
+                openBranch(Other::JumpIfFalse);
             } else if (node.op == Operator::Or) {
-                openBranch(Opcode::JumpIfOrTrue);
+                openBranch(Other::JumpIfTrue);
             }
             break;
         case NodeKind::Apply:
-            apply(node);
+            apply(node.op);
             break;
         case NodeKind::Argument:
-            if (node.function == Function::If) {
-                conditionalArgument(node.first);
-            }
+            argument(node.function, node.first);
             break;
         case NodeKind::Call:
-            call(node);
+            call(node.function, node.first);
             break;
         default:
-            leaf(node);
             break;
     }
 }
 
-void Compiler::leaf(const Node& node) {
-    const std::uint32_t begin = here();
-    if (node.kind == NodeKind::Number) {
-        pushNumber(begin, node.number);
-    } else if (node.kind == NodeKind::Text) {
-        emit(Opcode::Literal, {}, static_cast<std::uint32_t>(literalSpans_.size()));
-        literalSpans_.push_back({node.first, node.size});
-        push({begin, Type::Text, {}});
+// What is read
+
+void Compiler::variable(std::uint32_t index) {
+    const bool isText = !variableTypes_->empty() && (*variableTypes_)[index] == Type::Text;
+    if (isText) {
+        emit(opcodeOf(Other::TextVariable)).index = index;
+        push({Place::Text});
+    } else if (index <= kMostFusedIndex) {
+        push({Place::Variable, {}, 0, static_cast<std::uint16_t>(index)});
     } else {
-        const Type type = (*variableTypes_)[node.first];
-        emit(type == Type::Text ? Opcode::TextVariable : Opcode::Variable, {}, node.first);
-        push({begin, type, {}});
+        freeAccumulator();
+        emit(opcodeOf(Other::LoadVariable)).index = index;
+        push({Place::Accumulator});
     }
 }
 
-void Compiler::apply(const Node& node) {
-    if (node.op == Operator::And || node.op == Operator::Or) {
-        closeLogical(node.op);
+void Compiler::number(double value) {
+    if (std::isfinite(value)) {
+        push({Place::Constant, {}, 0, 0, 0, value});
+    } else {
+        freeAccumulator();
+        emit(opcodeOf(Other::LoadConstant)).number = value;
+        push({Place::Accumulator});
+    }
+}
+
+// Operators
+
+void Compiler::apply(Operator op) {
+    switch (op) {
+        case Operator::Plus:
+            break;
+        case Operator::Minus:
+            number(-1);
+            binary(Operator::Multiply);
+            break;
+        case Operator::Factorial:
+            unary(Unary::Factorial);
+            break;
+        case Operator::Not:
+            unary(Unary::Not);
+            break;
+        case Operator::And:
+        case Operator::Or:
+            closeLogical(op);
+            break;
+        default:
+            if (top().place == Place::Text) {
+                textRelation(op);
+            } else {
+                binary(op);
+            }
+            break;
+    }
+}
+
+void Compiler::binary(Operator op) {
+    if (op == Operator::Power && power()) {
         return;
     }
-    if (node.op == Operator::Plus) {
+    if (top(1).isLeaf() && top().isLeaf()) {
+        combineLeaves(op);
         return;
     }
-    const Operand last = pop();
-    if (isUnary(node.op)) {
-        emit(opcodeOf(node.op));
-        push({last.begin, Type::Number, {}});
-        if (last.constant) {
-            fold(last.begin, 1);
+    if (isArithmetic(op)) {
+        const bool leftToLoad = top(1).isPair() || top(1).place == Place::Temporary;
+        if (top().isPair() && leftToLoad) {
+            loadTop(1);
+        }
+        if (combineWithPair(op)) {
+            return;
+        }
+    }
+    if (top().isPair()) {
+        loadTop();
+    }
+    if (top(1).place != Place::Accumulator && top().place != Place::Accumulator) {
+        loadTop(1);
+    }
+    if (top(1).isPair()) {
+        loadTop(1);
+    }
+    combineLoaded(op);
+}
+
+/// Two variables or constants: a constant, a pair, or an instruction at once.
+void Compiler::combineLeaves(Operator op) {
+    const Operand left = top(1);
+    const Operand right = top();
+    const bool leftIsConstant = left.place == Place::Constant;
+    const bool rightIsConstant = right.place == Place::Constant;
+    if (leftIsConstant && rightIsConstant) {
+        const double value = valueOf(op, left.number, right.number);
+        if (std::isfinite(value)) {
+            replace(2, {Place::Constant, {}, 0, 0, 0, value});
+        } else {
+            loadTop(1);
+            combineLoaded(op);
         }
         return;
     }
-    const Operand left = pop();
-    if (left.type == Type::Text) {
-        emit(Opcode::TextRelation, {}, static_cast<std::uint32_t>(node.op));
-    } else {
-        emit(opcodeOf(node.op));
+    Operand pair{Place::VV, op, 0, left.a, right.a};
+    if (leftIsConstant) {
+        pair = {Place::KV, op, 0, right.a, 0, left.number};
+    } else if (rightIsConstant) {
+        pair = {Place::VK, op, 0, left.a, 0, right.number};
     }
-    push({left.begin, Type::Number, {}});
-    if (left.constant && last.constant) {
-        fold(left.begin, 2);
+    replace(2, pair);
+    if (!isArithmetic(op)) {
+        loadTop();
     }
 }
 
-void Compiler::call(const Node& node) {
-    if (node.function == Function::If) {
-        closeConditional();
+/// A pair and a variable, a constant or the accumulator, in whatever order: one instruction, if
+/// there is one.
+bool Compiler::combineWithPair(Operator op) {
+    const bool pairIsLeft = top(1).isPair();
+    const Operand pair = pairIsLeft ? top(1) : top();
+    const Operand other = pairIsLeft ? top() : top(1);
+    if (!pair.isPair()) {
+        return false;
+    }
+    const auto kind = static_cast<std::size_t>(pair.place) - static_cast<std::size_t>(Place::VV);
+    Instruction parts;
+    parts.a = pair.a;
+    parts.b = pair.b;
+    parts.number = pair.number;
+    if (other.place == Place::Accumulator) {
+        const bool fromLeft = pairIsLeft && !commutes(op);
+        parts.opcode = fromLeft ? opcodeOf(shapeFor(Shape::VV_A, kind), pair.op, op)
+                                : opcodeOf(shapeFor(Shape::A_VV, kind), op, pair.op);
+        emit(parts);
+    } else if (other.place == Place::Variable && pairIsLeft) {
+        constexpr std::array shapes{Shape::VVV, Shape::VKV, Shape::KVV};
+        parts.opcode = opcodeOf(shapes[kind], pair.op, op);
+        (pair.place == Place::VV ? parts.c : parts.b) = other.a;
+        emitFresh(parts);
+    } else if (other.place == Place::Variable) {
+        parts.opcode = opcodeOf(shapeFor(Shape::V_VV, kind), op, pair.op);
+        parts.a = other.a;
+        parts.b = pair.a;
+        parts.c = pair.b;
+        emitFresh(parts);
+    } else if (other.place == Place::Constant && pair.place == Place::VV &&
+               (pairIsLeft || commutes(op))) {
+        parts.opcode = opcodeOf(Shape::VVK, pair.op, op);
+        parts.number = other.number;
+        emitFresh(parts);
+    } else {
+        return false;
+    }
+    replace(2, {Place::Accumulator});
+    return true;
+}
+
+/// One operand is in the accumulator; the other is a variable, a constant or a temporary.
+void Compiler::combineLoaded(Operator op) {
+    const Operand left = top(1);
+    const Operand right = top();
+    if (left.place == Place::Accumulator) {
+        if (right.place == Place::Temporary) {
+            emit(opcodeOf(Shape::AT, op)).a = right.slot;
+        } else {
+            emitFusable(op, right);
+        }
+    } else if (left.place == Place::Temporary) {
+        if (!fuse(op, left)) {
+            emit(opcodeOf(Shape::TA, op)).a = left.slot;
+        }
+    } else if (commutes(op)) {
+        emitFusable(op, left);
+    } else if (left.place == Place::Variable) {
+        emit(opcodeOf(Shape::VA, op)).a = left.a;
+    } else {
+        emit(opcodeOf(Shape::KA, op)).number = left.number;
+    }
+    replace(2, {Place::Accumulator});
+}
+
+/// Powers that need no general power.
+bool Compiler::power() {
+    if (top(1).place == Place::Constant && top(1).number == kE) {
+        if (top().place == Place::Temporary) {
+            loadTop();
+        }
+        replace(2, Operand(top()));
+        unary(Unary::PowerOfE);
+        return true;
+    }
+    if (top().place != Place::Constant) {
+        return false;
+    }
+    const std::optional<Unary> operation = powerOperation(top().number);
+    if (!operation) {
+        return false;
+    }
+    pop(1);
+    unary(*operation);
+    return true;
+}
+
+void Compiler::unary(Unary operation) {
+    const Operand operand = top();
+    if (operand.place == Place::Constant) {
+        const double value = valueOf(operation, operand.number);
+        if (std::isfinite(value)) {
+            top().number = value;
+            return;
+        }
+    }
+    if (operand.place == Place::Variable && operation == Unary::Square) {
+        replace(1, {Place::VV, Operator::Multiply, 0, operand.a, operand.a});
         return;
     }
-    const FunctionInfo& info = infoOf(node.function);
-    std::uint32_t begin = here();
-    bool constant = true;
-    for (std::uint32_t i = 0; i < node.first; ++i) {
-        const Operand argument = pop();
-        begin = argument.begin;
-        constant = constant && argument.constant;
+    if (operand.place == Place::Variable) {
+        Instruction instruction;
+        instruction.opcode = opcodeOf(operation, true);
+        instruction.a = operand.a;
+        emitFresh(instruction);
+    } else {
+        loadTop();
+        emit(opcodeOf(operation));
     }
-    if (takesText(info)) {
-        usesText_ = true;
-        emit(Opcode::CallText, node.function, node.first);
-        push({begin, info.result == 't' ? Type::Text : Type::Number, {}});
+    replace(1, {Place::Accumulator});
+}
+
+void Compiler::textRelation(Operator op) {
+    freeAccumulator();
+    emit(opcodeOf(Other::TextRelation)).b = static_cast<std::uint16_t>(op);
+    replace(2, {Place::Accumulator});
+}
+
+// Calls
+
+/// Arguments that functions find among the temporaries are stored as soon as they are complete.
+void Compiler::argument(Function function, std::uint32_t number) {
+    if (function == Function::If) {
+        conditionalArgument(number);
         return;
     }
-    emit(node.first == 1 ? Opcode::CallOne : Opcode::CallTwo, node.function);
-    push({begin, Type::Number, {}});
-    if (constant) {
-        fold(begin, node.first);
+    const bool isFirstOfTwo =
+        (function == Function::Mod || function == Function::Preci) && number == 1;
+    const bool isStored = isFirstOfTwo ? top().place != Place::Constant
+                                       : worksOnText(function) && top().place != Place::Text;
+    if (isStored) {
+        storeTop();
     }
 }
+
+void Compiler::call(Function function, std::uint32_t arguments) {
+    if (function == Function::If) {
+        closeConditional();
+    } else if (worksOnText(function)) {
+        callText(function, arguments);
+    } else if (arguments == 1) {
+        unary(unaryOf(function));
+    } else {
+        callOfTwo(function);
+    }
+}
+
+void Compiler::callOfTwo(Function function) {
+    const bool isMod = function == Function::Mod;
+    if (top(1).place == Place::Constant && top().place == Place::Constant) {
+        const double x = top(1).number;
+        const double y = top().number;
+        const double value =
+            isMod ? engine::apply<Function::Mod>(x, y) : engine::apply<Function::Preci>(x, y);
+        if (std::isfinite(value)) {
+            replace(2, {Place::Constant, {}, 0, 0, 0, value});
+            return;
+        }
+    }
+    if (top(1).place == Place::Constant) {
+        storeTop(1);
+    }
+    loadTop();
+    emit(opcodeOf(isMod ? Other::Mod : Other::Preci)).a = top(1).slot;
+    replace(2, {Place::Accumulator});
+}
+
+void Compiler::callText(Function function, std::uint32_t arguments) {
+    const FunctionInfo& info = infoOf(function);
+    const auto numbers =
+        static_cast<std::size_t>(std::count(info.parameters.begin(), info.parameters.end(), 'n'));
+    freeAccumulator();
+    Instruction& instruction = emit(opcodeOf(Other::CallText));
+    instruction.a = numbers > 0 ? top(numbers - 1).slot : std::uint16_t{0};
+    instruction.b = static_cast<std::uint16_t>(function);
+    instruction.index = arguments;
+    usesText_ = true;
+    replace(arguments, {info.result == 't' ? Place::Text : Place::Accumulator});
+}
+
+// Conditions
 
 /// Called with the condition on top. A known condition vanishes from the code.
-void Compiler::openBranch(Opcode jump) {
-    const Operand& condition = operands_.back();
-    if (condition.constant) {
-        const bool known = *condition.constant != 0;
-        dropCode(condition.begin);
-        constants_.pop_back();
-        branches_.push_back({known, 0});
-    } else {
-        branches_.push_back({std::nullopt, here()});
-        emit(jump);
+void Compiler::openBranch(Other jump) {
+    if (top().place == Place::Constant) {
+        freeAccumulator();
+        branches_.push_back({top().number != 0, here(), 0});
+        return;
     }
+    loadTop();
+    branches_.push_back({std::nullopt, 0, here()});
+    emit(opcodeOf(jump));
+    replace(1, {Place::Constant});
 }
 
 void Compiler::closeLogical(Operator op) {
     const Branch branch = branches_.back();
     branches_.pop_back();
-    const Operand right = pop();
-    const Operand left = pop();
     const bool deciding = op == Operator::Or;  // the value of the left side that decides alone
     if (branch.known == deciding) {
-        dropCode(right.begin);
-        pushNumber(left.begin, deciding ? 1 : 0);
+        dropCode(branch.begin);
+        replace(2, {Place::Constant, {}, 0, 0, 0, deciding ? 1.0 : 0.0});
         return;
     }
-    emit(Opcode::Truth);
-    push({left.begin, Type::Number, {}});
     if (!branch.known) {
-        instructions_[branch.jump].operand = here();
-    } else if (right.constant) {
-        fold(left.begin, 1);
+        loadTop();
+        land(branch.jump);
     }
+    unary(Unary::Truth);
+    replace(2, Operand(top()));
 }
 
 void Compiler::conditionalArgument(std::uint32_t argument) {
     if (argument == 1) {
-        openBranch(Opcode::JumpIfFalse);
+        openBranch(Other::JumpIfFalse);
         return;
     }
     Branch& branch = branches_.back();
-    const std::uint32_t begin = operands_.back().begin;
+    const bool isNumber = top().place != Place::Text;
     if (branch.known) {
-        const bool chosen = *branch.known == (argument == 2);
-        if (!chosen) {
-            dropCode(begin);
+        const bool isChosen = *branch.known == (argument == 2);
+        if (!isChosen) {
+            dropCode(branch.begin);
+            if (isNumber) {
+                replace(1, {Place::Constant});
+            }
+        } else if (argument == 2) {
+            freeAccumulator();
         }
-    } else if (argument == 2) {
+        branch.begin = here();
+        return;
+    }
+    if (isNumber) {
+        loadTop();
+    }
+    if (argument == 2) {
         const std::uint32_t end = here();
-        emit(Opcode::Jump);
-        instructions_[branch.jump].operand = here();
+        emit(opcodeOf(Other::Jump));
+        land(branch.jump);
         branch.jump = end;
+        if (isNumber) {
+            replace(1, {Place::Constant});
+        }
     } else {
-        instructions_[branch.jump].operand = here();
+        land(branch.jump);
     }
 }
 
 void Compiler::closeConditional() {
-    const Branch branch = branches_.back();
+    const bool takesThen = branches_.back().known.value_or(false);
     branches_.pop_back();
-    const Operand otherwise = pop();
-    const Operand then = pop();
-    const Operand condition = pop();
-    Operand result{condition.begin, then.type, {}};
-    if (branch.known) {
-        result.constant = *branch.known ? then.constant : otherwise.constant;
+    const std::size_t chosen = takesThen ? 1 : 0;
+    if (top(chosen).place == Place::Temporary) {
+        loadTop(chosen);
     }
-    push(result);
+    replace(3, Operand(top(chosen)));
 }
 
-/// Replaces the last instructions, from `begin` on, which work on nothing but the last `constants`,
-/// by their value, if they have one.
-void Compiler::fold(std::uint32_t begin, std::size_t constants) {
-    emit(Opcode::Return);
-    Code part = code();
-    part.instructions = part.instructions.subspan(begin);
-    double value = 0;
-    Failure failure;
-    const bool worked = interpret(part, nullptr, nullptr, value, failure);
-    instructions_.pop_back();
-    if (!worked) {
+// Instructions
+
+void Compiler::emit(const Instruction& instruction) {
+    instructions_.push_back(instruction);
+}
+
+Instruction& Compiler::emit(Opcode opcode) {
+    Instruction& instruction = instructions_.emplace_back();
+    instruction.opcode = opcode;
+    return instruction;
+}
+
+/// An instruction that takes nothing from the accumulator. It also does the work of a Store before
+/// it.
+void Compiler::emitFresh(Instruction instruction) {
+    freeAccumulator();
+    const bool isAfterStore = !instructions_.empty() && label_ != instructions_.size() &&
+                              instructions_.back().opcode == opcodeOf(Other::Store);
+    if (isAfterStore) {
+        const std::uint16_t slot = instructions_.back().a;
+        instructions_.pop_back();
+        if (storesInC(instruction.opcode)) {
+            instruction.c = slot;
+        } else {
+            instruction.index = slot;
+        }
+        instruction.opcode = static_cast<Opcode>(instruction.opcode + kStoresFirst);
+    }
+    emit(instruction);
+}
+
+/// The accumulator `op` a variable or a constant.
+void Compiler::emitFusable(Operator op, const Operand& leaf) {
+    if (fuse(op, leaf)) {
         return;
     }
-    dropCode(begin);
-    constants_.resize(constants_.size() - constants);
-    pop();
-    pushNumber(begin, value);
+    const bool isVariable = leaf.place == Place::Variable;
+    Instruction& instruction = emit(opcodeOf(isVariable ? Shape::AV : Shape::AK, op));
+    instruction.a = leaf.a;
+    instruction.number = leaf.number;
+    if (isArithmetic(op)) {
+        fusable_ = instructions_.size();
+    }
+}
+
+/// Lets the last instruction, if it is `A • V` or `A • K`, do `op` as well: with a variable or
+/// constant on the right, or a temporary on the left.
+bool Compiler::fuse(Operator op, const Operand& other) {
+    if (!isArithmetic(op) || fusable_ != instructions_.size()) {
+        return false;
+    }
+    Instruction& last = instructions_.back();
+    const bool afterVariable = last.opcode < opcodeOf(Shape::AK, Operator::Add);
+    const auto before = static_cast<Operator>(last.opcode % kOpcodesPerShape);
+    if (other.place == Place::Variable) {
+        last.opcode = opcodeOf(afterVariable ? Shape::AVV : Shape::AKV, before, op);
+        (afterVariable ? last.b : last.a) = other.a;
+    } else if (other.place == Place::Constant && afterVariable) {
+        last.opcode = opcodeOf(Shape::AVK, before, op);
+        last.number = other.number;
+    } else if (other.place == Place::Temporary && afterVariable) {
+        last.opcode = opcodeOf(Shape::T_AV, op, before);
+        last.b = other.slot;
+    } else {
+        return false;
+    }
+    fusable_ = kNone;
+    return true;
+}
+
+/// Makes `jump` lead to what comes next.
+void Compiler::land(std::uint32_t jump) {
+    instructions_[jump].index = here() - jump;
+    label_ = instructions_.size();
+    fusable_ = kNone;
+}
+
+void Compiler::dropCode(std::uint32_t begin) {
+    instructions_.resize(begin);
+    fusable_ = kNone;
+}
+
+/// Gives every instruction its step on the fast machine.
+void Compiler::link() {
+    for (Instruction& instruction : instructions_) {
+        instruction.step = fastStep(instruction.opcode);
+    }
+    if (instructions_.size() > 1) {
+        Instruction& last = *(instructions_.end() - 2);
+        if (givesNumber(last.opcode % kStoresFirst)) {
+            last.step = lastFastStep(last.opcode);
+        }
+    }
+}
+
+// Operands
+
+void Compiler::push(Operand operand) {
+    if (operand.place == Place::Text) {
+        usesText_ = true;
+        textDepth_ =
+            std::max(textDepth_, static_cast<std::uint32_t>(operands_.size()) - numbers_ + 1);
+    } else {
+        operand.slot = static_cast<std::uint16_t>(numbers_++);
+    }
+    if (operand.place == Place::Accumulator) {
+        accumulator_ = operands_.size();
+    }
+    operands_.push_back(operand);
+}
+
+void Compiler::pop(std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        numbers_ -= operands_.back().place == Place::Text ? 0 : 1;
+        operands_.pop_back();
+    }
+    if (accumulator_ >= operands_.size()) {
+        accumulator_ = kNone;
+    }
+}
+
+/// The topmost `count` operands become one.
+void Compiler::replace(std::size_t count, const Operand& operand) {
+    pop(count);
+    push(operand);
+}
+
+/// Stores what is in the accumulator, if it is still wanted.
+void Compiler::freeAccumulator() {
+    if (accumulator_ == kNone) {
+        return;
+    }
+    Operand& operand = operands_[accumulator_];
+    operand.place = Place::Temporary;
+    emit(opcodeOf(Other::Store)).a = operand.slot;
+    temporaries_ = std::max(temporaries_, operand.slot + 1U);
+    accumulator_ = kNone;
+}
+
+void Compiler::storeTop(std::size_t below) {
+    loadTop(below);
+    freeAccumulator();
+}
+
+/// Puts an operand into the accumulator.
+void Compiler::loadTop(std::size_t below) {
+    const std::size_t index = operands_.size() - 1 - below;
+    Operand& operand = operands_[index];
+    if (operand.place == Place::Accumulator) {
+        return;
+    }
+    if (operand.isPair()) {
+        const auto kind =
+            static_cast<std::size_t>(operand.place) - static_cast<std::size_t>(Place::VV);
+        Instruction instruction;
+        instruction.opcode = opcodeOf(shapeFor(Shape::VV, kind), operand.op);
+        instruction.a = operand.a;
+        instruction.b = operand.b;
+        instruction.number = operand.number;
+        emitFresh(instruction);
+    } else {
+        freeAccumulator();
+        if (operand.place == Place::Variable) {
+            emit(opcodeOf(Other::LoadVariable)).index = operand.a;
+        } else if (operand.place == Place::Constant) {
+            emit(opcodeOf(Other::LoadConstant)).number = operand.number;
+        } else {
+            emit(opcodeOf(Other::LoadTemporary)).a = operand.slot;
+        }
+    }
+    operand.place = Place::Accumulator;
+    accumulator_ = index;
 }
 
 }  // namespace varo::engine

@@ -1,6 +1,7 @@
 #include "engine/formula.h"
 
 #include "engine/compiler.h"
+#include "engine/fast_steps.h"
 #include "engine/interpreter.h"
 #include "engine/lexer.h"
 #include "engine/parser.h"
@@ -17,6 +18,18 @@
 
 namespace varo::engine {
 namespace {
+
+[[gnu::noinline]] double runWithTemporaries(const Instruction* first, const double* variables) {
+    double temporaries[kMostFastTemporaries];
+    return first->step(first, variables, temporaries, 0, 0);
+}
+
+/// Runs a program that is fit for the fast machine.
+double runFast(const Program& program, const double* variables) {
+    const Instruction* const first = firstInstruction(program);
+    return program.code.temporaries > 0 ? runWithTemporaries(first, variables)
+                                        : first->step(first, variables, nullptr, 0, 0);
+}
 
 constexpr std::size_t kLongestFormula = std::size_t{1} << 30;
 
@@ -119,6 +132,10 @@ ProgramBlock build(std::string_view formula) {
         parts.code = space.compiler.code();
     }
     parts.errorSubject = space.subject;
+    const bool isFast = parts.error == ErrorCode::None && !parts.code.usesText &&
+                        parts.code.instructions.size() <= kMostFastInstructions &&
+                        parts.code.temporaries <= kMostFastTemporaries;
+    parts.numbersWanted = isFast ? parts.types.size() : std::numeric_limits<std::size_t>::max();
     return assemble(parts);
 }
 
@@ -189,7 +206,31 @@ bool Formula::evaluate(const Values& values, Value& result, Error& error) const 
     return true;
 }
 
+double Formula::operator()(std::span<const double> numbers) const {
+    const Program& program = programIn(block_);
+    if (numbers.size() >= program.numbersWanted) {
+        return runFast(program, numbers.data());
+    }
+    double result = 0;
+    Error error;
+    return evaluateSlowly(numbers, result, error) ? result
+                                                  : std::numeric_limits<double>::quiet_NaN();
+}
+
 bool Formula::evaluate(std::span<const double> numbers, double& result, Error& error) const {
+    const Program& program = programIn(block_);
+    if (numbers.size() >= program.numbersWanted) {
+        const double value = runFast(program, numbers.data());
+        if (std::isfinite(value)) {
+            result = value;
+            return true;
+        }
+    }
+    return evaluateSlowly(numbers, result, error);
+}
+
+/// Evaluates what has no fast program, and whatever failed, to tell why.
+bool Formula::evaluateSlowly(std::span<const double> numbers, double& result, Error& error) const {
     const Program& program = programIn(block_);
     std::size_t missing = numbers.size();
     if (program.code.usesText) {
@@ -236,23 +277,21 @@ bool Formula::run(std::span<const double> numbers, std::span<const std::string> 
         return false;
     }
     Failure failure;
-    bool worked = false;
+    std::optional<TextMachine> machine;
     if (program.code.usesText) {
-        TextMachine machine(program.code, texts);
-        worked = interpret(program.code, numbers.data(), &machine, number, failure);
-        if (worked && text != nullptr) {
-            *text = machine.top();
-        }
-    } else {
-        worked = interpret(program.code, numbers.data(), nullptr, number, failure);
+        machine.emplace(program.code, texts);
     }
-    if (!worked) {
-        error = {failure.code, 0, 0, std::move(failure.subject)};
-        if (failure.code == ErrorCode::OutsideDomain) {
-            error.subject = infoOf(failure.function).name;
+    if (interpret(program.code, numbers.data(), machine ? &*machine : nullptr, number, failure)) {
+        if (text != nullptr) {
+            *text = machine->top();
         }
+        return true;
     }
-    return worked;
+    error = {failure.code, 0, 0, std::move(failure.subject)};
+    if (failure.code == ErrorCode::OutsideDomain) {
+        error.subject = infoOf(failure.function).name;
+    }
+    return false;
 }
 
 Values::Values(const Formula& formula)

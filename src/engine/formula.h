@@ -91,6 +91,10 @@ class Formula {
     /// nothing unless the formula works on texts.
     bool evaluate(std::span<const double> numbers, double& result, Error& error) const;
 
+    /// The number that evaluate() would put into `result`, as fast as it can be had; not finite
+    /// when evaluating fails.
+    double operator()(std::span<const double> numbers) const;
+
     /// The same for every row of a table, many rows at a time: `columns` holds a column for each
     /// variable, which covers results.size() rows. Each result is bit for bit the one that
     /// evaluating its row alone gives; where that fails, `results` gets NaN and `status` the
@@ -103,6 +107,7 @@ class Formula {
 
   private:
     explicit Formula(std::unique_ptr<std::byte[]> block);
+    bool evaluateSlowly(std::span<const double> numbers, double& result, Error& error) const;
     bool run(std::span<const double> numbers, std::span<const std::string> texts, double& number,
              std::string* text, Error& error) const;
 

@@ -1,6 +1,6 @@
 #include "engine/interpreter.h"
 
-#include "engine/number_functions.h"
+#include "engine/steps.h"
 #include "engine/text_machine.h"
 
 #include <cmath>
@@ -8,140 +8,142 @@
 namespace varo::engine {
 namespace {
 
-bool fail(ErrorCode code, const Instruction& at, Failure& failure) {
-    failure.code = code;
-    failure.function = at.function;
-    return false;
+class Machine {
+  public:
+    Machine(const double* variables, TextMachine* texts, Failure& failure)
+        : variables_(variables), texts_(texts), failure_(failure) {}
+
+    double accumulator() const { return accumulator_; }
+    double temporary(std::uint16_t index) const { return temporaries_[index]; }
+    Leaf variable(std::uint32_t index) const { return {variables_[index]}; }
+
+    template <Operator op, class X, class Y>
+    double apply(X x, Y y) {
+        const double value = engine::apply<op>(engine::valueOf(x), engine::valueOf(y));
+        if (!std::isfinite(value)) {
+            fail(explain(op, engine::valueOf(x), engine::valueOf(y)));
+        }
+        return value;
+    }
+    template <Unary operation, class X>
+    double apply(X x) {
+        const double value = engine::apply<operation>(engine::valueOf(x));
+        if (!std::isfinite(value)) {
+            fail(explain(operation), functionOf(operation));
+        }
+        return value;
+    }
+    template <Function function>
+    double apply(double x, double y) {
+        const double value = engine::apply<function>(x, y);
+        if (!std::isfinite(value)) {
+            fail(function == Function::Mod && y == 0 ? ErrorCode::DivisionByZero
+                                                     : ErrorCode::OutOfRange);
+        }
+        return value;
+    }
+
+    template <Opcode opcode>
+    void step(const Instruction& at) {
+        accumulator_ = valueOf<opcode>(*this, at);
+        if (!std::isfinite(accumulator_)) {
+            fail(ErrorCode::OutOfRange);
+        }
+    }
+
+    /// Executes the program up to its end or the first failure.
+    bool run(const Instruction* at);
+
+  private:
+    const Instruction* control(const Instruction* at);
+    void fail(ErrorCode code, Function function = Function::Unknown) {
+        if (failure_.code == ErrorCode::None) {
+            failure_.code = code;
+            failure_.function = function;
+        }
+    }
+
+    double accumulator_ = 0;
+    double temporaries_[kMostTemporaries];
+    const double* variables_;
+    TextMachine* texts_;
+    Failure& failure_;
+};
+
+using Step = void (Machine::*)(const Instruction&);
+
+struct MakeStep {
+    template <Opcode opcode>
+    static constexpr Step make() {
+        if constexpr (givesNumber(opcode)) {
+            return &Machine::step<opcode>;
+        } else {
+            return nullptr;
+        }
+    }
+};
+
+constexpr auto kSteps = tableOfSteps<MakeStep>();
+
+bool Machine::run(const Instruction* at) {
+    while (at->opcode != opcodeOf(Other::Return)) {
+        const Opcode opcode = at->opcode % kStoresFirst;
+        if (opcode != at->opcode) {
+            temporaries_[storedTemporary(opcode, *at)] = accumulator_;
+        }
+        if (givesNumber(opcode)) {
+            (this->*kSteps[opcode])(*at);
+            ++at;
+        } else {
+            at = control(at);
+        }
+        if (failure_.code != ErrorCode::None) {
+            return false;
+        }
+    }
+    return true;
 }
 
-constexpr double truth(bool value) {
-    return value ? 1 : 0;
+/// Executes an instruction on texts or on the flow of instructions; returns the next one.
+const Instruction* Machine::control(const Instruction* at) {
+    const bool isTrue = accumulator_ != 0;
+    switch (static_cast<Other>(at->opcode - kOtherOpcodes)) {
+        case Other::Store:
+            temporaries_[at->a] = accumulator_;
+            break;
+        case Other::Jump:
+            return at + at->index;
+        case Other::JumpIfFalse:
+            return at + (isTrue ? 1 : at->index);
+        case Other::JumpIfTrue:
+            return at + (isTrue ? at->index : 1);
+        case Other::Literal:
+            texts_->pushLiteral(at->index);
+            break;
+        case Other::TextVariable:
+            texts_->pushVariable(at->index);
+            break;
+        case Other::TextRelation:
+            fail(texts_->relation(static_cast<Operator>(at->b), accumulator_));
+            break;
+        default:  // CallText
+            fail(texts_->call(static_cast<Function>(at->b), at->index, temporaries_ + at->a,
+                              accumulator_, failure_.subject));
+            break;
+    }
+    return at + 1;
 }
 
 }  // namespace
 
 bool interpret(const Code& code, const double* variables, TextMachine* texts, double& result,
                Failure& failure) {
-    double stack[kNumberStackSize];
-    double* top = stack;  // stack[0] stays free, so that an empty stack has a top, too
-    *top = 0;
-    const Instruction* const begin = code.instructions.data();
-    for (const Instruction* at = begin;; ++at) {
-        ErrorCode error = ErrorCode::None;
-        switch (at->opcode) {
-            case Opcode::Constant:
-                *++top = code.constants[at->operand];
-                break;
-            case Opcode::Variable:
-                *++top = variables[at->operand];
-                continue;
-            case Opcode::Literal:
-                texts->pushLiteral(at->operand);
-                continue;
-            case Opcode::TextVariable:
-                texts->pushVariable(at->operand);
-                continue;
-            case Opcode::Negate:
-                *top = -*top;
-                continue;
-            case Opcode::Factorial:
-                error = factorial(*top, *top);
-                break;
-            case Opcode::Power:
-                --top;
-                error = power(top[0], top[1], *top);
-                break;
-            case Opcode::Divide:
-                --top;
-                error = divide(top[0], top[1], *top);
-                break;
-            case Opcode::Multiply:
-                --top;
-                *top *= top[1];
-                break;
-            case Opcode::Add:
-                --top;
-                *top += top[1];
-                break;
-            case Opcode::Subtract:
-                --top;
-                *top -= top[1];
-                break;
-            case Opcode::Same:
-                --top;
-                *top = truth(top[0] == top[1]);
-                continue;
-            case Opcode::Different:
-                --top;
-                *top = truth(top[0] != top[1]);
-                continue;
-            case Opcode::Less:
-                --top;
-                *top = truth(top[0] < top[1]);
-                continue;
-            case Opcode::LessOrSame:
-                --top;
-                *top = truth(top[0] <= top[1]);
-                continue;
-            case Opcode::Greater:
-                --top;
-                *top = truth(top[0] > top[1]);
-                continue;
-            case Opcode::GreaterOrSame:
-                --top;
-                *top = truth(top[0] >= top[1]);
-                continue;
-            case Opcode::Not:
-                *top = truth(*top == 0);
-                continue;
-            case Opcode::Truth:
-                *top = truth(*top != 0);
-                continue;
-            case Opcode::CallOne:
-                error = callNumberFunction(at->function, *top, 0, *top);
-                break;
-            case Opcode::CallTwo:
-                --top;
-                error = callNumberFunction(at->function, top[0], top[1], *top);
-                break;
-            case Opcode::Jump:
-                at = begin + at->operand - 1;
-                continue;
-            case Opcode::JumpIfFalse:
-                at = *top-- == 0 ? begin + at->operand - 1 : at;
-                continue;
-            case Opcode::JumpIfAndFalse:
-                if (*top == 0) {
-                    at = begin + at->operand - 1;
-                } else {
-                    --top;
-                }
-                continue;
-            case Opcode::JumpIfOrTrue:
-                if (*top != 0) {
-                    *top = 1;
-                    at = begin + at->operand - 1;
-                } else {
-                    --top;
-                }
-                continue;
-            case Opcode::TextRelation:
-                error = texts->relation(static_cast<Operator>(at->operand), *++top);
-                break;
-            case Opcode::CallText:
-                error = texts->call(at->function, at->operand, top, failure.subject);
-                break;
-            case Opcode::Return:
-                result = *top;
-                return true;
-        }
-        if (error != ErrorCode::None) {
-            return fail(error, *at, failure);
-        }
-        if (!std::isfinite(*top)) {
-            return fail(ErrorCode::OutOfRange, *at, failure);
-        }
+    Machine machine(variables, texts, failure);
+    if (!machine.run(code.instructions.data())) {
+        return false;
     }
+    result = machine.accumulator();
+    return true;
 }
 
 }  // namespace varo::engine

@@ -221,19 +221,20 @@ Token Lexer::name() {
         at_ += next.bytes;
     }
     token.size = static_cast<std::uint32_t>(at_ - first);
-    if (const std::optional<Operator> op = operatorNamed(folded_)) {
+    const Word word = wordNamed(folded_);
+    if (word.kind == Word::Kind::Operator) {
         token.kind = TokenKind::Operator;
-        token.op = *op;
+        token.op = word.op;
         return token;
     }
     skipBlanks();
     if (peek().form == '(') {
         token.kind = TokenKind::Function;
-        token.function = functionNamed(folded_);
-    } else if (const std::optional<double> constant = constantNamed(folded_)) {
+        token.function = word.function;
+    } else if (word.kind == Word::Kind::Constant) {
         token.kind = TokenKind::Number;
-        token.number = *constant;
-    } else if (folded_ == kFoldedResultName) {
+        token.number = word.number;
+    } else if (word.kind == Word::Kind::Result) {
         token.kind = TokenKind::Result;
     } else {
         token.first = variables_.intern(spelled_, folded_);

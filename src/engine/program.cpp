@@ -8,6 +8,7 @@ namespace varo::engine {
 namespace {
 
 static_assert(std::is_trivially_destructible_v<Program>, "a block is released as bytes");
+static_assert(sizeof(Program) % alignof(Instruction) == 0, "instructions follow at once");
 static_assert(alignof(Program) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 
 /// Copies arrays one behind the other. They must come in order of falling alignment.
@@ -37,11 +38,10 @@ class Writer {
 };
 
 std::size_t bytesOf(const Program& parts) {
-    return sizeof(Program) + parts.code.constants.size_bytes() +
-           parts.code.instructions.size_bytes() + parts.code.literalSpans.size_bytes() +
-           parts.names.entries.size_bytes() + parts.names.slots.size_bytes() +
-           parts.types.size_bytes() + parts.code.literals.size() + parts.names.characters.size() +
-           parts.errorSubject.size();
+    return sizeof(Program) + parts.code.instructions.size_bytes() +
+           parts.code.literalSpans.size_bytes() + parts.names.entries.size_bytes() +
+           parts.names.slots.size_bytes() + parts.types.size_bytes() + parts.code.literals.size() +
+           parts.names.characters.size() + parts.errorSubject.size();
 }
 
 }  // namespace
@@ -50,7 +50,6 @@ ProgramBlock assemble(const Program& parts) {
     ProgramBlock block(new std::byte[bytesOf(parts)]);
     auto* const program = new (block.get()) Program(parts);
     Writer writer(block.get() + sizeof(Program));
-    program->code.constants = writer.copy(parts.code.constants);
     program->code.instructions = writer.copy(parts.code.instructions);
     program->code.literalSpans = writer.copy(parts.code.literalSpans);
     program->names.entries = writer.copy(parts.names.entries);
@@ -60,10 +59,6 @@ ProgramBlock assemble(const Program& parts) {
     program->names.characters = writer.copy(parts.names.characters);
     program->errorSubject = writer.copy(parts.errorSubject);
     return block;
-}
-
-const Program& programIn(const ProgramBlock& block) {
-    return *std::launder(reinterpret_cast<const Program*>(block.get()));
 }
 
 }  // namespace varo::engine

@@ -1,12 +1,13 @@
 #pragma once
 
-#include "engine/code.h"
 #include "engine/error.h"
+#include "engine/instruction.h"
 #include "engine/variable_table.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <span>
 #include <string_view>
 
@@ -16,6 +17,9 @@ namespace varo::engine {
 /// the copy that assemble() makes.
 struct Program {
     Code code;  ///< empty when there is an error
+    /// How many numbers the code needs to be evaluated at full speed; more than there can be when
+    /// it works on texts or there is an error.
+    std::size_t numbersWanted = 0;
     VariableNames names;
     std::span<const Type> types;  ///< of the variables
     Type resultType = Type::Number;
@@ -32,6 +36,13 @@ using ProgramBlock = std::unique_ptr<std::byte[]>;
 ProgramBlock assemble(const Program& parts);
 
 /// The program in `block`, which is not empty.
-const Program& programIn(const ProgramBlock& block);
+inline const Program& programIn(const ProgramBlock& block) {
+    return *std::launder(reinterpret_cast<const Program*>(block.get()));
+}
+
+/// The instructions of a program in a block follow it.
+inline const Instruction* firstInstruction(const Program& program) {
+    return std::launder(reinterpret_cast<const Instruction*>(&program + 1));
+}
 
 }  // namespace varo::engine

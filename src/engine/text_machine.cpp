@@ -58,29 +58,26 @@ ErrorCode TextMachine::relation(Operator op, double& result) {
     return spend(left.size() + right.size()) ? ErrorCode::None : ErrorCode::OutOfRange;
 }
 
-ErrorCode TextMachine::call(Function function, std::uint32_t arguments, double*& top,
-                            std::string& subject) {
+ErrorCode TextMachine::call(Function function, std::uint32_t arguments, const double* numbers,
+                            double& result, std::string& subject) {
     const FunctionInfo& info = infoOf(function);
-    const auto numbers = std::count(info.parameters.begin(), info.parameters.end(), 'n');
-    const std::size_t texts = arguments - static_cast<std::size_t>(numbers);
-    const Arguments given{std::span(stack_).last(texts), top - numbers + 1};
+    const auto numberCount = std::count(info.parameters.begin(), info.parameters.end(), 'n');
+    const std::size_t textCount = arguments - static_cast<std::size_t>(numberCount);
+    const Arguments given{std::span(stack_).last(textCount), numbers};
     for (const std::string_view text : given.texts) {
         if (!spend(text.size())) {
             return ErrorCode::OutOfRange;
         }
     }
-    double number = 0;
-    std::string_view text;
-    const bool isText = info.result == 't';
-    const ErrorCode error =
-        isText ? callToText(function, given, text) : callToNumber(function, given, number, subject);
-    stack_.resize(stack_.size() - texts);
-    top -= numbers;
-    if (isText) {
-        stack_.push_back(text);
-    } else {
-        *++top = number;
+    if (info.result == 'n') {
+        const ErrorCode error = callToNumber(function, given, result, subject);
+        stack_.resize(stack_.size() - textCount);
+        return error;
     }
+    std::string_view text;
+    const ErrorCode error = callToText(function, given, text);
+    stack_.resize(stack_.size() - textCount);
+    stack_.push_back(text);
     return error;
 }
 

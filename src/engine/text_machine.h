@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/code.h"
 #include "engine/error.h"
+#include "engine/instruction.h"
 
 #include <cstddef>
 #include <deque>
@@ -28,10 +28,11 @@ class TextMachine {
     /// Takes two texts away; the value of their relation.
     ErrorCode relation(Operator op, double& result);
 
-    /// Takes the arguments of a text function away: the texts from here, the numbers from `top`
-    /// down. The result is pushed where its type belongs, and `top` is left at the number that is
-    /// on top then. `subject` becomes the text that S2R failed on.
-    ErrorCode call(Function function, std::uint32_t arguments, double*& top, std::string& subject);
+    /// Calls a text function with so many arguments: its texts are taken away, its numbers stand at
+    /// `numbers`. A text result is pushed, a number is put into `result`. `subject` becomes the
+    /// text that S2R failed on.
+    ErrorCode call(Function function, std::uint32_t arguments, const double* numbers,
+                   double& result, std::string& subject);
 
     /// The text on top.
     std::string_view top() const { return stack_.back(); }

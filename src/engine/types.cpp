@@ -98,9 +98,7 @@ void TypeInference::leftOperand(const Node& node) {
 void TypeInference::apply(const Node& node) {
     if (!isRelation(node.op)) {
         numberOperand(node);
-        const bool unary = node.op == Operator::Factorial || node.op == Operator::Plus ||
-                           node.op == Operator::Minus || node.op == Operator::Not;
-        operands_.resize(operands_.size() - (unary ? 1 : 2));
+        operands_.resize(operands_.size() - (isUnary(node.op) ? 1 : 2));
     } else if (node.op == Operator::Like || node.op == Operator::Equal) {
         textRelation(node);
     } else {

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 /// The operators, functions and constants of the formula language.
@@ -10,15 +10,13 @@ namespace varo::engine {
 
 enum class Type : std::uint8_t { Number = 1, Text = 2 };
 
+/// The first eleven work on two numbers.
 enum class Operator : std::uint8_t {
-    Factorial,
-    Power,
-    Plus,   ///< the sign
-    Minus,  ///< the sign
-    Multiply,
-    Divide,
     Add,
     Subtract,
+    Multiply,
+    Divide,
+    Power,
     Same,
     Different,
     Less,
@@ -27,9 +25,12 @@ enum class Operator : std::uint8_t {
     GreaterOrSame,
     Like,
     Equal,
-    Not,
     And,
     Or,
+    Factorial,
+    Plus,   ///< the sign
+    Minus,  ///< the sign
+    Not,
 };
 
 struct OperatorInfo {
@@ -37,13 +38,25 @@ struct OperatorInfo {
     std::uint8_t level;  ///< the greater binds the tighter
 };
 
-const OperatorInfo& infoOf(Operator op);
+inline constexpr std::array<OperatorInfo, 19> kOperators{{
+    {"+", 5},  {"-", 5},  {"*", 6}, {"/", 6},  {"^", 8},    {"=", 4},     {"<>", 4},
+    {"<", 4},  {"<=", 4}, {">", 4}, {">=", 4}, {"Like", 4}, {"Equal", 4}, {"And", 2},
+    {"Or", 1}, {"!", 9},  {"+", 7}, {"-", 7},  {"Not", 3},
+}};
+
+constexpr const OperatorInfo& infoOf(Operator op) {
+    return kOperators[static_cast<std::size_t>(op)];
+}
 
 constexpr bool isRelation(Operator op) {
     return op >= Operator::Same && op <= Operator::Equal;
 }
 
-/// In the order of the table behind infoOf().
+constexpr bool isUnary(Operator op) {
+    return op >= Operator::Factorial;
+}
+
+/// In the order of kFunctions; those from R2S to StrInsert work on texts.
 enum class Function : std::uint8_t {
     Sin,
     Cos,
@@ -97,18 +110,65 @@ struct FunctionInfo {
     }
 };
 
-const FunctionInfo& infoOf(Function function);
+inline constexpr std::array<FunctionInfo, 34> kFunctions{{
+    {"sin", "n", 'n'},
+    {"cos", "n", 'n'},
+    {"tan", "n", 'n'},
+    {"arcsin", "n", 'n'},
+    {"arccos", "n", 'n'},
+    {"arctan", "n", 'n'},
+    {"arcctan", "n", 'n'},
+    {"ctan", "n", 'n'},
+    {"sqrt", "n", 'n'},
+    {"ln", "n", 'n'},
+    {"log", "n", 'n'},
+    {"int", "n", 'n'},
+    {"deci", "n", 'n'},
+    {"preci", "nn", 'n'},
+    {"mod", "nn", 'n'},
+    {"R2S", "nn", 't'},
+    {"S2R", "t", 'n'},
+    {"StrCase", "tn", 't'},
+    {"StrCat", "tt", 't', true},
+    {"StrSub", "tnnn", 't'},
+    {"Left", "tn", 't'},
+    {"Right", "tn", 't'},
+    {"StrSubN", "ttn", 't'},
+    {"StrLen", "t", 'n'},
+    {"StrFind", "ttn", 'n'},
+    {"StrFindN", "tt", 'n'},
+    {"StrMismatch", "ttnnn", 'n'},
+    {"StrTrim", "ttn", 't'},
+    {"StrTrimS", "t", 't'},
+    {"StrReplace", "tttnn", 't'},
+    {"StrDelete", "tt", 't'},
+    {"StrInsert", "ttn", 't'},
+    {"If", "naa", 'a'},
+    {"", "", 'a'},
+}};
 
-/// The function with that name, which must be case-folded; Function::Unknown when there is none.
-Function functionNamed(std::string_view foldedName);
+constexpr const FunctionInfo& infoOf(Function function) {
+    return kFunctions[static_cast<std::size_t>(function)];
+}
 
-/// The operator written as that case-folded word.
-std::optional<Operator> operatorNamed(std::string_view foldedName);
+/// True for the functions that take or give texts; their texts come before their numbers.
+constexpr bool worksOnText(Function function) {
+    return function >= Function::R2S && function <= Function::StrInsert;
+}
 
-/// The value of the constant with that case-folded name.
-std::optional<double> constantNamed(std::string_view foldedName);
+/// The value of the constant `exp`.
+inline constexpr double kE = 2.718281828459045;
 
-/// The case-folded name of the output variable.
-inline constexpr std::string_view kFoldedResultName = "result";
+/// What a name of the language stands for.
+struct Word {
+    enum class Kind : std::uint8_t { None, Operator, Constant, Result };
+    Kind kind = Kind::None;
+    Operator op{};                          ///< Operator
+    Function function = Function::Unknown;  ///< the function of that name, whatever the kind
+    double number = 0;                      ///< Constant
+};
+
+/// What the case-folded `name` stands for; a Word of kind None and without a function if nothing.
+Word wordNamed(std::string_view foldedName);
 
 }  // namespace varo::engine
