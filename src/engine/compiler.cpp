@@ -107,7 +107,7 @@ void Compiler::run(const Tree& tree, const std::vector<Type>& variableTypes,
         loadTop();
     }
     emit(opcodeOf(Other::Return));
-    link();
+    linkFastSteps(instructions_);
 }
 
 Code Compiler::code() const {
@@ -120,11 +120,11 @@ void Compiler::visit(const Node& node) {
             number(node.number);
             break;
         case NodeKind::Variable:
-            variable(node.first);
+            variable(node.extent.first);
             break;
         case NodeKind::Text:
             emit(opcodeOf(Other::Literal)).index = static_cast<std::uint32_t>(literalSpans_.size());
-            literalSpans_.push_back({node.first, node.size});
+            literalSpans_.push_back({node.extent.first, node.extent.size});
             push({Place::Text});
             break;
         case NodeKind::LeftOperand:
@@ -138,10 +138,10 @@ void Compiler::visit(const Node& node) {
             apply(node.op);
             break;
         case NodeKind::Argument:
-            argument(node.function, node.first);
+            argument(node.function, node.extent.first);
             break;
         case NodeKind::Call:
-            call(node.function, node.first);
+            call(node.function, node.extent.first);
             break;
         default:
             break;
@@ -299,7 +299,7 @@ bool Compiler::combineWithPair(Operator op) {
     } else {
         return false;
     }
-    replace(2, {Place::Accumulator});
+    computed(2);
     return true;
 }
 
@@ -324,7 +324,7 @@ void Compiler::combineLoaded(Operator op) {
     } else {
         emit(opcodeOf(Shape::KA, op)).number = left.number;
     }
-    replace(2, {Place::Accumulator});
+    computed(2);
 }
 
 /// Powers that need no general power.
@@ -371,13 +371,13 @@ void Compiler::unary(Unary operation) {
         loadTop();
         emit(opcodeOf(operation));
     }
-    replace(1, {Place::Accumulator});
+    computed(1);
 }
 
 void Compiler::textRelation(Operator op) {
     freeAccumulator();
     emit(opcodeOf(Other::TextRelation)).b = static_cast<std::uint16_t>(op);
-    replace(2, {Place::Accumulator});
+    computed(2);
 }
 
 // Calls
@@ -426,7 +426,7 @@ void Compiler::callOfTwo(Function function) {
     }
     loadTop();
     emit(opcodeOf(isMod ? Other::Mod : Other::Preci)).a = top(1).slot;
-    replace(2, {Place::Accumulator});
+    computed(2);
 }
 
 void Compiler::callText(Function function, std::uint32_t arguments) {
@@ -602,19 +602,6 @@ void Compiler::dropCode(std::uint32_t begin) {
     fusable_ = kNone;
 }
 
-/// Gives every instruction its step on the fast machine.
-void Compiler::link() {
-    for (Instruction& instruction : instructions_) {
-        instruction.step = fastStep(instruction.opcode);
-    }
-    if (instructions_.size() > 1) {
-        Instruction& last = *(instructions_.end() - 2);
-        if (givesNumber(last.opcode % kStoresFirst)) {
-            last.step = lastFastStep(last.opcode);
-        }
-    }
-}
-
 // Operands
 
 void Compiler::push(Operand operand) {
@@ -645,6 +632,18 @@ void Compiler::pop(std::size_t count) {
 void Compiler::replace(std::size_t count, const Operand& operand) {
     pop(count);
     push(operand);
+}
+
+/// The topmost `count` operands, numbers or two texts, become what is in the accumulator.
+void Compiler::computed(std::size_t count) {
+    if (top().place == Place::Text) {
+        replace(count, {Place::Accumulator});
+        return;
+    }
+    operands_.resize(operands_.size() - (count - 1));
+    numbers_ -= static_cast<std::uint32_t>(count - 1);
+    accumulator_ = operands_.size() - 1;
+    top().place = Place::Accumulator;
 }
 
 /// Stores what is in the accumulator, if it is still wanted.

@@ -91,12 +91,12 @@ class Compiler {
     bool fuse(Operator op, const Operand& other);
     void land(std::uint32_t jump);
     void dropCode(std::uint32_t begin);
-    void link();
 
     Operand& top(std::size_t below = 0) { return operands_[operands_.size() - 1 - below]; }
     void push(Operand operand);
     void pop(std::size_t count);
     void replace(std::size_t count, const Operand& operand);
+    void computed(std::size_t count);
     void freeAccumulator();
     void storeTop(std::size_t below = 0);
     void loadTop(std::size_t below = 0);

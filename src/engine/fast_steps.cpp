@@ -168,20 +168,26 @@ constexpr std::array kSteps{tableOfSteps<MakeStep<Kind::Ordinary, fused>>(),
                             tableOfSteps<MakeStep<Kind::Last, fused>>(),
                             tableOfSteps<MakeStep<Kind::LastStoresFirst, fused>>()};
 
-Instruction::Step stepOf(Opcode opcode, Kind ordinary, Kind storesFirst) {
+constexpr Instruction::Step stepOf(const auto& steps, Opcode opcode, Kind ordinary,
+                                   Kind storesFirst) {
     const Kind kind = opcode >= kStoresFirst ? storesFirst : ordinary;
-    const auto& steps = usesFusedArithmetic() ? kSteps<true> : kSteps<false>;
     return steps[static_cast<std::size_t>(kind)][opcode % kStoresFirst];
 }
 
 }  // namespace
 
-Instruction::Step fastStep(Opcode opcode) {
-    return stepOf(opcode, Kind::Ordinary, Kind::StoresFirst);
-}
-
-Instruction::Step lastFastStep(Opcode opcode) {
-    return stepOf(opcode, Kind::Last, Kind::LastStoresFirst);
+void linkFastSteps(std::span<Instruction> program) {
+    const auto& steps = usesFusedArithmetic() ? kSteps<true> : kSteps<false>;
+    for (Instruction& instruction : program) {
+        instruction.step = stepOf(steps, instruction.opcode, Kind::Ordinary, Kind::StoresFirst);
+    }
+    // What comes before Return returns at once.
+    if (program.size() > 1) {
+        Instruction& last = program[program.size() - 2];
+        if (givesNumber(last.opcode % kStoresFirst)) {
+            last.step = stepOf(steps, last.opcode, Kind::Last, Kind::LastStoresFirst);
+        }
+    }
 }
 
 }  // namespace varo::engine

@@ -3,6 +3,7 @@
 #include "engine/instruction.h"
 
 #include <cstddef>
+#include <span>
 
 namespace varo::engine {
 
@@ -13,13 +14,9 @@ namespace varo::engine {
 inline constexpr std::size_t kMostFastInstructions = 1000;
 inline constexpr std::size_t kMostFastTemporaries = 64;
 
-/// The step of an operation; null for those on texts. The step of a program's first instruction,
-/// called with finite variables and 0 and 0, gives the value of the program, which is not finite
-/// when the evaluation fails.
-Instruction::Step fastStep(Opcode opcode);
-
-/// The step of an operation after which only Return follows: it returns at once. For operations
-/// that give a number.
-Instruction::Step lastFastStep(Opcode opcode);
+/// Gives every instruction of a program its step; null to those on texts. The step of the first
+/// instruction, called with finite variables and 0 and 0, gives the value of the program, which is
+/// not finite when the evaluation fails.
+void linkFastSteps(std::span<Instruction> program);
 
 }  // namespace varo::engine

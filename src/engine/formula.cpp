@@ -24,6 +24,10 @@ namespace {
     return first->step(first, variables, temporaries, 0, 0);
 }
 
+Type typeOf(const Program& program, std::size_t variable) {
+    return program.types.empty() ? Type::Number : program.types[variable];
+}
+
 /// Runs a program that is fit for the fast machine.
 double runFast(const Program& program, const double* variables) {
     const Instruction* const first = firstInstruction(program);
@@ -36,8 +40,7 @@ constexpr std::size_t kLongestFormula = std::size_t{1} << 30;
 /// What parsing needs besides the formula. It is kept from one formula to the next, so that parsing
 /// need not allocate.
 struct Workspace {
-    VariableTable variables;
-    std::string literals;
+    Lexer::Space lexing;
     Tree tree;
     std::vector<Pending> pending;
     TypeInference inference;
@@ -46,8 +49,8 @@ struct Workspace {
     std::string subject;
 
     void clear() {
-        variables.clear();
-        literals.clear();
+        lexing.variables.clear();
+        lexing.literals.clear();
         tree.clear();
         pending.clear();
         types.clear();
@@ -79,21 +82,16 @@ std::uint32_t positionOf(std::string_view formula, std::uint32_t offset) {
     return static_cast<std::uint32_t>(characterCount(formula.substr(0, offset)) + 1);
 }
 
-void describe(const SyntaxError& error, std::string_view formula, std::string& subject,
-              Program& parts) {
-    parts.error = error.code;
-    parts.errorPosition = positionOf(formula, error.offset);
+/// `subject` is what the diagnosis views.
+Diagnosis describe(const SyntaxError& error, std::string_view formula, std::string& subject) {
     if (error.code == ErrorCode::BadCharacter) {
         const std::string_view rest = formula.substr(error.offset);
         subject = rest.substr(0, byteOffset(rest, 1));
     }
+    return {error.code, positionOf(formula, error.offset), 0, subject};
 }
 
-void describe(const Misuse& misuse, std::string_view formula, std::string& subject,
-              Program& parts) {
-    parts.error = misuse.code;
-    parts.errorPosition = positionOf(formula, misuse.offset);
-    parts.errorArgument = misuse.argument;
+Diagnosis describe(const Misuse& misuse, std::string_view formula, std::string& subject) {
     switch (misuse.code) {
         case ErrorCode::UnknownFunction:
             appendAsciiForm(subject, formula.substr(misuse.offset, misuse.size));
@@ -108,35 +106,64 @@ void describe(const Misuse& misuse, std::string_view formula, std::string& subje
             subject = infoOf(misuse.function).name;
             break;
     }
+    return {misuse.code, positionOf(formula, misuse.offset), misuse.argument, subject};
+}
+
+struct Parsed {
+    SyntaxError error;
+    bool isNumeric;
+};
+
+/// Parses `formula` into the workspace.
+Parsed parse(std::string_view formula, Parser::Marks marks, Workspace& space) {
+    Lexer lexer(formula, space.lexing);
+    Parser parser(lexer, marks, space.tree, space.pending);
+    const SyntaxError error = parser.run();
+    return {error, parser.isPlainlyNumeric()};
+}
+
+/// Finds the types of all variables; for formulas that are not plainly numeric.
+Misuse inferTypes(std::string_view formula, Workspace& space) {
+    space.tree.clear();
+    space.pending.clear();
+    space.lexing.literals.clear();
+    parse(formula, Parser::Marks::ForTypes, space);
+    const Misuse misuse = space.inference.run(space.tree, space.lexing.variables.size());
+    for (std::uint32_t i = 0; i < space.lexing.variables.size(); ++i) {
+        space.types.push_back(space.inference.variableType(i));
+    }
+    return misuse;
+}
+
+bool isFast(const Code& code) {
+    return !code.usesText && code.instructions.size() <= kMostFastInstructions &&
+           code.temporaries <= kMostFastTemporaries;
 }
 
 /// `formula` must be well-formed.
 ProgramBlock build(std::string_view formula) {
     Workspace& space = workspace();
-    Lexer lexer(formula, space.variables, space.literals);
-    const SyntaxError syntaxError = Parser(lexer, space.tree, space.pending).run();
-    const Misuse misuse = space.inference.run(space.tree, space.variables.size());
-    for (std::uint32_t i = 0; i < space.variables.size(); ++i) {
-        space.types.push_back(space.inference.variableType(i));
+    const Parsed parsed = parse(formula, Parser::Marks::ForNumbers, space);
+    const Misuse misuse = parsed.isNumeric ? Misuse{} : inferTypes(formula, space);
+    const VariableNames names = space.lexing.variables.names();
+    const Type resultType = parsed.isNumeric ? Type::Number : space.inference.resultType();
+    constexpr std::size_t never = std::numeric_limits<std::size_t>::max();
+    if (parsed.error.code != ErrorCode::None) {
+        return assemble({{},
+                         never,
+                         names,
+                         space.types,
+                         resultType,
+                         describe(parsed.error, formula, space.subject)});
     }
-    Program parts;
-    parts.names = space.variables.names();
-    parts.types = space.types;
-    parts.resultType = space.inference.resultType();
-    if (syntaxError.code != ErrorCode::None) {
-        describe(syntaxError, formula, space.subject, parts);
-    } else if (misuse.code != ErrorCode::None) {
-        describe(misuse, formula, space.subject, parts);
-    } else {
-        space.compiler.run(space.tree, space.types, space.literals);
-        parts.code = space.compiler.code();
+    if (misuse.code != ErrorCode::None) {
+        return assemble(
+            {{}, never, names, space.types, resultType, describe(misuse, formula, space.subject)});
     }
-    parts.errorSubject = space.subject;
-    const bool isFast = parts.error == ErrorCode::None && !parts.code.usesText &&
-                        parts.code.instructions.size() <= kMostFastInstructions &&
-                        parts.code.temporaries <= kMostFastTemporaries;
-    parts.numbersWanted = isFast ? parts.types.size() : std::numeric_limits<std::size_t>::max();
-    return assemble(parts);
+    space.compiler.run(space.tree, space.types, space.lexing.literals);
+    const Code code = space.compiler.code();
+    const std::size_t numbersWanted = isFast(code) ? names.entries.size() : never;
+    return assemble({code, numbersWanted, names, space.types, resultType, {}});
 }
 
 }  // namespace
@@ -154,22 +181,22 @@ Formula& Formula::operator=(Formula&&) noexcept = default;
 Formula::~Formula() = default;
 
 bool Formula::isValid() const {
-    return programIn(block_).error == ErrorCode::None;
+    return programIn(block_).error.code == ErrorCode::None;
 }
 
 Error Formula::error() const {
-    const Program& program = programIn(block_);
-    return {program.error, program.errorPosition, static_cast<std::int32_t>(program.errorArgument),
-            std::string(program.errorSubject)};
+    const Diagnosis& error = programIn(block_).error;
+    return {error.code, error.position, static_cast<std::int32_t>(error.argument),
+            std::string(error.subject)};
 }
 
 std::size_t Formula::variableCount() const {
-    return programIn(block_).types.size();
+    return programIn(block_).names.entries.size();
 }
 
 Variable Formula::variable(std::size_t index) const {
     const Program& program = programIn(block_);
-    return {program.names.name(static_cast<std::uint32_t>(index)), program.types[index]};
+    return {program.names.name(static_cast<std::uint32_t>(index)), typeOf(program, index)};
 }
 
 std::optional<std::size_t> Formula::indexOf(std::string_view name) const {
@@ -237,7 +264,7 @@ bool Formula::evaluateSlowly(std::span<const double> numbers, double& result, Er
         const auto text = std::find(program.types.begin(), program.types.end(), Type::Text);
         missing = std::min(missing, static_cast<std::size_t>(text - program.types.begin()));
     }
-    if (missing < program.types.size() && isValid()) {
+    if (missing < variableCount() && isValid()) {
         error = {ErrorCode::NoValue, 0, 0, std::string(variable(missing).name)};
         return false;
     }
@@ -272,7 +299,7 @@ std::size_t Formula::evaluateRows(std::span<const Column> columns, std::span<dou
 bool Formula::run(std::span<const double> numbers, std::span<const std::string> texts,
                   double& number, std::string* text, Error& error) const {
     const Program& program = programIn(block_);
-    if (program.error != ErrorCode::None) {
+    if (program.error.code != ErrorCode::None) {
         error = this->error();
         return false;
     }

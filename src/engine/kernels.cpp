@@ -18,8 +18,7 @@ VARO_FUSED double fusedValue(double x) {
 
 bool usesFusedArithmetic() {
 #if defined(__x86_64__)
-    static const bool uses = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
-    return uses;
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
 #elif defined(__FP_FAST_FMA)
     return true;
 #else

@@ -3,10 +3,48 @@
 #include "engine/number_scan.h"
 #include "engine/unicode.h"
 
-#include <algorithm>
-#include <optional>
+#include <array>
 
 namespace varo::engine {
+namespace {
+
+/// What an ASCII character can begin; Wide is every byte beyond ASCII.
+enum class Class : std::uint8_t { Symbol, Blank, Lower, Upper, Digit, Point, Quote, Wide };
+
+constexpr std::array<Class, 256> kClasses = [] {
+    std::array<Class, 256> classes{};
+    for (std::size_t byte = 0; byte < classes.size(); ++byte) {
+        Class& found = classes[byte];
+        if (byte >= 0x80) {
+            found = Class::Wide;
+        } else if (isBlank(static_cast<char32_t>(byte))) {
+            found = Class::Blank;
+        } else if ((byte >= 'a' && byte <= 'z') || byte == '_') {
+            found = Class::Lower;
+        } else if (byte >= 'A' && byte <= 'Z') {
+            found = Class::Upper;
+        } else if (byte >= '0' && byte <= '9') {
+            found = Class::Digit;
+        } else if (byte == '.') {
+            found = Class::Point;
+        } else if (byte == '"' || byte == '\'') {
+            found = Class::Quote;
+        }
+    }
+    return classes;
+}();
+
+/// True for Wide, too, since only the whole character tells.
+constexpr bool continuesName(Class found) {
+    return found == Class::Lower || found == Class::Upper || found == Class::Digit ||
+           found == Class::Wide;
+}
+
+Class classOf(char byte) {
+    return kClasses[static_cast<unsigned char>(byte)];
+}
+
+}  // namespace
 
 /// The character at the reading position, in its ASCII form; bytes is 0 at the end.
 struct Lexer::Character {
@@ -18,31 +56,53 @@ struct Lexer::Character {
     bool continuesName() const { return startsName() || isDigit() || isSubscriptDigit(form); }
 };
 
-Lexer::Lexer(std::string_view formula, VariableTable& variables, std::string& literals)
-    : formula_(formula),
+Lexer::Lexer(std::string_view formula, Space& space)
+    : begin_(formula.data()),
       at_(formula.data()),
       end_(formula.data() + formula.size()),
-      ascii_(std::all_of(formula.begin(), formula.end(),
-                         [](char byte) { return static_cast<unsigned char>(byte) < 0x80; })),
-      variables_(variables),
-      literals_(literals) {}
+      space_(space) {}
 
 Token Lexer::next() {
-    skipBlanks();
-    const Character character = peek();
-    if (character.bytes == 0) {
-        return begin(TokenKind::End);
+    for (; at_ != end_; ++at_) {
+        switch (classOf(*at_)) {
+            case Class::Blank:
+                break;
+            case Class::Lower:
+            case Class::Upper:
+                return name();
+            case Class::Digit:
+            case Class::Point:
+                return number();
+            case Class::Quote:
+                return text(static_cast<char32_t>(*at_));
+            case Class::Symbol:
+                return symbol(static_cast<char32_t>(*at_), 1);
+            case Class::Wide: {
+                const Character character = peek();
+                if (!isBlank(character.form)) {
+                    return wideToken();
+                }
+                at_ += character.bytes - 1;
+                break;
+            }
+        }
     }
+    return begin(TokenKind::End);
+}
+
+/// A token that begins with a character beyond ASCII, which is no blank.
+Token Lexer::wideToken() {
+    const Character character = peek();
     if (character.startsName()) {
-        return name();
+        return wideName();
     }
     if (character.isDigit() || character.form == '.') {
-        return ascii_ ? number() : wideNumber();
+        return wideNumber();
     }
     if (character.form == '"' || character.form == '\'') {
         return text(character.form);
     }
-    return symbol(character);
+    return symbol(character.form, character.bytes);
 }
 
 Lexer::Character Lexer::peek() const {
@@ -55,68 +115,59 @@ Lexer::Character Lexer::peek() const {
     return {form, decoded.bytes};
 }
 
-void Lexer::skipBlanks() {
-    for (Character next = peek(); next.bytes > 0 && isBlank(next.form); next = peek()) {
-        at_ += next.bytes;
-    }
-}
-
 Token Lexer::begin(TokenKind kind) const {
     Token token;
     token.kind = kind;
-    token.offset = static_cast<std::uint32_t>(at_ - formula_.data());
+    token.offset = static_cast<std::uint32_t>(at_ - begin_);
     return token;
 }
 
-Token Lexer::operatorToken(Operator op, const Character& character) {
+Token Lexer::operatorToken(Operator op, std::uint32_t bytes) {
     Token token = begin(TokenKind::Operator);
     token.op = op;
-    at_ += character.bytes;
+    at_ += bytes;
     return token;
 }
 
-Token Lexer::relation(const Character& character) {
-    Token token = operatorToken(Operator::Less, character);
+Token Lexer::relation(bool greater, std::uint32_t bytes) {
+    Token token = operatorToken(greater ? Operator::Greater : Operator::Less, bytes);
     const Character second = peek();
-    const bool greater = character.form == '>';
-    if (second.form == '=' && second.bytes > 0) {
+    if (second.form == '=') {
         token.op = greater ? Operator::GreaterOrSame : Operator::LessOrSame;
         at_ += second.bytes;
     } else if (!greater && second.form == '>') {
         token.op = Operator::Different;
         at_ += second.bytes;
-    } else {
-        token.op = greater ? Operator::Greater : Operator::Less;
     }
     return token;
 }
 
-Token Lexer::symbol(const Character& character) {
+Token Lexer::symbol(char32_t form, std::uint32_t bytes) {
     TokenKind kind = TokenKind::BadCharacter;
-    switch (character.form) {
+    switch (form) {
         case U'+':
-            return operatorToken(Operator::Add, character);
+            return operatorToken(Operator::Add, bytes);
         case U'-':
-            return operatorToken(Operator::Subtract, character);
+            return operatorToken(Operator::Subtract, bytes);
         case U'*':
-            return operatorToken(Operator::Multiply, character);
+            return operatorToken(Operator::Multiply, bytes);
         case U'/':
-            return operatorToken(Operator::Divide, character);
+            return operatorToken(Operator::Divide, bytes);
         case U'^':
-            return operatorToken(Operator::Power, character);
+            return operatorToken(Operator::Power, bytes);
         case U'!':
-            return operatorToken(Operator::Factorial, character);
+            return operatorToken(Operator::Factorial, bytes);
         case U'=':
-            return operatorToken(Operator::Same, character);
+            return operatorToken(Operator::Same, bytes);
         case U'≠':
-            return operatorToken(Operator::Different, character);
+            return operatorToken(Operator::Different, bytes);
         case U'≤':
-            return operatorToken(Operator::LessOrSame, character);
+            return operatorToken(Operator::LessOrSame, bytes);
         case U'≥':
-            return operatorToken(Operator::GreaterOrSame, character);
+            return operatorToken(Operator::GreaterOrSame, bytes);
         case U'<':
         case U'>':
-            return relation(character);
+            return relation(form == U'>', bytes);
         case U'(':
             kind = TokenKind::LeftParenthesis;
             break;
@@ -130,35 +181,38 @@ Token Lexer::symbol(const Character& character) {
             break;
     }
     const Token token = begin(kind);
-    at_ += character.bytes;
+    at_ += bytes;
     return token;
 }
 
 Token Lexer::number() {
     Token token = begin(TokenKind::Number);
+    token.number = 0;
     const char* const after = scanNumber(at_, end_, token.number);
-    if (after == at_) {
-        token.kind = TokenKind::BadCharacter;
-        ++at_;
-    } else {
-        at_ = after;
+    // The number may go on in full width; so may an exponent that has not come.
+    const bool mayGoOn =
+        after == at_ ||
+        (after != end_ && (classOf(*after) == Class::Wide || *after == 'e' || *after == 'E'));
+    if (mayGoOn) {
+        return wideNumber();
     }
+    at_ = after;
     return token;
 }
 
 Token Lexer::wideNumber() {
     Token token = begin(TokenKind::Number);
-    digits_.clear();
-    const auto take = [this](const Character& character) {
-        digits_ += static_cast<char>(character.form);
+    std::string digits;
+    const auto take = [this, &digits](const Character& character) {
+        digits += static_cast<char>(character.form);
         at_ += character.bytes;
     };
-    const auto takeDigits = [this, &take] {
-        const std::size_t before = digits_.size();
+    const auto takeDigits = [this, &digits, &take] {
+        const std::size_t before = digits.size();
         for (Character next = peek(); next.isDigit(); next = peek()) {
             take(next);
         }
-        return digits_.size() > before;
+        return digits.size() > before;
     };
     bool anyDigit = takeDigits();
     if (const Character next = peek(); next.form == '.') {
@@ -170,7 +224,7 @@ Token Lexer::wideNumber() {
         return token;
     }
     const char* const beforeExponent = at_;
-    const std::size_t digitsBeforeExponent = digits_.size();
+    const std::size_t digitsBeforeExponent = digits.size();
     if (const Character next = peek(); next.form == 'e' || next.form == 'E') {
         take(next);
         if (const Character sign = peek(); sign.form == '+' || sign.form == '-') {
@@ -178,16 +232,17 @@ Token Lexer::wideNumber() {
         }
         if (!takeDigits()) {
             at_ = beforeExponent;
-            digits_.resize(digitsBeforeExponent);
+            digits.resize(digitsBeforeExponent);
         }
     }
-    scanNumber(digits_.data(), digits_.data() + digits_.size(), token.number);
+    token.number = 0;
+    scanNumber(digits.data(), digits.data() + digits.size(), token.number);
     return token;
 }
 
 Token Lexer::text(char32_t quote) {
     Token token = begin(TokenKind::Text);
-    token.first = static_cast<std::uint32_t>(literals_.size());
+    token.extent.first = static_cast<std::uint32_t>(space_.literals.size());
     at_ += peek().bytes;
     const char* copied = at_;
     for (Character next = peek(); next.bytes > 0; next = peek()) {
@@ -195,14 +250,15 @@ Token Lexer::text(char32_t quote) {
             at_ += next.bytes;
             continue;
         }
-        literals_.append(copied, at_);
+        space_.literals.append(copied, at_);
         at_ += next.bytes;
         const Character after = peek();
         if (after.bytes == 0 || after.form != quote) {
-            token.size = static_cast<std::uint32_t>(literals_.size()) - token.first;
+            token.extent.size =
+                static_cast<std::uint32_t>(space_.literals.size()) - token.extent.first;
             return token;
         }
-        literals_ += static_cast<char>(quote);
+        space_.literals += static_cast<char>(quote);
         at_ += after.bytes;
         copied = at_;
     }
@@ -211,35 +267,96 @@ Token Lexer::text(char32_t quote) {
 }
 
 Token Lexer::name() {
+    if (at_ + 1 == end_ || !continuesName(classOf(at_[1]))) {
+        return letter();
+    }
+    const Token token = begin(TokenKind::Variable);
+    const char* at = at_;
+    bool anyUpper = false;
+    Class found = classOf(*at);
+    while (continuesName(found) && found != Class::Wide) {
+        anyUpper = anyUpper || found == Class::Upper;
+        ++at;
+        found = at != end_ ? classOf(*at) : Class::Blank;
+    }
+    if (found == Class::Wide) {
+        return wideName();  // the name may go on
+    }
+    const std::string_view spelled(at_, static_cast<std::size_t>(at - at_));
+    at_ = at;
+    if (!anyUpper) {
+        return named(token, spelled, spelled);
+    }
+    space_.folded.clear();
+    appendFolded(space_.folded, spelled);
+    return named(token, spelled, space_.folded);
+}
+
+/// A name of one letter, as most variables have; it is no word of the language.
+Token Lexer::letter() {
     Token token = begin(TokenKind::Variable);
-    const char* const first = at_;
-    spelled_.clear();
-    folded_.clear();
+    const char spelled = *at_++;
+    if (opensParenthesis()) {
+        token.kind = TokenKind::Function;
+        token.function = Function::Unknown;
+        token.extent.size = 1;
+    } else {
+        const bool isUpper = classOf(spelled) == Class::Upper;
+        const char folded = static_cast<char>(isUpper ? spelled + ('a' - 'A') : spelled);
+        token.extent.first = space_.variables.internLetter(spelled, folded);
+    }
+    return token;
+}
+
+/// A name with characters beyond ASCII in it or behind it.
+Token Lexer::wideName() {
+    const Token token = begin(TokenKind::Variable);
+    space_.spelled.clear();
+    space_.folded.clear();
     for (Character next = peek(); next.bytes > 0 && next.continuesName(); next = peek()) {
-        appendCharacter(spelled_, next.form);
-        appendCharacter(folded_, foldCase(next.form));
+        appendCharacter(space_.spelled, next.form);
+        appendCharacter(space_.folded, foldCase(next.form));
         at_ += next.bytes;
     }
-    token.size = static_cast<std::uint32_t>(at_ - first);
-    const Word word = wordNamed(folded_);
+    return named(token, space_.spelled, space_.folded);
+}
+
+/// What the name just read stands for; `token` tells where it begins.
+Token Lexer::named(Token token, std::string_view spelled, std::string_view folded) {
+    const auto size = static_cast<std::uint32_t>(at_ - begin_) - token.offset;
+    const Word& word = wordNamed(folded);
     if (word.kind == Word::Kind::Operator) {
         token.kind = TokenKind::Operator;
         token.op = word.op;
-        return token;
-    }
-    skipBlanks();
-    if (peek().form == '(') {
+    } else if (opensParenthesis()) {
         token.kind = TokenKind::Function;
         token.function = word.function;
+        token.extent.size = size;
     } else if (word.kind == Word::Kind::Constant) {
         token.kind = TokenKind::Number;
         token.number = word.number;
     } else if (word.kind == Word::Kind::Result) {
         token.kind = TokenKind::Result;
     } else {
-        token.first = variables_.intern(spelled_, folded_);
+        token.extent.first = space_.variables.intern(spelled, folded);
     }
     return token;
+}
+
+/// True when the next character that is no blank is an opening parenthesis; blanks are skipped.
+bool Lexer::opensParenthesis() {
+    while (at_ != end_ && classOf(*at_) == Class::Blank) {
+        ++at_;
+    }
+    if (at_ != end_ && classOf(*at_) != Class::Wide) {
+        return *at_ == '(';
+    }
+    Character next = peek();
+    while (next.bytes > 0 && isBlank(next.form)) {
+        at_ += next.bytes;
+        next = peek();
+    }
+    return next.form == '(';
 }
 
 }  // namespace varo::engine

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/node.h"
 #include "engine/variable_table.h"
 #include "engine/vocabulary.h"
 
@@ -29,17 +30,27 @@ struct Token {
     Operator op{};             ///< Operator; a sign reads as Add or Subtract
     Function function{};       ///< Function
     std::uint32_t offset = 0;  ///< where in the formula, in bytes
-    double number = 0;         ///< Number
-    std::uint32_t first = 0;   ///< Variable: its index; Text: its first byte in the literals
-    std::uint32_t size = 0;    ///< Text: its bytes; Function: bytes of the name in the formula
+    union {
+        double number;    ///< Number
+        Extent extent{};  ///< Variable: its index; Text: its bytes in the literals; Function:
+                          ///< `size` is the bytes of the name in the formula
+    };
 };
 
 /// Cuts a formula into tokens, from left to right. It collects the variables on its way, so that
 /// reading on to the end makes their list complete whatever is wrong with the formula.
 class Lexer {
   public:
-    /// The three must outlive the lexer. `formula` is shorter than 4 GiB.
-    Lexer(std::string_view formula, VariableTable& variables, std::string& literals);
+    /// What the lexer needs besides the formula; may be used for one formula after the other.
+    struct Space {
+        VariableTable variables;
+        std::string literals;  ///< the texts of the formula, one after the other
+        std::string spelled;
+        std::string folded;
+    };
+
+    /// Both must outlive the lexer. `formula` is shorter than 4 GiB.
+    Lexer(std::string_view formula, Space& space);
 
     /// The next token; TokenKind::End for ever after the last.
     Token next();
@@ -48,25 +59,24 @@ class Lexer {
     struct Character;
 
     Character peek() const;
-    void skipBlanks();
-    Token operatorToken(Operator op, const Character& character);
-    Token relation(const Character& character);
-    Token symbol(const Character& character);
+    bool opensParenthesis();
+    Token wideToken();
+    Token operatorToken(Operator op, std::uint32_t bytes);
+    Token relation(bool greater, std::uint32_t bytes);
+    Token symbol(char32_t form, std::uint32_t bytes);
     Token number();
     Token wideNumber();
     Token text(char32_t quote);
     Token name();
+    Token letter();
+    Token wideName();
+    Token named(Token token, std::string_view spelled, std::string_view folded);
     Token begin(TokenKind kind) const;
 
-    std::string_view formula_;
+    const char* begin_;
     const char* at_;
     const char* end_;
-    bool ascii_;
-    VariableTable& variables_;
-    std::string& literals_;
-    std::string spelled_;
-    std::string folded_;
-    std::string digits_;
+    Space& space_;
 };
 
 }  // namespace varo::engine

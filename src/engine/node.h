@@ -20,8 +20,14 @@ enum class NodeKind : std::uint8_t {
     LeftOperand,      ///< mark: the left operand of `op` is complete
     Apply,            ///< `op`, to its one or two operands
     UnknownFunction,  ///< mark: the name of a function that does not exist was read
-    Argument,         ///< mark: argument number `first` of `function` is complete
-    Call,             ///< `function`, to its `first` arguments
+    Argument,         ///< mark: argument number `extent.first` of `function` is complete
+    Call,             ///< `function`, to its `extent.first` arguments
+};
+
+/// A part of a text, or an index or a count in `first` alone.
+struct Extent {
+    std::uint32_t first = 0;
+    std::uint32_t size = 0;
 };
 
 struct Node {
@@ -29,9 +35,11 @@ struct Node {
     Operator op{};
     Function function{};
     std::uint32_t offset = 0;  ///< where in the formula, in bytes; of a call: where its name is
-    double number = 0;         ///< Number
-    std::uint32_t first = 0;   ///< Variable: its index; Text: its first byte in the literals
-    std::uint32_t size = 0;    ///< Text: its bytes; UnknownFunction: bytes of the name
+    union {
+        double number;    ///< Number
+        Extent extent{};  ///< Variable: its index; Text: its bytes in the literals; Argument, Call:
+                          ///< see there; UnknownFunction: `size` is the bytes of the name
+    };
 };
 
 /// The most operators, parentheses and calls that may be open at one place of a formula.

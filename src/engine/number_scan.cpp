@@ -22,6 +22,10 @@ struct Scan {
     std::ptrdiff_t scale = 0;  ///< the power of ten that `digits` is to be multiplied by
 };
 
+constexpr std::array<double, 23> kPowersOfTen{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                              1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                              1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
 constexpr int kMostExactDigits = 15;
 constexpr int kTooMany = kMostExactDigits + 1;
 
@@ -60,10 +64,7 @@ const char* scanExponent(const char* first, const char* last, std::ptrdiff_t& ex
 /// Products and quotients of whole numbers below 2^53 and exact powers of ten are rounded once,
 /// correctly.
 bool exactValue(const Scan& scan, double& value) {
-    static constexpr std::array<double, 23> powers{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    constexpr auto most = static_cast<std::ptrdiff_t>(powers.size()) - 1;
+    constexpr auto most = static_cast<std::ptrdiff_t>(kPowersOfTen.size()) - 1;
     if (scan.significant == 0) {
         value = 0;
         return true;
@@ -72,14 +73,43 @@ bool exactValue(const Scan& scan, double& value) {
         return false;
     }
     const auto digits = static_cast<double>(scan.digits);
-    value = scan.scale < 0 ? digits / powers[static_cast<std::size_t>(-scan.scale)]
-                           : digits * powers[static_cast<std::size_t>(scan.scale)];
+    value = scan.scale < 0 ? digits / kPowersOfTen[static_cast<std::size_t>(-scan.scale)]
+                           : digits * kPowersOfTen[static_cast<std::size_t>(scan.scale)];
     return true;
+}
+
+/// Reads a number of few digits without an exponent, as nearly all are; null for any other.
+const char* scanShort(const char* first, const char* last, double& value) {
+    std::uint64_t digits = 0;
+    const char* at = first;
+    const auto takeDigits = [&] {
+        for (; at != last && isDigit(*at); ++at) {
+            digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
+        }
+    };
+    takeDigits();
+    std::ptrdiff_t decimals = 0;
+    if (at != first && at != last && *at == '.') {
+        const char* const point = at++;
+        takeDigits();
+        decimals = at - point - 1;
+    }
+    const bool isShort = at != first && at - first <= kMostExactDigits + 1;
+    if (!isShort || (at != last && (*at == 'e' || *at == 'E'))) {
+        return nullptr;
+    }
+    value = decimals == 0
+                ? static_cast<double>(digits)
+                : static_cast<double>(digits) / kPowersOfTen[static_cast<std::size_t>(decimals)];
+    return at;
 }
 
 }  // namespace
 
 const char* scanNumber(const char* first, const char* last, double& value) {
+    if (const char* const end = scanShort(first, last, value)) {
+        return end;
+    }
     Scan scan;
     const char* at = first;
     std::ptrdiff_t wholeDigits = 0;  // those from the first that is not 0

@@ -1,15 +1,8 @@
 #include "engine/parser.h"
 
 namespace varo::engine {
-namespace {
-
-bool isParenthesis(const Pending& pending) {
-    return pending.kind == Pending::Kind::Group || pending.kind == Pending::Kind::Call;
-}
-
-}  // namespace
-
 SyntaxError Parser::run() {
+    pending_.push_back({});
     for (bool more = true; more;) {
         const Token token = lexer_.next();
         more = operandWanted_ ? operand(token) : afterOperand(token);
@@ -24,34 +17,36 @@ bool Parser::operand(const Token& token) {
             emit(NodeKind::Number, token);
             return true;
         case TokenKind::Text:
+            isPlainlyNumeric_ = false;
             emit(NodeKind::Text, token);
             return true;
         case TokenKind::Variable:
             emit(NodeKind::Variable, token);
             return true;
         case TokenKind::Result:
+            isPlainlyNumeric_ = false;
             emit(NodeKind::Result, token);
             return true;
         case TokenKind::Operator:
             switch (token.op) {
                 case Operator::Add:
-                    return open({Pending::Kind::Prefix, Operator::Plus, {}, token.offset});
+                    return openPrefix(Operator::Plus, token);
                 case Operator::Subtract:
-                    return open({Pending::Kind::Prefix, Operator::Minus, {}, token.offset});
+                    return openPrefix(Operator::Minus, token);
                 case Operator::Not:
-                    return open({Pending::Kind::Prefix, Operator::Not, {}, token.offset});
+                    return openPrefix(Operator::Not, token);
                 default:
                     return fail(ErrorCode::BadCharacter, token.offset);
             }
         case TokenKind::LeftParenthesis:
-            return open({Pending::Kind::Group, {}, {}, token.offset});
+            return open({Pending::Kind::Group, 0, {}, {}, token.offset});
         case TokenKind::Function:
             if (token.function == Function::Unknown) {
                 emit(NodeKind::UnknownFunction, token);
                 operandWanted_ = true;
             }
             lexer_.next();  // the parenthesis that makes it a function
-            return open({Pending::Kind::Call, {}, token.function, token.offset});
+            return open({Pending::Kind::Call, 0, {}, token.function, token.offset});
         case TokenKind::RightParenthesis:
             return closeParenthesis(token);
         case TokenKind::UnclosedText:
@@ -75,7 +70,7 @@ bool Parser::afterOperand(const Token& token) {
             return closeParenthesis(token);
         case TokenKind::Comma:
             applyTighterThan(0);
-            if (pending_.empty() || pending_.back().kind != Pending::Kind::Call) {
+            if (pending_.back().kind != Pending::Kind::Call) {
                 return fail(ErrorCode::BadCharacter, token.offset);
             }
             completeArgument();
@@ -94,11 +89,16 @@ bool Parser::binaryOperator(const Token& token) {
     if (token.op == Operator::Not) {
         return fail(ErrorCode::BadCharacter, token.offset);
     }
+    if (token.op == Operator::Like || token.op == Operator::Equal) {
+        isPlainlyNumeric_ = false;
+    }
     const std::uint8_t level = infoOf(token.op).level;
     const bool rightToLeft = token.op == Operator::Power;
     applyTighterThan(rightToLeft ? level : static_cast<std::uint8_t>(level - 1));
-    emit(NodeKind::LeftOperand, token);
-    return open({Pending::Kind::Binary, token.op, {}, token.offset});
+    if (marks_ == Marks::ForTypes || token.op == Operator::And || token.op == Operator::Or) {
+        emit(NodeKind::LeftOperand, token);
+    }
+    return open({Pending::Kind::Binary, level, token.op, {}, token.offset});
 }
 
 bool Parser::closeParenthesis(const Token& token) {
@@ -121,12 +121,16 @@ bool Parser::closeParenthesis(const Token& token) {
     return true;
 }
 
+bool Parser::openPrefix(Operator op, const Token& token) {
+    return open({Pending::Kind::Prefix, infoOf(op).level, op, {}, token.offset});
+}
+
 bool Parser::open(const Pending& pending) {
-    if (pending_.size() == kMaxNesting) {
+    if (pending_.size() > kMaxNesting) {
         return fail(ErrorCode::NestedTooDeeply, pending.offset);
     }
     pending_.push_back(pending);
-    openParentheses_ += isParenthesis(pending) ? 1 : 0;
+    openParentheses_ += pending.kind < Pending::Kind::Prefix ? 1 : 0;
     operandWanted_ = true;
     return true;
 }
@@ -145,7 +149,7 @@ void Parser::complete() {
         }
     }
     applyTighterThan(0);
-    while (!pending_.empty()) {
+    while (pending_.back().kind != Pending::Kind::Bottom) {
         if (pending_.back().kind == Pending::Kind::Call) {
             completeArgument();
         }
@@ -155,18 +159,22 @@ void Parser::complete() {
 }
 
 void Parser::emit(NodeKind kind, const Token& token) {
-    tree_.push_back(
-        {kind, token.op, token.function, token.offset, token.number, token.first, token.size});
+    Node node{kind, token.op, token.function, token.offset, {}};
+    if (kind == NodeKind::Number) {
+        node.number = token.number;
+    } else {
+        node.extent = token.extent;
+    }
+    tree_.push_back(node);
     operandWanted_ = false;
 }
 
 /// Applies the operators on top of the stack whose level is above `level`, down to the nearest
 /// parenthesis.
 void Parser::applyTighterThan(std::uint8_t level) {
-    while (!pending_.empty() && !isParenthesis(pending_.back()) &&
-           infoOf(pending_.back().op).level > level) {
+    while (pending_.back().level > level) {
         const Pending& top = pending_.back();
-        tree_.push_back({NodeKind::Apply, top.op, {}, top.offset});
+        tree_.push_back({NodeKind::Apply, top.op, {}, top.offset, {}});
         pending_.pop_back();
     }
 }
@@ -174,13 +182,23 @@ void Parser::applyTighterThan(std::uint8_t level) {
 void Parser::completeArgument() {
     Pending& call = pending_.back();
     ++call.arguments;
-    tree_.push_back({NodeKind::Argument, {}, call.function, call.offset, 0, call.arguments});
+    if (marks_ == Marks::ForNumbers && infoOf(call.function).parameters.size() < 2) {
+        return;
+    }
+    tree_.push_back({NodeKind::Argument, {}, call.function, call.offset, {}});
+    tree_.back().extent.first = call.arguments;
 }
 
 void Parser::closeTop() {
     const Pending& top = pending_.back();
     if (top.kind == Pending::Kind::Call) {
-        tree_.push_back({NodeKind::Call, {}, top.function, top.offset, 0, top.arguments});
+        const std::size_t wanted = infoOf(top.function).parameters.size();
+        if (top.arguments != wanted || worksOnText(top.function) ||
+            top.function == Function::Unknown) {
+            isPlainlyNumeric_ = false;
+        }
+        tree_.push_back({NodeKind::Call, {}, top.function, top.offset, {}});
+        tree_.back().extent.first = top.arguments;
     }
     pending_.pop_back();
     --openParentheses_;

@@ -12,8 +12,9 @@ namespace varo::engine {
 
 /// An operator that waits for its right operand, or an open parenthesis.
 struct Pending {
-    enum class Kind : std::uint8_t { Prefix, Binary, Group, Call };
+    enum class Kind : std::uint8_t { Bottom, Group, Call, Prefix, Binary };
     Kind kind{};
+    std::uint8_t level = 0;  ///< of an operator; 0 for the rest
     Operator op{};
     Function function{};
     std::uint32_t offset = 0;
@@ -30,14 +31,23 @@ struct SyntaxError {
 /// recurse.
 class Parser {
   public:
+    /// What the tree is to be good for: the types need every mark in it, numbers only those that
+    /// change the flow or the place of operands.
+    enum class Marks : bool { ForNumbers, ForTypes };
+
     /// `tree` and `pending` are filled and used from empty; all must outlive the parser.
-    Parser(Lexer& lexer, Tree& tree, std::vector<Pending>& pending)
-        : lexer_(lexer), tree_(tree), pending_(pending) {}
+    Parser(Lexer& lexer, Marks marks, Tree& tree, std::vector<Pending>& pending)
+        : lexer_(lexer), marks_(marks), tree_(tree), pending_(pending) {}
 
     /// Reads the formula up to its end or first error. After an error the tree is made whole with
     /// what was read so far, so that the types of the variables can be told, and the lexer is read
     /// to its end.
     SyntaxError run();
+
+    /// After run(): true when everything in the formula is a number and every function gets the
+    /// arguments that it takes, so that there is nothing to find out about types and the marks for
+    /// numbers are enough.
+    bool isPlainlyNumeric() const { return isPlainlyNumeric_; }
 
   private:
     bool operand(const Token& token);
@@ -45,6 +55,7 @@ class Parser {
     bool binaryOperator(const Token& token);
     bool closeParenthesis(const Token& token);
     bool open(const Pending& pending);
+    bool openPrefix(Operator op, const Token& token);
     bool fail(ErrorCode code, std::uint32_t offset);
     void complete();
 
@@ -54,11 +65,13 @@ class Parser {
     void closeTop();
 
     Lexer& lexer_;
+    Marks marks_;
     Tree& tree_;
     std::vector<Pending>& pending_;
     SyntaxError error_;
     std::size_t openParentheses_ = 0;
     bool operandWanted_ = true;
+    bool isPlainlyNumeric_ = true;
 };
 
 }  // namespace varo::engine

@@ -13,20 +13,25 @@
 
 namespace varo::engine {
 
+/// What is wrong with a formula.
+struct Diagnosis {
+    ErrorCode code = ErrorCode::None;
+    std::uint32_t position = 0;
+    std::uint32_t argument = 0;
+    std::string_view subject;
+};
+
 /// Everything that a parsed formula consists of. Only views: of what belongs to the parser, or of
 /// the copy that assemble() makes.
 struct Program {
     Code code;  ///< empty when there is an error
     /// How many numbers the code needs to be evaluated at full speed; more than there can be when
     /// it works on texts or there is an error.
-    std::size_t numbersWanted = 0;
+    std::size_t numbersWanted;
     VariableNames names;
-    std::span<const Type> types;  ///< of the variables
-    Type resultType = Type::Number;
-    ErrorCode error = ErrorCode::None;
-    std::uint32_t errorPosition = 0;
-    std::uint32_t errorArgument = 0;
-    std::string_view errorSubject;
+    std::span<const Type> types;  ///< of the variables; empty when all are numbers
+    Type resultType;
+    Diagnosis error;
 };
 
 /// One piece of memory with a Program at its beginning and all that it views behind.

@@ -59,7 +59,7 @@ void TypeInference::visit(const Node& node) {
             operands_.push_back(kText);
             break;
         case NodeKind::Variable:
-            operands_.push_back(kFirstVariable + node.first);
+            operands_.push_back(kFirstVariable + node.extent.first);
             break;
         case NodeKind::Result:
             report(ErrorCode::ResultRead, node);
@@ -139,23 +139,23 @@ void TypeInference::argument(const Node& node) {
         return;
     }
     const Class given = operands_.back();
-    switch (infoOf(node.function).parameter(node.first)) {
+    switch (infoOf(node.function).parameter(node.extent.first)) {
         case 'n':
             if (!join(given, kNumber)) {
-                report(ErrorCode::NumberWanted, node, node.first);
+                report(ErrorCode::NumberWanted, node, node.extent.first);
             }
             break;
         case 't':
             if (!join(given, kText)) {
-                report(ErrorCode::TextWanted, node, node.first);
+                report(ErrorCode::TextWanted, node, node.extent.first);
             }
             break;
         case 'a': {
-            const bool isFirst = infoOf(node.function).parameter(node.first - 1) != 'a';
+            const bool isFirst = infoOf(node.function).parameter(node.extent.first - 1) != 'a';
             const Class before = isFirst ? given : operands_[operands_.size() - 2];
             if (!join(before, given)) {
                 report(find(before) == kText ? ErrorCode::TextWanted : ErrorCode::NumberWanted,
-                       node, node.first);
+                       node, node.extent.first);
             }
             break;
         }
@@ -167,22 +167,23 @@ void TypeInference::argument(const Node& node) {
 
 void TypeInference::call(const Node& node) {
     const FunctionInfo& info = infoOf(node.function);
-    if (node.function != Function::Unknown && node.first < info.parameters.size()) {
-        report(ErrorCode::TooFewArguments, node, node.first + 1);
+    if (node.function != Function::Unknown && node.extent.first < info.parameters.size()) {
+        report(ErrorCode::TooFewArguments, node, node.extent.first + 1);
     }
     Class result = kAnything;
     if (info.result != 'a') {
         result = info.result == 't' ? kText : kNumber;
-    } else if (node.function != Function::Unknown && node.first >= info.parameters.size()) {
-        result = operands_[operands_.size() - node.first + (info.parameters.size() - 1)];
+    } else if (node.function != Function::Unknown && node.extent.first >= info.parameters.size()) {
+        result = operands_[operands_.size() - node.extent.first + (info.parameters.size() - 1)];
     }
-    operands_.resize(operands_.size() - node.first);
+    operands_.resize(operands_.size() - node.extent.first);
     operands_.push_back(result);
 }
 
 void TypeInference::report(ErrorCode code, const Node& node, std::uint32_t argument) {
     if (misuse_.code == ErrorCode::None) {
-        misuse_ = {code, node.offset, argument, node.size, node.op, node.function};
+        const std::uint32_t size = node.kind == NodeKind::UnknownFunction ? node.extent.size : 0;
+        misuse_ = {code, node.offset, argument, size, node.op, node.function};
     }
 }
 

@@ -3,6 +3,7 @@
 #include "engine/unicode_tables.h"
 
 #include <algorithm>
+#include <cstring>
 #include <span>
 
 namespace varo::engine {
@@ -97,6 +98,14 @@ void appendCharacter(std::string& text, char32_t character) {
 bool isWellFormed(std::string_view text) {
     const char* const end = text.data() + text.size();
     for (const char* at = text.data(); at != end;) {
+        if (end - at >= 8) {
+            std::uint64_t eight = 0;
+            std::memcpy(&eight, at, 8);
+            if ((eight & 0x8080808080808080U) == 0) {
+                at += 8;
+                continue;
+            }
+        }
         const Decoded next = decode(at, end);
         if (next.character == kReplacementCharacter && next.bytes == 1) {
             return false;

@@ -2,14 +2,12 @@
 
 #include "engine/unicode.h"
 
-#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <random>
 
 namespace varo::engine {
 namespace {
-
-constexpr std::size_t kFewestSlots = 16;
 
 /// Another start in every process, so that nobody can choose names that all fall on one slot.
 std::uint64_t hashSeed() {
@@ -37,9 +35,7 @@ std::size_t slotOf(const VariableNames& names, std::string_view folded, std::uin
         if (index == VariableNames::kNone) {
             return slot;
         }
-        const VariableNames::Entry& entry = names.entries[index];
-        if (entry.hash == hash &&
-            folded == names.characters.substr(entry.begin + entry.nameSize, entry.foldedSize)) {
+        if (names.entries[index].hash == hash && names.foldedName(index) == folded) {
             return slot;
         }
     }
@@ -57,40 +53,68 @@ void appendFolded(std::string& folded, std::string_view name) {
 }
 
 std::uint32_t VariableNames::find(std::string_view folded) const {
-    return entries.empty() ? kNone : slots[slotOf(*this, folded, hashOf(folded))];
+    if (!slots.empty()) {
+        return slots[slotOf(*this, folded, hashOf(folded))];
+    }
+    for (std::uint32_t index = 0; index < entries.size(); ++index) {
+        const Entry& entry = entries[index];
+        if (entry.foldedSize == folded.size() && characters[entry.foldedBegin] == folded[0] &&
+            foldedName(index) == folded) {
+            return index;
+        }
+    }
+    return kNone;
 }
 
 std::uint32_t VariableTable::intern(std::string_view name, std::string_view folded) {
-    if (slots_.size() < 2 * (entries_.size() + 1)) {
-        grow();
-    }
-    const std::uint32_t hash = hashOf(folded);
-    std::uint32_t& index = slots_[slotOf(names(), folded, hash)];
-    if (index == VariableNames::kNone) {
-        index = size();
-        entries_.push_back({hash, static_cast<std::uint32_t>(characters_.size()),
-                            static_cast<std::uint32_t>(name.size()),
-                            static_cast<std::uint32_t>(folded.size())});
-        characters_ += name;
-        characters_ += folded;
+    const std::uint32_t known = names().find(folded);
+    return known != VariableNames::kNone ? known : add(name, folded);
+}
+
+std::uint32_t VariableTable::add(std::string_view name, std::string_view folded) {
+    const std::uint32_t index = size();
+    const auto append = [this](std::string_view characters) {
+        const auto begin = static_cast<std::uint32_t>(characters_.size());
+        characters_ += characters;
+        return begin;
+    };
+    VariableNames::Entry entry{};
+    entry.begin = append(name);
+    entry.nameSize = static_cast<std::uint32_t>(name.size());
+    entry.foldedBegin = name == folded ? entry.begin : append(folded);
+    entry.foldedSize = static_cast<std::uint32_t>(folded.size());
+    entry.hash = slots_.empty() ? 0 : hashOf(folded);
+    entries_.push_back(entry);
+    if (slots_.empty() ? entries_.size() > VariableNames::kMostWithoutSlots
+                       : slots_.size() < 2 * entries_.size()) {
+        makeSlots();
+    } else if (!slots_.empty()) {
+        slots_[slotOf(names(), folded, entry.hash)] = index;
     }
     return index;
 }
 
 void VariableTable::clear() {
+    for (const VariableNames::Entry& entry : entries_) {
+        if (entry.foldedSize == 1) {
+            afterLetters_[static_cast<unsigned char>(characters_[entry.foldedBegin])] = 0;
+        }
+    }
     entries_.clear();
     characters_.clear();
-    slots_.resize(std::min(slots_.size(), kFewestSlots));
-    std::fill(slots_.begin(), slots_.end(), VariableNames::kNone);
+    slots_.clear();
 }
 
-void VariableTable::grow() {
-    slots_.assign(std::max(kFewestSlots, 2 * slots_.size()), VariableNames::kNone);
+/// Makes a hash table with room for as many names again.
+void VariableTable::makeSlots() {
+    const bool hashesMissing = slots_.empty();
+    slots_.assign(4 * std::bit_ceil(entries_.size()), VariableNames::kNone);
     for (std::uint32_t index = 0; index < size(); ++index) {
-        const VariableNames::Entry& entry = entries_[index];
-        const std::string_view folded =
-            std::string_view(characters_).substr(entry.begin + entry.nameSize, entry.foldedSize);
-        slots_[slotOf(names(), folded, entry.hash)] = index;
+        const std::string_view folded = names().foldedName(index);
+        if (hashesMissing) {
+            entries_[index].hash = hashOf(folded);
+        }
+        slots_[slotOf(names(), folded, entries_[index].hash)] = index;
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <span>
@@ -17,19 +18,27 @@ struct VariableNames {
     static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
 
     struct Entry {
-        std::uint32_t hash;
-        std::uint32_t begin;  ///< of the name in `characters`; its case-folded form follows it
+        std::uint32_t hash;   ///< only when there are slots
+        std::uint32_t begin;  ///< of the name in `characters`
         std::uint32_t nameSize;
+        std::uint32_t foldedBegin;  ///< of its case-folded form
         std::uint32_t foldedSize;
     };
 
+    /// A few names are found by looking at each of them.
+    static constexpr std::size_t kMostWithoutSlots = 8;
+
     std::span<const Entry> entries;
-    std::span<const std::uint32_t>
-        slots;  ///< a hash table of indices and kNone, a power of two in size
+    /// A hash table of indices and kNone, a power of two in size; empty for a few names.
+    std::span<const std::uint32_t> slots;
     std::string_view characters;
 
     std::string_view name(std::uint32_t index) const {
         return characters.substr(entries[index].begin, entries[index].nameSize);
+    }
+
+    std::string_view foldedName(std::uint32_t index) const {
+        return characters.substr(entries[index].foldedBegin, entries[index].foldedSize);
     }
 
     /// The index of the variable with that case-folded name, or kNone.
@@ -43,6 +52,15 @@ class VariableTable {
     /// was none.
     std::uint32_t intern(std::string_view name, std::string_view folded);
 
+    /// The same for the name of one ASCII letter or underscore.
+    std::uint32_t internLetter(char letter, char folded) {
+        std::uint32_t& after = afterLetters_[static_cast<unsigned char>(folded)];
+        if (after == 0) {
+            after = intern({&letter, 1}, {&folded, 1}) + 1;
+        }
+        return after - 1;
+    }
+
     /// Forgets the variables, but keeps the memory.
     void clear();
 
@@ -52,11 +70,13 @@ class VariableTable {
     VariableNames names() const { return {entries_, slots_, characters_}; }
 
   private:
-    void grow();
+    std::uint32_t add(std::string_view name, std::string_view folded);
+    void makeSlots();
 
     std::vector<VariableNames::Entry> entries_;
     std::vector<std::uint32_t> slots_;
     std::string characters_;
+    std::array<std::uint32_t, 128> afterLetters_{};  // of names of one letter, 1 + their index
 };
 
 }  // namespace varo::engine

@@ -111,13 +111,14 @@ constexpr std::array<Slot, kSlots> kTable = [] {
 
 }  // namespace
 
-Word wordNamed(std::string_view foldedName) {
+const Word& wordNamed(std::string_view foldedName) {
+    static constexpr Word nothing;
     if (foldedName.size() < kShortest || foldedName.size() > kLongest) {
-        return {};
+        return nothing;
     }
     const Slot& slot = kTable[kHash(foldedName)];
     const bool same = std::string_view(slot.spelling.data(), slot.size) == foldedName;
-    return same ? slot.word : Word{};
+    return same ? slot.word : nothing;
 }
 
 }  // namespace varo::engine

@@ -169,6 +169,6 @@ struct Word {
 };
 
 /// What the case-folded `name` stands for; a Word of kind None and without a function if nothing.
-Word wordNamed(std::string_view foldedName);
+const Word& wordNamed(std::string_view foldedName);
 
 }  // namespace varo::engine
