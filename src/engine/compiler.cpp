@@ -156,7 +156,7 @@ void Compiler::variable(std::uint32_t index) {
         emit(opcodeOf(Other::TextVariable)).index = index;
         push({Place::Text});
     } else if (index <= kMostFusedIndex) {
-        push({Place::Variable, {}, 0, static_cast<std::uint16_t>(index)});
+        pushLeaf(Place::Variable, static_cast<std::uint16_t>(index), 0);
     } else {
         freeAccumulator();
         emit(opcodeOf(Other::LoadVariable)).index = index;
@@ -166,7 +166,7 @@ void Compiler::variable(std::uint32_t index) {
 
 void Compiler::number(double value) {
     if (std::isfinite(value)) {
-        push({Place::Constant, {}, 0, 0, 0, value});
+        pushLeaf(Place::Constant, 0, value);
     } else {
         freeAccumulator();
         emit(opcodeOf(Other::LoadConstant)).number = value;
@@ -242,20 +242,20 @@ void Compiler::combineLeaves(Operator op) {
     if (leftIsConstant && rightIsConstant) {
         const double value = valueOf(op, left.number, right.number);
         if (std::isfinite(value)) {
-            replace(2, {Place::Constant, {}, 0, 0, 0, value});
+            replaceByConstant(2, value);
         } else {
             loadTop(1);
             combineLoaded(op);
         }
         return;
     }
-    Operand pair{Place::VV, op, 0, left.a, right.a};
-    if (leftIsConstant) {
-        pair = {Place::KV, op, 0, right.a, 0, left.number};
-    } else if (rightIsConstant) {
-        pair = {Place::VK, op, 0, left.a, 0, right.number};
-    }
-    replace(2, pair);
+    pop(1);
+    Operand& pair = top();
+    pair.place = leftIsConstant ? Place::KV : rightIsConstant ? Place::VK : Place::VV;
+    pair.op = op;
+    pair.a = leftIsConstant ? right.a : left.a;
+    pair.b = right.a;
+    pair.number = leftIsConstant ? left.number : right.number;
     if (!isArithmetic(op)) {
         loadTop();
     }
@@ -359,7 +359,9 @@ void Compiler::unary(Unary operation) {
         }
     }
     if (operand.place == Place::Variable && operation == Unary::Square) {
-        replace(1, {Place::VV, Operator::Multiply, 0, operand.a, operand.a});
+        top().place = Place::VV;
+        top().op = Operator::Multiply;
+        top().b = operand.a;
         return;
     }
     if (operand.place == Place::Variable) {
@@ -417,7 +419,7 @@ void Compiler::callOfTwo(Function function) {
         const double value =
             isMod ? engine::apply<Function::Mod>(x, y) : engine::apply<Function::Preci>(x, y);
         if (std::isfinite(value)) {
-            replace(2, {Place::Constant, {}, 0, 0, 0, value});
+            replaceByConstant(2, value);
             return;
         }
     }
@@ -454,7 +456,7 @@ void Compiler::openBranch(Other jump) {
     loadTop();
     branches_.push_back({std::nullopt, 0, here()});
     emit(opcodeOf(jump));
-    replace(1, {Place::Constant});
+    replaceByConstant(1, 0);
 }
 
 void Compiler::closeLogical(Operator op) {
@@ -463,7 +465,7 @@ void Compiler::closeLogical(Operator op) {
     const bool deciding = op == Operator::Or;  // the value of the left side that decides alone
     if (branch.known == deciding) {
         dropCode(branch.begin);
-        replace(2, {Place::Constant, {}, 0, 0, 0, deciding ? 1.0 : 0.0});
+        replaceByConstant(2, deciding ? 1 : 0);
         return;
     }
     if (!branch.known) {
@@ -486,7 +488,7 @@ void Compiler::conditionalArgument(std::uint32_t argument) {
         if (!isChosen) {
             dropCode(branch.begin);
             if (isNumber) {
-                replace(1, {Place::Constant});
+                replaceByConstant(1, 0);
             }
         } else if (argument == 2) {
             freeAccumulator();
@@ -503,7 +505,7 @@ void Compiler::conditionalArgument(std::uint32_t argument) {
         land(branch.jump);
         branch.jump = end;
         if (isNumber) {
-            replace(1, {Place::Constant});
+            replaceByConstant(1, 0);
         }
     } else {
         land(branch.jump);
@@ -626,6 +628,12 @@ void Compiler::pop(std::size_t count) {
     if (accumulator_ >= operands_.size()) {
         accumulator_ = kNone;
     }
+}
+
+/// The topmost `count` operands, all numbers, become a constant.
+void Compiler::replaceByConstant(std::size_t count, double value) {
+    pop(count);
+    pushLeaf(Place::Constant, 0, value);
 }
 
 /// The topmost `count` operands become one.

@@ -94,8 +94,13 @@ class Compiler {
 
     Operand& top(std::size_t below = 0) { return operands_[operands_.size() - 1 - below]; }
     void push(Operand operand);
+    void pushLeaf(Place place, std::uint16_t variable, double number) {
+        const auto slot = static_cast<std::uint16_t>(numbers_++);
+        operands_.push_back({place, {}, slot, variable, 0, number});
+    }
     void pop(std::size_t count);
     void replace(std::size_t count, const Operand& operand);
+    void replaceByConstant(std::size_t count, double value);
     void computed(std::size_t count);
     void freeAccumulator();
     void storeTop(std::size_t below = 0);

@@ -62,47 +62,47 @@ Lexer::Lexer(std::string_view formula, Space& space)
       end_(formula.data() + formula.size()),
       space_(space) {}
 
-Token Lexer::next() {
+void Lexer::next(Token& token) {
     for (; at_ != end_; ++at_) {
         switch (classOf(*at_)) {
             case Class::Blank:
                 break;
             case Class::Lower:
             case Class::Upper:
-                return name();
+                return name(token);
             case Class::Digit:
             case Class::Point:
-                return number();
+                return number(token);
             case Class::Quote:
-                return text(static_cast<char32_t>(*at_));
+                return text(token, static_cast<char32_t>(*at_));
             case Class::Symbol:
-                return symbol(static_cast<char32_t>(*at_), 1);
+                return symbol(token, static_cast<char32_t>(*at_), 1);
             case Class::Wide: {
                 const Character character = peek();
                 if (!isBlank(character.form)) {
-                    return wideToken();
+                    return wideToken(token);
                 }
                 at_ += character.bytes - 1;
                 break;
             }
         }
     }
-    return begin(TokenKind::End);
+    start(token, TokenKind::End);
 }
 
 /// A token that begins with a character beyond ASCII, which is no blank.
-Token Lexer::wideToken() {
+void Lexer::wideToken(Token& token) {
     const Character character = peek();
     if (character.startsName()) {
-        return wideName();
+        return wideName(token);
     }
     if (character.isDigit() || character.form == '.') {
-        return wideNumber();
+        return wideNumber(token);
     }
     if (character.form == '"' || character.form == '\'') {
-        return text(character.form);
+        return text(token, character.form);
     }
-    return symbol(character.form, character.bytes);
+    return symbol(token, character.form, character.bytes);
 }
 
 Lexer::Character Lexer::peek() const {
@@ -115,22 +115,19 @@ Lexer::Character Lexer::peek() const {
     return {form, decoded.bytes};
 }
 
-Token Lexer::begin(TokenKind kind) const {
-    Token token;
+void Lexer::start(Token& token, TokenKind kind) const {
     token.kind = kind;
     token.offset = static_cast<std::uint32_t>(at_ - begin_);
-    return token;
 }
 
-Token Lexer::operatorToken(Operator op, std::uint32_t bytes) {
-    Token token = begin(TokenKind::Operator);
+void Lexer::operatorToken(Token& token, Operator op, std::uint32_t bytes) {
+    start(token, TokenKind::Operator);
     token.op = op;
     at_ += bytes;
-    return token;
 }
 
-Token Lexer::relation(bool greater, std::uint32_t bytes) {
-    Token token = operatorToken(greater ? Operator::Greater : Operator::Less, bytes);
+void Lexer::relation(Token& token, bool greater, std::uint32_t bytes) {
+    operatorToken(token, greater ? Operator::Greater : Operator::Less, bytes);
     const Character second = peek();
     if (second.form == '=') {
         token.op = greater ? Operator::GreaterOrSame : Operator::LessOrSame;
@@ -139,35 +136,34 @@ Token Lexer::relation(bool greater, std::uint32_t bytes) {
         token.op = Operator::Different;
         at_ += second.bytes;
     }
-    return token;
 }
 
-Token Lexer::symbol(char32_t form, std::uint32_t bytes) {
+void Lexer::symbol(Token& token, char32_t form, std::uint32_t bytes) {
     TokenKind kind = TokenKind::BadCharacter;
     switch (form) {
         case U'+':
-            return operatorToken(Operator::Add, bytes);
+            return operatorToken(token, Operator::Add, bytes);
         case U'-':
-            return operatorToken(Operator::Subtract, bytes);
+            return operatorToken(token, Operator::Subtract, bytes);
         case U'*':
-            return operatorToken(Operator::Multiply, bytes);
+            return operatorToken(token, Operator::Multiply, bytes);
         case U'/':
-            return operatorToken(Operator::Divide, bytes);
+            return operatorToken(token, Operator::Divide, bytes);
         case U'^':
-            return operatorToken(Operator::Power, bytes);
+            return operatorToken(token, Operator::Power, bytes);
         case U'!':
-            return operatorToken(Operator::Factorial, bytes);
+            return operatorToken(token, Operator::Factorial, bytes);
         case U'=':
-            return operatorToken(Operator::Same, bytes);
+            return operatorToken(token, Operator::Same, bytes);
         case U'≠':
-            return operatorToken(Operator::Different, bytes);
+            return operatorToken(token, Operator::Different, bytes);
         case U'≤':
-            return operatorToken(Operator::LessOrSame, bytes);
+            return operatorToken(token, Operator::LessOrSame, bytes);
         case U'≥':
-            return operatorToken(Operator::GreaterOrSame, bytes);
+            return operatorToken(token, Operator::GreaterOrSame, bytes);
         case U'<':
         case U'>':
-            return relation(form == U'>', bytes);
+            return relation(token, form == U'>', bytes);
         case U'(':
             kind = TokenKind::LeftParenthesis;
             break;
@@ -180,13 +176,12 @@ Token Lexer::symbol(char32_t form, std::uint32_t bytes) {
         default:
             break;
     }
-    const Token token = begin(kind);
+    start(token, kind);
     at_ += bytes;
-    return token;
 }
 
-Token Lexer::number() {
-    Token token = begin(TokenKind::Number);
+void Lexer::number(Token& token) {
+    start(token, TokenKind::Number);
     token.number = 0;
     const char* const after = scanNumber(at_, end_, token.number);
     // The number may go on in full width; so may an exponent that has not come.
@@ -194,14 +189,13 @@ Token Lexer::number() {
         after == at_ ||
         (after != end_ && (classOf(*after) == Class::Wide || *after == 'e' || *after == 'E'));
     if (mayGoOn) {
-        return wideNumber();
+        return wideNumber(token);
     }
     at_ = after;
-    return token;
 }
 
-Token Lexer::wideNumber() {
-    Token token = begin(TokenKind::Number);
+void Lexer::wideNumber(Token& token) {
+    start(token, TokenKind::Number);
     std::string digits;
     const auto take = [this, &digits](const Character& character) {
         digits += static_cast<char>(character.form);
@@ -221,7 +215,7 @@ Token Lexer::wideNumber() {
     }
     if (!anyDigit) {
         token.kind = TokenKind::BadCharacter;
-        return token;
+        return;
     }
     const char* const beforeExponent = at_;
     const std::size_t digitsBeforeExponent = digits.size();
@@ -237,11 +231,10 @@ Token Lexer::wideNumber() {
     }
     token.number = 0;
     scanNumber(digits.data(), digits.data() + digits.size(), token.number);
-    return token;
 }
 
-Token Lexer::text(char32_t quote) {
-    Token token = begin(TokenKind::Text);
+void Lexer::text(Token& token, char32_t quote) {
+    start(token, TokenKind::Text);
     token.extent.first = static_cast<std::uint32_t>(space_.literals.size());
     at_ += peek().bytes;
     const char* copied = at_;
@@ -256,21 +249,20 @@ Token Lexer::text(char32_t quote) {
         if (after.bytes == 0 || after.form != quote) {
             token.extent.size =
                 static_cast<std::uint32_t>(space_.literals.size()) - token.extent.first;
-            return token;
+            return;
         }
         space_.literals += static_cast<char>(quote);
         at_ += after.bytes;
         copied = at_;
     }
     token.kind = TokenKind::UnclosedText;
-    return token;
 }
 
-Token Lexer::name() {
+void Lexer::name(Token& token) {
     if (at_ + 1 == end_ || !continuesName(classOf(at_[1]))) {
-        return letter();
+        return letter(token);
     }
-    const Token token = begin(TokenKind::Variable);
+    start(token, TokenKind::Variable);
     const char* at = at_;
     bool anyUpper = false;
     Class found = classOf(*at);
@@ -280,7 +272,7 @@ Token Lexer::name() {
         found = at != end_ ? classOf(*at) : Class::Blank;
     }
     if (found == Class::Wide) {
-        return wideName();  // the name may go on
+        return wideName(token);  // the name may go on
     }
     const std::string_view spelled(at_, static_cast<std::size_t>(at - at_));
     at_ = at;
@@ -293,8 +285,8 @@ Token Lexer::name() {
 }
 
 /// A name of one letter, as most variables have; it is no word of the language.
-Token Lexer::letter() {
-    Token token = begin(TokenKind::Variable);
+void Lexer::letter(Token& token) {
+    start(token, TokenKind::Variable);
     const char spelled = *at_++;
     if (opensParenthesis()) {
         token.kind = TokenKind::Function;
@@ -303,14 +295,13 @@ Token Lexer::letter() {
     } else {
         const bool isUpper = classOf(spelled) == Class::Upper;
         const char folded = static_cast<char>(isUpper ? spelled + ('a' - 'A') : spelled);
-        token.extent.first = space_.variables.internLetter(spelled, folded);
+        token.extent.first = space_.variables.internLetter({&spelled, 1}, folded);
     }
-    return token;
 }
 
 /// A name with characters beyond ASCII in it or behind it.
-Token Lexer::wideName() {
-    const Token token = begin(TokenKind::Variable);
+void Lexer::wideName(Token& token) {
+    start(token, TokenKind::Variable);
     space_.spelled.clear();
     space_.folded.clear();
     for (Character next = peek(); next.bytes > 0 && next.continuesName(); next = peek()) {
@@ -322,7 +313,7 @@ Token Lexer::wideName() {
 }
 
 /// What the name just read stands for; `token` tells where it begins.
-Token Lexer::named(Token token, std::string_view spelled, std::string_view folded) {
+void Lexer::named(Token& token, std::string_view spelled, std::string_view folded) {
     const auto size = static_cast<std::uint32_t>(at_ - begin_) - token.offset;
     const Word& word = wordNamed(folded);
     if (word.kind == Word::Kind::Operator) {
@@ -340,7 +331,6 @@ Token Lexer::named(Token token, std::string_view spelled, std::string_view folde
     } else {
         token.extent.first = space_.variables.intern(spelled, folded);
     }
-    return token;
 }
 
 /// True when the next character that is no blank is an opening parenthesis; blanks are skipped.

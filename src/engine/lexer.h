@@ -25,6 +25,7 @@ enum class TokenKind : std::uint8_t {
     End,
 };
 
+/// What a token does not use is left as it was.
 struct Token {
     TokenKind kind = TokenKind::End;
     Operator op{};             ///< Operator; a sign reads as Add or Subtract
@@ -52,26 +53,26 @@ class Lexer {
     /// Both must outlive the lexer. `formula` is shorter than 4 GiB.
     Lexer(std::string_view formula, Space& space);
 
-    /// The next token; TokenKind::End for ever after the last.
-    Token next();
+    /// Makes `token` the next one; TokenKind::End for ever after the last.
+    void next(Token& token);
 
   private:
     struct Character;
 
     Character peek() const;
     bool opensParenthesis();
-    Token wideToken();
-    Token operatorToken(Operator op, std::uint32_t bytes);
-    Token relation(bool greater, std::uint32_t bytes);
-    Token symbol(char32_t form, std::uint32_t bytes);
-    Token number();
-    Token wideNumber();
-    Token text(char32_t quote);
-    Token name();
-    Token letter();
-    Token wideName();
-    Token named(Token token, std::string_view spelled, std::string_view folded);
-    Token begin(TokenKind kind) const;
+    void start(Token& token, TokenKind kind) const;
+    void wideToken(Token& token);
+    void operatorToken(Token& token, Operator op, std::uint32_t bytes);
+    void relation(Token& token, bool greater, std::uint32_t bytes);
+    void symbol(Token& token, char32_t form, std::uint32_t bytes);
+    void number(Token& token);
+    void wideNumber(Token& token);
+    void text(Token& token, char32_t quote);
+    void name(Token& token);
+    void letter(Token& token);
+    void wideName(Token& token);
+    void named(Token& token, std::string_view spelled, std::string_view folded);
 
     const char* begin_;
     const char* at_;

@@ -3,8 +3,9 @@
 namespace varo::engine {
 SyntaxError Parser::run() {
     pending_.push_back({});
+    Token token;
     for (bool more = true; more;) {
-        const Token token = lexer_.next();
+        lexer_.next(token);
         more = operandWanted_ ? operand(token) : afterOperand(token);
     }
     complete();
@@ -45,7 +46,7 @@ bool Parser::operand(const Token& token) {
                 emit(NodeKind::UnknownFunction, token);
                 operandWanted_ = true;
             }
-            lexer_.next();  // the parenthesis that makes it a function
+            skipToken();  // the parenthesis that makes it a function
             return open({Pending::Kind::Call, 0, {}, token.function, token.offset});
         case TokenKind::RightParenthesis:
             return closeParenthesis(token);
@@ -135,6 +136,12 @@ bool Parser::open(const Pending& pending) {
     return true;
 }
 
+TokenKind Parser::skipToken() {
+    Token token;
+    lexer_.next(token);
+    return token.kind;
+}
+
 bool Parser::fail(ErrorCode code, std::uint32_t offset) {
     error_ = {code, offset};
     return false;
@@ -142,7 +149,7 @@ bool Parser::fail(ErrorCode code, std::uint32_t offset) {
 
 void Parser::complete() {
     if (error_.code != ErrorCode::None) {
-        while (lexer_.next().kind != TokenKind::End) {
+        while (skipToken() != TokenKind::End) {
         }
         if (operandWanted_) {
             emit(NodeKind::Missing, {});

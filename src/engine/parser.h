@@ -56,6 +56,7 @@ class Parser {
     bool closeParenthesis(const Token& token);
     bool open(const Pending& pending);
     bool openPrefix(Operator op, const Token& token);
+    TokenKind skipToken();
     bool fail(ErrorCode code, std::uint32_t offset);
     void complete();
 

@@ -67,22 +67,25 @@ std::uint32_t VariableNames::find(std::string_view folded) const {
 }
 
 std::uint32_t VariableTable::intern(std::string_view name, std::string_view folded) {
+    if (folded.size() == 1) {
+        return internLetter(name, folded.front());
+    }
     const std::uint32_t known = names().find(folded);
     return known != VariableNames::kNone ? known : add(name, folded);
 }
 
 std::uint32_t VariableTable::add(std::string_view name, std::string_view folded) {
     const std::uint32_t index = size();
-    const auto append = [this](std::string_view characters) {
-        const auto begin = static_cast<std::uint32_t>(characters_.size());
-        characters_ += characters;
-        return begin;
-    };
     VariableNames::Entry entry{};
-    entry.begin = append(name);
+    entry.begin = static_cast<std::uint32_t>(characters_.size());
     entry.nameSize = static_cast<std::uint32_t>(name.size());
-    entry.foldedBegin = name == folded ? entry.begin : append(folded);
+    entry.foldedBegin = entry.begin;
     entry.foldedSize = static_cast<std::uint32_t>(folded.size());
+    characters_ += name;
+    if (name != folded) {
+        entry.foldedBegin = static_cast<std::uint32_t>(characters_.size());
+        characters_ += folded;
+    }
     entry.hash = slots_.empty() ? 0 : hashOf(folded);
     entries_.push_back(entry);
     if (slots_.empty() ? entries_.size() > VariableNames::kMostWithoutSlots

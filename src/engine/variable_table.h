@@ -52,11 +52,11 @@ class VariableTable {
     /// was none.
     std::uint32_t intern(std::string_view name, std::string_view folded);
 
-    /// The same for the name of one ASCII letter or underscore.
-    std::uint32_t internLetter(char letter, char folded) {
+    /// The same for a name whose case-folded form is one ASCII letter or an underscore.
+    std::uint32_t internLetter(std::string_view name, char folded) {
         std::uint32_t& after = afterLetters_[static_cast<unsigned char>(folded)];
         if (after == 0) {
-            after = intern({&letter, 1}, {&folded, 1}) + 1;
+            after = add(name, {&folded, 1}) + 1;
         }
         return after - 1;
     }
