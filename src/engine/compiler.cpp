@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <utility>
 
@@ -208,6 +209,10 @@ void Compiler::binary(Operator op) {
     if (op == Operator::Power && power()) {
         return;
     }
+    if (op == Operator::Divide && isPowerOfTwo(top())) {
+        op = Operator::Multiply;  // by the reciprocal: the same value, sooner
+        top().number = 1 / top().number;
+    }
     if (top(1).isLeaf() && top().isLeaf()) {
         combineLeaves(op);
         return;
@@ -301,6 +306,16 @@ bool Compiler::combineWithPair(Operator op) {
     }
     computed(2);
     return true;
+}
+
+/// True for a constant whose reciprocal is exact.
+bool Compiler::isPowerOfTwo(const Operand& operand) {
+    constexpr double smallest = 0x1p-1022;
+    constexpr double largest = 0x1p1022;
+    const double size = std::fabs(operand.number);
+    constexpr std::uint64_t fraction = (std::uint64_t{1} << 52) - 1;
+    return operand.place == Place::Constant && size >= smallest && size <= largest &&
+           (std::bit_cast<std::uint64_t>(size) & fraction) == 0;
 }
 
 /// One operand is in the accumulator; the other is a variable, a constant or a temporary.

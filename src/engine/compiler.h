@@ -71,6 +71,7 @@ class Compiler {
     void combineLeaves(Operator op);
     bool combineWithPair(Operator op);
     void combineLoaded(Operator op);
+    static bool isPowerOfTwo(const Operand& operand);
     bool power();
     void unary(Unary operation);
     void textRelation(Operator op);

@@ -6,15 +6,26 @@
 namespace varo::engine {
 namespace {
 
-struct FastRow {
-    double accumulatorValue;
-    double poison;  // NaN as soon as something hidden was not finite, else 0
+/// The registers of the machine: what one step hands to the next.
+struct Registers {
+    const Instruction* at;
     const double* variables;
     double* temporaries;
+    double accumulatorValue;
+    double poison;  // NaN as soon as something hidden was not finite, else 0
+    double kept;    // temporary 0
 
     double accumulator() const { return accumulatorValue; }
-    double temporary(std::uint16_t index) const { return temporaries[index]; }
+    double temporary(std::uint16_t index) const { return index == 0 ? kept : temporaries[index]; }
     Leaf variable(std::uint32_t index) const { return {variables[index]}; }
+
+    void store(std::uint32_t index) {
+        if (index == 0) {
+            kept = accumulatorValue;
+        } else {
+            temporaries[index] = accumulatorValue;
+        }
+    }
 
     template <Operator op, class X, class Y>
     double apply(X x, Y y) {
@@ -41,20 +52,18 @@ struct FastRow {
 
     void require(Leaf) {}
     void require(double value) { poison += value - value; }
+
+    /// The value of the program when it has come to its end. Taking 0 away keeps even the sign of a
+    /// zero.
+    double result() const { return accumulatorValue - poison; }
+
+    /// The value of the program from instruction `at` on.
+    [[gnu::always_inline]] double goOn() const {
+        return at->step(at, variables, temporaries, accumulatorValue, poison, kept);
+    }
 };
 
-#if defined(__clang__)
-#define VARO_TAIL_CALL [[clang::musttail]]
-#else
-#define VARO_TAIL_CALL
-#endif
-
 enum class Kind { Ordinary, StoresFirst, Last, LastStoresFirst };
-
-/// Taking 0 away keeps even the sign of a zero.
-double finish(double accumulator, double poison) {
-    return accumulator - poison;
-}
 
 constexpr bool isLast(Kind kind) {
     return kind == Kind::Last || kind == Kind::LastStoresFirst;
@@ -65,83 +74,89 @@ constexpr bool storesFirst(Kind kind) {
 }
 
 template <Kind kind>
-[[gnu::always_inline]] inline double goOn(const Instruction* at, const double* variables,
-                                          double* temporaries, double accumulator, double poison) {
+[[gnu::always_inline]] inline double finishStep(Registers& registers, double value) {
+    registers.accumulatorValue = value;
     if constexpr (isLast(kind)) {
-        return finish(accumulator, poison);
+        return registers.result();
     } else {
-        VARO_TAIL_CALL return at[1].step(at + 1, variables, temporaries, accumulator, poison);
+        ++registers.at;
+        return registers.goOn();
     }
+}
+
+template <Opcode opcode, Kind kind>
+double step(const Instruction* at, const double* variables, double* temporaries, double accumulator,
+            double poison, double kept) {
+    Registers registers{at, variables, temporaries, accumulator, poison, kept};
+    if constexpr (storesFirst(kind)) {
+        registers.store(storedTemporary(opcode, *at));
+    }
+    return finishStep<kind>(registers, valueOf<opcode>(registers, *at));
 }
 
 /// For the arguments that a kernel cannot serve. A step of its own, so that the kernels have
 /// nothing to save on the stack.
 template <Unary operation, Kind kind>
-[[gnu::noinline]] double stepWithLibrary(const Instruction* at, const double* variables,
-                                         double* temporaries, double argument, double poison) {
-    return goOn<kind>(at, variables, temporaries, libraryValue<operation>(argument), poison);
+[[gnu::noinline]] double libraryStep(const Instruction* at, const double* variables,
+                                     double* temporaries, double argument, double poison,
+                                     double kept) {
+    Registers registers{at, variables, temporaries, argument, poison, kept};
+    return finishStep<kind>(registers, libraryValue<operation>(argument));
 }
 
 template <Opcode opcode, Kind kind, class Arithmetic>
-[[gnu::always_inline]] inline double useKernel(const Instruction* at, const double* variables,
-                                               double* temporaries, double accumulator,
-                                               double poison) {
+[[gnu::always_inline]] inline double useKernel(Registers& registers) {
+    const Instruction& at = *registers.at;
     if constexpr (storesFirst(kind)) {
-        temporaries[storedTemporary(opcode, *at)] = accumulator;
+        registers.store(storedTemporary(opcode, at));
     }
     constexpr Unary operation = unaryOf(opcode);
-    const double x = isOfVariable(opcode) ? variables[at->a] : accumulator;
+    const double x =
+        isOfVariable(opcode) ? registers.variable(at.a).value : registers.accumulatorValue;
     double value = 0;
     if (!compute<operation, Arithmetic>(x, value)) [[unlikely]] {
-        return stepWithLibrary<operation, kind>(at, variables, temporaries, x, poison);
+        return libraryStep<operation, kind>(&at, registers.variables, registers.temporaries, x,
+                                            registers.poison, registers.kept);
     }
-    return goOn<kind>(at, variables, temporaries, value, poison);
+    return finishStep<kind>(registers, value);
 }
 
 template <Opcode opcode, Kind kind>
 double plainKernelStep(const Instruction* at, const double* variables, double* temporaries,
-                       double accumulator, double poison) {
-    return useKernel<opcode, kind, PlainArithmetic>(at, variables, temporaries, accumulator,
-                                                    poison);
+                       double accumulator, double poison, double kept) {
+    Registers registers{at, variables, temporaries, accumulator, poison, kept};
+    return useKernel<opcode, kind, PlainArithmetic>(registers);
 }
 
 template <Opcode opcode, Kind kind>
 VARO_FUSED double fusedKernelStep(const Instruction* at, const double* variables,
-                                  double* temporaries, double accumulator, double poison) {
-    return useKernel<opcode, kind, FusedArithmetic>(at, variables, temporaries, accumulator,
-                                                    poison);
-}
-
-template <Opcode opcode, Kind kind>
-double step(const Instruction* at, const double* variables, double* temporaries, double accumulator,
-            double poison) {
-    if constexpr (storesFirst(kind)) {
-        temporaries[storedTemporary(opcode, *at)] = accumulator;
-    }
-    FastRow row{accumulator, poison, variables, temporaries};
-    const double value = valueOf<opcode>(row, *at);
-    return goOn<kind>(at, variables, temporaries, value, row.poison);
+                                  double* temporaries, double accumulator, double poison,
+                                  double kept) {
+    Registers registers{at, variables, temporaries, accumulator, poison, kept};
+    return useKernel<opcode, kind, FusedArithmetic>(registers);
 }
 
 template <Opcode opcode>
 double control(const Instruction* at, const double* variables, double* temporaries,
-               double accumulator, double poison) {
+               double accumulator, double poison, double kept) {
+    Registers registers{at, variables, temporaries, accumulator, poison, kept};
     if constexpr (opcode == opcodeOf(Other::Store)) {
-        temporaries[at->a] = accumulator;
-        ++at;
+        registers.store(at->a);
+        ++registers.at;
     } else if constexpr (opcode == opcodeOf(Other::Jump)) {
-        at += at->index;
+        registers.at += at->index;
     } else {
         constexpr bool jumpsIfTrue = opcode == opcodeOf(Other::JumpIfTrue);
         static_assert(jumpsIfTrue || opcode == opcodeOf(Other::JumpIfFalse));
-        poison += accumulator - accumulator;
-        at += (accumulator != 0) == jumpsIfTrue ? at->index : 1;
+        registers.require(accumulator);
+        registers.at += (accumulator != 0) == jumpsIfTrue ? at->index : 1;
     }
-    VARO_TAIL_CALL return at->step(at, variables, temporaries, accumulator, poison);
+    return registers.goOn();
 }
 
-double returnStep(const Instruction*, const double*, double*, double accumulator, double poison) {
-    return finish(accumulator, poison);
+double returnStep(const Instruction* at, const double* variables, double* temporaries,
+                  double accumulator, double poison, double kept) {
+    return Registers{at, variables, temporaries, accumulator, poison, kept}.result();
 }
 
 template <Kind kind, bool fused>

@@ -13,10 +13,12 @@ namespace varo::engine {
 /// since no compiler has to, only programs run this way whose calls fit on any stack.
 inline constexpr std::size_t kMostFastInstructions = 1000;
 inline constexpr std::size_t kMostFastTemporaries = 64;
+inline constexpr std::size_t kTemporariesInRegisters = 1;
 
 /// Gives every instruction of a program its step; null to those on texts. The step of the first
-/// instruction, called with finite variables and 0 and 0, gives the value of the program, which is
-/// not finite when the evaluation fails.
+/// instruction, called with finite variables, room for the
+/// temporaries (unless they are in registers) and three times 0, gives the value of the program,
+/// which is not finite when the evaluation fails.
 void linkFastSteps(std::span<Instruction> program);
 
 }  // namespace varo::engine

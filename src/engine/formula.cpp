@@ -21,7 +21,7 @@ namespace {
 
 [[gnu::noinline]] double runWithTemporaries(const Instruction* first, const double* variables) {
     double temporaries[kMostFastTemporaries];
-    return first->step(first, variables, temporaries, 0, 0);
+    return first->step(first, variables, temporaries, 0, 0, 0);
 }
 
 Type typeOf(const Program& program, std::size_t variable) {
@@ -31,8 +31,9 @@ Type typeOf(const Program& program, std::size_t variable) {
 /// Runs a program that is fit for the fast machine.
 double runFast(const Program& program, const double* variables) {
     const Instruction* const first = firstInstruction(program);
-    return program.code.temporaries > 0 ? runWithTemporaries(first, variables)
-                                        : first->step(first, variables, nullptr, 0, 0);
+    return program.code.temporaries > kTemporariesInRegisters
+               ? runWithTemporaries(first, variables)
+               : first->step(first, variables, nullptr, 0, 0, 0);
 }
 
 constexpr std::size_t kLongestFormula = std::size_t{1} << 30;

@@ -99,7 +99,7 @@ constexpr Opcode opcodeOf(Other operation) {
 struct Instruction {
     /// Executes this instruction and all that follow, for one row of variables: see fast_steps.h.
     using Step = double (*)(const Instruction* at, const double* variables, double* temporaries,
-                            double accumulator, double poison);
+                            double accumulator, double poison, double kept);
 
     Step step = nullptr;
     Opcode opcode = 0;
