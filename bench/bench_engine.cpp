@@ -7,9 +7,11 @@
 #include <cmath>
 #include <cstdint>
 #include <muParser.h>
+#include <vector>
 
 namespace {
 
+using varo::engine::Column;
 using varo::engine::Formula;
 
 constexpr std::array References{
@@ -103,12 +105,37 @@ void EvaluatePeer(benchmark::State& state) {
     }
 }
 
+/// 10,000 rows of a table; the label's time divided by that is one row's.
+void EvaluateRows(benchmark::State& state) {
+    constexpr std::size_t rows = 10000;
+    const Formula formula = Formula::parse(reference(state));
+    std::vector<double> first(rows);
+    for (std::size_t i = 0; i < rows; ++i) {
+        first[i] = changing(static_cast<std::int64_t>(i));
+    }
+    std::vector<Column> columns;
+    for (std::size_t i = 0; i < formula.variableCount(); ++i) {
+        const double value = Start[std::string_view("abcdxy").find(formula.variable(i).name)];
+        columns.push_back(i == 0 ? Column(first) : Column(value));
+    }
+    std::vector<double> results(rows);
+    for (auto _ : state) {
+        if (formula.evaluateRows(columns, results, {}) != 0) {
+            state.SkipWithError("the formula does not evaluate");
+        }
+        benchmark::DoNotOptimize(results.data());
+    }
+    state.counters["row"] = benchmark::Counter(
+        rows, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
 constexpr auto Last = static_cast<int64_t>(References.size()) - 1;
 
 BENCHMARK(ParseHere)->DenseRange(0, Last);
 BENCHMARK(ParsePeer)->DenseRange(0, Last);
 BENCHMARK(EvaluateHere)->DenseRange(0, Last);
 BENCHMARK(EvaluatePeer)->DenseRange(0, Last);
+BENCHMARK(EvaluateRows)->DenseRange(0, Last);
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #include "engine/lexer.h"
 #include "engine/parser.h"
 #include "engine/program.h"
+#include "engine/row_block.h"
 #include "engine/text_machine.h"
 #include "engine/types.h"
 #include "engine/unicode.h"
@@ -274,24 +275,49 @@ bool Formula::evaluateSlowly(std::span<const double> numbers, double& result, Er
 
 std::size_t Formula::evaluateRows(std::span<const Column> columns, std::span<double> results,
                                   std::span<ErrorCode> status) const {
-    std::vector<double> row;
+    const Program& program = programIn(block_);
+    const std::size_t variables = variableCount();
+    const bool isCovered =
+        columns.size() >= variables &&
+        std::all_of(columns.begin(), columns.begin() + static_cast<std::ptrdiff_t>(variables),
+                    [&](const Column& column) { return column.covers(results.size()); });
+    const bool isNumeric = program.error.code == ErrorCode::None && !program.code.usesText;
+    if (!isCovered) {
+        const ErrorCode code = isValid() ? ErrorCode::NoValue : program.error.code;
+        std::fill(results.begin(), results.end(), std::numeric_limits<double>::quiet_NaN());
+        std::fill(status.begin(), status.end(), code);
+        return results.size();
+    }
+    std::fill(status.begin(), status.end(), ErrorCode::None);
     std::size_t failures = 0;
+    std::vector<double> row(variables);
     Error error;
-    for (std::size_t i = 0; i < results.size(); ++i) {
-        row.clear();
-        for (const Column& column : columns) {
-            if (!column.covers(results.size())) {
-                break;
-            }
-            row.push_back(column[i]);
-        }
-        const bool worked = evaluate(row, results[i], error);
-        if (!worked) {
-            results[i] = std::numeric_limits<double>::quiet_NaN();
+    const auto evaluateRow = [&](std::size_t index) {
+        std::transform(columns.begin(), columns.begin() + static_cast<std::ptrdiff_t>(variables),
+                       row.begin(), [index](const Column& column) { return column[index]; });
+        if (!evaluate(row, results[index], error)) {
+            results[index] = std::numeric_limits<double>::quiet_NaN();
             ++failures;
+            if (!status.empty()) {
+                status[index] = error.code;
+            }
         }
-        if (!status.empty()) {
-            status[i] = worked ? ErrorCode::None : error.code;
+    };
+    if (!isNumeric) {
+        for (std::size_t i = 0; i < results.size(); ++i) {
+            evaluateRow(i);
+        }
+        return failures;
+    }
+    RowBlock block(program.code, columns.first(variables));
+    for (std::size_t first = 0; first < results.size(); first += RowBlock::kRows) {
+        const std::size_t rows = std::min(RowBlock::kRows, results.size() - first);
+        const RowBlock::Outcome outcome = block.run(first, results.subspan(first, rows));
+        for (std::size_t i = first; i < first + rows && outcome != RowBlock::Outcome::Complete;
+             ++i) {
+            if (outcome == RowBlock::Outcome::Parted || !std::isfinite(results[i])) {
+                evaluateRow(i);
+            }
         }
     }
     return failures;

@@ -37,6 +37,13 @@ class Column {
     /// True when there is a number for each of that many rows.
     bool covers(std::size_t rows) const { return !varies_ || numbers_.size() >= rows; }
 
+    /// True when the rows may differ.
+    bool varies() const { return varies_; }
+
+    /// The numbers of the rows, if they may differ.
+    std::span<const double> numbers() const { return numbers_; }
+
+    /// The number of a row that is covered.
     double operator[](std::size_t row) const { return varies_ ? numbers_[row] : number_; }
 
   private:
