@@ -2,6 +2,7 @@
 
 #include "engine/formula.h"
 #include "engine/variable_table.h"
+#include "engine/vocabulary.h"
 
 #include <cmath>
 #include <optional>

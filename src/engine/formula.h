@@ -1,7 +1,8 @@
 #pragma once
 
-#include "engine/error.h"
-#include "engine/vocabulary.h"
+// From their own folder, so that the installed headers find each other, too.
+#include "error.h"
+#include "value_type.h"
 
 #include <cstddef>
 #include <memory>
@@ -21,7 +22,7 @@ using Value = std::variant<double, std::string>;
 
 /// An input variable of a formula.
 struct Variable {
-    std::string_view name;  ///< as it first occurs; owned by the formula
+    std::string_view name;  ///< as it first occurs; owned by the formula, wherever that is moved
     Type type;
 };
 
@@ -52,7 +53,8 @@ class Column {
     bool varies_ = false;
 };
 
-/// A parsed formula. It never changes, so that threads may share it.
+/// A formula, parsed once and then evaluated as often as wanted, each time with other values of its
+/// variables:
 ///
 ///     const auto formula = Formula::parse("b*h^2/6");
 ///     Values values(formula);
@@ -60,13 +62,26 @@ class Column {
 ///     values.set("h", 0.6);
 ///     Value result;
 ///     Error error;
-///     if (formula.evaluate(values, result, error)) ...
+///     if (formula.evaluate(values, result, error)) {
+///         use(std::get<double>(result));  // resultType() says that it is a number
+///     } else {
+///         show(error.text());
+///     }
+///
+/// There are three ways to evaluate: with Values, which check what they are given and hold texts,
+/// too; with an array of numbers, which allocates nothing; with a column of numbers for each
+/// variable, for all rows of a table in one call.
+///
+/// A formula never changes, so that threads may share it. What is wrong with a formula or with a
+/// value is told by an Error, never by an exception; any function may throw std::bad_alloc when
+/// memory runs out. Texts are UTF-8; a byte that does not belong to it reads as U+FFFD.
 class Formula {
   public:
-    /// Parses `text`, UTF-8. Never fails: a formula with an error tells it, and its variables all
-    /// the same. Throws std::length_error for a text of more than 1 GiB.
+    /// Parses `text`. Never fails: a formula with an error tells it, and its variables all the
+    /// same. Throws std::length_error for a text of more than 1 GiB.
     static Formula parse(std::string_view text);
 
+    /// A formula that was moved from may only be assigned to or destroyed.
     Formula(Formula&&) noexcept;
     Formula& operator=(Formula&&) noexcept;
     ~Formula();
@@ -80,22 +95,27 @@ class Formula {
     /// The input variables, in order of first occurrence. They are complete even if the formula is
     /// not valid; the types are then those that the part before the error tells.
     std::size_t variableCount() const;
+
+    /// The variable with that index, which is below variableCount().
     Variable variable(std::size_t index) const;
 
-    /// The index of the variable with that name, without regard to letter case.
+    /// The index of the variable with that name, without regard to letter case; nothing when there
+    /// is none.
     std::optional<std::size_t> indexOf(std::string_view name) const;
 
     /// The type of the result. In a formula with an error it is what the outermost function or
     /// operator promises, else Type::Number.
     Type resultType() const;
 
-    /// Evaluates with `values`, which were made for this formula. True with the value in `result`;
-    /// else false with the reason in `error`, and `result` as it was.
+    /// Evaluates with `values`, which must have been made for this formula. True with the value, of
+    /// resultType(), in `result`; else false with the reason in `error`, which is error() when the
+    /// formula is not valid, and `result` as it was. Every variable needs a value, also one in a
+    /// branch of If that is not taken.
     bool evaluate(const Values& values, Value& result, Error& error) const;
 
     /// The same for a formula without text variables and with a number as result: `numbers` holds a
-    /// finite number for each variable. A variable that it leaves out has no value. Allocates
-    /// nothing unless the formula works on texts.
+    /// finite number for each variable, by its index. A variable that it leaves out has no value.
+    /// Allocates nothing unless the formula works on texts or fails.
     bool evaluate(std::span<const double> numbers, double& result, Error& error) const;
 
     /// The number that evaluate() would put into `result`, as fast as it can be had; not finite
@@ -121,10 +141,10 @@ class Formula {
     std::unique_ptr<std::byte[]> block_;  // a Program and what it refers to
 };
 
-/// Values for the variables of one formula.
+/// Values for the variables of one formula. Each thread that evaluates uses an object of its own.
 class Values {
   public:
-    /// No variable has a value yet. `formula` must outlive the object.
+    /// No variable has a value yet. `formula` must outlive the object and stay where it is.
     explicit Values(const Formula& formula);
 
     /// Gives variable `index`, or the one of that name, a value. A text is read as UTF-8. False,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/value_type.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -7,8 +9,6 @@
 
 /// The operators, functions and constants of the formula language.
 namespace varo::engine {
-
-enum class Type : std::uint8_t { Number = 1, Text = 2 };
 
 /// The first eleven work on two numbers.
 enum class Operator : std::uint8_t {
