@@ -11,6 +11,8 @@ packages=(
   qt6-wayland qt6-translations-l10n breeze-icon-theme fonts-noto-cjk
   # tests and benchmarks
   libgtest-dev libbenchmark-dev libmuparser-dev
+  # the fuzzer: compiler, run-time libraries, and what writes names into stack traces
+  clang libclang-rt-14-dev llvm
 )
 
 missing=()

@@ -86,8 +86,9 @@ double valueOf(Unary operation, double x) {
 
 }  // namespace
 
-void Compiler::run(const Tree& tree, const std::vector<Type>& variableTypes,
+void Compiler::run(Order order, const Tree& tree, const std::vector<Type>& variableTypes,
                    std::string_view literals) {
+    order_ = order;
     variableTypes_ = &variableTypes;
     literals_ = literals;
     instructions_.clear();
@@ -261,7 +262,7 @@ void Compiler::combineLeaves(Operator op) {
     pair.a = leftIsConstant ? right.a : left.a;
     pair.b = right.a;
     pair.number = leftIsConstant ? left.number : right.number;
-    if (!isArithmetic(op)) {
+    if (!isArithmetic(op) || order_ == Order::Reading) {
         loadTop();
     }
 }
@@ -373,7 +374,8 @@ void Compiler::unary(Unary operation) {
             return;
         }
     }
-    if (operand.place == Place::Variable && operation == Unary::Square) {
+    if (operand.place == Place::Variable && operation == Unary::Square &&
+        order_ == Order::Fastest) {
         top().place = Place::VV;
         top().op = Operator::Multiply;
         top().b = operand.a;
@@ -465,7 +467,7 @@ void Compiler::callText(Function function, std::uint32_t arguments) {
 void Compiler::openBranch(Other jump) {
     if (top().place == Place::Constant) {
         freeAccumulator();
-        branches_.push_back({top().number != 0, here(), 0});
+        branches_.push_back({top().number != 0, seal(), 0});
         return;
     }
     loadTop();
@@ -508,7 +510,7 @@ void Compiler::conditionalArgument(std::uint32_t argument) {
         } else if (argument == 2) {
             freeAccumulator();
         }
-        branch.begin = here();
+        branch.begin = seal();
         return;
     }
     if (isNumber) {
@@ -610,8 +612,15 @@ bool Compiler::fuse(Operator op, const Operand& other) {
 /// Makes `jump` lead to what comes next.
 void Compiler::land(std::uint32_t jump) {
     instructions_[jump].index = here() - jump;
+    seal();
+}
+
+/// Keeps what comes next from becoming part of the last instruction, or the other way round;
+/// returns where it will be.
+std::uint32_t Compiler::seal() {
     label_ = instructions_.size();
     fusable_ = kNone;
+    return here();
 }
 
 void Compiler::dropCode(std::uint32_t begin) {

@@ -22,9 +22,14 @@ namespace varo::engine {
 /// waits while that is needed for something else is stored as a temporary.
 class Compiler {
   public:
+    /// Fastest: an operator on two variables or constants may be applied as late as its value is
+    /// needed. Reading: everything that can fail happens in reading order.
+    enum class Order : bool { Fastest, Reading };
+
     /// `variableTypes` and `literals` must outlive what code() answers. An empty `variableTypes`
     /// means numbers only.
-    void run(const Tree& tree, const std::vector<Type>& variableTypes, std::string_view literals);
+    void run(Order order, const Tree& tree, const std::vector<Type>& variableTypes,
+             std::string_view literals);
 
     /// The code of the last run(), valid until the next.
     Code code() const;
@@ -91,6 +96,7 @@ class Compiler {
     void emitFusable(Operator op, const Operand& leaf);
     bool fuse(Operator op, const Operand& other);
     void land(std::uint32_t jump);
+    std::uint32_t seal();
     void dropCode(std::uint32_t begin);
 
     Operand& top(std::size_t below = 0) { return operands_[operands_.size() - 1 - below]; }
@@ -107,6 +113,7 @@ class Compiler {
     void storeTop(std::size_t below = 0);
     void loadTop(std::size_t below = 0);
 
+    Order order_ = Order::Fastest;
     const std::vector<Type>* variableTypes_ = nullptr;
     std::string_view literals_;
     std::vector<Instruction> instructions_;
@@ -115,7 +122,7 @@ class Compiler {
     std::vector<Branch> branches_;
     std::size_t accumulator_ = kNone;  // which operand is there
     std::size_t fusable_ = kNone;  // the number of instructions when the last is A • V or A • K
-    std::size_t label_ = kNone;    // the last target of a jump
+    std::size_t label_ = kNone;    // where the last sealed instruction ends
     std::uint32_t numbers_ = 0;    // among the operands
     std::uint32_t temporaries_ = 0;
     std::uint32_t textDepth_ = 0;

@@ -161,8 +161,10 @@ double returnStep(const Instruction* at, const double* variables, double* tempor
 
 template <Kind kind, bool fused>
 struct MakeStep {
+    using Step = Instruction::Step;
+
     template <Opcode opcode>
-    static constexpr Instruction::Step make() {
+    static constexpr Step make() {
         constexpr bool exists = givesNumber(opcode) && (!storesFirst(kind) || isFresh(opcode));
         if constexpr (exists && isUnary(opcode) && hasKernel(unaryOf(opcode))) {
             return fused ? fusedKernelStep<opcode, kind> : plainKernelStep<opcode, kind>;

@@ -1,15 +1,13 @@
 #include "engine/formula.h"
 
-#include "engine/compiler.h"
 #include "engine/fast_steps.h"
 #include "engine/interpreter.h"
-#include "engine/lexer.h"
-#include "engine/parser.h"
 #include "engine/program.h"
+#include "engine/program_builder.h"
 #include "engine/row_block.h"
 #include "engine/text_machine.h"
-#include "engine/types.h"
 #include "engine/unicode.h"
+#include "engine/vocabulary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,16 +18,19 @@
 namespace varo::engine {
 namespace {
 
-[[gnu::noinline]] double runWithTemporaries(const Instruction* first, const double* variables) {
-    double temporaries[kMostFastTemporaries];
-    return first->step(first, variables, temporaries, 0, 0, 0);
-}
+constexpr std::size_t kLongestFormula = std::size_t{1} << 30;
+constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
 
 Type typeOf(const Program& program, std::size_t variable) {
     return program.types.empty() ? Type::Number : program.types[variable];
 }
 
-/// Runs a program that is fit for the fast machine.
+[[gnu::noinline]] double runWithTemporaries(const Instruction* first, const double* variables) {
+    double temporaries[kMostFastTemporaries];
+    return first->step(first, variables, temporaries, 0, 0, 0);
+}
+
+/// The value of a program that is fit for the fast machine; not finite when the evaluation fails.
 double runFast(const Program& program, const double* variables) {
     const Instruction* const first = firstInstruction(program);
     return program.code.temporaries > kTemporariesInRegisters
@@ -37,136 +38,58 @@ double runFast(const Program& program, const double* variables) {
                : first->step(first, variables, nullptr, 0, 0, 0);
 }
 
-constexpr std::size_t kLongestFormula = std::size_t{1} << 30;
-
-/// What parsing needs besides the formula. It is kept from one formula to the next, so that parsing
-/// need not allocate.
-struct Workspace {
-    Lexer::Space lexing;
-    Tree tree;
-    std::vector<Pending> pending;
-    TypeInference inference;
-    std::vector<Type> types;
-    Compiler compiler;
-    std::string subject;
-
-    void clear() {
-        lexing.variables.clear();
-        lexing.literals.clear();
-        tree.clear();
-        pending.clear();
-        types.clear();
-        subject.clear();
+/// Interprets `code`, which is in reading order. A text result is put into `text`.
+bool runCarefully(const Code& code, std::span<const double> numbers,
+                  std::span<const std::string> texts, double& number, std::string& text,
+                  Error& error) {
+    std::optional<TextMachine> machine;
+    if (code.usesText) {
+        machine.emplace(code, texts);
     }
+    Failure failure;
+    if (interpret(code, numbers.data(), machine ? &*machine : nullptr, number, failure)) {
+        if (machine && machine->hasResult()) {
+            text = machine->top();
+        }
+        return true;
+    }
+    error = {failure.code, 0, 0, std::move(failure.subject)};
+    if (failure.code == ErrorCode::OutsideDomain) {
+        error.subject = infoOf(failure.function).name;
+    }
+    return false;
+}
+
+/// Evaluates the rows of a table one by one, to tell why they fail.
+class RowEvaluator {
+  public:
+    RowEvaluator(const Program& program, std::span<const Column> columns)
+        : program_(program), columns_(columns), numbers_(columns.size()) {}
+
+    /// The result of that row, or NaN with the reason in `error`.
+    double evaluate(std::size_t row, Error& error) {
+        std::transform(columns_.begin(), columns_.end(), numbers_.begin(),
+                       [row](const Column& column) { return column[row]; });
+        if (program_.isFast()) {
+            const double value = runFast(program_, numbers_.data());
+            if (std::isfinite(value)) {
+                return value;
+            }
+        }
+        if (!code_) {
+            code_ = carefulCode(program_);
+        }
+        double number = 0;
+        std::string text;
+        return runCarefully(*code_, numbers_, {}, number, text, error) ? number : kNoNumber;
+    }
+
+  private:
+    const Program& program_;
+    std::span<const Column> columns_;
+    std::vector<double> numbers_;
+    std::optional<Code> code_;
 };
-
-constexpr std::size_t kLargestKeptTree = 4096;
-
-Workspace& workspace() {
-    thread_local Workspace space;
-    if (space.tree.capacity() > kLargestKeptTree) {
-        space = {};
-    }
-    space.clear();
-    return space;
-}
-
-void appendAsciiForm(std::string& text, std::string_view characters) {
-    const char* const end = characters.data() + characters.size();
-    for (const char* at = characters.data(); at != end;) {
-        const Decoded next = decode(at, end);
-        appendCharacter(text, asciiForm(next.character));
-        at += next.bytes;
-    }
-}
-
-std::uint32_t positionOf(std::string_view formula, std::uint32_t offset) {
-    return static_cast<std::uint32_t>(characterCount(formula.substr(0, offset)) + 1);
-}
-
-/// `subject` is what the diagnosis views.
-Diagnosis describe(const SyntaxError& error, std::string_view formula, std::string& subject) {
-    if (error.code == ErrorCode::BadCharacter) {
-        const std::string_view rest = formula.substr(error.offset);
-        subject = rest.substr(0, byteOffset(rest, 1));
-    }
-    return {error.code, positionOf(formula, error.offset), 0, subject};
-}
-
-Diagnosis describe(const Misuse& misuse, std::string_view formula, std::string& subject) {
-    switch (misuse.code) {
-        case ErrorCode::UnknownFunction:
-            appendAsciiForm(subject, formula.substr(misuse.offset, misuse.size));
-            break;
-        case ErrorCode::TextOperand:
-        case ErrorCode::MixedOperands:
-            subject = infoOf(misuse.op).spelling;
-            break;
-        case ErrorCode::ResultRead:
-            break;
-        default:
-            subject = infoOf(misuse.function).name;
-            break;
-    }
-    return {misuse.code, positionOf(formula, misuse.offset), misuse.argument, subject};
-}
-
-struct Parsed {
-    SyntaxError error;
-    bool isNumeric;
-};
-
-/// Parses `formula` into the workspace.
-Parsed parse(std::string_view formula, Parser::Marks marks, Workspace& space) {
-    Lexer lexer(formula, space.lexing);
-    Parser parser(lexer, marks, space.tree, space.pending);
-    const SyntaxError error = parser.run();
-    return {error, parser.isPlainlyNumeric()};
-}
-
-/// Finds the types of all variables; for formulas that are not plainly numeric.
-Misuse inferTypes(std::string_view formula, Workspace& space) {
-    space.tree.clear();
-    space.pending.clear();
-    space.lexing.literals.clear();
-    parse(formula, Parser::Marks::ForTypes, space);
-    const Misuse misuse = space.inference.run(space.tree, space.lexing.variables.size());
-    for (std::uint32_t i = 0; i < space.lexing.variables.size(); ++i) {
-        space.types.push_back(space.inference.variableType(i));
-    }
-    return misuse;
-}
-
-bool isFast(const Code& code) {
-    return !code.usesText && code.instructions.size() <= kMostFastInstructions &&
-           code.temporaries <= kMostFastTemporaries;
-}
-
-/// `formula` must be well-formed.
-ProgramBlock build(std::string_view formula) {
-    Workspace& space = workspace();
-    const Parsed parsed = parse(formula, Parser::Marks::ForNumbers, space);
-    const Misuse misuse = parsed.isNumeric ? Misuse{} : inferTypes(formula, space);
-    const VariableNames names = space.lexing.variables.names();
-    const Type resultType = parsed.isNumeric ? Type::Number : space.inference.resultType();
-    constexpr std::size_t never = std::numeric_limits<std::size_t>::max();
-    if (parsed.error.code != ErrorCode::None) {
-        return assemble({{},
-                         never,
-                         names,
-                         space.types,
-                         resultType,
-                         describe(parsed.error, formula, space.subject)});
-    }
-    if (misuse.code != ErrorCode::None) {
-        return assemble(
-            {{}, never, names, space.types, resultType, describe(misuse, formula, space.subject)});
-    }
-    space.compiler.run(space.tree, space.types, space.lexing.literals);
-    const Code code = space.compiler.code();
-    const std::size_t numbersWanted = isFast(code) ? names.entries.size() : never;
-    return assemble({code, numbersWanted, names, space.types, resultType, {}});
-}
 
 }  // namespace
 
@@ -174,7 +97,7 @@ Formula Formula::parse(std::string_view text) {
     if (text.size() > kLongestFormula) {
         throw std::length_error("formula too long");
     }
-    return Formula(isWellFormed(text) ? build(text) : build(wellFormed(text)));
+    return Formula(isWellFormed(text) ? buildProgram(text) : buildProgram(wellFormed(text)));
 }
 
 Formula::Formula(std::unique_ptr<std::byte[]> block) : block_(std::move(block)) {}
@@ -213,37 +136,27 @@ Type Formula::resultType() const {
 }
 
 bool Formula::evaluate(const Values& values, Value& result, Error& error) const {
-    if (isValid()) {
-        if (const std::optional<std::size_t> missing = values.firstMissing()) {
-            error = {ErrorCode::NoValue, 0, 0, std::string(variable(*missing).name)};
-            return false;
-        }
-    }
-    double number = 0;
-    if (resultType() == Type::Number) {
-        if (!run(values.numbers(), values.texts(), number, nullptr, error)) {
-            return false;
-        }
-        result = number;
-        return true;
-    }
-    std::string text;
-    if (!run(values.numbers(), values.texts(), number, &text, error)) {
+    const Program& program = programIn(block_);
+    if (!isValid()) {
+        error = this->error();
         return false;
     }
-    result = std::move(text);
-    return true;
-}
-
-double Formula::operator()(std::span<const double> numbers) const {
-    const Program& program = programIn(block_);
-    if (numbers.size() >= program.numbersWanted) {
-        return runFast(program, numbers.data());
+    if (const std::optional<std::size_t> missing = values.firstMissing()) {
+        error = {ErrorCode::NoValue, 0, 0, std::string(variable(*missing).name)};
+        return false;
     }
-    double result = 0;
-    Error error;
-    return evaluateSlowly(numbers, result, error) ? result
-                                                  : std::numeric_limits<double>::quiet_NaN();
+    double number = 0;
+    if (program.isFast()) {
+        const bool worked = evaluate(values.numbers(), number, error);
+        result = worked ? Value(number) : std::move(result);
+        return worked;
+    }
+    std::string text;
+    if (!runCarefully(program.code, values.numbers(), values.texts(), number, text, error)) {
+        return false;
+    }
+    result = program.resultType == Type::Text ? Value(std::move(text)) : Value(number);
+    return true;
 }
 
 bool Formula::evaluate(std::span<const double> numbers, double& result, Error& error) const {
@@ -258,94 +171,96 @@ bool Formula::evaluate(std::span<const double> numbers, double& result, Error& e
     return evaluateSlowly(numbers, result, error);
 }
 
+double Formula::operator()(std::span<const double> numbers) const {
+    const Program& program = programIn(block_);
+    if (numbers.size() >= program.numbersWanted) {
+        return runFast(program, numbers.data());
+    }
+    double result = kNoNumber;
+    Error error;
+    evaluateSlowly(numbers, result, error);
+    return result;
+}
+
 /// Evaluates what has no fast program, and whatever failed, to tell why.
 bool Formula::evaluateSlowly(std::span<const double> numbers, double& result, Error& error) const {
     const Program& program = programIn(block_);
-    std::size_t missing = numbers.size();
-    if (program.code.usesText) {
-        const auto text = std::find(program.types.begin(), program.types.end(), Type::Text);
-        missing = std::min(missing, static_cast<std::size_t>(text - program.types.begin()));
-    }
-    if (missing < variableCount() && isValid()) {
-        error = {ErrorCode::NoValue, 0, 0, std::string(variable(missing).name)};
+    if (!isValid()) {
+        error = this->error();
         return false;
     }
-    return run(numbers, {}, result, nullptr, error);
+    const auto text = std::find(program.types.begin(), program.types.end(), Type::Text);
+    const std::size_t given =
+        text == program.types.end()
+            ? numbers.size()
+            : std::min<std::size_t>(numbers.size(), text - program.types.begin());
+    if (given < variableCount()) {
+        error = {ErrorCode::NoValue, 0, 0, std::string(variable(given).name)};
+        return false;
+    }
+    double number = 0;
+    std::string resultText;
+    if (!runCarefully(carefulCode(program), numbers, {}, number, resultText, error)) {
+        return false;
+    }
+    if (program.resultType == Type::Text) {
+        error = {ErrorCode::NotANumber, 0, 0, std::move(resultText)};
+        return false;
+    }
+    result = number;
+    return true;
 }
 
 std::size_t Formula::evaluateRows(std::span<const Column> columns, std::span<double> results,
                                   std::span<ErrorCode> status) const {
     const Program& program = programIn(block_);
     const std::size_t variables = variableCount();
-    const bool isCovered =
-        columns.size() >= variables &&
-        std::all_of(columns.begin(), columns.begin() + static_cast<std::ptrdiff_t>(variables),
-                    [&](const Column& column) { return column.covers(results.size()); });
-    const bool isNumeric = program.error.code == ErrorCode::None && !program.code.usesText;
-    if (!isCovered) {
-        const ErrorCode code = isValid() ? ErrorCode::NoValue : program.error.code;
-        std::fill(results.begin(), results.end(), std::numeric_limits<double>::quiet_NaN());
+    const auto coversAll = [&](const Column& column) { return column.covers(results.size()); };
+    const auto failAll = [&](ErrorCode code) {
+        std::fill(results.begin(), results.end(), kNoNumber);
         std::fill(status.begin(), status.end(), code);
         return results.size();
+    };
+    if (!isValid()) {
+        return failAll(program.error.code);
+    }
+    const bool hasText =
+        std::find(program.types.begin(), program.types.end(), Type::Text) != program.types.end();
+    if (columns.size() < variables || hasText ||
+        !std::all_of(columns.begin(), columns.begin() + variables, coversAll)) {
+        return failAll(ErrorCode::NoValue);
+    }
+    if (program.resultType == Type::Text) {
+        return failAll(ErrorCode::NotANumber);
     }
     std::fill(status.begin(), status.end(), ErrorCode::None);
+    RowEvaluator rows(program, columns.first(variables));
     std::size_t failures = 0;
-    std::vector<double> row(variables);
-    Error error;
-    const auto evaluateRow = [&](std::size_t index) {
-        std::transform(columns.begin(), columns.begin() + static_cast<std::ptrdiff_t>(variables),
-                       row.begin(), [index](const Column& column) { return column[index]; });
-        if (!evaluate(row, results[index], error)) {
-            results[index] = std::numeric_limits<double>::quiet_NaN();
-            ++failures;
-            if (!status.empty()) {
-                status[index] = error.code;
-            }
+    const auto evaluateRow = [&](std::size_t row) {
+        Error error;
+        results[row] = rows.evaluate(row, error);
+        failures += error ? 1 : 0;
+        if (!status.empty()) {
+            status[row] = error.code;
         }
     };
-    if (!isNumeric) {
-        for (std::size_t i = 0; i < results.size(); ++i) {
-            evaluateRow(i);
+    if (program.code.usesText) {
+        for (std::size_t row = 0; row < results.size(); ++row) {
+            evaluateRow(row);
         }
         return failures;
     }
     RowBlock block(program.code, columns.first(variables));
     for (std::size_t first = 0; first < results.size(); first += RowBlock::kRows) {
-        const std::size_t rows = std::min(RowBlock::kRows, results.size() - first);
-        const RowBlock::Outcome outcome = block.run(first, results.subspan(first, rows));
-        for (std::size_t i = first; i < first + rows && outcome != RowBlock::Outcome::Complete;
-             ++i) {
-            if (outcome == RowBlock::Outcome::Parted || !std::isfinite(results[i])) {
-                evaluateRow(i);
+        const std::size_t end = std::min(first + RowBlock::kRows, results.size());
+        const RowBlock::Outcome outcome = block.run(first, results.subspan(first, end - first));
+        for (std::size_t row = first; row < end && outcome != RowBlock::Outcome::Complete; ++row) {
+            if (outcome == RowBlock::Outcome::Parted || !std::isfinite(results[row])) {
+                evaluateRow(row);
             }
         }
     }
     return failures;
-}
-
-bool Formula::run(std::span<const double> numbers, std::span<const std::string> texts,
-                  double& number, std::string* text, Error& error) const {
-    const Program& program = programIn(block_);
-    if (program.error.code != ErrorCode::None) {
-        error = this->error();
-        return false;
-    }
-    Failure failure;
-    std::optional<TextMachine> machine;
-    if (program.code.usesText) {
-        machine.emplace(program.code, texts);
-    }
-    if (interpret(program.code, numbers.data(), machine ? &*machine : nullptr, number, failure)) {
-        if (text != nullptr) {
-            *text = machine->top();
-        }
-        return true;
-    }
-    error = {failure.code, 0, 0, std::move(failure.subject)};
-    if (failure.code == ErrorCode::OutsideDomain) {
-        error.subject = infoOf(failure.function).name;
-    }
-    return false;
 }
 
 Values::Values(const Formula& formula)

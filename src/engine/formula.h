@@ -115,7 +115,8 @@ class Formula {
 
     /// The same for a formula without text variables and with a number as result: `numbers` holds a
     /// finite number for each variable, by its index. A variable that it leaves out has no value.
-    /// Allocates nothing unless the formula works on texts or fails.
+    /// Allocates nothing unless the formula works on texts or fails. A text as result is an error,
+    /// too: ErrorCode::NotANumber.
     bool evaluate(std::span<const double> numbers, double& result, Error& error) const;
 
     /// The number that evaluate() would put into `result`, as fast as it can be had; not finite
@@ -127,16 +128,14 @@ class Formula {
     /// evaluating its row alone gives; where that fails, `results` gets NaN and `status` the
     /// reason. `status` is as long as `results`, or empty if the reasons are of no interest; the
     /// whole error is told by evaluating that row alone. Returns the number of rows that failed. A
-    /// formula that has an error, or that works on texts without a value, or a missing or too short
-    /// column fails every row.
+    /// formula that has an error, a text variable or a text as result, and a missing or too short
+    /// column fail every row.
     std::size_t evaluateRows(std::span<const Column> columns, std::span<double> results,
                              std::span<ErrorCode> status) const;
 
   private:
     explicit Formula(std::unique_ptr<std::byte[]> block);
     bool evaluateSlowly(std::span<const double> numbers, double& result, Error& error) const;
-    bool run(std::span<const double> numbers, std::span<const std::string> texts, double& number,
-             std::string* text, Error& error) const;
 
     std::unique_ptr<std::byte[]> block_;  // a Program and what it refers to
 };

@@ -70,9 +70,9 @@ class Machine {
     Failure& failure_;
 };
 
-using Step = void (Machine::*)(const Instruction&);
-
 struct MakeStep {
+    using Step = void (Machine::*)(const Instruction&);
+
     template <Opcode opcode>
     static constexpr Step make() {
         if constexpr (givesNumber(opcode)) {

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <new>
 #include <span>
@@ -24,14 +25,19 @@ struct Diagnosis {
 /// Everything that a parsed formula consists of. Only views: of what belongs to the parser, or of
 /// the copy that assemble() makes.
 struct Program {
+    static constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
+
     Code code;  ///< empty when there is an error
-    /// How many numbers the code needs to be evaluated at full speed; more than there can be when
-    /// it works on texts or there is an error.
+    /// How many numbers the code needs to run on the fast machine; kNever when it works on texts,
+    /// is too large, or there is an error.
     std::size_t numbersWanted;
     VariableNames names;
+    std::string_view source;      ///< the formula, if the code is for the fast machine
     std::span<const Type> types;  ///< of the variables; empty when all are numbers
     Type resultType;
     Diagnosis error;
+
+    bool isFast() const { return numbersWanted != kNever; }
 };
 
 /// One piece of memory with a Program at its beginning and all that it views behind.

@@ -8,11 +8,11 @@
 #include <cstdint>
 #include <utility>
 
-// The rows of a loop do not depend on one another.
-#if defined(__clang__)
-#define VARO_EACH_ROW _Pragma("clang loop vectorize(assume_safety)") for
-#else
+// The rows of a loop do not depend on one another. (Other compilers find out when it runs.)
+#if defined(__GNUC__) && !defined(__clang__)
 #define VARO_EACH_ROW _Pragma("GCC ivdep") for
+#else
+#define VARO_EACH_ROW for
 #endif
 
 namespace varo::engine {
@@ -115,10 +115,10 @@ VARO_FUSED void fusedKernelStep(Registers& registers, const Instruction& at) {
     useKernel<unaryOf(opcode), FusedArithmetic>(registers, argumentsOf<opcode>(registers, at));
 }
 
-using Step = void (*)(Registers& registers, const Instruction& at);
-
 template <bool fused>
 struct MakeStep {
+    using Step = void (*)(Registers& registers, const Instruction& at);
+
     template <Opcode opcode>
     static constexpr Step make() {
         if constexpr (isUnary(opcode) && hasKernel(unaryOf(opcode))) {

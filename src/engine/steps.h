@@ -140,10 +140,11 @@ double valueOf(Row& row, const Instruction& at) {
     }
 }
 
-/// A table of what `Maker::make<opcode>()` gives for each opcode.
+/// A table of what `Maker::make<opcode>()`, a Maker::Step, is for each opcode.
 template <class Maker, std::size_t... opcode>
 constexpr auto tableOfSteps(std::index_sequence<opcode...>) {
-    return std::array{Maker::template make<static_cast<Opcode>(opcode)>()...};
+    return std::array<typename Maker::Step, sizeof...(opcode)>{
+        Maker::template make<static_cast<Opcode>(opcode)>()...};
 }
 template <class Maker>
 constexpr auto tableOfSteps() {

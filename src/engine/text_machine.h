@@ -34,6 +34,9 @@ class TextMachine {
     ErrorCode call(Function function, std::uint32_t arguments, const double* numbers,
                    double& result, std::string& subject);
 
+    /// True when a text is left on the stack.
+    bool hasResult() const { return !stack_.empty(); }
+
     /// The text on top.
     std::string_view top() const { return stack_.back(); }
 
