@@ -6,7 +6,7 @@ packages=(
   # tools
   cmake ninja-build g++ ccache clang-format git
   # libraries
-  qt6-base-dev qt6-svg-dev libsqlite3-dev libsimpleini-dev libtomlplusplus-dev
+  qt6-base-dev qt6-svg-dev libsqlite3-dev libsimpleini-dev libtomlplusplus-dev libcsv-dev
   # at run time: Wayland, texts of the standard dialogs, icons, a Chinese font
   qt6-wayland qt6-translations-l10n breeze-icon-theme fonts-noto-cjk
   # tests and benchmarks
