@@ -70,7 +70,10 @@ class Column {
 ///
 /// There are three ways to evaluate: with Values, which check what they are given and hold texts,
 /// too; with an array of numbers, which allocates nothing; with a column of numbers for each
-/// variable, for all rows of a table in one call.
+/// variable, for all rows of a table in one call. All give the same, bit for bit.
+///
+/// Operations that the language leaves to the C library are within one unit in the last place of
+/// its values; `+ - * /` and the comparisons are exactly those of doubles.
 ///
 /// A formula never changes, so that threads may share it. What is wrong with a formula or with a
 /// value is told by an Error, never by an exception; any function may throw std::bad_alloc when
