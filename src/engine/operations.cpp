@@ -1,6 +1,7 @@
 #include "engine/operations.h"
 
 #include <array>
+#include <utility>
 
 namespace varo::engine {
 namespace {
@@ -22,6 +23,15 @@ constexpr std::array<double, kLargestFactorial + 1> kFactorials = [] {
     return values;
 }();
 
+template <std::size_t... index>
+double valueOf(Unary operation, double x, std::index_sequence<index...>) {
+    double value = 0;
+    (void)((static_cast<std::size_t>(operation) == index &&
+            (value = apply<static_cast<Unary>(index)>(x), true)) ||
+           ...);
+    return value;
+}
+
 }  // namespace
 
 double factorial(double value) {
@@ -41,6 +51,38 @@ double modulo(double dividend, double divisor) {
     // Beyond that the quotient has lost its last places, and with it the remainder.
     return std::fabs(quotient) < mostExactWhole ? dividend - divisor * std::trunc(quotient)
                                                 : std::fmod(dividend, divisor);
+}
+
+double apply(Operator op, double x, double y) {
+    switch (op) {
+        case Operator::Add:
+            return apply<Operator::Add>(x, y);
+        case Operator::Subtract:
+            return apply<Operator::Subtract>(x, y);
+        case Operator::Multiply:
+            return apply<Operator::Multiply>(x, y);
+        case Operator::Divide:
+            return apply<Operator::Divide>(x, y);
+        case Operator::Power:
+            return apply<Operator::Power>(x, y);
+        case Operator::Same:
+            return apply<Operator::Same>(x, y);
+        case Operator::Different:
+            return apply<Operator::Different>(x, y);
+        case Operator::Less:
+            return apply<Operator::Less>(x, y);
+        case Operator::LessOrSame:
+            return apply<Operator::LessOrSame>(x, y);
+        case Operator::Greater:
+            return apply<Operator::Greater>(x, y);
+        default:
+            return apply<Operator::GreaterOrSame>(x, y);
+    }
+}
+
+double apply(Unary operation, double x) {
+    constexpr auto count = static_cast<std::size_t>(Unary::Deci) + 1;
+    return valueOf(operation, x, std::make_index_sequence<count>());
 }
 
 ErrorCode explain(Operator op, double x, double y) {

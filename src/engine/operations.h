@@ -152,6 +152,10 @@ constexpr bool hidesInfinity(Unary operation) {
            operation == Unary::Arcctan || operation == Unary::Ctan;
 }
 
+/// The same for an operation that is known only when the program runs.
+double apply(Operator op, double x, double y);
+double apply(Unary operation, double x);
+
 /// Why an operation has no finite value for finite arguments.
 ErrorCode explain(Operator op, double x, double y);
 ErrorCode explain(Unary operation);
