@@ -287,16 +287,17 @@ void Lexer::name(Token& token) {
 /// A name of one letter, as most variables have; it is no word of the language.
 void Lexer::letter(Token& token) {
     start(token, TokenKind::Variable);
-    const char spelled = *at_++;
+    const std::string_view spelled(at_++, 1);
     if (opensParenthesis()) {
         token.kind = TokenKind::Function;
         token.function = Function::Unknown;
         token.extent.size = 1;
-    } else {
-        const bool isUpper = classOf(spelled) == Class::Upper;
-        const char folded = static_cast<char>(isUpper ? spelled + ('a' - 'A') : spelled);
-        token.extent.first = space_.variables.internLetter({&spelled, 1}, folded);
+        return;
     }
+    const char lower = static_cast<char>(spelled.front() + ('a' - 'A'));
+    const bool isUpper = classOf(spelled.front()) == Class::Upper;
+    const std::string_view folded = isUpper ? std::string_view(&lower, 1) : spelled;
+    token.extent.first = space_.variables.internLetter(spelled, folded);
 }
 
 /// A name with characters beyond ASCII in it or behind it.

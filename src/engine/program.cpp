@@ -41,7 +41,7 @@ std::size_t bytesOf(const Program& parts) {
     return sizeof(Program) + parts.code.instructions.size_bytes() +
            parts.code.literalSpans.size_bytes() + parts.names.entries.size_bytes() +
            parts.names.slots.size_bytes() + parts.types.size_bytes() + parts.code.literals.size() +
-           parts.names.characters.size() + parts.source.size() + parts.error.subject.size();
+           parts.names.characters.size() + parts.error.subject.size();
 }
 
 }  // namespace
@@ -57,7 +57,6 @@ ProgramBlock assemble(const Program& parts) {
     program->types = writer.copy(parts.types);
     program->code.literals = writer.copy(parts.code.literals);
     program->names.characters = writer.copy(parts.names.characters);
-    program->source = writer.copy(parts.source);
     program->error.subject = writer.copy(parts.error.subject);
     return block;
 }

@@ -32,12 +32,15 @@ struct Program {
     /// is too large, or there is an error.
     std::size_t numbersWanted;
     VariableNames names;
-    std::string_view source;      ///< the formula, if the code is for the fast machine
+    std::size_t sourceSize;       ///< of the formula, if the code is for the fast machine
     std::span<const Type> types;  ///< of the variables; empty when all are numbers
     Type resultType;
     Diagnosis error;
 
     bool isFast() const { return numbersWanted != kNever; }
+
+    /// The formula of a fast program.
+    std::string_view source() const { return names.characters.substr(0, sourceSize); }
 };
 
 /// One piece of memory with a Program at its beginning and all that it views behind.

@@ -25,7 +25,6 @@ struct Workspace {
     std::string subject;
 
     void clear() {
-        lexing.variables.clear();
         lexing.literals.clear();
         tree.clear();
         pending.clear();
@@ -92,6 +91,7 @@ struct Parsed {
 
 /// Parses `formula` into the workspace.
 Parsed parse(std::string_view formula, Parser::Marks marks, Workspace& space) {
+    space.lexing.variables.start(formula);
     Lexer lexer(formula, space.lexing);
     Parser parser(lexer, marks, space.tree, space.pending);
     const SyntaxError error = parser.run();
@@ -130,7 +130,7 @@ ProgramBlock buildProgram(std::string_view formula) {
     const VariableNames names = space.lexing.variables.names();
     const Type resultType = parsed.isNumeric ? Type::Number : space.inference.resultType();
     const auto invalid = [&](const Diagnosis& error) {
-        return assemble({{}, Program::kNever, names, {}, space.types, resultType, error});
+        return assemble({{}, Program::kNever, names, 0, space.types, resultType, error});
     };
     if (parsed.error.code != ErrorCode::None) {
         return invalid(describe(parsed.error, formula, space.subject));
@@ -141,11 +141,12 @@ ProgramBlock buildProgram(std::string_view formula) {
     if (parsed.isNumeric) {
         const Code code = compile(Compiler::Order::Fastest, space);
         if (fitsFastMachine(code)) {
-            return assemble({code, names.entries.size(), names, formula, {}, resultType, {}});
+            return assemble(
+                {code, names.entries.size(), names, formula.size(), {}, resultType, {}});
         }
     }
     const Code code = compile(Compiler::Order::Reading, space);
-    return assemble({code, Program::kNever, names, {}, space.types, resultType, {}});
+    return assemble({code, Program::kNever, names, 0, space.types, resultType, {}});
 }
 
 Code carefulCode(const Program& program) {
@@ -153,7 +154,7 @@ Code carefulCode(const Program& program) {
         return program.code;
     }
     Workspace& space = workspace();
-    parse(program.source, Parser::Marks::ForNumbers, space);
+    parse(program.source(), Parser::Marks::ForNumbers, space);
     return compile(Compiler::Order::Reading, space);
 }
 

@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cstddef>
+#include <functional>
 #include <random>
 
 namespace varo::engine {
@@ -66,26 +67,47 @@ std::uint32_t VariableNames::find(std::string_view folded) const {
     return kNone;
 }
 
+void VariableTable::start(std::string_view formula) {
+    for (const char letter : letters_) {
+        afterLetters_[static_cast<unsigned char>(letter)] = 0;
+    }
+    letters_.clear();
+    formula_ = formula;
+    extended_.clear();
+    entries_.clear();
+    slots_.clear();
+}
+
 std::uint32_t VariableTable::intern(std::string_view name, std::string_view folded) {
     if (folded.size() == 1) {
-        return internLetter(name, folded.front());
+        return internLetter(name, folded);
     }
     const std::uint32_t known = names().find(folded);
     return known != VariableNames::kNone ? known : add(name, folded);
 }
 
+/// Where `characters` are among those of the names; they are added unless the formula has them.
+std::uint32_t VariableTable::place(std::string_view characters) {
+    const std::less_equal<> isUpTo;
+    if (isUpTo(formula_.data(), characters.data()) &&
+        isUpTo(characters.data() + characters.size(), formula_.data() + formula_.size())) {
+        return static_cast<std::uint32_t>(characters.data() - formula_.data());
+    }
+    if (extended_.empty()) {
+        extended_ = formula_;
+    }
+    const auto begin = static_cast<std::uint32_t>(extended_.size());
+    extended_ += characters;
+    return begin;
+}
+
 std::uint32_t VariableTable::add(std::string_view name, std::string_view folded) {
     const std::uint32_t index = size();
     VariableNames::Entry entry{};
-    entry.begin = static_cast<std::uint32_t>(characters_.size());
+    entry.begin = place(name);
     entry.nameSize = static_cast<std::uint32_t>(name.size());
-    entry.foldedBegin = entry.begin;
+    entry.foldedBegin = place(folded);
     entry.foldedSize = static_cast<std::uint32_t>(folded.size());
-    characters_ += name;
-    if (name != folded) {
-        entry.foldedBegin = static_cast<std::uint32_t>(characters_.size());
-        characters_ += folded;
-    }
     entry.hash = slots_.empty() ? 0 : hashOf(folded);
     entries_.push_back(entry);
     if (slots_.empty() ? entries_.size() > VariableNames::kMostWithoutSlots
@@ -95,17 +117,6 @@ std::uint32_t VariableTable::add(std::string_view name, std::string_view folded)
         slots_[slotOf(names(), folded, entry.hash)] = index;
     }
     return index;
-}
-
-void VariableTable::clear() {
-    for (const VariableNames::Entry& entry : entries_) {
-        if (entry.foldedSize == 1) {
-            afterLetters_[static_cast<unsigned char>(characters_[entry.foldedBegin])] = 0;
-        }
-    }
-    entries_.clear();
-    characters_.clear();
-    slots_.clear();
 }
 
 /// Makes a hash table with room for as many names again.

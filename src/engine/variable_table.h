@@ -31,7 +31,7 @@ struct VariableNames {
     std::span<const Entry> entries;
     /// A hash table of indices and kNone, a power of two in size; empty for a few names.
     std::span<const std::uint32_t> slots;
-    std::string_view characters;
+    std::string_view characters;  ///< the formula, and behind it what names it does not spell out
 
     std::string_view name(std::uint32_t index) const {
         return characters.substr(entries[index].begin, entries[index].nameSize);
@@ -48,35 +48,42 @@ struct VariableNames {
 /// The variables of a formula while it is read, each with its index in order of first occurrence.
 class VariableTable {
   public:
+    /// Forgets the variables, but keeps the memory. `formula` must outlive what names() answers.
+    void start(std::string_view formula);
+
     /// The index of the variable with that case-folded name; a new one, spelled `name`, if there
     /// was none.
     std::uint32_t intern(std::string_view name, std::string_view folded);
 
     /// The same for a name whose case-folded form is one ASCII letter or an underscore.
-    std::uint32_t internLetter(std::string_view name, char folded) {
-        std::uint32_t& after = afterLetters_[static_cast<unsigned char>(folded)];
+    std::uint32_t internLetter(std::string_view name, std::string_view folded) {
+        std::uint32_t& after = afterLetters_[static_cast<unsigned char>(folded.front())];
         if (after == 0) {
-            after = add(name, {&folded, 1}) + 1;
+            after = add(name, folded) + 1;
+            letters_ += folded.front();
         }
         return after - 1;
     }
 
-    /// Forgets the variables, but keeps the memory.
-    void clear();
-
     std::uint32_t size() const { return static_cast<std::uint32_t>(entries_.size()); }
 
     /// Valid until the table changes.
-    VariableNames names() const { return {entries_, slots_, characters_}; }
+    VariableNames names() const { return {entries_, slots_, characters()}; }
 
   private:
+    std::string_view characters() const {
+        return extended_.empty() ? formula_ : std::string_view(extended_);
+    }
     std::uint32_t add(std::string_view name, std::string_view folded);
+    std::uint32_t place(std::string_view characters);
     void makeSlots();
 
+    std::string_view formula_;
+    std::string extended_;  // the formula and more, when it does not spell out every name
     std::vector<VariableNames::Entry> entries_;
     std::vector<std::uint32_t> slots_;
-    std::string characters_;
     std::array<std::uint32_t, 128> afterLetters_{};  // of names of one letter, 1 + their index
+    std::string letters_;                            // which of these are not 0
 };
 
 }  // namespace varo::engine
