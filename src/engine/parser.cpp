@@ -1,8 +1,9 @@
 #include "engine/parser.h"
 
 namespace varo::engine {
+
 SyntaxError Parser::run() {
-    pending_.push_back({});
+    *bottom_ = {};
     Token token;
     for (bool more = true; more;) {
         lexer_.next(token);
@@ -71,7 +72,7 @@ bool Parser::afterOperand(const Token& token) {
             return closeParenthesis(token);
         case TokenKind::Comma:
             applyTighterThan(0);
-            if (pending_.back().kind != Pending::Kind::Call) {
+            if (top_->kind != Pending::Kind::Call) {
                 return fail(ErrorCode::BadCharacter, token.offset);
             }
             completeArgument();
@@ -107,13 +108,13 @@ bool Parser::closeParenthesis(const Token& token) {
         return fail(ErrorCode::Parentheses, token.offset);
     }
     if (operandWanted_) {
-        const Pending& top = pending_.back();
+        const Pending& top = *top_;
         if (top.kind != Pending::Kind::Call || top.arguments > 0) {
             return fail(ErrorCode::BadCharacter, token.offset);
         }
     } else {
         applyTighterThan(0);
-        if (pending_.back().kind == Pending::Kind::Call) {
+        if (top_->kind == Pending::Kind::Call) {
             completeArgument();
         }
     }
@@ -127,10 +128,10 @@ bool Parser::openPrefix(Operator op, const Token& token) {
 }
 
 bool Parser::open(const Pending& pending) {
-    if (pending_.size() > kMaxNesting) {
+    if (top_ - bottom_ == kMaxNesting) {
         return fail(ErrorCode::NestedTooDeeply, pending.offset);
     }
-    pending_.push_back(pending);
+    *++top_ = pending;
     openParentheses_ += pending.kind < Pending::Kind::Prefix ? 1 : 0;
     operandWanted_ = true;
     return true;
@@ -156,8 +157,8 @@ void Parser::complete() {
         }
     }
     applyTighterThan(0);
-    while (pending_.back().kind != Pending::Kind::Bottom) {
-        if (pending_.back().kind == Pending::Kind::Call) {
+    while (top_->kind != Pending::Kind::Bottom) {
+        if (top_->kind == Pending::Kind::Call) {
             completeArgument();
         }
         closeTop();
@@ -179,15 +180,14 @@ void Parser::emit(NodeKind kind, const Token& token) {
 /// Applies the operators on top of the stack whose level is above `level`, down to the nearest
 /// parenthesis.
 void Parser::applyTighterThan(std::uint8_t level) {
-    while (pending_.back().level > level) {
-        const Pending& top = pending_.back();
-        tree_.push_back({NodeKind::Apply, top.op, {}, top.offset, {}});
-        pending_.pop_back();
+    while (top_->level > level) {
+        tree_.push_back({NodeKind::Apply, top_->op, {}, top_->offset, {}});
+        --top_;
     }
 }
 
 void Parser::completeArgument() {
-    Pending& call = pending_.back();
+    Pending& call = *top_;
     ++call.arguments;
     if (marks_ == Marks::ForNumbers && infoOf(call.function).parameters.size() < 2) {
         return;
@@ -197,7 +197,7 @@ void Parser::completeArgument() {
 }
 
 void Parser::closeTop() {
-    const Pending& top = pending_.back();
+    const Pending& top = *top_;
     if (top.kind == Pending::Kind::Call) {
         const std::size_t wanted = infoOf(top.function).parameters.size();
         if (top.arguments != wanted || worksOnText(top.function) ||
@@ -207,7 +207,7 @@ void Parser::closeTop() {
         tree_.push_back({NodeKind::Call, {}, top.function, top.offset, {}});
         tree_.back().extent.first = top.arguments;
     }
-    pending_.pop_back();
+    --top_;
     --openParentheses_;
 }
 

@@ -4,9 +4,9 @@
 #include "engine/lexer.h"
 #include "engine/node.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace varo::engine {
 
@@ -20,6 +20,9 @@ struct Pending {
     std::uint32_t offset = 0;
     std::uint32_t arguments = 0;  ///< of a call, so far complete
 };
+
+/// The open operators and parentheses at one place of a formula, with a Bottom below them.
+using PendingStack = std::array<Pending, kMaxNesting + 1>;
 
 /// A syntax error: its code and where it is, in bytes.
 struct SyntaxError {
@@ -35,9 +38,9 @@ class Parser {
     /// change the flow or the place of operands.
     enum class Marks : bool { ForNumbers, ForTypes };
 
-    /// `tree` and `pending` are filled and used from empty; all must outlive the parser.
-    Parser(Lexer& lexer, Marks marks, Tree& tree, std::vector<Pending>& pending)
-        : lexer_(lexer), marks_(marks), tree_(tree), pending_(pending) {}
+    /// `tree` is filled from empty, `pending` is memory to work with; all must outlive the parser.
+    Parser(Lexer& lexer, Marks marks, Tree& tree, PendingStack& pending)
+        : lexer_(lexer), marks_(marks), tree_(tree), bottom_(pending.data()), top_(bottom_) {}
 
     /// Reads the formula up to its end or first error. After an error the tree is made whole with
     /// what was read so far, so that the types of the variables can be told, and the lexer is read
@@ -68,7 +71,8 @@ class Parser {
     Lexer& lexer_;
     Marks marks_;
     Tree& tree_;
-    std::vector<Pending>& pending_;
+    Pending* bottom_;
+    Pending* top_;
     SyntaxError error_;
     std::size_t openParentheses_ = 0;
     bool operandWanted_ = true;

@@ -18,7 +18,7 @@ namespace {
 struct Workspace {
     Lexer::Space lexing;
     Tree tree;
-    std::vector<Pending> pending;
+    PendingStack pending;
     TypeInference inference;
     std::vector<Type> types;
     Compiler compiler;
@@ -27,7 +27,6 @@ struct Workspace {
     void clear() {
         lexing.literals.clear();
         tree.clear();
-        pending.clear();
         types.clear();
         subject.clear();
     }
@@ -101,7 +100,6 @@ Parsed parse(std::string_view formula, Parser::Marks marks, Workspace& space) {
 /// Finds the types of all variables; for formulas that are not plainly numeric.
 Misuse inferTypes(std::string_view formula, Workspace& space) {
     space.tree.clear();
-    space.pending.clear();
     space.lexing.literals.clear();
     parse(formula, Parser::Marks::ForTypes, space);
     const Misuse misuse = space.inference.run(space.tree, space.lexing.variables.size());

@@ -106,7 +106,7 @@ std::uint32_t VariableTable::add(std::string_view name, std::string_view folded)
     VariableNames::Entry entry{};
     entry.begin = place(name);
     entry.nameSize = static_cast<std::uint32_t>(name.size());
-    entry.foldedBegin = place(folded);
+    entry.foldedBegin = folded.data() == name.data() ? entry.begin : place(folded);
     entry.foldedSize = static_cast<std::uint32_t>(folded.size());
     entry.hash = slots_.empty() ? 0 : hashOf(folded);
     entries_.push_back(entry);
