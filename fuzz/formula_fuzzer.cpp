@@ -173,12 +173,13 @@ void checkFrame(const Formula& formula, std::string_view text, const std::vector
     const std::string inside(text);
     const std::string extra(kExtra);
     const std::string failing = formula.resultType() == Type::Text ? "R2S(1/0,1)" : "1/0";
-    const std::array framed{"(" + inside + ")",
-                            "If(1," + inside + "," + failing + ")",
+    const std::array framed{"(" + inside + ")", "If(1," + inside + "," + failing + ")",
                             "If(0," + failing + "," + inside + ")",
                             "If(-.5 And pi," + inside + "," + failing + ")",
                             "If(" + extra + "," + inside + "," + inside + ")",
-                            "If(" + extra + "=2," + failing + "," + inside + ")"};
+                            "If(" + extra + "=2," + failing + "," + inside + ")",
+                            // Evaluated with a look at every step, as everything with a text is.
+                            "If(StrLen(\"\")=0," + inside + "," + failing + ")"};
     const Formula other = Formula::parse(framed[chance.below(framed.size())]);
     if (formula.indexOf(kExtra) || other.error().code == ErrorCode::NestedTooDeeply) {
         return;

@@ -7,13 +7,22 @@ namespace varo::engine {
 namespace {
 
 /// The registers of the machine: what one step hands to the next.
-struct Registers {
+struct Registers : WatchedRow<Registers> {
     const Instruction* at;
     const double* variables;
     double* temporaries;
     double accumulatorValue;
     double poison;  // NaN as soon as something hidden was not finite, else 0
     double kept;    // temporary 0
+
+    Registers(const Instruction* instruction, const double* numbers, double* memory,
+              double accumulator, double poisoned, double first)
+        : at(instruction),
+          variables(numbers),
+          temporaries(memory),
+          accumulatorValue(accumulator),
+          poison(poisoned),
+          kept(first) {}
 
     double accumulator() const { return accumulatorValue; }
     double temporary(std::uint16_t index) const { return index == 0 ? kept : temporaries[index]; }
@@ -27,30 +36,6 @@ struct Registers {
         }
     }
 
-    template <Operator op, class X, class Y>
-    double apply(X x, Y y) {
-        if constexpr (hidesInfinity(op)) {
-            require(y);
-            if constexpr (op != Operator::Divide) {
-                require(x);
-            }
-        }
-        return engine::apply<op>(engine::valueOf(x), engine::valueOf(y));
-    }
-    template <Unary operation, class X>
-    double apply(X x) {
-        if constexpr (hidesInfinity(operation)) {
-            require(x);
-        }
-        return engine::apply<operation>(engine::valueOf(x));
-    }
-    template <Function function>
-    double apply(double x, double y) {
-        require(y);
-        return engine::apply<function>(x, y);
-    }
-
-    void require(Leaf) {}
     void require(double value) { poison += value - value; }
 
     /// The value of the program when it has come to its end. Taking 0 away keeps even the sign of a
@@ -87,11 +72,11 @@ template <Kind kind>
 template <Opcode opcode, Kind kind>
 double step(const Instruction* at, const double* variables, double* temporaries, double accumulator,
             double poison, double kept) {
-    Registers registers{at, variables, temporaries, accumulator, poison, kept};
+    Registers registers(at, variables, temporaries, accumulator, poison, kept);
     if constexpr (storesFirst(kind)) {
         registers.store(storedTemporary(opcode, *at));
     }
-    return finishStep<kind>(registers, valueOf<opcode>(registers, *at));
+    return finishStep<kind>(registers, resultOf<opcode>(registers, *at));
 }
 
 /// For the arguments that a kernel cannot serve. A step of its own, so that the kernels have
@@ -100,7 +85,7 @@ template <Unary operation, Kind kind>
 [[gnu::noinline]] double libraryStep(const Instruction* at, const double* variables,
                                      double* temporaries, double argument, double poison,
                                      double kept) {
-    Registers registers{at, variables, temporaries, argument, poison, kept};
+    Registers registers(at, variables, temporaries, argument, poison, kept);
     return finishStep<kind>(registers, libraryValue<operation>(argument));
 }
 
@@ -124,7 +109,7 @@ template <Opcode opcode, Kind kind, class Arithmetic>
 template <Opcode opcode, Kind kind>
 double plainKernelStep(const Instruction* at, const double* variables, double* temporaries,
                        double accumulator, double poison, double kept) {
-    Registers registers{at, variables, temporaries, accumulator, poison, kept};
+    Registers registers(at, variables, temporaries, accumulator, poison, kept);
     return useKernel<opcode, kind, PlainArithmetic>(registers);
 }
 
@@ -132,14 +117,14 @@ template <Opcode opcode, Kind kind>
 VARO_FUSED double fusedKernelStep(const Instruction* at, const double* variables,
                                   double* temporaries, double accumulator, double poison,
                                   double kept) {
-    Registers registers{at, variables, temporaries, accumulator, poison, kept};
+    Registers registers(at, variables, temporaries, accumulator, poison, kept);
     return useKernel<opcode, kind, FusedArithmetic>(registers);
 }
 
 template <Opcode opcode>
 double control(const Instruction* at, const double* variables, double* temporaries,
                double accumulator, double poison, double kept) {
-    Registers registers{at, variables, temporaries, accumulator, poison, kept};
+    Registers registers(at, variables, temporaries, accumulator, poison, kept);
     if constexpr (opcode == opcodeOf(Other::Store)) {
         registers.store(at->a);
         ++registers.at;
@@ -156,7 +141,7 @@ double control(const Instruction* at, const double* variables, double* temporari
 
 double returnStep(const Instruction* at, const double* variables, double* temporaries,
                   double accumulator, double poison, double kept) {
-    return Registers{at, variables, temporaries, accumulator, poison, kept}.result();
+    return Registers(at, variables, temporaries, accumulator, poison, kept).result();
 }
 
 template <Kind kind, bool fused>

@@ -32,7 +32,7 @@ Type typeOf(const Program& program, std::size_t variable) {
 
 /// The value of a program that is fit for the fast machine; not finite when the evaluation fails.
 double runFast(const Program& program, const double* variables) {
-    const Instruction* const first = firstInstruction(program);
+    const Instruction* const first = program.code.instructions.data();
     return program.code.temporaries > kTemporariesInRegisters
                ? runWithTemporaries(first, variables)
                : first->step(first, variables, nullptr, 0, 0, 0);
@@ -70,6 +70,11 @@ class RowEvaluator {
     double evaluate(std::size_t row, Error& error) {
         std::transform(columns_.begin(), columns_.end(), numbers_.begin(),
                        [row](const Column& column) { return column[row]; });
+        if (!std::all_of(numbers_.begin(), numbers_.end(),
+                         [](double number) { return std::isfinite(number); })) {
+            error.code = ErrorCode::NoValue;
+            return kNoNumber;
+        }
         if (program_.isFast()) {
             const double value = runFast(program_, numbers_.data());
             if (std::isfinite(value)) {
@@ -250,13 +255,19 @@ std::size_t Formula::evaluateRows(std::span<const Column> columns, std::span<dou
         }
         return failures;
     }
-    RowBlock block(program.code, columns.first(variables));
+    RowBlock block(program.code, columns.first(variables), results.size());
     for (std::size_t first = 0; first < results.size(); first += RowBlock::kRows) {
-        const std::size_t end = std::min(first + RowBlock::kRows, results.size());
-        const RowBlock::Outcome outcome = block.run(first, results.subspan(first, end - first));
-        for (std::size_t row = first; row < end && outcome != RowBlock::Outcome::Complete; ++row) {
-            if (outcome == RowBlock::Outcome::Parted || !std::isfinite(results[row])) {
-                evaluateRow(row);
+        const std::size_t count = std::min(RowBlock::kRows, results.size() - first);
+        const RowBlock::Outcome outcome = block.run(first, count);
+        if (outcome == RowBlock::Outcome::Complete) {
+            std::copy_n(block.results().begin(), count, results.begin() + first);
+            continue;
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            if (outcome == RowBlock::Outcome::Parted || !std::isfinite(block.results()[i])) {
+                evaluateRow(first + i);
+            } else {
+                results[first + i] = block.results()[i];
             }
         }
     }

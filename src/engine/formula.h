@@ -123,16 +123,17 @@ class Formula {
     bool evaluate(std::span<const double> numbers, double& result, Error& error) const;
 
     /// The number that evaluate() would put into `result`, as fast as it can be had; not finite
-    /// when evaluating fails.
+    /// when evaluating fails. To tell why, evaluate() goes through the formula again.
     double operator()(std::span<const double> numbers) const;
 
     /// The same for every row of a table, many rows at a time: `columns` holds a column for each
-    /// variable, which covers results.size() rows. Each result is bit for bit the one that
-    /// evaluating its row alone gives; where that fails, `results` gets NaN and `status` the
-    /// reason. `status` is as long as `results`, or empty if the reasons are of no interest; the
-    /// whole error is told by evaluating that row alone. Returns the number of rows that failed. A
-    /// formula that has an error, a text variable or a text as result, and a missing or too short
-    /// column fail every row.
+    /// variable, which covers results.size() rows. `results` may be the memory of a column, from
+    /// its first row on. Each result is bit for bit the one that evaluating its row alone gives;
+    /// where that fails, `results` gets NaN and `status` the reason. `status` is as long as
+    /// `results`, or empty if the reasons are of no interest; the whole error is told by evaluating
+    /// that row alone. Returns the number of rows that failed. A number in a column that is not
+    /// finite is a missing value. A formula that has an error, a text variable or a text as result,
+    /// and a missing or too short column fail every row.
     std::size_t evaluateRows(std::span<const Column> columns, std::span<double> results,
                              std::span<ErrorCode> status) const;
 

@@ -45,7 +45,7 @@ class Machine {
 
     template <Opcode opcode>
     void step(const Instruction& at) {
-        accumulator_ = valueOf<opcode>(*this, at);
+        accumulator_ = resultOf<opcode>(*this, at);
         if (!std::isfinite(accumulator_)) {
             fail(ErrorCode::OutOfRange);
         }

@@ -148,7 +148,7 @@ template <class Arithmetic>
 }
 
 /// Puts the value of an operation with a kernel into `value`. False for arguments that only
-/// libraryValue() can serve.
+/// libraryValue() can serve; all that are not finite are among them, or give what is not.
 template <Unary operation, class Arithmetic>
 [[gnu::always_inline]] inline bool compute(double x, double& value) {
     if constexpr (operation == Unary::Sin) {
@@ -164,7 +164,8 @@ template <Unary operation, class Arithmetic>
     }
 }
 
-/// The value of an operation with a kernel for any argument, from the C library.
+/// The value of an operation with a kernel for any argument, from the C library. Not finite when
+/// the argument is not.
 template <Unary operation>
 double libraryValue(double x) {
     if constexpr (operation == Unary::Sin) {
@@ -172,7 +173,7 @@ double libraryValue(double x) {
     } else if constexpr (operation == Unary::Cos) {
         return std::cos(x);
     } else if constexpr (operation == Unary::PowerOfE) {
-        return std::pow(kE, x);
+        return std::pow(kE, x) + (x - x);  // a power of -∞ would be 0
     } else {
         static_assert(operation == Unary::Fourth);
         return computeFourth<PlainArithmetic>(x);

@@ -54,9 +54,4 @@ inline const Program& programIn(const ProgramBlock& block) {
     return *std::launder(reinterpret_cast<const Program*>(block.get()));
 }
 
-/// The instructions of a program in a block follow it.
-inline const Instruction* firstInstruction(const Program& program) {
-    return std::launder(reinterpret_cast<const Instruction*>(&program + 1));
-}
-
 }  // namespace varo::engine

@@ -32,13 +32,15 @@ struct Workspace {
     }
 };
 
-constexpr std::size_t kLargestKeptTree = 4096;
-
-Workspace& workspace() {
+/// The workspace, empty, for a formula of that size. What a huge one took up is given back.
+Workspace& workspace(std::size_t formulaSize) {
+    constexpr std::size_t large = 65536;
     thread_local Workspace space;
-    if (space.tree.capacity() > kLargestKeptTree) {
+    thread_local std::size_t lastSize = 0;
+    if (lastSize > large) {
         space = {};
     }
+    lastSize = formulaSize;
     space.clear();
     return space;
 }
@@ -122,7 +124,7 @@ Code compile(Compiler::Order order, Workspace& space) {
 }  // namespace
 
 ProgramBlock buildProgram(std::string_view formula) {
-    Workspace& space = workspace();
+    Workspace& space = workspace(formula.size());
     const Parsed parsed = parse(formula, Parser::Marks::ForNumbers, space);
     const Misuse misuse = parsed.isNumeric ? Misuse{} : inferTypes(formula, space);
     const VariableNames names = space.lexing.variables.names();
@@ -151,7 +153,7 @@ Code carefulCode(const Program& program) {
     if (!program.isFast()) {
         return program.code;
     }
-    Workspace& space = workspace();
+    Workspace& space = workspace(program.sourceSize);
     parse(program.source(), Parser::Marks::ForNumbers, space);
     return compile(Compiler::Order::Reading, space);
 }

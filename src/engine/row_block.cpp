@@ -21,40 +21,15 @@ namespace {
 using Registers = RowBlock::Registers;
 
 /// One row of a block, as the meaning of the instructions sees it.
-struct Row {
+struct Row : WatchedRow<Row> {
     const Registers& registers;
     std::size_t index;
 
+    Row(const Registers& block, std::size_t row) : registers(block), index(row) {}
+
     double accumulator() const { return registers.accumulator[index]; }
-    double temporary(std::uint16_t number) const {
-        return registers.temporaries[number * RowBlock::kRows + index];
-    }
+    double temporary(std::uint16_t number) const { return registers.temporaries[number][index]; }
     Leaf variable(std::uint32_t number) const { return {registers.variables[number][index]}; }
-
-    template <Operator op, class X, class Y>
-    double apply(X x, Y y) const {
-        if constexpr (hidesInfinity(op)) {
-            require(y);
-            if constexpr (op != Operator::Divide) {
-                require(x);
-            }
-        }
-        return engine::apply<op>(engine::valueOf(x), engine::valueOf(y));
-    }
-    template <Unary operation, class X>
-    double apply(X x) const {
-        if constexpr (hidesInfinity(operation)) {
-            require(x);
-        }
-        return engine::apply<operation>(engine::valueOf(x));
-    }
-    template <Function function>
-    double apply(double x, double y) const {
-        require(y);
-        return engine::apply<function>(x, y);
-    }
-
-    void require(Leaf) const {}
     void require(double value) const { registers.poison[index] += value - value; }
 };
 
@@ -62,8 +37,8 @@ template <Opcode opcode>
 [[gnu::always_inline]] inline void computeRows(const Registers& registers, const Instruction& at) {
     const Registers known = registers;
     VARO_EACH_ROW(std::size_t i = 0; i < known.rows; ++i) {
-        const Row row{known, i};
-        known.accumulator[i] = valueOf<opcode>(row, at);
+        Row row(known, i);
+        known.accumulator[i] = resultOf<opcode>(row, at);
     }
 }
 
@@ -134,9 +109,9 @@ struct MakeStep {
 template <bool fused>
 constexpr auto kSteps = tableOfSteps<MakeStep<fused>>();
 
-void store(const Registers& registers, std::uint32_t temporary) {
-    std::copy_n(registers.accumulator, registers.rows,
-                registers.temporaries + temporary * RowBlock::kRows);
+/// The accumulator is needed no more, so that its memory and that of the temporary change places.
+void store(Registers& registers, std::uint32_t temporary) {
+    std::swap(registers.accumulator, registers.temporaries[temporary]);
 }
 
 /// The instruction after a jump; null when the rows part there.
@@ -158,56 +133,78 @@ const Instruction* jump(const Registers& registers, const Instruction& at) {
     return jumps ? target : &at + 1;
 }
 
-/// Puts the results where they belong; false when some are not finite.
-[[gnu::always_inline]] inline bool finishRows(const Registers& registers, double* results) {
+/// Makes the accumulator the results; false when some are not finite.
+[[gnu::always_inline]] inline bool finishRows(const Registers& registers) {
     const Registers known = registers;
     double failures = 0;
     VARO_EACH_ROW(std::size_t i = 0; i < known.rows; ++i) {
         const double result = known.accumulator[i] - known.poison[i];
-        results[i] = result;
+        known.accumulator[i] = result;
         failures = result - result == 0 ? failures : 1;
     }
     return failures == 0;
 }
 
-bool finishPlainly(const Registers& registers, double* results) {
-    return finishRows(registers, results);
+bool finishPlainly(const Registers& registers) {
+    return finishRows(registers);
 }
 
-VARO_FUSED bool finishWide(const Registers& registers, double* results) {
-    return finishRows(registers, results);
+VARO_FUSED bool finishWide(const Registers& registers) {
+    return finishRows(registers);
+}
+
+/// Poisons the rows whose number is not finite.
+[[gnu::always_inline]] inline void watchRows(const Registers& registers, const double* numbers) {
+    double* const poison = registers.poison;
+    VARO_EACH_ROW(std::size_t i = 0; i < registers.rows; ++i) {
+        poison[i] += numbers[i] - numbers[i];
+    }
+}
+
+void watchPlainly(const Registers& registers, const double* numbers) {
+    watchRows(registers, numbers);
+}
+
+VARO_FUSED void watchWide(const Registers& registers, const double* numbers) {
+    watchRows(registers, numbers);
 }
 
 }  // namespace
 
-RowBlock::RowBlock(const Code& code, std::span<const Column> columns)
+RowBlock::RowBlock(const Code& code, std::span<const Column> columns, std::size_t rows)
     : code_(code), columns_(columns) {
+    const std::size_t length = std::min(rows, kRows);
     const auto constants = static_cast<std::size_t>(std::count_if(
         columns.begin(), columns.end(), [](const Column& column) { return !column.varies(); }));
-    memory_.resize(kRows * (3 + code.temporaries + constants));
+    memory_.resize(length * (3 + code.temporaries + constants));
     double* at = memory_.data();
-    const auto take = [&at](std::size_t numbers) { return std::exchange(at, at + numbers); };
-    registers_.accumulator = take(kRows);
-    registers_.spare = take(kRows);
-    registers_.poison = take(kRows);
-    registers_.temporaries = take(kRows * code.temporaries);
+    const auto take = [&] { return std::exchange(at, at + length); };
+    registers_.accumulator = take();
+    registers_.spare = take();
+    registers_.poison = take();
+    for (std::uint32_t i = 0; i < code.temporaries; ++i) {
+        temporaries_.push_back(take());
+    }
     for (const Column& column : columns) {
         if (!column.varies()) {
-            std::fill_n(at, kRows, column[0]);
+            std::fill_n(at, length, column[0]);
         }
-        variables_.push_back(column.varies() ? nullptr : take(kRows));
+        variables_.push_back(column.varies() ? nullptr : take());
     }
     registers_.variables = variables_.data();
+    registers_.temporaries = temporaries_.data();
 }
 
-RowBlock::Outcome RowBlock::run(std::size_t first, std::span<double> results) {
-    registers_.rows = results.size();
+RowBlock::Outcome RowBlock::run(std::size_t first, std::size_t rows) {
+    registers_.rows = rows;
+    std::fill_n(registers_.poison, rows, 0);
+    const auto watch = usesFusedArithmetic() ? watchWide : watchPlainly;
     for (std::size_t i = 0; i < columns_.size(); ++i) {
         if (columns_[i].varies()) {
             variables_[i] = columns_[i].numbers().data() + first;
+            watch(registers_, variables_[i]);
         }
     }
-    std::fill_n(registers_.poison, results.size(), 0);
     const auto& steps = usesFusedArithmetic() ? kSteps<true> : kSteps<false>;
     const Instruction* at = code_.instructions.data();
     while (at->opcode != opcodeOf(Other::Return)) {
@@ -229,7 +226,7 @@ RowBlock::Outcome RowBlock::run(std::size_t first, std::span<double> results) {
         }
     }
     const auto finish = usesFusedArithmetic() ? finishWide : finishPlainly;
-    return finish(registers_, results.data()) ? Outcome::Complete : Outcome::SomeFailed;
+    return finish(registers_) ? Outcome::Complete : Outcome::SomeFailed;
 }
 
 }  // namespace varo::engine

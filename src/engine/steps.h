@@ -22,7 +22,7 @@ constexpr double valueOf(Leaf leaf) {
     return leaf.value;
 }
 
-/// True for the instructions that valueOf() can tell the value of.
+/// True for the instructions that resultOf() can tell the result of.
 constexpr bool givesNumber(Opcode opcode) {
     if (opcode < opcodeOf(Shape::AVV, {}, {})) {
         return opcode % kOpcodesPerShape <= static_cast<Opcode>(Operator::GreaterOrSame);
@@ -30,9 +30,41 @@ constexpr bool givesNumber(Opcode opcode) {
     return opcode <= opcodeOf(Other::Preci);
 }
 
+/// The apply() of rows that do not look at every result: what may be hidden by a finite one is
+/// passed to `Row::require`, which takes note when it is not finite.
+template <class Row>
+struct WatchedRow {
+    template <Operator op, class X, class Y>
+    double apply(X x, Y y) {
+        if constexpr (hidesInfinity(op)) {
+            watch(y);
+            if constexpr (op != Operator::Divide) {
+                watch(x);
+            }
+        }
+        return engine::apply<op>(valueOf(x), valueOf(y));
+    }
+    template <Unary operation, class X>
+    double apply(X x) {
+        if constexpr (hidesInfinity(operation)) {
+            watch(x);
+        }
+        return engine::apply<operation>(valueOf(x));
+    }
+    template <Function function>
+    double apply(double x, double y) {
+        watch(y);
+        return engine::apply<function>(x, y);
+    }
+
+  private:
+    void watch(Leaf) {}
+    void watch(double value) { static_cast<Row*>(this)->require(value); }
+};
+
 /// What an instruction with one operator puts into the accumulator.
 template <Shape shape, Operator op, class Row>
-double valueOfOne(Row& row, const Instruction& at) {
+double resultOfOne(Row& row, const Instruction& at) {
     if constexpr (shape == Shape::AV) {
         return row.template apply<op>(row.accumulator(), row.variable(at.a));
     } else if constexpr (shape == Shape::AK) {
@@ -67,41 +99,41 @@ double fromRight(Row& row, X x, Y y, Z z) {
 
 /// What an instruction with two operators puts into the accumulator.
 template <Shape shape, Operator f, Operator s, class Row>
-double valueOfTwo(Row& row, const Instruction& at) {
-    const Leaf k{at.number};
+double resultOfTwo(Row& row, const Instruction& at) {
+    const auto k = [&at] { return Leaf{at.number}; };
     const auto v = [&row](std::uint16_t index) { return row.variable(index); };
     if constexpr (shape == Shape::AVV) {
         return fromLeft<f, s>(row, row.accumulator(), v(at.a), v(at.b));
     } else if constexpr (shape == Shape::AVK) {
-        return fromLeft<f, s>(row, row.accumulator(), v(at.a), k);
+        return fromLeft<f, s>(row, row.accumulator(), v(at.a), k());
     } else if constexpr (shape == Shape::AKV) {
-        return fromLeft<f, s>(row, row.accumulator(), k, v(at.a));
+        return fromLeft<f, s>(row, row.accumulator(), k(), v(at.a));
     } else if constexpr (shape == Shape::VVV) {
         return fromLeft<f, s>(row, v(at.a), v(at.b), v(at.c));
     } else if constexpr (shape == Shape::VVK) {
-        return fromLeft<f, s>(row, v(at.a), v(at.b), k);
+        return fromLeft<f, s>(row, v(at.a), v(at.b), k());
     } else if constexpr (shape == Shape::VKV) {
-        return fromLeft<f, s>(row, v(at.a), k, v(at.b));
+        return fromLeft<f, s>(row, v(at.a), k(), v(at.b));
     } else if constexpr (shape == Shape::KVV) {
-        return fromLeft<f, s>(row, k, v(at.a), v(at.b));
+        return fromLeft<f, s>(row, k(), v(at.a), v(at.b));
     } else if constexpr (shape == Shape::A_VV) {
         return fromRight<f, s>(row, row.accumulator(), v(at.a), v(at.b));
     } else if constexpr (shape == Shape::A_VK) {
-        return fromRight<f, s>(row, row.accumulator(), v(at.a), k);
+        return fromRight<f, s>(row, row.accumulator(), v(at.a), k());
     } else if constexpr (shape == Shape::A_KV) {
-        return fromRight<f, s>(row, row.accumulator(), k, v(at.a));
+        return fromRight<f, s>(row, row.accumulator(), k(), v(at.a));
     } else if constexpr (shape == Shape::V_VV) {
         return fromRight<f, s>(row, v(at.a), v(at.b), v(at.c));
     } else if constexpr (shape == Shape::V_VK) {
-        return fromRight<f, s>(row, v(at.a), v(at.b), k);
+        return fromRight<f, s>(row, v(at.a), v(at.b), k());
     } else if constexpr (shape == Shape::V_KV) {
-        return fromRight<f, s>(row, v(at.a), k, v(at.b));
+        return fromRight<f, s>(row, v(at.a), k(), v(at.b));
     } else if constexpr (shape == Shape::VV_A) {
         return fromLeft<f, s>(row, v(at.a), v(at.b), row.accumulator());
     } else if constexpr (shape == Shape::VK_A) {
-        return fromLeft<f, s>(row, v(at.a), k, row.accumulator());
+        return fromLeft<f, s>(row, v(at.a), k(), row.accumulator());
     } else if constexpr (shape == Shape::KV_A) {
-        return fromLeft<f, s>(row, k, v(at.a), row.accumulator());
+        return fromLeft<f, s>(row, k(), v(at.a), row.accumulator());
     } else {
         static_assert(shape == Shape::T_AV);
         return fromRight<f, s>(row, row.temporary(at.b), row.accumulator(), v(at.a));
@@ -113,15 +145,15 @@ double valueOfTwo(Row& row, const Instruction& at) {
 /// A row has accumulator(), temporary(index), variable(index) and apply<operation>(operands...),
 /// which takes a double for what was computed and a Leaf for what is known to be finite.
 template <Opcode opcode, class Row>
-double valueOf(Row& row, const Instruction& at) {
+double resultOf(Row& row, const Instruction& at) {
     static_assert(givesNumber(opcode));
     if constexpr (opcode < opcodeOf(Shape::AVV, {}, {})) {
-        return valueOfOne<static_cast<Shape>(opcode / kOpcodesPerShape),
-                          static_cast<Operator>(opcode % kOpcodesPerShape)>(row, at);
+        return resultOfOne<static_cast<Shape>(opcode / kOpcodesPerShape),
+                           static_cast<Operator>(opcode % kOpcodesPerShape)>(row, at);
     } else if constexpr (opcode < kUnaryOpcodes) {
-        return valueOfTwo<static_cast<Shape>(opcode / kOpcodesPerShape),
-                          static_cast<Operator>(opcode % kOpcodesPerShape / 4),
-                          static_cast<Operator>(opcode % 4)>(row, at);
+        return resultOfTwo<static_cast<Shape>(opcode / kOpcodesPerShape),
+                           static_cast<Operator>(opcode % kOpcodesPerShape / 4),
+                           static_cast<Operator>(opcode % 4)>(row, at);
     } else if constexpr (isOfVariable(opcode)) {
         return row.template apply<unaryOf(opcode)>(row.variable(at.a));
     } else if constexpr (isUnary(opcode)) {

@@ -12,7 +12,7 @@
 
 namespace varo::engine {
 
-/// The half of the stack machine that works on texts, for one evaluation.
+/// The stack of texts beside the accumulator of numbers, for one evaluation.
 ///
 /// It limits the work: an evaluation that handles more text than a generous multiple of its input
 /// (nested replacing can multiply it without end) fails with ErrorCode::OutOfRange.

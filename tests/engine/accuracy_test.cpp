@@ -111,8 +111,10 @@ TEST(Accuracy, OfPowersIsThatOfADouble) {
 }
 
 TEST(Accuracy, OfFunctionsIsThatOfADouble) {
-    const Arguments angles = withBothSigns(uniform(-100, 100) + quarterTurns() + uniform(0, 1e15) +
-                                           magnitudes(-300, 15));
+    // Among them those where another way of computing takes over.
+    const Arguments angles =
+        withBothSigns(uniform(-100, 100) + quarterTurns() + uniform(0, 1e15) +
+                      uniform(99'900, 100'100) + uniform(1.5707, 1.5709) + magnitudes(-300, 15));
     const Arguments ratios = withBothSigns(uniform(-1, 1) + magnitudes(-300, 0) + Arguments{0, 1});
     const Arguments positive = magnitudes(-300, 300) + uniform(0.5, 2);
     const Arguments any = withBothSigns(positive + uniform(0, 10));

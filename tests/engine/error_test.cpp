@@ -69,6 +69,16 @@ TEST(Errors, AVariableWithoutAValueIsNamed) {
         {{"a", 1.0}, {"s", 1.0}, {"t", "x"}});
 }
 
+TEST(Errors, InsideAnOperationWhoseResultWouldHideThemAreTold) {
+    expectAnswers({"exp^ln(z) → 函数“ln”的参数超出范围！", "exp^(-1/z) → 除数不能为零！",
+                   "1+exp^(-1/z^2) → 除数不能为零！", "exp^(-h*1e300) → 计算结果超出范围！",
+                   "1/(h*1e300) → 计算结果超出范围！", "arctan(h*h) → 计算结果超出范围！",
+                   "h*h>1 → 计算结果超出范围！", "Not (h*h) → 计算结果超出范围！",
+                   "If(h*h,1,2) → 计算结果超出范围！", "2^(0-h*h) → 计算结果超出范围！",
+                   "preci(1,h*h) → 计算结果超出范围！", "exp^ln(0) → 函数“ln”的参数超出范围！"},
+                  {{"z", 0.0}, {"h", 1e200}});
+}
+
 TEST(Errors, LeaveTheListOfVariablesComplete) {
     expectVariables({"a+b* → a b", "a+*b+c)+d → a b c d", "@a,b;c → a b c", "StrLen(a → a:text",
                      "StrFind(a,b, → a:text b:text", "foo(a,b)+Result+c → a b c",

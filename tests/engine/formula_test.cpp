@@ -1,9 +1,11 @@
 #include "engine/formula.h"
 
 #include <array>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 #include <thread>
+#include <vector>
 
 using namespace varo::engine;
 
@@ -38,6 +40,31 @@ TEST(Formula, NamesTheVariableThatAnArrayCannotGive) {
     EXPECT_EQ(error.text(), "变量“b”没有值！");
     EXPECT_FALSE(Formula::parse("a+StrLen(s)").evaluate(std::array{1.0, 2.0}, result, error));
     EXPECT_EQ(error.text(), "变量“s”没有值！");
+}
+
+TEST(Formula, EvaluatesRowsIntoAColumnOfTheirOwn) {
+    std::vector<double> numbers(600, 2.0);
+    numbers[1] = 0;
+    numbers[300] = -1;
+    numbers[599] = std::numeric_limits<double>::quiet_NaN();
+    const std::array columns{Column(std::span<const double>(numbers))};
+    std::vector<ErrorCode> status(numbers.size());
+    const Formula formula = Formula::parse("If(a<0 Or a>0, ln(a)/a, 1/a)");
+    EXPECT_EQ(formula.evaluateRows(columns, numbers, status), 3U);
+    EXPECT_EQ(status[1], ErrorCode::DivisionByZero);
+    EXPECT_EQ(status[300], ErrorCode::OutsideDomain);
+    EXPECT_EQ(status[599], ErrorCode::NoValue);
+    EXPECT_EQ(numbers[598], std::log(2.0) / 2);
+}
+
+TEST(Formula, GivesNoNumberForATextAsResult) {
+    double result = 7;
+    Error error;
+    const Formula formula = Formula::parse("R2S(x,1)");
+    EXPECT_FALSE(formula.evaluate(std::array{2.0}, result, error));
+    EXPECT_EQ(error.text(), "文本“2.0”不能转换成数值！");
+    EXPECT_TRUE(std::isnan(formula(std::array{2.0})));
+    EXPECT_EQ(formula.evaluateRows(std::array{Column(2.0)}, {&result, 1}, {}), 1U);
 }
 
 TEST(Formula, MovesWithItsVariables) {
