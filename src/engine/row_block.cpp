@@ -153,20 +153,27 @@ VARO_FUSED bool finishWide(const Registers& registers) {
     return finishRows(registers);
 }
 
-/// Poisons the rows whose number is not finite.
-[[gnu::always_inline]] inline void watchRows(const Registers& registers, const double* numbers) {
+/// Poisons the rows whose number is not finite, and with the first such column no others.
+[[gnu::always_inline]] inline void watchRows(const Registers& registers, const double* numbers,
+                                             bool isFirst) {
     double* const poison = registers.poison;
+    if (isFirst) {
+        VARO_EACH_ROW(std::size_t i = 0; i < registers.rows; ++i) {
+            poison[i] = numbers[i] - numbers[i];
+        }
+        return;
+    }
     VARO_EACH_ROW(std::size_t i = 0; i < registers.rows; ++i) {
         poison[i] += numbers[i] - numbers[i];
     }
 }
 
-void watchPlainly(const Registers& registers, const double* numbers) {
-    watchRows(registers, numbers);
+void watchPlainly(const Registers& registers, const double* numbers, bool isFirst) {
+    watchRows(registers, numbers, isFirst);
 }
 
-VARO_FUSED void watchWide(const Registers& registers, const double* numbers) {
-    watchRows(registers, numbers);
+VARO_FUSED void watchWide(const Registers& registers, const double* numbers, bool isFirst) {
+    watchRows(registers, numbers, isFirst);
 }
 
 }  // namespace
@@ -197,13 +204,17 @@ RowBlock::RowBlock(const Code& code, std::span<const Column> columns, std::size_
 
 RowBlock::Outcome RowBlock::run(std::size_t first, std::size_t rows) {
     registers_.rows = rows;
-    std::fill_n(registers_.poison, rows, 0);
     const auto watch = usesFusedArithmetic() ? watchWide : watchPlainly;
+    bool isFirst = true;
     for (std::size_t i = 0; i < columns_.size(); ++i) {
         if (columns_[i].varies()) {
             variables_[i] = columns_[i].numbers().data() + first;
-            watch(registers_, variables_[i]);
+            watch(registers_, variables_[i], isFirst);
+            isFirst = false;
         }
+    }
+    if (isFirst) {
+        std::fill_n(registers_.poison, rows, 0);
     }
     const auto& steps = usesFusedArithmetic() ? kSteps<true> : kSteps<false>;
     const Instruction* at = code_.instructions.data();
