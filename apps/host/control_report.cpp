@@ -33,9 +33,9 @@ QModelIndex selectedItem(const ui::NodeView& view) {
 }
 
 QString pictureSize(const ui::PictureBox& box) {
-    const QImage& picture = box.picture();
-    return picture.isNull() ? QStringLiteral("none")
-                            : QStringLiteral("%1x%2").arg(picture.width()).arg(picture.height());
+    const QSize size = box.picture().size();
+    return size.isEmpty() ? QStringLiteral("none")
+                          : QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
 }
 
 QString line(const QString& name, const QString& text) {

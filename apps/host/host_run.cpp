@@ -13,7 +13,7 @@ namespace varo::host {
 
 namespace {
 
-/// Prints messages and questions, and answers yes.
+/// Prints messages and questions, and answers yes, but names no file.
 class PrintingQuestions : public Questions {
   public:
     explicit PrintingQuestions(QTextStream& out) : out_(out) {}
@@ -23,6 +23,11 @@ class PrintingQuestions : public Questions {
     bool confirm(const QString& text, Choice) override {
         print(text);
         return true;
+    }
+
+    std::optional<ChosenFile> chooseFile(const QString& title, const QStringList&) override {
+        print(title);
+        return std::nullopt;
     }
 
   private:

@@ -45,7 +45,7 @@ class FolderRows {
 /// about forty bytes a folder over its text, so that libraries of many thousand folders stay small.
 class FolderTree {
   public:
-    /// Number of a node; valid until the tree is cleared.
+    /// Number of a node; valid until the node is removed, then given out again.
     using Node = quint32;
     static constexpr Node None = std::numeric_limits<Node>::max();
 
@@ -72,6 +72,19 @@ class FolderTree {
     /// missing parent, and a second folder with the same identifier, are left out. `beforeShown` is
     /// told the number of new children just before `parent` shows them.
     void addFolders(Node parent, FolderRows rows, const std::function<void(int)>& beforeShown);
+
+    /// Appends a folder without children below `parent`. It must not be there yet.
+    Node appendFolder(Node parent, qint32 id, const QString& text);
+
+    /// Removes a folder, or what is below a node, with everything below that.
+    void removeFolder(Node node);
+    void removeFolders(Node parent);
+
+    void setText(Node node, const QString& text);
+
+    /// Whether folders can be placed below a node: not at the deepest level, and not below a stored
+    /// folder with the identifier 0, which means the top level.
+    bool takesFolders(Node node) const;
 
     /// Gives back the memory that was set aside for growth.
     void squeeze();
@@ -126,10 +139,17 @@ class FolderTree {
     };
 
     Node addNode(Node parent, quint32 row, qint32 id, QStringView text, Images images);
+    Library& libraryOf(Node node);
     const Library& libraryOf(Node node) const;
+    int depth(Node node) const;
+    void release(Node node);
+    void reclaim();
 
     std::vector<NodeData> nodes_;
-    std::vector<Node> childNodes_;
+    std::vector<Node> freeNodes_;   ///< removed ones; their row is None
+    std::vector<Node> childNodes_;  ///< a block for each parent
+    std::size_t unusedPlaces_ = 0;  ///< in childNodes_
+    qsizetype unusedText_ = 0;      ///< in text_
     std::vector<Library> libraries_;
     QString text_;
 };

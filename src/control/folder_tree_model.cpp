@@ -33,6 +33,29 @@ void FolderTreeModel::addFolders(const QModelIndex& parent, FolderRows rows) {
     }
 }
 
+QModelIndex FolderTreeModel::appendFolder(const QModelIndex& parent, qint32 id,
+                                          const QString& text) {
+    const int row = rowCount(parent);
+    beginInsertRows(parent, row, row);
+    const FolderTree::Node node = tree_.appendFolder(nodeOf(parent), id, text);
+    endInsertRows();
+    return indexOf(node);
+}
+
+void FolderTreeModel::removeFolder(const QModelIndex& index) {
+    beginRemoveRows(index.parent(), index.row(), index.row());
+    tree_.removeFolder(nodeOf(index));
+    endRemoveRows();
+}
+
+void FolderTreeModel::removeFolders(const QModelIndex& parent) {
+    if (const int count = rowCount(parent); count > 0) {
+        beginRemoveRows(parent, 0, count - 1);
+        tree_.removeFolders(nodeOf(parent));
+        endRemoveRows();
+    }
+}
+
 void FolderTreeModel::setImages(const QModelIndex& index, FolderTree::Images images) {
     tree_.setImages(nodeOf(index), images);
     emit dataChanged(index, index, {Qt::DecorationRole, ui::NodeView::SelectedIconRole});
@@ -72,6 +95,8 @@ QVariant FolderTreeModel::data(const QModelIndex& index, int role) const {
         case Qt::DisplayRole:
             // The rows are all one line high.
             return tree_.text(node).replace(u'\n', u' ');
+        case Qt::EditRole:
+            return tree_.text(node);
         case Qt::ToolTipRole:
             return ui::plainToolTip(tree_.text(node));
         case Qt::DecorationRole:
@@ -83,6 +108,29 @@ QVariant FolderTreeModel::data(const QModelIndex& index, int role) const {
         default:
             return {};
     }
+}
+
+Qt::ItemFlags FolderTreeModel::flags(const QModelIndex& index) const {
+    const Qt::ItemFlags flags = QAbstractItemModel::flags(index);
+    const bool editable = index.isValid() && !tree_.isLibrary(nodeOf(index)) && renamer_;
+    return editable ? flags | Qt::ItemIsEditable : flags;
+}
+
+bool FolderTreeModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+    if (role != Qt::EditRole || !flags(index).testFlag(Qt::ItemIsEditable)) {
+        return false;
+    }
+    const FolderTree::Node node = nodeOf(index);
+    const QString label = value.toString();
+    if (label == tree_.text(node)) {
+        return true;
+    }
+    if (!renamer_(tree_.key(node), label)) {
+        return false;
+    }
+    tree_.setText(node, label);
+    emit dataChanged(index, index, {Qt::DisplayRole, Qt::EditRole, Qt::ToolTipRole});
+    return true;
 }
 
 }  // namespace varo

@@ -4,10 +4,13 @@
 
 #include <QAbstractItemModel>
 
+#include <functional>
+
 namespace varo {
 
 /// The folder tree as a model for a tree view. One column; answers keys under
-/// ui::NodeView::KeyRole.
+/// ui::NodeView::KeyRole. The labels of folders can be edited once there is somebody who stores
+/// them.
 class FolderTreeModel : public QAbstractItemModel {
     Q_OBJECT
 
@@ -20,7 +23,14 @@ class FolderTreeModel : public QAbstractItemModel {
     /// As FolderTree; views are told.
     QModelIndex addLibrary(const QString& key, const QString& text);
     void addFolders(const QModelIndex& parent, FolderRows rows);
+    QModelIndex appendFolder(const QModelIndex& parent, qint32 id, const QString& text);
+    void removeFolder(const QModelIndex& index);
+    void removeFolders(const QModelIndex& parent);
     void setImages(const QModelIndex& index, FolderTree::Images images);
+
+    /// Stores the new label of the folder with this key; false leaves the label as it was.
+    using Renamer = std::function<bool(const QString& key, const QString& label)>;
+    void setRenamer(Renamer renamer) { renamer_ = std::move(renamer); }
 
     void squeeze() { tree_.squeeze(); }
 
@@ -38,9 +48,12 @@ class FolderTreeModel : public QAbstractItemModel {
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    bool setData(const QModelIndex& index, const QVariant& value, int role) override;
 
   private:
     FolderTree tree_;
+    Renamer renamer_;
 };
 
 }  // namespace varo

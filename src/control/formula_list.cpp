@@ -15,21 +15,15 @@ constexpr qint32 StoredPicture = 2;
 
 }  // namespace
 
-FormulaList::FormulaList(Form& form, ControlState& state, Questions& questions, FormulaPane& pane,
-                         EditBar& editBar)
-    : form_(form),
-      state_(state),
-      questions_(questions),
-      pane_(pane),
-      editBar_(editBar),
-      model_(state.listedFormulas) {
+FormulaList::FormulaList(Form& form, ControlState& state, Questions& questions, FormulaPane& pane)
+    : form_(form), state_(state), questions_(questions), pane_(pane), model_(state.listedFormulas) {
     form.lvFormula->setModel(&model_);
     connect(form.lvFormula, &ui::NodeView::nodeClicked, this, &FormulaList::clickFormula);
     connect(form.lvFormula, &ui::NodeView::emptyClicked, this, &FormulaList::clickEmptySpace);
     connect(form.lvFormula, &ui::NodeView::pressedAt, this,
             [this](const QModelIndex& index, Qt::MouseButton button) {
-                if (!index.isValid() && button == Qt::RightButton && pane_.storeEdits()) {
-                    SetSelectionState(FormulaPane::NoFormula);
+                if (!index.isValid() && button == Qt::RightButton) {
+                    clickEmptySpace();
                 }
             });
 }
@@ -38,7 +32,40 @@ void FormulaList::clear() {
     model_.beginReplace();
     state_.listedFormulas.Clear();
     state_.currentFormulaKey.clear();
+    state_.listedNodeKey.clear();
+    state_.formulaSelected = false;
     model_.endReplace({});
+}
+
+bool FormulaList::storeEdits() {
+    // Both, whatever the first says: a label left open would reach another library later.
+    const bool folderStored = form_.tvFolder->commitEdit();
+    const bool formulaStored = form_.lvFormula->commitEdit();
+    return pane_.storeEdits() && folderStored && formulaStored;
+}
+
+QString FormulaList::appendFormula(qint32 id, const QString& name, qint32 folderID) {
+    const QString key = formulaKey(id);
+    // A damaged table gives out identifiers that are taken; the key stays with the listed formula.
+    if (!state_.listedFormulas.contains(key)) {
+        model_.beginAppend();
+        state_.listedFormulas.Add(id, name, {}, {}, {}, 0, folderID, {});
+        model_.endAppend(ui::FormulaImage::Formula);
+    }
+    return key;
+}
+
+void FormulaList::removeFormula(const QString& key) {
+    const QModelIndex item = model_.find(key);
+    if (!item.isValid()) {
+        return;
+    }
+    model_.beginRemove(item.row());
+    state_.listedFormulas.Remove(key);
+    model_.endRemove();
+    if (state_.currentFormulaKey == key) {
+        state_.currentFormulaKey.clear();
+    }
 }
 
 bool FormulaList::ShowFolderFormulas(qint32 folderID) {
@@ -49,6 +76,7 @@ bool FormulaList::ShowFolderFormulas(qint32 folderID) {
     state_.listedLibrary = state_.currentLibrary();
     // What the panel still shows is none of the formulas that are listed now, whatever their keys.
     state_.currentFormulaKey.clear();
+    state_.formulaSelected = false;
     data::Recordset rs;
     bool propertiesRead =
         state_.dbFuncs.GetAllPropertyByType(NodeTypeFormula, rs, state_.connection);
@@ -118,7 +146,7 @@ QString FormulaList::extractPicture(qint32 formulaID, qint32 pictureType, bool& 
 }
 
 void FormulaList::SelFormula(const QString& TheKey) {
-    if (!pane_.storeEdits()) {
+    if (!storeEdits()) {
         return;
     }
     emit showing();
@@ -132,30 +160,45 @@ void FormulaList::SelFormula(const QString& TheKey) {
     const clsFormulaInfo& formula = state_.listedFormulas.Item(TheKey);
     pane_.showDescription(formula);
     pane_.SetPanelState(FormulaPane::FormulaSelected);
-    editBar_.setCommandState(EditBar::FormulaSelected);
     pane_.showExpression(formula);
     state_.currentItemKey = TheKey;
     state_.currentFormulaKey = TheKey;
+    state_.formulaSelected = true;
+    setCommandState(CommandState::FormulaSelected);
+}
+
+void FormulaList::setCommandState(CommandState state) {
+    state_.commandState = state;
+    emit commandStateChanged(state);
+}
+
+void FormulaList::makeSelectedCurrent() {
+    const QString selected = selectedKey();
+    if (selected.isEmpty()) {
+        setCommandState(CommandState::NoFormula);
+        return;
+    }
+    state_.currentItemKey = selected;
+    setCommandState(CommandState::FormulaSelected);
 }
 
 void FormulaList::SetSelectionState(int state) {
     pane_.ClearFormulaPanel();
     pane_.SetPanelState(state);
-    editBar_.setCommandState(state);
+    setCommandState(static_cast<CommandState>(state));
 }
 
 void FormulaList::clickFormula(const QModelIndex& index) {
     SelFormula(index.data(ui::NodeView::KeyRole).toString());
-    state_.formulaSelected = true;
 }
 
 void FormulaList::clickEmptySpace() {
-    if (!pane_.storeEdits()) {
+    if (!storeEdits()) {
         return;
     }
     state_.formulaSelected = false;
-    SetSelectionState(FormulaPane::NoFormula);
     form_.lvFormula->selectItem({});
+    SetSelectionState(FormulaPane::NoFormula);
 }
 
 void FormulaList::showNothing() {

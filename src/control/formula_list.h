@@ -1,6 +1,5 @@
 #pragma once
 
-#include "control/edit_bar.h"
 #include "control/form.h"
 #include "control/formula_list_model.h"
 #include "control/state.h"
@@ -16,8 +15,7 @@ class FormulaList : public QObject {
 
   public:
     /// Everything handed in must outlive this; `form` lends lvFormula.
-    FormulaList(Form& form, ControlState& state, Questions& questions, FormulaPane& pane,
-                EditBar& editBar);
+    FormulaList(Form& form, ControlState& state, Questions& questions, FormulaPane& pane);
 
     /// Lists the formulas directly under a folder of the current library (0: its top level) and
     /// writes their stored pictures to files. Returns false when reading fails; the caller tells
@@ -34,14 +32,32 @@ class FormulaList : public QObject {
     /// Clears the formula panel, then sets panel state and command state to `state`.
     void SetSelectionState(int state);
 
+    /// Says what is selected, in tree or list, and so which edit commands are offered.
+    void setCommandState(CommandState state);
+
+    /// Makes the selected item the one that edit commands act on; without one, no formula is
+    /// selected.
+    void makeSelectedCurrent();
+
     /// Empties the panel for a folder without formulas; tree and list stay enabled.
     void showNone();
 
-    /// As FormulaPane::storeEdits.
-    bool storeEdits() { return pane_.storeEdits(); }
+    /// As FormulaPane::storeEdits, for the labels of tree and list too.
+    bool storeEdits();
 
     /// Empties list and panel, because the current library can no longer be told what is in them.
     void showNothing();
+
+    /// Who stores the label that the user has typed for a formula; see FormulaListModel.
+    void setRenamer(FormulaListModel::Renamer renamer) { model_.setRenamer(std::move(renamer)); }
+
+    /// Appends a formula without content that the library holds since now to the listed ones, and
+    /// returns its key.
+    QString appendFormula(qint32 id, const QString& name, qint32 folderID);
+
+    /// Removes a formula that the library holds no more, with its record; an unknown key does
+    /// nothing.
+    void removeFormula(const QString& key);
 
     /// Gives the item with this key another picture; an unknown key does nothing.
     void setImage(const QString& key, ui::FormulaImage image);
@@ -55,6 +71,7 @@ class FormulaList : public QObject {
   signals:
     /// A formula is about to be shown.
     void showing();
+    void commandStateChanged(CommandState state);
 
   private:
     bool readFormulas(qint32 folderID, const QSet<qint32>& withProperty,
@@ -67,7 +84,6 @@ class FormulaList : public QObject {
     ControlState& state_;
     Questions& questions_;
     FormulaPane& pane_;
-    EditBar& editBar_;
     FormulaListModel model_;
 };
 

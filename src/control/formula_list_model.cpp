@@ -18,6 +18,26 @@ void FormulaListModel::endReplace(std::vector<ui::FormulaImage> images) {
     endResetModel();
 }
 
+void FormulaListModel::beginAppend() {
+    const int row = rowCount();
+    beginInsertRows({}, row, row);
+}
+
+void FormulaListModel::endAppend(ui::FormulaImage image) {
+    images_.push_back(image);
+    endInsertRows();
+}
+
+void FormulaListModel::beginRemove(int row) {
+    removedRow_ = row;
+    beginRemoveRows({}, row, row);
+}
+
+void FormulaListModel::endRemove() {
+    images_.erase(images_.begin() + removedRow_);
+    endRemoveRows();
+}
+
 void FormulaListModel::setImage(const QModelIndex& index, ui::FormulaImage image) {
     images_[static_cast<std::size_t>(index.row())] = image;
     emit dataChanged(index, index, {Qt::DecorationRole});
@@ -54,6 +74,8 @@ QVariant FormulaListModel::data(const QModelIndex& index, int role) const {
         case Qt::DisplayRole:
             // The rows are all one line high.
             return QString(formula.FormulaName).replace(u'\n', u' ');
+        case Qt::EditRole:
+            return formula.FormulaName;
         case Qt::ToolTipRole:
             return ui::plainToolTip(formula.FormulaName);
         case Qt::DecorationRole:
@@ -63,6 +85,27 @@ QVariant FormulaListModel::data(const QModelIndex& index, int role) const {
         default:
             return {};
     }
+}
+
+Qt::ItemFlags FormulaListModel::flags(const QModelIndex& index) const {
+    const Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+    return index.isValid() && renamer_ ? flags | Qt::ItemIsEditable : flags;
+}
+
+bool FormulaListModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+    if (role != Qt::EditRole || !flags(index).testFlag(Qt::ItemIsEditable)) {
+        return false;
+    }
+    const clsFormulaInfo& formula = formulas_.Item(index.row() + 1);
+    const QString label = value.toString();
+    if (label == formula.FormulaName) {
+        return true;
+    }
+    if (!renamer_(formula.NodeKey, label)) {
+        return false;
+    }
+    emit dataChanged(index, index, {Qt::DisplayRole, Qt::EditRole, Qt::ToolTipRole});
+    return true;
 }
 
 QVariant FormulaListModel::headerData(int section, Qt::Orientation orientation, int role) const {

@@ -17,9 +17,8 @@ constexpr auto Located =
 
 }  // namespace
 
-LibraryTree::LibraryTree(Form& form, ControlState& state, Questions& questions, FormulaList& list,
-                         EditBar& editBar)
-    : form_(form), state_(state), questions_(questions), list_(list), editBar_(editBar) {
+LibraryTree::LibraryTree(Form& form, ControlState& state, Questions& questions, FormulaList& list)
+    : form_(form), state_(state), questions_(questions), list_(list) {
     form.tvFolder->setModel(&model_);
     connect(form.tvFolder, &ui::NodeView::nodeClicked, this, [this](const QModelIndex& index) {
         selectNode(index.data(ui::NodeView::KeyRole).toString());
@@ -28,6 +27,12 @@ LibraryTree::LibraryTree(Form& form, ControlState& state, Questions& questions, 
     connect(form.tvFolder, &ui::NodeView::nodeExpanded, form.tvFolder,
             [this] { form_.tvFolder->resizeColumnToContents(0); });
     connect(&list, &FormulaList::showing, this, &LibraryTree::removeHighlight);
+    connect(&model_, &FolderTreeModel::dataChanged, this,
+            [this](const QModelIndex&, const QModelIndex&, const QList<int>& roles) {
+                if (roles.contains(Qt::DisplayRole)) {
+                    form_.tvFolder->resizeColumnToContents(0);
+                }
+            });
 }
 
 void LibraryTree::clear() {
@@ -85,12 +90,25 @@ bool LibraryTree::openLibrary(const QString& path, const QString& name) {
 
 bool LibraryTree::BuildFolderChildren(const QString& key) {
     const QModelIndex node = model_.find(key);
-    data::Recordset rs;
-    if (!node.isValid() || !state_.dbFuncs.GetNodeInfo(rs, state_.connection)) {
+    FolderRows rows;
+    if (!node.isValid() || !readFolders(rows)) {
         return false;
     }
-    // One statement brings the folders of the whole library; the tree picks and orders those below.
-    FolderRows rows;
+    model_.addFolders(node, std::move(rows));
+    if (!node.parent().isValid()) {
+        form_.tvFolder->expand(node);
+    }
+    return true;
+}
+
+bool LibraryTree::readFolders(FolderRows& rows) {
+    data::Recordset rs;
+    if (!state_.dbFuncs.GetNodeInfo(rs, state_.connection)) {
+        return false;
+    }
+    // One statement brings the folders of the whole library; the tree picks and orders those that
+    // it needs.
+    bool read = true;
     try {
         const int id = rs.column(u"ID");
         const int name = rs.column(u"Name");
@@ -100,15 +118,10 @@ bool LibraryTree::BuildFolderChildren(const QString& key) {
             rows.add(rs.integer(id), rs.integer(parent), rs.integer(order), rs.text(name));
         }
     } catch (const data::Error&) {
-        CloseRecordset(rs);
-        return false;
+        read = false;
     }
     CloseRecordset(rs);
-    model_.addFolders(node, std::move(rows));
-    if (!node.parent().isValid()) {
-        form_.tvFolder->expand(node);
-    }
-    return true;
+    return read;
 }
 
 bool LibraryTree::markProperties(const QString& rootKey) {
@@ -145,39 +158,110 @@ void LibraryTree::selectFirstNode() {
     }
 }
 
-void LibraryTree::selectNode(const QString& key) {
+bool LibraryTree::selectNode(const QString& key) {
     if (!list_.storeEdits()) {
-        return;
+        return false;
     }
     const QModelIndex node = model_.find(key);
     const QString rootKey = GetRootKey(key);
     if (!node.isValid() || !state_.libraries.contains(rootKey)) {
-        return;
+        return false;
     }
     const QString text = model_.tree().text(FolderTreeModel::nodeOf(node));
+    const auto failed = [this](const QString& message) {
+        list_.showNothing();
+        questions_.inform(message);
+        return false;
+    };
     form_.tvFolder->selectItem(node);
     form_.tvFolder->scrollTo(node);
     removeHighlight();
     const clsFormulaDB& library = state_.libraries.Item(rootKey);
     if (!openLibrary(library.FormulaDBPath, library.FormulaDBName)) {
-        list_.showNothing();
-        questions_.inform(QStringLiteral("无法打开用户指定的数据库！"));
-        return;
+        return failed(QStringLiteral("无法打开用户指定的数据库！"));
     }
     form_.lvFormula->setEnabled(true);
     if (!list_.ShowFolderFormulas(folderIdOf(key))) {
-        list_.showNothing();
-        questions_.inform(QStringLiteral("无法读取节点“%1”下所有的公式！").arg(text));
-        return;
+        return failed(QStringLiteral("无法读取节点“%1”下所有的公式！").arg(text));
     }
-    const bool isLibrary = key == rootKey;
+    state_.listedNodeKey = key;
     if (list_.isEmpty()) {
         list_.showNone();
     } else {
         list_.SelFormula(list_.firstKey());
     }
-    editBar_.setCommandState(isLibrary ? EditBar::LibrarySelected : EditBar::FolderSelected);
-    state_.currentItemKey = key;
+    makeSelectedCurrent();
+    return true;
+}
+
+bool LibraryTree::showSelectedNode() {
+    const QString selected = form_.tvFolder->selectedKey();
+    return !selected.isEmpty() && (selected == state_.listedNodeKey || selectNode(selected));
+}
+
+void LibraryTree::selectListedNode() {
+    const QModelIndex listed = model_.find(state_.listedNodeKey);
+    if (listed.isValid() && form_.tvFolder->selectedIndex() != listed) {
+        form_.tvFolder->selectItem(listed);
+    }
+}
+
+void LibraryTree::makeSelectedCurrent() {
+    const QModelIndex selected = form_.tvFolder->selectedIndex();
+    if (!selected.isValid()) {
+        return;
+    }
+    state_.currentItemKey = selected.data(ui::NodeView::KeyRole).toString();
+    list_.setCommandState(selected.parent().isValid() ? CommandState::FolderSelected
+                                                      : CommandState::LibrarySelected);
+}
+
+bool LibraryTree::isOfCurrentLibrary(const QString& key) const {
+    const QString rootKey = GetRootKey(key);
+    if (!state_.libraries.contains(rootKey)) {
+        return false;
+    }
+    const clsFormulaDB& library = state_.libraries.Item(rootKey);
+    return library.FormulaDBPath + library.FormulaDBName == state_.currentLibrary();
+}
+
+bool LibraryTree::takesFolders(const QString& key) const {
+    const QModelIndex node = model_.find(key);
+    return node.isValid() && model_.tree().takesFolders(FolderTreeModel::nodeOf(node));
+}
+
+QString LibraryTree::appendFolder(const QString& parentKey, qint32 id, const QString& name) {
+    const QModelIndex added = model_.appendFolder(model_.find(parentKey), id, name);
+    form_.tvFolder->scrollTo(added);
+    form_.tvFolder->resizeColumnToContents(0);
+    return added.data(ui::NodeView::KeyRole).toString();
+}
+
+void LibraryTree::removeFolder(const QString& key) {
+    if (const QModelIndex node = model_.find(key); node.isValid()) {
+        model_.removeFolder(node);
+    }
+}
+
+void LibraryTree::replaceFolders(const QString& parentKey, FolderRows rows) {
+    const QModelIndex parent = model_.find(parentKey);
+    QStringList expanded;
+    collectExpanded(parent, expanded);
+    model_.removeFolders(parent);
+    model_.addFolders(parent, std::move(rows));
+    for (const QString& key : expanded) {
+        form_.tvFolder->setExpanded(model_.find(key), true);
+    }
+}
+
+void LibraryTree::collectExpanded(const QModelIndex& parent, QStringList& keys) const {
+    if (!form_.tvFolder->isExpanded(parent)) {
+        return;
+    }
+    keys.append(parent.data(ui::NodeView::KeyRole).toString());
+    for (int row = 0; row < model_.rowCount(parent); ++row) {
+        collectExpanded(model_.index(row, 0, parent), keys);
+    }
 }
 
 void LibraryTree::highlightNode(const QString& key) {

@@ -16,8 +16,7 @@ class LibraryTree : public QObject {
 
   public:
     /// Everything handed in must outlive this; `form` lends tvFolder.
-    LibraryTree(Form& form, ControlState& state, Questions& questions, FormulaList& list,
-                EditBar& editBar);
+    LibraryTree(Form& form, ControlState& state, Questions& questions, FormulaList& list);
 
     /// Fills the tree anew from the configured libraries, opening each in turn; the connection is
     /// left on the last one. Returns false, having told the user, at the first library that cannot
@@ -35,9 +34,19 @@ class LibraryTree : public QObject {
     /// Key of the library that the node with this key belongs to; "" for an unknown key.
     QString GetRootKey(const QString& key) const;
 
-    /// Lists and shows what belongs to the node with this key, as if the user had clicked it. An
-    /// unknown key does nothing.
-    void selectNode(const QString& key);
+    /// Lists and shows what belongs to the node with this key, as if the user had clicked it.
+    /// Returns whether its formulas are listed then; an unknown key does nothing.
+    bool selectNode(const QString& key);
+
+    /// Makes sure that the list shows the selected node, which may have been selected by opening it
+    /// only. Returns false, the user having been told, when it cannot.
+    bool showSelectedNode();
+
+    /// Selects the node whose formulas are listed, when another one is.
+    void selectListedNode();
+
+    /// Makes the selected node the one that edit commands act on.
+    void makeSelectedCurrent();
 
     /// Scrolls to the first node and selects it as selectNode does; nothing in an empty tree.
     void selectFirstNode();
@@ -52,15 +61,41 @@ class LibraryTree : public QObject {
     /// Removes every node.
     void clear();
 
+    /// Whether the library of the node with this key is the current one.
+    bool isOfCurrentLibrary(const QString& key) const;
+
+    /// Who stores the label that the user has typed for a folder; see FolderTreeModel.
+    void setRenamer(FolderTreeModel::Renamer renamer) { model_.setRenamer(std::move(renamer)); }
+
+    /// Whether a new folder can be shown below the node with this key.
+    bool takesFolders(const QString& key) const;
+
+    /// Appends a folder that the library holds since now to the children of a node, scrolls it into
+    /// view, and returns its key.
+    QString appendFolder(const QString& parentKey, qint32 id, const QString& name);
+
+    /// Removes a folder that the library holds no more, with everything below it.
+    void removeFolder(const QString& key);
+
+    /// Reads all folders of the current library. Returns false when reading fails; shows nothing.
+    bool readFolders(FolderRows& rows);
+
+    /// Replaces what is below a node by the folders among `rows` that descend from it; what was
+    /// open there is open again.
+    void replaceFolders(const QString& parentKey, FolderRows rows);
+
+    /// Gives the nodes of the current library that carry properties their pictures. Returns false
+    /// when reading fails; shows nothing.
+    bool markProperties(const QString& rootKey);
+
   private:
     bool addLibrary(const clsFormulaDB& library);
-    bool markProperties(const QString& rootKey);
+    void collectExpanded(const QModelIndex& parent, QStringList& keys) const;
 
     Form& form_;
     ControlState& state_;
     Questions& questions_;
     FormulaList& list_;
-    EditBar& editBar_;
     FolderTreeModel model_;
 };
 

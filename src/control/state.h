@@ -17,6 +17,15 @@ struct Clipboard {
     colFormulaInfo formulas;
 };
 
+/// What is selected, and so which edit commands are offered. Any other number offers none.
+enum class CommandState : int {
+    Nothing = 1,
+    LibrarySelected = 2,
+    FolderSelected = 3,
+    FormulaSelected = 4,
+    NoFormula = 5
+};
+
 /// The tree node or list item that is drawn highlighted as located.
 struct LocateHighlight {
     enum Kind { None = 0, Node = 1, Item = 2 };
@@ -49,13 +58,15 @@ struct ControlState {
     QString currentLibraryName;   ///< its file name
     colFormulaInfo listedFormulas;
     QString listedLibrary;  ///< currentLibrary() when the formulas were listed
+    QString listedNodeKey;  ///< tree node whose formulas are listed; "" when none is
     colVarInfo variables;   ///< stored variables seen so far; emptied with every change of library
     ColNodeInfo folders;
     colLocateProp located;
     Clipboard clipboard;
     QString currentItemKey;     ///< tree node or list item last selected
     QString currentFormulaKey;  ///< formula last shown
-    bool formulaSelected = false;
+    CommandState commandState = CommandState::Nothing;
+    bool formulaSelected = false;  ///< a formula of the list is selected
     QString pendingLocateRequest;
     LocateHighlight highlight;
     QString locationPropName;  ///< argument of the last SetDesignProp

@@ -1,12 +1,14 @@
 #include "control/varo_calcex.h"
 
 #include "control/configuration.h"
-#include "control/edit_bar.h"
 #include "control/form.h"
 #include "control/formula_list.h"
 #include "control/library_tree.h"
 #include "control/panes.h"
 #include "control/state.h"
+#include "editing/edit_commands.h"
+#include "editing/edit_menu.h"
+#include "editing/pictures.h"
 #include "formula/formula_pane.h"
 #include "platform/ui/message_boxes.h"
 #include "platform/ui/node_view.h"
@@ -53,10 +55,15 @@ struct Varo_CalcEx::Parts : PropertySource {
           configuration(state.libraries),
           form(buildForm(&owner)),
           panes(form, owner),
-          editBar(form),
+          actions(form, state),
           pane(form, state, questions, *this),
-          list(form, state, questions, pane, editBar),
-          tree(form, state, questions, list, editBar),
+          list(form, state, questions, pane),
+          tree(form, state, questions, list),
+          folders(form, state, questions, tree, list),
+          formulas(form, state, questions, tree, list),
+          commands(state, actions, folders, formulas),
+          menu(form, state, actions, tree, list),
+          pictures(form, state, questions, pane.description()),
           locator(state, questions, *this, tree, list) {}
 
     QString propertyValue(const QString& name) override;
@@ -72,10 +79,15 @@ struct Varo_CalcEx::Parts : PropertySource {
     Configuration configuration;
     Form form;
     Panes panes;
-    EditBar editBar;
+    EditActions actions;
     FormulaPane pane;
     FormulaList list;
     LibraryTree tree;
+    FolderCommands folders;
+    FormulaCommands formulas;
+    EditCommands commands;
+    EditMenu menu;
+    Pictures pictures;
     PropertyLocator locator;
     QEvent::Type calcMessage = QEvent::None;
 };
@@ -86,18 +98,19 @@ Varo_CalcEx::Varo_CalcEx(QWidget* parent, Questions* questions)
     Parts& parts = *parts_;
     parts.calcMessage = ui::registerWindowMessage(QString::fromLatin1(CalcMessage));
     parts.state.workFolder = defaultWorkFolder();
+    connect(&parts.list, &FormulaList::commandStateChanged, &parts.actions,
+            &EditActions::setCommandState);
     parts.form.tvFolder->setEnabled(false);
     parts.form.lvFormula->setEnabled(false);
     parts.list.SetSelectionState(FormulaPane::NothingSelected);
-    parts.editBar.connectCommand(QStringLiteral("帮助"), [&parts] { parts.ShowHelp(); });
-    const auto next = QStringLiteral("查找下一个");
-    const auto previous = QStringLiteral("查找上一个");
-    parts.editBar.connectCommand(next, [&parts] { parts.locator.showNext(); });
-    parts.editBar.connectCommand(previous, [&parts] { parts.locator.showPrevious(); });
+    EditActions& actions = parts.actions;
+    actions.connectCommand(EditCommand::Help, [&parts] { parts.ShowHelp(); });
+    actions.connectCommand(EditCommand::FindNext, [&parts] { parts.locator.showNext(); });
+    actions.connectCommand(EditCommand::FindPrevious, [&parts] { parts.locator.showPrevious(); });
     connect(&parts.locator, &PropertyLocator::stepsChanged, this,
-            [&parts, next, previous](bool canStepNext, bool canStepBack) {
-                parts.editBar.setEnabled(next, canStepNext);
-                parts.editBar.setEnabled(previous, canStepBack);
+            [&actions](bool canStepNext, bool canStepBack) {
+                actions.setEnabled(EditCommand::FindNext, canStepNext);
+                actions.setEnabled(EditCommand::FindPrevious, canStepBack);
             });
     connect(&parts.pane.calculator(), &Calculator::resultSent, this,
             [&parts] { parts.sendResult(); });

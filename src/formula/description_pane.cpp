@@ -31,15 +31,28 @@ void DescriptionPane::clear() {
 void DescriptionPane::show(const clsFormulaInfo& formula) {
     form_.txtDesc->setPlainText(formula.FormulaMemo);
     form_.txtDesc->document()->setModified(false);
-    if (!formula.FormulaPicPath.isEmpty() && form_.imgDesc->load(formula.FormulaPicPath)) {
-        showOnly(form_.imgDesc);
-    } else {
+    const ui::Picture picture = formula.FormulaPicPath.isEmpty()
+                                    ? ui::Picture()
+                                    : ui::Picture::read(formula.FormulaPicPath);
+    if (picture.isNull()) {
         showNoPicture();
+    } else {
+        showPicture(picture);
     }
+}
+
+void DescriptionPane::showPicture(const ui::Picture& picture) {
+    form_.imgDesc->setPicture(picture);
+    showOnly(form_.imgDesc);
 }
 
 void DescriptionPane::showNoPicture() {
     showOnly(form_.lblDesc);
+}
+
+void DescriptionPane::removePicture() {
+    form_.imgDesc->clear();
+    showNoPicture();
 }
 
 void DescriptionPane::showOption(int option) {

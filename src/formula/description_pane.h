@@ -2,6 +2,7 @@
 
 #include "control/form.h"
 #include "control/state.h"
+#include "platform/ui/picture.h"
 
 #include <QObject>
 
@@ -24,8 +25,14 @@ class DescriptionPane : public QObject {
     /// counts as none.
     void show(const clsFormulaInfo& formula);
 
+    /// Shows a picture, which is not null.
+    void showPicture(const ui::Picture& picture);
+
     /// Shows the label that there is no picture.
     void showNoPicture();
+
+    /// Empties the picture and shows that there is none.
+    void removePicture();
 
     /// Stores the description as the current formula's if the user has changed it. Returns false
     /// when it is too long to be stored, which is told once for each text.

@@ -42,6 +42,7 @@ class FormulaPane : public QObject {
     /// the user has to mend something first and must not be led away from it.
     bool storeEdits();
 
+    DescriptionPane& description() { return description_; }
     Calculator& calculator() { return calculator_; }
     VariableGrid& variables() { return variables_; }
 

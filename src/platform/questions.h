@@ -1,11 +1,20 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
+
+#include <optional>
 
 namespace varo {
 
 /// What a modal question offers.
 enum class Choice { YesNo, OkCancel };
+
+/// A file that the user has named; it need not exist.
+struct ChosenFile {
+    QString path;
+    int filter = 0;  ///< position of the chosen filter
+};
 
 /// Every modal question and message goes through this interface, so that a test, or a host without
 /// a screen, can answer.
@@ -18,6 +27,11 @@ class Questions {
 
     /// Asks `text` and returns true for Yes or OK.
     virtual bool confirm(const QString& text, Choice choice) = 0;
+
+    /// Asks for a file to open. Each of `filters` is a text with the wanted names in parentheses,
+    /// as "(*.bmp)". Returns nothing when the user cancels.
+    virtual std::optional<ChosenFile> chooseFile(const QString& title,
+                                                 const QStringList& filters) = 0;
 };
 
 }  // namespace varo

@@ -121,5 +121,58 @@ TEST(FolderTreeModel, KeepsTheRulesOfModelsWhileLibrariesArrive) {
     EXPECT_EQ(model.rowCount(), 0);
 }
 
+TEST(FolderTreeModel, ShowsTheSameAfterManyChangesAsWhenItIsBuiltAnew) {
+    struct Folder {
+        qint32 id, parent, order;
+        QString name;
+    };
+    std::vector<Folder> stored;
+    const auto rows = [&] {
+        FolderRows all;
+        for (const Folder& each : stored) {
+            all.add(each.id, each.parent, each.order, each.name);
+        }
+        return all;
+    };
+    const auto keyOf = [](qint32 id) {
+        return id == 0 ? QStringLiteral("DBNode1")
+                       : QStringLiteral("FormulaNode%1->DBNode1").arg(id);
+    };
+    FolderTreeModel model;
+    const QAbstractItemModelTester tester(&model,
+                                          QAbstractItemModelTester::FailureReportingMode::Fatal);
+    model.setRenamer([](const QString&, const QString&) { return true; });
+    model.addLibrary(keyOf(0), QStringLiteral("库"));
+    std::mt19937 random(11);
+    for (qint32 step = 1; step <= 600; ++step) {
+        const std::size_t chosen = random() % (stored.size() + 1);
+        const qint32 id = chosen == stored.size() ? 0 : stored[chosen].id;
+        const QModelIndex node = model.find(keyOf(id));
+        ASSERT_TRUE(node.isValid());
+        const unsigned what = random() % 8;
+        if (what < 4 || id == 0) {
+            stored.push_back({step, id, step, QStringLiteral("f%1").arg(step)});
+            model.appendFolder(node, step, stored.back().name);
+        } else if (what == 4) {
+            model.removeFolder(node);
+            std::erase_if(
+                stored, [&](const Folder& each) { return !model.find(keyOf(each.id)).isValid(); });
+        } else if (what == 5) {
+            stored[chosen].order = static_cast<qint32>(random() % static_cast<unsigned>(step));
+            const QModelIndex parent = node.parent();
+            model.removeFolders(parent);
+            model.addFolders(parent, rows());
+        } else {
+            stored[chosen].name += QStringLiteral("名");
+            ASSERT_TRUE(model.setData(node, stored[chosen].name, Qt::EditRole));
+        }
+        FolderTree anew;
+        anew.addLibrary(keyOf(0), QStringLiteral("库"));
+        anew.addFolders(anew.library(0), rows(), [](int) {});
+        ASSERT_EQ(listing(model.tree(), model.tree().library(0)), listing(anew, anew.library(0)));
+    }
+    EXPECT_GT(stored.size(), 20U) << "or little has been tried";
+}
+
 }  // namespace
 }  // namespace varo

@@ -117,7 +117,7 @@ TEST_F(HostProtocol, TheToolBarOffersOnlyWhatWorks) {
               QStringLiteral(
                   "新建公式夹 新建公式 复制 粘贴 删除 上移 下移 查找 查找下一个 查找上一个 帮助"));
     EXPECT_TRUE(enabled.contains(QStringLiteral("帮助")));
-    bar.findChild<QAction*>(QStringLiteral("帮助"))->trigger();
+    desk.clickEditButton(QStringLiteral("帮助"));
     EXPECT_EQ(desk.messages(), QStringList{QStringLiteral("无法找到帮助文件！")});
 }
 

@@ -1,8 +1,6 @@
 #include "support/desk.h"
 
-#include <QAction>
 #include <QTest>
-#include <QToolBar>
 
 #include <gtest/gtest.h>
 
@@ -41,12 +39,8 @@ class Locate : public testing::Test {
         return desk.tree().currentIndex().data().toString() + u'/' +
                desk.list().currentIndex().data().toString();
     }
-    bool canStep(Desk& desk, const QString& key) {
-        return desk.child<QToolBar>("tbEdit").findChild<QAction*>(key)->isEnabled();
-    }
-    void step(Desk& desk, const QString& key) {
-        desk.child<QToolBar>("tbEdit").findChild<QAction*>(key)->trigger();
-    }
+    bool canStep(Desk& desk, const QString& key) { return desk.editButton(key).isEnabled(); }
+    void step(Desk& desk, const QString& key) { desk.editButton(key).click(); }
 
     const QString next = QStringLiteral("查找下一个");
     const QString previous = QStringLiteral("查找上一个");

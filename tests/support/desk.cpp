@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTest>
+#include <QToolBar>
 #include <QVBoxLayout>
 
 namespace varo::test {
@@ -68,13 +69,17 @@ Desk::~Desk() {
 }
 
 void Desk::run(const QString& configurationFolder) {
+    configurationFolder_ = configurationFolder;
     control_->SetDeployFolder(configurationFolder);
     control_->RunCalc();
     settle();
 }
 
 void settle() {
-    QCoreApplication::processEvents();
+    // What was queued may have queued more.
+    for (int round = 0; round < 3; ++round) {
+        QCoreApplication::processEvents();
+    }
 }
 
 namespace {
@@ -99,14 +104,14 @@ QStringList texts(const ui::NodeView& view) {
     return result;
 }
 
-void click(ui::NodeView& view, const QModelIndex& index) {
+void click(ui::NodeView& view, const QModelIndex& index, Qt::MouseButton button = Qt::LeftButton) {
     if (!index.isValid()) {
         throw std::logic_error("no such item to click");
     }
     view.scrollTo(index);
     settle();
     const QRect rect = view.visualRect(index);
-    QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, {rect.left() + 8, rect.center().y()});
+    QTest::mouseClick(view.viewport(), button, {}, {rect.left() + 8, rect.center().y()});
     settle();
 }
 
@@ -153,6 +158,50 @@ void Desk::clickEmptySpace(ui::NodeView& view, Qt::MouseButton button) {
 
 void Desk::clickButton(const char* name) {
     QTest::mouseClick(&child<QPushButton>(name), Qt::LeftButton);
+    settle();
+}
+
+void Desk::openMenu(ui::NodeView& view, const QString& text) {
+    click(view, find(view, text), Qt::RightButton);
+}
+
+void Desk::choose(const char* entry) {
+    const QString name = QString::fromLatin1(entry);
+    const QList<QAction*> actions = menu().actions();
+    const auto found = std::ranges::find(actions, name, &QObject::objectName);
+    if (!menu().isVisible() || found == actions.end()) {
+        throw std::logic_error(entry);
+    }
+    QTest::mouseClick(&menu(), Qt::LeftButton, {}, menu().actionGeometry(*found).center());
+    settle();
+}
+
+QToolButton& Desk::editButton(const QString& key) {
+    return *child<QToolBar>("tbEdit").findChild<QToolButton*>(key);
+}
+
+void Desk::clickEditButton(const QString& key) {
+    QTest::mouseClick(&editButton(key), Qt::LeftButton);
+    settle();
+}
+
+QLineEdit* Desk::labelEditor() {
+    for (auto* editor : control_->findChildren<QLineEdit*>(QStringLiteral("labelEditor"))) {
+        if (editor->isVisible()) {
+            return editor;
+        }
+    }
+    return nullptr;
+}
+
+void Desk::typeLabel(const QString& text, Qt::Key key) {
+    QLineEdit* editor = labelEditor();
+    if (editor == nullptr) {
+        throw std::logic_error("no label is being edited");
+    }
+    editor->selectAll();
+    editor->insert(text);
+    QTest::keyClick(editor, key);
     settle();
 }
 

@@ -7,8 +7,10 @@
 #include "support/test_library.h"
 
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QToolButton>
 #include <QWidget>
 
 #include <functional>
@@ -46,6 +48,7 @@ class Desk : public QWidget {
     void run(const QString& configurationFolder);
 
     Varo_CalcEx& control() { return *control_; }
+    QString configurationFolder() const { return configurationFolder_; }
     RecordingQuestions& questions() { return questions_; }
     QStringList messages() const { return questions_.informed; }
 
@@ -81,6 +84,21 @@ class Desk : public QWidget {
     void clickEmptySpace(ui::NodeView& view, Qt::MouseButton button = Qt::LeftButton);
     void clickButton(const char* name);
 
+    /// Clicks with the right button on the first item with this text, or on empty space.
+    void openMenu(ui::NodeView& view, const QString& text);
+    QMenu& menu() { return child<QMenu>("PopTreeMnu"); }
+    /// Clicks with the mouse on an entry of the open menu, by the name of its action.
+    void choose(const char* entry);
+
+    /// A button of the edit tool bar, and a click on it.
+    QToolButton& editButton(const QString& key);
+    void clickEditButton(const QString& key);
+
+    /// The open editor of a label in tree or list; null when there is none.
+    QLineEdit* labelEditor();
+    /// Types into the open editor of a label and ends with `key`.
+    void typeLabel(const QString& text, Qt::Key key = Qt::Key_Return);
+
     /// Types a value into the variable's row of the grid and ends with Enter.
     void typeValue(const QString& variable, const QString& value);
     QString value(const QString& variable);
@@ -94,6 +112,7 @@ class Desk : public QWidget {
   private:
     RecordingQuestions questions_;
     QTemporaryDir workFolder_;
+    QString configurationFolder_;
     Varo_CalcEx* control_;
 };
 

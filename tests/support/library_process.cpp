@@ -27,6 +27,9 @@ class SilentQuestions : public Questions {
   public:
     void inform(const QString&) override {}
     bool confirm(const QString&, Choice) override { return false; }
+    std::optional<ChosenFile> chooseFile(const QString&, const QStringList&) override {
+        return std::nullopt;
+    }
 };
 
 // Unbuffered, so that nothing said is lost when the process is killed.

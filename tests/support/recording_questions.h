@@ -3,17 +3,37 @@
 #include "platform/questions.h"
 #include "support/printers.h"
 
+#include <QList>
 #include <QStringList>
+
+#include <utility>
 
 namespace varo::test {
 
-/// Remembers what the user was told, and declines whatever is to be confirmed.
+/// Remembers what the user was told and asked. Answers as scripted, and declines when the script
+/// has ended.
 class RecordingQuestions : public Questions {
   public:
     void inform(const QString& text) override { informed.append(text); }
-    bool confirm(const QString&, Choice) override { return false; }
+    bool confirm(const QString& text, Choice) override {
+        asked.append(text);
+        return !answers.isEmpty() && answers.takeFirst();
+    }
+
+    std::optional<ChosenFile> chooseFile(const QString& title,
+                                         const QStringList& filters) override {
+        fileTitle = title;
+        fileFilters = filters;
+        return std::exchange(file, std::nullopt);
+    }
 
     QStringList informed;  ///< texts of inform()
+
+    std::optional<ChosenFile> file;  ///< what is answered to the next chooseFile(); nothing cancels
+    QString fileTitle;               ///< arguments of the last chooseFile()
+    QStringList fileFilters;
+    QStringList asked;    ///< texts of confirm()
+    QList<bool> answers;  ///< what confirm() will answer, in order
 };
 
 }  // namespace varo::test

@@ -1,8 +1,11 @@
 #include "platform/ui/message_boxes.h"
 
+#include <QFileDialog>
 #include <QGuiApplication>
 #include <QMessageBox>
 #include <QPushButton>
+
+#include <algorithm>
 
 namespace varo::ui {
 
@@ -47,6 +50,23 @@ bool MessageBoxes::confirm(const QString& text, Choice choice) {
     return ask(owner_, QMessageBox::NoIcon, text,
                {{QMessageBox::Ok, QStringLiteral("确定")},
                 {QMessageBox::Cancel, QStringLiteral("取消")}}) == QMessageBox::Ok;
+}
+
+std::optional<ChosenFile> MessageBoxes::chooseFile(const QString& title,
+                                                   const QStringList& filters) {
+    QFileDialog dialog(owner_, title);
+    // A name that does not exist is the asker's to refuse, who may complete it first.
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setNameFilters(filters);
+    QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
+    const bool chosen = dialog.exec() == QDialog::Accepted;
+    QGuiApplication::restoreOverrideCursor();
+    const QStringList files = dialog.selectedFiles();
+    if (!chosen || files.isEmpty()) {
+        return std::nullopt;
+    }
+    const auto filter = static_cast<int>(filters.indexOf(dialog.selectedNameFilter()));
+    return ChosenFile{files.first(), std::max(filter, 0)};
 }
 
 }  // namespace varo::ui

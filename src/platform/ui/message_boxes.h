@@ -7,7 +7,7 @@
 
 namespace varo::ui {
 
-/// Questions answered by the user in modal message boxes over a window.
+/// Questions answered by the user in modal message boxes and dialogs over a window.
 class MessageBoxes : public Questions {
   public:
     /// Boxes appear over `owner`; it is not owned.
@@ -15,6 +15,7 @@ class MessageBoxes : public Questions {
 
     void inform(const QString& text) override;
     bool confirm(const QString& text, Choice choice) override;
+    std::optional<ChosenFile> chooseFile(const QString& title, const QStringList& filters) override;
 
   private:
     QPointer<QWidget> owner_;

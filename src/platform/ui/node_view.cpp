@@ -1,8 +1,13 @@
 #include "platform/ui/node_view.h"
 
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QKeyEvent>
+#include <QLineEdit>
+#include <QMetaProperty>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QScopedValueRollback>
 #include <QStyledItemDelegate>
 
@@ -10,10 +15,47 @@ namespace varo::ui {
 
 namespace {
 
-/// Draws a selected item with the picture that its model gives for that state.
+constexpr int LeastEditorWidth = 160;
+
+/// Draws a selected item with the picture that its model gives for that state, and knows the editor
+/// of a label.
 class NodeDelegate : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                          const QModelIndex& index) const override {
+        editor_ = QStyledItemDelegate::createEditor(parent, option, index);
+        editor_->setObjectName(QStringLiteral("labelEditor"));
+        if (auto* line = qobject_cast<QLineEdit*>(editor_.data())) {
+            line->setFrame(true);
+        }
+        return editor_;
+    }
+
+    /// A frame around the label, wide enough for a longer one.
+    void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                              const QModelIndex& index) const override {
+        QStyledItemDelegate::updateEditorGeometry(editor, option, index);
+        QRect place = editor->geometry();
+        const int widest = editor->parentWidget()->width() - place.left();
+        place.setWidth(std::min(widest, std::max(place.width(), LeastEditorWidth)));
+        place.setLeft(place.left() - 3);
+        place.setTop(std::max(0, option.rect.top() - 2));
+        place.setHeight(option.rect.height() + 4);
+        editor->setGeometry(place);
+    }
+
+    void setModelData(QWidget* editor, QAbstractItemModel* model,
+                      const QModelIndex& index) const override {
+        accepted_ = model->setData(
+            index, editor->property(editor->metaObject()->userProperty().name()), Qt::EditRole);
+    }
+
+    /// The editor that was made last; null when it is gone.
+    QWidget* editor() const { return editor_; }
+    /// Whether the model took the text that was typed last.
+    bool accepted() const { return accepted_; }
 
   protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
@@ -25,7 +67,17 @@ class NodeDelegate : public QStyledItemDelegate {
             }
         }
     }
+
+  private:
+    mutable QPointer<QWidget> editor_;
+    mutable bool accepted_ = true;
 };
+
+/// The keys that are down; those of the number pad count as the others.
+QKeySequence keysOf(const QKeyEvent& event) {
+    const auto modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    return QKeyCombination(modifiers, static_cast<Qt::Key>(event.key()));
+}
 
 }  // namespace
 
@@ -33,7 +85,6 @@ NodeView::NodeView(QWidget* parent) : QTreeView(parent) {
     setItemDelegate(new NodeDelegate(this));
     setSelectionMode(QAbstractItemView::SingleSelection);
     setUniformRowHeights(true);
-    setContextMenuPolicy(Qt::NoContextMenu);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     connect(this, &QTreeView::expanded, this, [this](const QModelIndex& index) {
         if (userActs_) {
@@ -42,12 +93,31 @@ NodeView::NodeView(QWidget* parent) : QTreeView(parent) {
     });
 }
 
-QString NodeView::selectedKey() const {
+QModelIndex NodeView::selectedIndex() const {
     const auto* selection = selectionModel();
     if (selection == nullptr || !selection->hasSelection()) {
         return {};
     }
-    return selection->selectedIndexes().constFirst().data(KeyRole).toString();
+    return selection->selectedIndexes().constFirst();
+}
+
+QString NodeView::selectedKey() const {
+    return selectedIndex().data(KeyRole).toString();
+}
+
+bool NodeView::commitEdit() {
+    labelDelay_.stop();
+    const auto& labels = static_cast<const NodeDelegate&>(*itemDelegate());
+    const QPointer<QWidget> editor = labels.editor();
+    if (state() != EditingState || editor == nullptr) {
+        return true;
+    }
+    commitData(editor);
+    const bool accepted = labels.accepted();
+    if (editor != nullptr) {
+        closeEditor(editor, QAbstractItemDelegate::NoHint);
+    }
+    return accepted;
 }
 
 void NodeView::selectItem(const QModelIndex& index) {
@@ -66,7 +136,9 @@ QModelIndex NodeView::itemAt(const QPoint& position) const {
 
 void NodeView::mousePressEvent(QMouseEvent* event) {
     const QScopedValueRollback acting(userActs_, true);
+    labelDelay_.stop();
     pressed_ = itemAt(event->position().toPoint());
+    pressedSelected_ = pressed_.isValid() && pressed_ == selectedIndex();
     emit pressedAt(pressed_, event->button());
     QTreeView::mousePressEvent(event);
 }
@@ -76,19 +148,43 @@ void NodeView::mouseReleaseEvent(QMouseEvent* event) {
         const QScopedValueRollback acting(userActs_, true);
         QTreeView::mouseReleaseEvent(event);
     }
+    const QPoint position = event->position().toPoint();
+    const QModelIndex index = itemAt(position);
+    if (event->button() == Qt::RightButton) {
+        emit menuRequested(index, event->globalPosition().toPoint());
+    }
     if (event->button() != Qt::LeftButton) {
         return;
     }
-    const QPoint position = event->position().toPoint();
-    const QModelIndex index = itemAt(position);
     if (index.isValid() && pressed_ == index) {
         emit nodeClicked(index);
+        if (pressedSelected_ && pressed_.flags().testFlag(Qt::ItemIsEditable)) {
+            labelDelay_.start(QApplication::doubleClickInterval(), this);
+        }
     } else if (!pressed_.isValid() && !indexAt(position).isValid()) {
         emit emptyClicked();
     }
 }
 
+void NodeView::focusOutEvent(QFocusEvent* event) {
+    labelDelay_.stop();
+    QTreeView::focusOutEvent(event);
+}
+
+void NodeView::timerEvent(QTimerEvent* event) {
+    if (event->timerId() != labelDelay_.timerId()) {
+        QTreeView::timerEvent(event);
+        return;
+    }
+    labelDelay_.stop();
+    if (pressed_.isValid() && pressed_ == selectedIndex()) {
+        edit(pressed_);
+    }
+}
+
 void NodeView::mouseDoubleClickEvent(QMouseEvent* event) {
+    labelDelay_.stop();
+    pressedSelected_ = false;
     const QScopedValueRollback acting(userActs_, true);
     QTreeView::mouseDoubleClickEvent(event);
 }
@@ -127,9 +223,31 @@ QItemSelectionModel::SelectionFlags NodeView::selectionCommand(const QModelIndex
     return QItemSelectionModel::NoUpdate;
 }
 
+void NodeView::contextMenuEvent(QContextMenuEvent* event) {
+    // With the mouse, the release of the button opens the menu.
+    if (event->reason() == QContextMenuEvent::Keyboard) {
+        const QModelIndex index = selectedIndex();
+        emit menuRequested(index, viewport()->mapToGlobal(visualRect(index).bottomLeft()));
+    }
+    event->accept();
+}
+
+bool NodeView::isCommandKey(const QKeyEvent& event) const {
+    return state() != EditingState && commandKeys_.contains(keysOf(event));
+}
+
+bool NodeView::event(QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride &&
+        isCommandKey(static_cast<const QKeyEvent&>(*event))) {
+        event->accept();
+        return true;
+    }
+    return QTreeView::event(event);
+}
+
 void NodeView::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Delete && state() != QAbstractItemView::EditingState) {
-        emit deletePressed();
+    if (isCommandKey(*event)) {
+        emit commandKeyPressed(keysOf(*event));
         return;
     }
     const bool chooses = event->key() == Qt::Key_Space || event->key() == Qt::Key_Return ||

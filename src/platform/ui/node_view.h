@@ -1,12 +1,16 @@
 #pragma once
 
+#include <QBasicTimer>
+#include <QKeySequence>
+#include <QList>
 #include <QTreeView>
 
 namespace varo::ui {
 
 /// A tree, or a list in report view, whose items are known by text keys: its model answers KeyRole.
 /// Tells a click and a move by keyboard, which select, from a selection made by the program, which
-/// does not.
+/// does not. The label of the selected item is edited in place, by a second click on it or by
+/// edit(); the model decides which labels can be edited and what they may become.
 class NodeView : public QTreeView {
     Q_OBJECT
 
@@ -21,8 +25,19 @@ class NodeView : public QTreeView {
     /// Key of the selected item; "" when none is selected.
     QString selectedKey() const;
 
+    /// The selected item; invalid when none is selected.
+    QModelIndex selectedIndex() const;
+
     /// Selects an item without telling; an invalid index deselects every item.
     void selectItem(const QModelIndex& index);
+
+    /// Ends the editing of a label as Enter does. Returns false when the model refuses the text,
+    /// which is then dropped.
+    bool commitEdit();
+
+    /// Keys that tell commandKeyPressed() while the view, and not the editor of a label, has the
+    /// focus; the shortcuts of windows around the view do not get them.
+    void setCommandKeys(const QList<QKeySequence>& keys) { commandKeys_ = keys; }
 
   signals:
     /// The user clicked the item, or reached it with the keyboard.
@@ -33,13 +48,20 @@ class NodeView : public QTreeView {
     void emptyClicked();
     /// The user, not the program, opened an item's children.
     void nodeExpanded(const QModelIndex& index);
-    void deletePressed();
+    void commandKeyPressed(const QKeySequence& key);
+    /// The right button was released at a place on the screen, or the key for menus was pressed;
+    /// `index` is invalid on empty space.
+    void menuRequested(const QModelIndex& index, const QPoint& position);
 
   protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    bool event(QEvent* event) override;
     void drawBranches(QPainter* painter, const QRect& rect,
                       const QModelIndex& index) const override;
     /// Only the program selects, through selectItem(): what is selected is what is shown.
@@ -48,8 +70,12 @@ class NodeView : public QTreeView {
 
   private:
     QModelIndex itemAt(const QPoint& position) const;
+    bool isCommandKey(const QKeyEvent& event) const;
 
+    QList<QKeySequence> commandKeys_;
     QPersistentModelIndex pressed_;
+    bool pressedSelected_ = false;  ///< the pressed item was selected before
+    QBasicTimer labelDelay_;        ///< runs between the second click on an item and its editor
     bool userActs_ = false;
 };
 

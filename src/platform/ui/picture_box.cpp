@@ -1,28 +1,22 @@
 #include "platform/ui/picture_box.h"
 
-#include "platform/ui/picture_file.h"
-
 #include <QPainter>
-
-#include <utility>
 
 namespace varo::ui {
 
 PictureBox::PictureBox(QWidget* parent) : QWidget(parent) {}
 
 bool PictureBox::load(const QString& path) {
-    QImage picture = readPicture(path, PictureLimit);
+    const Picture picture = Picture::read(path);
     if (picture.isNull()) {
         return false;
     }
-    picture_ = std::move(picture);
-    scaled_ = {};
-    update();
+    setPicture(picture);
     return true;
 }
 
-void PictureBox::clear() {
-    picture_ = {};
+void PictureBox::setPicture(const Picture& picture) {
+    picture_ = picture;
     scaled_ = {};
     update();
 }
@@ -39,8 +33,7 @@ void PictureBox::paintEvent(QPaintEvent*) {
     const QSize box = (QSizeF(size()) * ratio).toSize();
     const QSize shown = picture_.size().scaled(box, Qt::KeepAspectRatio).expandedTo({1, 1});
     if (scaled_.size() != shown) {
-        scaled_ = QPixmap::fromImage(
-            picture_.scaled(shown, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+        scaled_ = QPixmap::fromImage(picture_.image(shown));
     }
     scaled_.setDevicePixelRatio(ratio);
 

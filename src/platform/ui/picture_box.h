@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QImage>
+#include "platform/ui/picture.h"
+
 #include <QPixmap>
 #include <QWidget>
 
@@ -13,27 +14,26 @@ class PictureBox : public QWidget {
   public:
     explicit PictureBox(QWidget* parent = nullptr);
 
-    /// Loads the picture in the file, whatever the file's name; its format is told by its content
-    /// (bmp, jpg, png). Returns false, leaving the box as it was, when the file holds no picture,
-    /// ends early, or holds more pixels than PictureLimit. The file is not kept open.
+    /// Loads the picture in the file. Returns false, leaving the box as it was, when Picture::read
+    /// finds none.
     bool load(const QString& path);
 
+    /// Shows this picture; a null one empties the box.
+    void setPicture(const Picture& picture);
+
     /// Empties the box.
-    void clear();
+    void clear() { setPicture({}); }
 
     /// The picture as loaded; null when the box is empty.
-    const QImage& picture() const { return picture_; }
+    const Picture& picture() const { return picture_; }
 
     QSize sizeHint() const override;
-
-    /// Most pixels that a picture may have.
-    static constexpr qint64 PictureLimit = 100'000'000;
 
   protected:
     void paintEvent(QPaintEvent* event) override;
 
   private:
-    QImage picture_;
+    Picture picture_;
     /// The picture at the size last painted; null when there is none yet.
     QPixmap scaled_;
 };

@@ -3,10 +3,12 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTextEdit>
 #include <QTimer>
@@ -108,6 +110,35 @@ TEST(MessageBoxes, ConfirmReturnsTheAnswerEvenWithoutItsOwnerAndEscapeMeansNo) {
         onNextBox([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); });
         EXPECT_FALSE(boxes.confirm(u"?"_s, choice));
     }
+}
+
+TEST(MessageBoxes, ChooseFileAnswersThePathAndTheFilterOrNothing) {
+    const QStringList filters{u"(*.bmp)"_s, u"(*.jpg)"_s};
+    const QTemporaryDir folder;
+    const QString missing = folder.filePath(u"none"_s);
+    const auto onNextDialog = [](const std::function<void(QFileDialog&)>& act) {
+        QTimer::singleShot(0, qApp, [act] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            act(*dialog);
+        });
+    };
+    QWidget owner;
+    MessageBoxes boxes(&owner);
+    onNextDialog([&](QFileDialog& dialog) {
+        EXPECT_EQ(dialog.windowTitle(), u"选择图片"_s);
+        EXPECT_EQ(dialog.nameFilters(), filters);
+        dialog.setDirectory(folder.path());
+        dialog.selectNameFilter(filters[1]);
+        dialog.selectFile(missing);
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    const auto chosen = boxes.chooseFile(u"选择图片"_s, filters);
+    ASSERT_TRUE(chosen);
+    EXPECT_EQ(chosen->path, missing);
+    EXPECT_EQ(chosen->filter, 1);
+    onNextDialog([](QFileDialog& dialog) { dialog.reject(); });
+    EXPECT_FALSE(boxes.chooseFile(u"选择图片"_s, filters));
 }
 
 }  // namespace

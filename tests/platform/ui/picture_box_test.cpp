@@ -51,6 +51,9 @@ class PictureBoxTest : public testing::Test {
         return box_.load(file.fileName());
     }
 
+    /// The picture in its own size.
+    QImage shown() const { return box_.picture().image(box_.picture().size()); }
+
     QTemporaryDir folder_;
     PictureBox box_;
 };
@@ -59,7 +62,7 @@ TEST_F(PictureBoxTest, TellsTheFormatByTheContentWhateverFollowsIt) {
     for (const char* format : Formats) {
         ASSERT_TRUE(load(encoded(sampleImage(), format) + QByteArray(100, 'x'))) << format;
         EXPECT_EQ(box_.picture().size(), QSize(60, 40));
-        EXPECT_GT(box_.picture().pixelColor(5, 20).red(), 240);
+        EXPECT_GT(shown().pixelColor(5, 20).red(), 240);
     }
     for (const auto depth : {QImage::Format_Mono, QImage::Format_Indexed8, QImage::Format_RGB888}) {
         EXPECT_TRUE(load(encoded(sampleImage(depth), "bmp"))) << depth;
@@ -91,13 +94,13 @@ TEST_F(PictureBoxTest, RefusesAJpegWhoseOnlyEndIsItsThumbnails) {
 
 TEST_F(PictureBoxTest, KeepsItsPictureWhenTheNextIsNone) {
     ASSERT_TRUE(load(encoded(sampleImage(), "png")));
-    const QImage before = box_.picture();
+    const QImage before = shown();
     EXPECT_FALSE(load("no picture"));
     EXPECT_FALSE(load(encoded(sampleImage(), "ppm")));
     EXPECT_FALSE(load("<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>"));
     EXPECT_FALSE(box_.load(folder_.filePath(u"none"_s)));
     EXPECT_FALSE(box_.load(folder_.path()));
-    EXPECT_EQ(box_.picture(), before);
+    EXPECT_EQ(shown(), before);
     EXPECT_EQ(QImageReader::allocationLimit(), processLimit);
 }
 
@@ -136,6 +139,15 @@ TEST_F(PictureBoxTest, RefusesAHugePictureByItsHeader) {
     QImage flat(Side, 5001, QImage::Format_Mono);
     flat.fill(0);
     EXPECT_FALSE(load(encoded(flat, "png")));
+}
+
+TEST_F(PictureBoxTest, ALargePictureIsReadInFewerPixels) {
+    const QByteArray large = encoded(sampleImage().scaled(3000, 2000), "jpg");
+    const RasterPicture reduced = readRaster(large, 10'000'000, 1000);
+    EXPECT_EQ(reduced.size, QSize(3000, 2000));
+    EXPECT_EQ(reduced.image.size(), QSize(1500, 1000));
+    EXPECT_EQ(readRaster(large, 10'000'000, 2000).image.size(), QSize(3000, 2000));
+    EXPECT_TRUE(readRaster(large, 3000 * 2000 - 1, 1000).image.isNull());
 }
 
 TEST_F(PictureBoxTest, TurnsAPictureUpright) {

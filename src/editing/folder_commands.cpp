@@ -1,0 +1,232 @@
+#include "editing/folder_commands.h"
+
+#include "editing/name_rules.h"
+#include "platform/ui/node_view.h"
+#include "store/keys.h"
+#include "store/library_connection.h"
+
+#include <algorithm>
+#include <ranges>
+
+namespace varo {
+
+namespace {
+
+QString keyOf(const QModelIndex& index) {
+    return index.data(ui::NodeView::KeyRole).toString();
+}
+
+/// Identifiers of a folder and all below it, each behind those below it.
+std::vector<qint32> subtree(const QModelIndex& folder) {
+    std::vector<qint32> ids;
+    std::vector<QModelIndex> open{folder};
+    while (!open.empty()) {
+        const QModelIndex next = open.back();
+        open.pop_back();
+        ids.push_back(folderIdOf(keyOf(next)));
+        for (int row = 0; row < next.model()->rowCount(next); ++row) {
+            open.push_back(next.model()->index(row, 0, next));
+        }
+    }
+    std::ranges::reverse(ids);
+    return ids;
+}
+
+}  // namespace
+
+FolderCommands::FolderCommands(Form& form, ControlState& state, Questions& questions,
+                               LibraryTree& tree, FormulaList& list)
+    : form_(form), state_(state), questions_(questions), tree_(tree), list_(list) {
+    tree.setRenamer(
+        [this](const QString& key, const QString& name) { return storeName(key, name); });
+}
+
+void FolderCommands::newFolder() {
+    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+        return;
+    }
+    const QString selected = form_.tvFolder->selectedKey();
+    const QString name = QStringLiteral("新建公式夹");
+    const qint32 parentID = folderIdOf(selected);
+    qint32 id = 0;
+    if (!tree_.takesFolders(selected) ||
+        !state_.dbFuncs.AddNewFolder(parentID, name, id, state_.connection)) {
+        questions_.inform(QStringLiteral("无法创建新的公式夹！"));
+        return;
+    }
+    const QString key = tree_.appendFolder(selected, id, name);
+    if (!state_.folders.contains(key)) {
+        bool added = false;
+        state_.folders.Add(id, name, state_.currentLibraryPath, state_.currentLibraryName,
+                           libraryKeyOf(key), parentID, QString(), added);
+    }
+    if (tree_.selectNode(key)) {
+        renameFolder();
+    }
+}
+
+void FolderCommands::renameFolder() {
+    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+        return;
+    }
+    const QModelIndex selected = form_.tvFolder->selectedIndex();
+    if (isFolderKey(keyOf(selected))) {
+        form_.tvFolder->setFocus();
+        form_.tvFolder->edit(selected);
+    }
+}
+
+bool FolderCommands::storeName(const QString& key, const QString& name) {
+    const NameRules& rules = folderNameRules();
+    QString refused = refusal(rules, name);
+    if (refused.isEmpty() &&
+        !(tree_.isOfCurrentLibrary(key) &&
+          state_.dbFuncs.RenameFolder(folderIdOf(key), name, state_.connection))) {
+        refused = rules.notStored;
+    }
+    if (refused.isEmpty()) {
+        if (state_.folders.contains(key)) {
+            state_.folders.Item(key).NodeName = name;
+        }
+        return true;
+    }
+    // Behind the end of the editing: a message opened from within it would end it a second time.
+    QMetaObject::invokeMethod(
+        this,
+        [this, refused] {
+            questions_.inform(refused);
+            form_.tvFolder->setFocus();
+        },
+        Qt::QueuedConnection);
+    return false;
+}
+
+bool FolderCommands::deleteFolder() {
+    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+        return true;
+    }
+    const QModelIndex selected = form_.tvFolder->selectedIndex();
+    const QString key = keyOf(selected);
+    if (!isFolderKey(key)) {
+        return true;
+    }
+    const QString parentKey = keyOf(selected.parent());
+    const QString rootKey = libraryKeyOf(key);
+    const QString name = selected.data(Qt::EditRole).toString();
+    // The host may have turned to something else while the user was asked.
+    if (!questions_.confirm(QStringLiteral("确实要删除公式夹-[%1]吗？").arg(name), Choice::YesNo) ||
+        form_.tvFolder->selectedKey() != key || !tree_.isOfCurrentLibrary(key)) {
+        return true;
+    }
+    const Deletion deletion = deleteFromLibrary(subtree(form_.tvFolder->selectedIndex()));
+    // From the top, so that a whole subtree goes in one step.
+    for (const qint32 folder : deletion.gone | std::views::reverse) {
+        forget(folder, rootKey);
+        tree_.removeFolder(folderKey(folder, rootKey));
+    }
+    if (deletion.gone.contains(folderIdOf(key))) {
+        list_.clear();
+        tree_.selectNode(parentKey);
+    } else if (deletion.committed) {
+        // The step that failed may have been one behind the deletion of the listed formulas.
+        tree_.selectNode(key);
+    }
+    if (!deletion.complete) {
+        questions_.inform(QStringLiteral("删除公式夹失败！"));
+    }
+    return deletion.complete;
+}
+
+FolderCommands::Deletion FolderCommands::deleteFromLibrary(const std::vector<qint32>& folders) {
+    Deletion deletion;
+    try {
+        data::Transaction transaction(state_.connection);
+        const auto failed = std::ranges::find_if_not(
+            folders, [&](qint32 folder) { return deleteOne(folder, deletion.gone); });
+        transaction.commit();
+        deletion.committed = true;
+        deletion.complete = failed == folders.end();
+    } catch (const data::Error&) {
+        return {};
+    }
+    return deletion;
+}
+
+bool FolderCommands::deleteOne(qint32 folder, QList<qint32>& gone) try {
+    clsDBFuncs& funcs = state_.dbFuncs;
+    data::Connection& connection = state_.connection;
+    std::vector<qint32> formulas;
+    data::Recordset rs;
+    if (!funcs.GetFormulaByPID(folder, rs, connection)) {
+        return false;
+    }
+    const int id = rs.column(u"ID");
+    for (; !rs.atEnd(); rs.moveNext()) {
+        formulas.push_back(rs.integer(id));
+    }
+    CloseRecordset(rs);
+    for (const qint32 formula : formulas) {
+        if (!funcs.DelPropertyByNodeID(formula, NodeTypeFormula, connection)) {
+            return false;
+        }
+    }
+    if (!funcs.DelFormulaByPID(folder, connection) || !funcs.DelFolder(folder, connection)) {
+        return false;
+    }
+    gone.append(folder);
+    return funcs.DelPropertyByNodeID(folder, NodeTypeFolder, connection);
+} catch (const data::Error&) {
+    return false;
+}
+
+void FolderCommands::forget(qint32 folder, const QString& rootKey) {
+    const QString key = folderKey(folder, rootKey);
+    if (state_.folders.contains(key)) {
+        state_.folders.Remove(key);
+    }
+}
+
+bool FolderCommands::moveFolder(MoveDirection direction) {
+    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+        return true;
+    }
+    const QModelIndex selected = form_.tvFolder->selectedIndex();
+    const QModelIndex neighbour = selected.sibling(selected.row() + stepOf(direction), 0);
+    const QString key = keyOf(selected);
+    if (!isFolderKey(key) || !neighbour.isValid()) {
+        return true;
+    }
+    const QString parentKey = keyOf(selected.parent());
+    FolderRows rows;
+    bool exchanged = false;
+    bool read = false;
+    try {
+        // In one piece with the exchange, so that a tree that cannot be read again is still true.
+        data::Transaction transaction(state_.connection);
+        exchanged = state_.dbFuncs.ExchangeOrderID(folderIdOf(key), folderIdOf(keyOf(neighbour)),
+                                                   QStringLiteral("Tree"), state_.connection);
+        read = exchanged && tree_.readFolders(rows);
+        if (read) {
+            transaction.commit();
+        }
+    } catch (const data::Error&) {
+        exchanged = false;
+    }
+    if (!exchanged || !read) {
+        questions_.inform(exchanged ? QStringLiteral("刷新公式夹树节点失败！")
+                                    : QStringLiteral("移动公式夹失败！"));
+        return false;
+    }
+    tree_.replaceFolders(parentKey, std::move(rows));
+    markProperties(libraryKeyOf(key));
+    tree_.selectNode(key);
+    return true;
+}
+
+void FolderCommands::markProperties(const QString& rootKey) {
+    if (!tree_.markProperties(rootKey)) {
+        questions_.inform(QStringLiteral("无法读取“属性”信息！"));
+    }
+}
+
+}  // namespace varo

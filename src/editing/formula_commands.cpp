@@ -1,0 +1,135 @@
+#include "editing/formula_commands.h"
+
+#include "editing/name_rules.h"
+#include "platform/ui/node_view.h"
+#include "store/keys.h"
+
+namespace varo {
+
+FormulaCommands::FormulaCommands(Form& form, ControlState& state, Questions& questions,
+                                 LibraryTree& tree, FormulaList& list)
+    : form_(form), state_(state), questions_(questions), tree_(tree), list_(list) {
+    list.setRenamer(
+        [this](const QString& key, const QString& name) { return storeName(key, name); });
+}
+
+/// Stores what is being edited and returns the key of the selected formula; "" when there is none
+/// or something must be mended first. The tree then shows the folder that is listed.
+QString FormulaCommands::selectedFormula() {
+    if (!list_.storeEdits() || !state_.listsCurrentLibrary()) {
+        return {};
+    }
+    tree_.selectListedNode();
+    const QString key = list_.selectedKey();
+    return state_.listedFormulas.contains(key) ? key : QString();
+}
+
+void FormulaCommands::newFormula() {
+    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+        return;
+    }
+    const qint32 folder = folderIdOf(form_.tvFolder->selectedKey());
+    const QString name = QStringLiteral("新建公式");
+    qint32 id = 0;
+    if (!state_.dbFuncs.AddNewFormula(folder, name, {}, {}, 0, id, state_.connection)) {
+        questions_.inform(QStringLiteral("无法创建新的公式！"));
+        return;
+    }
+    const QString key = list_.appendFormula(id, name, folder);
+    form_.lvFormula->setFocus();
+    list_.SelFormula(key);
+    renameFormula();
+}
+
+void FormulaCommands::renameFormula() {
+    if (!selectedFormula().isEmpty()) {
+        form_.lvFormula->setFocus();
+        form_.lvFormula->edit(form_.lvFormula->selectedIndex());
+    }
+}
+
+bool FormulaCommands::storeName(const QString& key, const QString& name) {
+    const NameRules& rules = formulaNameRules();
+    QString refused = refusal(rules, name);
+    if (refused.isEmpty() &&
+        !(state_.listsCurrentLibrary() &&
+          state_.dbFuncs.RenameFormula(formulaIdOf(key), name, state_.connection))) {
+        refused = rules.notStored;
+    }
+    if (refused.isEmpty()) {
+        state_.listedFormulas.Item(key).FormulaName = name;
+        return true;
+    }
+    // Behind the end of the editing: a message opened from within it would end it a second time.
+    QMetaObject::invokeMethod(
+        this,
+        [this, refused] {
+            questions_.inform(refused);
+            form_.lvFormula->setFocus();
+        },
+        Qt::QueuedConnection);
+    return false;
+}
+
+bool FormulaCommands::deleteFormula() {
+    const QString key = selectedFormula();
+    if (key.isEmpty()) {
+        return true;
+    }
+    const QString name = state_.listedFormulas.Item(key).FormulaName;
+    // The host may have turned to something else while the user was asked.
+    if (!questions_.confirm(QStringLiteral("确实要删除公式-[%1]吗？").arg(name), Choice::YesNo) ||
+        selectedFormula() != key) {
+        return true;
+    }
+    const qint32 id = formulaIdOf(key);
+    if (!state_.dbFuncs.DelFormula(id, state_.connection)) {
+        questions_.inform(QStringLiteral("无法删除指定的公式！"));
+        return false;
+    }
+    const bool complete =
+        state_.dbFuncs.DelPropertyByNodeID(id, NodeTypeFormula, state_.connection);
+    // The formula is gone even where its properties are not.
+    list_.removeFormula(key);
+    tree_.removeHighlight();
+    showFirst();
+    if (!complete) {
+        questions_.inform(QStringLiteral("无法关联删除相关的属性！"));
+    }
+    return complete;
+}
+
+void FormulaCommands::showFirst() {
+    if (list_.isEmpty()) {
+        state_.formulaSelected = false;
+        list_.showNone();
+        list_.setCommandState(CommandState::NoFormula);
+    } else {
+        list_.SelFormula(list_.firstKey());
+    }
+}
+
+bool FormulaCommands::moveFormula(MoveDirection direction) {
+    const QString key = selectedFormula();
+    const QModelIndex selected = form_.lvFormula->selectedIndex();
+    const QModelIndex neighbour = selected.sibling(selected.row() + stepOf(direction), 0);
+    if (key.isEmpty() || !neighbour.isValid()) {
+        return true;
+    }
+    const clsFormulaInfo& other = state_.listedFormulas.Item(neighbour.row() + 1);
+    if (!state_.dbFuncs.ExchangeOrderID(formulaIdOf(key), other.FormulaID,
+                                        QStringLiteral("Formula"), state_.connection)) {
+        questions_.inform(QStringLiteral("移动公式失败！"));
+        return false;
+    }
+    if (!list_.ShowFolderFormulas(folderIdOf(state_.listedNodeKey))) {
+        const QString node = form_.tvFolder->selectedIndex().data(Qt::EditRole).toString();
+        list_.showNothing();
+        questions_.inform(QStringLiteral("无法显示节点“%1”下所有的公式！").arg(node));
+        return false;
+    }
+    list_.SelFormula(key);
+    return true;
+}
+
+}  // namespace varo

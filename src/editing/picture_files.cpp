@@ -1,0 +1,42 @@
+#include "editing/picture_files.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <filesystem>
+#include <system_error>
+
+namespace varo {
+
+QString withExtension(const QString& path, const QString& extension) {
+    return path.endsWith(extension, Qt::CaseInsensitive) ? path : path + extension;
+}
+
+bool isSameFile(const QString& one, const QString& other) {
+    const QString path = QFileInfo(one).canonicalFilePath();
+    return !path.isEmpty() && path == QFileInfo(other).canonicalFilePath();
+}
+
+PictureCopy::PictureCopy(const QString& target)
+    : target_(target), path_(target + QStringLiteral(".new")) {
+    QFile::remove(path_);
+}
+
+PictureCopy::~PictureCopy() {
+    QFile::remove(path_);
+}
+
+bool PictureCopy::take(const QString& file) {
+    // The original may be one that nobody may write to.
+    return QFileInfo(file).isFile() && QFile::copy(file, path_) &&
+           QFile::setPermissions(path_, QFile::ReadOwner | QFile::WriteOwner);
+}
+
+bool PictureCopy::replaceTarget() {
+    std::error_code error;
+    std::filesystem::rename(QFileInfo(path_).filesystemFilePath(),
+                            QFileInfo(target_).filesystemFilePath(), error);
+    return !error;
+}
+
+}  // namespace varo

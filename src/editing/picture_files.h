@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+
+namespace varo {
+
+/// The path with `extension` (".bmp") at its end, appended unless it is there in any letter case.
+QString withExtension(const QString& path, const QString& extension);
+
+/// Whether both paths lead to one file that is there.
+bool isSameFile(const QString& one, const QString& other);
+
+/// A copy of a file beside the place that it is meant for. It takes that place when all else has
+/// gone well, and goes away otherwise.
+class PictureCopy {
+  public:
+    /// The copy will replace `target`.
+    explicit PictureCopy(const QString& target);
+    ~PictureCopy();
+    PictureCopy(const PictureCopy&) = delete;
+    PictureCopy& operator=(const PictureCopy&) = delete;
+
+    /// Where the copy lies.
+    QString path() const { return path_; }
+
+    /// Makes the copy. Returns false when the file cannot be read or its copy not be written.
+    bool take(const QString& file);
+
+    /// Puts the copy in the place of the target, in one step: the target is the old file or the
+    /// new one. Returns false, with the target as it was, when that fails.
+    bool replaceTarget();
+
+  private:
+    QString target_;
+    QString path_;
+};
+
+}  // namespace varo

@@ -1,0 +1,195 @@
+#include "editing/pictures.h"
+
+#include "editing/picture_files.h"
+#include "editing/picture_window.h"
+#include "platform/ui/node_view.h"
+#include "platform/ui/picture.h"
+#include "platform/ui/picture_box.h"
+#include "store/keys.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPointer>
+#include <QRadioButton>
+
+#include <array>
+
+namespace varo {
+
+namespace {
+
+constexpr qint32 NoPicture = 0;
+constexpr qint32 StoredPicture = 2;
+
+}  // namespace
+
+Pictures::Pictures(Form& form, ControlState& state, Questions& questions,
+                   DescriptionPane& description)
+    : form_(form),
+      state_(state),
+      questions_(questions),
+      description_(description),
+      menu_(new PictureMenu(form.PicDesc)) {
+    form.imgDesc->installEventFilter(this);
+    form.lblDesc->installEventFilter(this);
+    connect(menu_->mnuPopAddPic, &QAction::triggered, this, &Pictures::choosePicture);
+    connect(menu_->mnuPopChangePic, &QAction::triggered, this, &Pictures::choosePicture);
+    connect(menu_->mnuPopCopyPic, &QAction::triggered, this, &Pictures::copyPicture);
+    connect(menu_->mnuPopPastePic, &QAction::triggered, this, &Pictures::pastePicture);
+    connect(menu_->mnuPopDelPic, &QAction::triggered, this, &Pictures::deletePicture);
+}
+
+bool Pictures::eventFilter(QObject* watched, QEvent* event) {
+    const bool onPicture = watched == form_.imgDesc;
+    if (event->type() == QEvent::MouseButtonDblClick) {
+        if (onPicture && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
+            showLarge();
+        }
+    } else if (event->type() == QEvent::MouseButtonRelease) {
+        const auto& mouse = static_cast<const QMouseEvent&>(*event);
+        if (mouse.button() == Qt::RightButton) {
+            offerMenu(onPicture ? PictureMenu::Mode::Picture : PictureMenu::Mode::NoPicture,
+                      mouse.globalPosition().toPoint());
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void Pictures::offerMenu(PictureMenu::Mode mode, QPoint globalPosition) {
+    const bool offered = mode == PictureMenu::Mode::Picture
+                             ? form_.optDesc[DescOptionText]->isEnabled() &&
+                                   form_.optDesc[DescOptionPicture]->isEnabled()
+                             : state_.listedFormulas.Count() > 0;
+    if (offered) {
+        menu_->open(mode, QFileInfo(clipboardFile()).isFile(), globalPosition);
+    }
+}
+
+clsFormulaInfo* Pictures::selected() {
+    const QString key = form_.lvFormula->selectedKey();
+    return state_.listsCurrentLibrary() && state_.listedFormulas.contains(key)
+               ? &state_.listedFormulas.Item(key)
+               : nullptr;
+}
+
+QString Pictures::clipboardFile() const {
+    return state_.workFolder + QStringLiteral("backupPic.def");
+}
+
+void Pictures::choosePicture() {
+    static const std::array Extensions{QStringLiteral(".bmp"), QStringLiteral(".wmf"),
+                                       QStringLiteral(".jpg")};
+    QStringList filters;
+    for (const QString& extension : Extensions) {
+        filters.append(QStringLiteral("(*%1)").arg(extension));
+    }
+    if (selected() == nullptr) {
+        return;
+    }
+    const QString key = form_.lvFormula->selectedKey();
+    const QString library = state_.listedLibrary;
+    const QPointer<Pictures> here(this);
+    const auto chosen = questions_.chooseFile(QStringLiteral("选择图片"), filters);
+    // The host may turn to another formula, or give up the control, while the dialog is open.
+    if (!chosen || here.isNull() || form_.lvFormula->selectedKey() != key ||
+        state_.listedLibrary != library) {
+        return;
+    }
+    const QString file =
+        withExtension(chosen->path, Extensions.at(static_cast<std::size_t>(chosen->filter)));
+    if (!QFileInfo(file).isFile()) {
+        questions_.inform(
+            QStringLiteral("文件%1不存在，\n不能添加到当前公式！").arg(QFileInfo(file).fileName()));
+        return;
+    }
+    storePicture(file);
+}
+
+void Pictures::storePicture(const QString& file) {
+    clsFormulaInfo* formula = selected();
+    if (formula == nullptr) {
+        return;
+    }
+    if (!replacePicture(*formula, file)) {
+        questions_.inform(QStringLiteral("处理图形文件失败！"));
+    }
+}
+
+/// Nothing is stored but what has been read as a picture, and it is that copy which is stored: the
+/// file may change meanwhile.
+bool Pictures::replacePicture(clsFormulaInfo& formula, const QString& file) {
+    const QString own =
+        state_.workFolder + QString::number(formula.FormulaID) + QStringLiteral("TempPic.bmp");
+    if (isSameFile(file, own)) {
+        return true;
+    }
+    PictureCopy copy(own);
+    if (!copy.take(file)) {
+        return false;
+    }
+    const ui::Picture picture = ui::Picture::read(copy.path());
+    if (picture.isNull() ||
+        !state_.dbFuncs.AddNewPicture(formula.FormulaID, copy.path(), state_.connection) ||
+        !copy.replaceTarget()) {
+        return false;
+    }
+    formula.FormulaPicPath = own;
+    formula.FormulaPicType = StoredPicture;
+    description_.showPicture(picture);
+    return true;
+}
+
+void Pictures::copyPicture() {
+    const clsFormulaInfo* formula = selected();
+    if (formula != nullptr && !copyOut(*formula)) {
+        questions_.inform(QStringLiteral("处理图形文件失败！"));
+    }
+}
+
+/// From the library when the formula's file has gone.
+bool Pictures::copyOut(const clsFormulaInfo& formula) {
+    PictureCopy copy(clipboardFile());
+    const bool taken =
+        QFileInfo(formula.FormulaPicPath).isFile()
+            ? copy.take(formula.FormulaPicPath)
+            : state_.dbFuncs.ExtractPicture(formula.FormulaID, copy.path(), state_.connection);
+    return taken && copy.replaceTarget();
+}
+
+void Pictures::pastePicture() {
+    storePicture(clipboardFile());
+}
+
+void Pictures::deletePicture() {
+    clsFormulaInfo* formula = selected();
+    if (formula == nullptr) {
+        return;
+    }
+    if (!state_.dbFuncs.DelPicture(formula->FormulaID, state_.connection)) {
+        questions_.inform(QStringLiteral("删除图形文件失败！"));
+        return;
+    }
+    QFile::remove(formula->FormulaPicPath);
+    formula->FormulaPicPath.clear();
+    formula->FormulaPicType = NoPicture;
+    description_.removePicture();
+}
+
+void Pictures::showLarge() {
+    const clsFormulaInfo* formula = selected();
+    if (formula == nullptr || !QFileInfo(formula->FormulaPicPath).isFile()) {
+        return;
+    }
+    QWidget* control = form_.PicControl->parentWidget();
+    auto* window = new PictureWindow(control);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->SetPicture(formula->FormulaPicPath);
+    window->ResizeForm(control->width(), control->height());
+    window->setWindowModality(Qt::ApplicationModal);
+    window->show();
+}
+
+}  // namespace varo

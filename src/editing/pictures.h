@@ -1,0 +1,55 @@
+#pragma once
+
+#include "control/form.h"
+#include "control/state.h"
+#include "editing/picture_menu.h"
+#include "formula/description_pane.h"
+
+#include <QObject>
+
+namespace varo {
+
+/// The commands on the picture of the selected formula: its popup menu, and the window that shows
+/// it large. A picture that is stored replaces what is there as a whole or not at all.
+class Pictures : public QObject {
+    Q_OBJECT
+
+  public:
+    /// Everything handed in must outlive this.
+    Pictures(Form& form, ControlState& state, Questions& questions, DescriptionPane& description);
+
+    /// Lets the user choose a picture file and stores it as the selected formula's picture.
+    void choosePicture();
+
+    /// Puts a copy of the selected formula's picture aside.
+    void copyPicture();
+
+    /// Stores the picture put aside as the selected formula's picture.
+    void pastePicture();
+
+    /// Deletes the selected formula's picture.
+    void deletePicture();
+
+    /// Shows the selected formula's picture in a window as large as the control; nothing when it
+    /// has none, or its file has gone.
+    void showLarge();
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    clsFormulaInfo* selected();
+    void offerMenu(PictureMenu::Mode mode, QPoint globalPosition);
+    void storePicture(const QString& file);
+    bool replacePicture(clsFormulaInfo& formula, const QString& file);
+    bool copyOut(const clsFormulaInfo& formula);
+    QString clipboardFile() const;
+
+    Form& form_;
+    ControlState& state_;
+    Questions& questions_;
+    DescriptionPane& description_;
+    PictureMenu* menu_;  ///< owned by the form's widgets
+};
+
+}  // namespace varo

@@ -1,0 +1,145 @@
+#include "platform/ui/metafile.h"
+
+#include "platform/ui/metafile_player.h"
+
+#include <QElapsedTimer>
+#include <QtEndian>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace varo::ui {
+
+namespace {
+
+constexpr qsizetype PlacementSize = 22;
+constexpr qsizetype HeaderSize = 18;
+constexpr qsizetype RecordHeaderSize = 6;
+constexpr qreal PixelsPerInch = 96;
+
+/// A drawing without placement says no unit; its longer side gets this many pixels.
+constexpr qreal UnplacedSide = 640;
+
+constexpr qsizetype FileLimit = 16 * 1024 * 1024;
+constexpr std::size_t RecordLimit = 200'000;
+
+/// Milliseconds that a drawing may take.
+constexpr qint64 TimeLimit = 2000;
+
+template <typename Number>
+Number numberAt(QByteArrayView data, qsizetype at) {
+    return qFromLittleEndian<Number>(data.sliced(at, sizeof(Number)).data());
+}
+
+bool isPlaced(QByteArrayView data) {
+    return data.startsWith("\xD7\xCD\xC6\x9A");
+}
+
+}  // namespace
+
+int MetafileRecord::number(int index) const {
+    return numberAt<qint16>(parameters_, 2 * qsizetype{index});
+}
+
+QColor MetafileRecord::color(int index) const {
+    const int redGreen = word(index);
+    return {redGreen & 0xFF, redGreen >> 8, word(index + 1) & 0xFF};
+}
+
+bool Metafile::isMetafile(QByteArrayView data) {
+    if (isPlaced(data)) {
+        return true;
+    }
+    // In memory or on disk, a header of nine words, of version 1 or 3.
+    return data.size() >= HeaderSize && (data[0] == 1 || data[0] == 2) && data[1] == 0 &&
+           numberAt<quint16>(data, 2) == HeaderSize / 2 && data[4] == 0 &&
+           (data[5] == 1 || data[5] == 3);
+}
+
+std::optional<Metafile> Metafile::read(const QByteArray& data) {
+    Metafile result;
+    result.data_ = data;
+    if (data.size() > FileLimit || !result.readHeader()) {
+        return std::nullopt;
+    }
+    return result;
+}
+
+bool Metafile::readHeader() {
+    if (!isPlaced(data_)) {
+        return readRecords(HeaderSize) && findWindow();
+    }
+    if (data_.size() < PlacementSize + HeaderSize ||
+        !isMetafile(QByteArrayView(data_).sliced(PlacementSize))) {
+        return false;
+    }
+    const auto left = numberAt<qint16>(data_, 6);
+    const auto top = numberAt<qint16>(data_, 8);
+    const auto right = numberAt<qint16>(data_, 10);
+    const auto bottom = numberAt<qint16>(data_, 12);
+    const auto unitsPerInch = numberAt<quint16>(data_, 14);
+    if (left == right || top == bottom || unitsPerInch == 0) {
+        return false;
+    }
+    window_ = QRectF(left, top, right - left, bottom - top);
+    size_ = QSizeF(std::abs(right - left), std::abs(bottom - top)) * PixelsPerInch / unitsPerInch;
+    return readRecords(PlacementSize + HeaderSize);
+}
+
+/// Goes from record to record up to the one that ends the drawing. What the header says of their
+/// number and sizes is not needed.
+bool Metafile::readRecords(qsizetype at) {
+    while (at + RecordHeaderSize <= data_.size()) {
+        const qint64 size = 2 * qint64{numberAt<quint32>(data_, at)};
+        const int function = numberAt<quint16>(data_, at + 4);
+        if (function == 0) {
+            return true;
+        }
+        if (size < RecordHeaderSize || at + size > data_.size() || records_.size() == RecordLimit) {
+            return false;
+        }
+        records_.emplace_back(
+            function, QByteArrayView(data_).sliced(at + RecordHeaderSize, size - RecordHeaderSize));
+        at += size;
+    }
+    return false;
+}
+
+/// Takes what is shown from the first records that set it.
+bool Metafile::findWindow() {
+    for (const MetafileRecord& record : records_) {
+        if (record.words() < 2) {
+            continue;
+        }
+        if (record.function() == SetWindowOrg) {
+            window_.moveTopLeft(QPointF(record.number(1), record.number(0)));
+        } else if (record.function() == SetWindowExt) {
+            window_.setSize(QSizeF(record.number(1), record.number(0)));
+            break;
+        }
+    }
+    const QSizeF units(std::abs(window_.width()), std::abs(window_.height()));
+    size_ = units.scaled(UnplacedSide, UnplacedSide, Qt::KeepAspectRatio);
+    return units.width() > 0 && units.height() > 0;
+}
+
+QImage Metafile::image(QSize size) const {
+    QImage image(size, QImage::Format_RGB32);
+    if (image.isNull()) {
+        return {};
+    }
+    image.fill(Qt::white);
+    QElapsedTimer timer;
+    timer.start();
+    MetafilePlayer player(image, window_);
+    for (const MetafileRecord& record : records_) {
+        player.play(record);
+        if (timer.hasExpired(TimeLimit)) {
+            return {};
+        }
+    }
+    return image;
+}
+
+}  // namespace varo::ui

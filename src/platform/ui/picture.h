@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/ui/metafile.h"
+#include "platform/ui/raster_picture.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace varo::ui {
+
+/// A picture read from a file, whatever the file's name; its format is told by its content: pixels
+/// (bmp, jpg, png) or a drawing (wmf).
+class Picture {
+  public:
+    Picture() = default;
+
+    /// Null when the file holds no picture, ends early, or would take more than `pixelLimit`
+    /// pixels. The file is not kept open.
+    static Picture read(const QString& path, qint64 pixelLimit = PixelLimit);
+
+    bool isNull() const { return size_.isEmpty(); }
+
+    /// Width and height in pixels; of a drawing, at 96 to the inch.
+    QSize size() const { return size_; }
+
+    /// The picture at `size`, not empty, whose proportions are kept only if `size` has them.
+    QImage image(QSize size) const;
+
+    /// Most pixels that a picture may have.
+    static constexpr qint64 PixelLimit = 100'000'000;
+
+  private:
+    QSize size_;
+    QImage pixels_;  ///< of a drawing, a small version for want of a better one
+    std::optional<Metafile> drawing_;
+};
+
+}  // namespace varo::ui

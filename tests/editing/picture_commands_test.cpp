@@ -1,0 +1,195 @@
+#include "editing/picture_desk.h"
+
+#include <QRadioButton>
+
+namespace varo::test {
+namespace {
+
+const QString Add = QStringLiteral("添加");
+const QString Change = QStringLiteral("替换");
+const QString Copy = QStringLiteral("复制");
+const QString Paste = QStringLiteral("粘贴");
+const QString Delete = QStringLiteral("删除");
+
+const QString StoringFailed = QStringLiteral("处理图形文件失败！");
+
+constexpr int Bmp = 0;
+constexpr int Wmf = 1;
+constexpr int Jpg = 2;
+
+class PictureCommands : public PictureDesk {};
+
+TEST_F(PictureCommands, TheMenuOffersWhatSuitsThePlaceAndTheClipboard) {
+    EXPECT_EQ(openMenu(picture()), (QStringList{Change, "-", Copy, "(粘贴)", "-", Delete}));
+    menu().close();
+    desk->clickFormula(QStringLiteral("二"));
+    EXPECT_EQ(openMenu(label()), (QStringList{Add, "(-)", "(复制)", "(粘贴)", "(-)", "(删除)"}));
+    menu().close();
+
+    QFile(workFile(QStringLiteral("backupPic.def"))).open(QIODevice::WriteOnly);
+    EXPECT_EQ(openMenu(label()), (QStringList{Add, "-", "(复制)", Paste, "(-)", "(删除)"}));
+    menu().close();
+    desk->clickFormula(QStringLiteral("一"));
+    EXPECT_EQ(openMenu(picture()), (QStringList{Change, "-", Copy, Paste, "-", Delete}));
+}
+
+TEST_F(PictureCommands, TheMenuStaysClosedWithoutFormulas) {
+    desk->child<QRadioButton>("optDesc1").setEnabled(false);
+    EXPECT_TRUE(openMenu(picture()).isEmpty());
+    QTest::mouseClick(&picture(), Qt::LeftButton);
+    library.addFolder(0, QStringLiteral("空"));
+    desk->control().ClickTreeNode(QStringLiteral("DBNode1"));
+    start();
+    desk->clickNode(QStringLiteral("空"));
+    EXPECT_TRUE(openMenu(label()).isEmpty());
+}
+
+TEST_F(PictureCommands, AnAddedPictureIsStoredAndShown) {
+    desk->clickFormula(QStringLiteral("二"));
+    const QString file = addFile(QStringLiteral("图.JPG"), blue);
+    chooseFile(label(), Add, file, Jpg);
+    EXPECT_EQ(desk->questions().fileTitle, QStringLiteral("选择图片"));
+    EXPECT_EQ(desk->questions().fileFilters, (QStringList{"(*.bmp)", "(*.wmf)", "(*.jpg)"}));
+    EXPECT_EQ(stored(second), storedAs(2, blue));
+    EXPECT_EQ(fileContent(pictureFile(second)), blue);
+    EXPECT_EQ(fileContent(file), blue);
+    EXPECT_EQ(shownColor(), QColor(Qt::blue));
+    EXPECT_TRUE(desk->messages().isEmpty());
+    desk->clickFormula(QStringLiteral("一"));
+    EXPECT_EQ(shownColor(), QColor(Qt::red));
+    desk->clickFormula(QStringLiteral("二"));
+    EXPECT_EQ(shownColor(), QColor(Qt::blue));
+    start();
+    desk->clickFormula(QStringLiteral("二"));
+    EXPECT_EQ(shownColor(), QColor(Qt::blue)) << "it comes from the library";
+}
+
+TEST_F(PictureCommands, AReplacedPictureMayHaveAnotherFormat) {
+    const QByteArray drawing = WmfBuilder()
+                                   .brush(0, 128, 0)
+                                   .add(WmfBuilder::SelectObject, {0})
+                                   .add(WmfBuilder::Rectangle, {100, 100, 0, 0})
+                                   .placed(QRect(0, 0, 100, 100), 96);
+    chooseFile(picture(), Change, addFile(QStringLiteral("x.wmf"), drawing), Wmf);
+    EXPECT_EQ(stored(first), storedAs(2, drawing));
+    EXPECT_EQ(shownColor(), QColor(0, 128, 0));
+    EXPECT_EQ(workFiles(), QStringList{QStringLiteral("%1TempPic.bmp").arg(first)});
+}
+
+TEST_F(PictureCommands, ANameWithoutTheFiltersExtensionGetsIt) {
+    addFile(QStringLiteral("x.bmp"), blue);
+    chooseFile(picture(), Change, library.pathOf(QStringLiteral("x")), Bmp);
+    EXPECT_EQ(stored(first), storedAs(2, blue));
+    chooseFile(picture(), Change, library.pathOf(QStringLiteral("x.bmp")), Wmf);
+    EXPECT_EQ(desk->messages(),
+              QStringList{QStringLiteral("文件x.bmp.wmf不存在，\n不能添加到当前公式！")});
+    EXPECT_EQ(stored(first), storedAs(2, blue));
+}
+
+TEST_F(PictureCommands, ACancelledChoiceChangesNothing) {
+    choose(picture(), Change);
+    EXPECT_FALSE(desk->questions().fileTitle.isEmpty());
+    EXPECT_TRUE(desk->messages().isEmpty());
+    EXPECT_EQ(stored(first), storedAs(2, red));
+    EXPECT_EQ(shownColor(), QColor(Qt::red));
+}
+
+TEST_F(PictureCommands, TheFormulasOwnFileIsLeftAlone) {
+    const QString own = pictureFile(first);
+    chooseFile(picture(), Change, own, Bmp);
+    chooseFile(picture(), Change,
+               work.path() + QStringLiteral("/../") + QDir(work.path()).dirName() + u'/' +
+                   QFileInfo(own).fileName(),
+               Bmp);
+    EXPECT_EQ(fileContent(own), red);
+    EXPECT_TRUE(desk->messages().isEmpty());
+}
+
+TEST_F(PictureCommands, WhatIsNoPictureReplacesNone) {
+    QByteArray bomb = imageBytes({1, 1}, Qt::blue, "bmp");
+    qToLittleEndian(qint32{20000}, bomb.data() + 18);
+    qToLittleEndian(qint32{20000}, bomb.data() + 22);
+    const QByteArray wmf =
+        WmfBuilder().add(WmfBuilder::Rectangle, {1, 1, 0, 0}).placed(QRect(0, 0, 9, 9), 96);
+    const QList<QByteArray> files{QByteArray(), "text", bomb, blue.chopped(20), wmf.chopped(4)};
+    for (const QByteArray& file : files) {
+        chooseFile(picture(), Change, addFile(QStringLiteral("x.jpg"), file), Jpg);
+        EXPECT_EQ(stored(first), storedAs(2, red));
+        EXPECT_EQ(fileContent(pictureFile(first)), red);
+        EXPECT_EQ(shownColor(), QColor(Qt::red));
+    }
+    EXPECT_EQ(desk->messages(), QStringList(files.size(), StoringFailed));
+    desk->clickFormula(QStringLiteral("二"));
+    chooseFile(label(), Add, library.pathOf(QStringLiteral("x.jpg")), Jpg);
+    EXPECT_EQ(stored(second), storedAs(0, {}));
+    EXPECT_TRUE(desk->isShown("lblDesc"));
+    EXPECT_EQ(workFiles().size(), 1) << "no copies are left behind";
+}
+
+TEST_F(PictureCommands, ALibraryThatTakesNoChangesKeepsItsPicture) {
+    library.connection().execute(QStringLiteral(
+        "create trigger stop before update on Formula begin select raise(abort, 'no'); end"));
+    chooseFile(picture(), Change, addFile(QStringLiteral("x.bmp"), blue), Bmp);
+    EXPECT_EQ(desk->messages(), QStringList{StoringFailed});
+    choose(picture(), Delete);
+    EXPECT_EQ(desk->messages().last(), QStringLiteral("删除图形文件失败！"));
+    EXPECT_EQ(stored(first), storedAs(2, red));
+    EXPECT_EQ(fileContent(pictureFile(first)), red);
+    EXPECT_EQ(shownColor(), QColor(Qt::red));
+}
+
+TEST_F(PictureCommands, ACopiedPictureCanBePastedAlsoAfterARestart) {
+    choose(picture(), Copy);
+    EXPECT_EQ(fileContent(workFile(QStringLiteral("backupPic.def"))), red);
+    desk->clickFormula(QStringLiteral("二"));
+    choose(label(), Paste);
+    EXPECT_EQ(stored(second), storedAs(2, red));
+    EXPECT_EQ(shownColor(), QColor(Qt::red));
+    choose(picture(), Delete);
+    desk.reset();
+    start();
+    desk->clickFormula(QStringLiteral("二"));
+    choose(label(), Paste);
+    EXPECT_EQ(stored(second), storedAs(2, red));
+    EXPECT_TRUE(desk->messages().isEmpty());
+}
+
+TEST_F(PictureCommands, AMissingWorkingFileIsCopiedFromTheLibraryAndAMissingCopyIsTold) {
+    ASSERT_TRUE(QFile::remove(pictureFile(first)));
+    choose(picture(), Copy);
+    const QString copy = workFile(QStringLiteral("backupPic.def"));
+    EXPECT_EQ(fileContent(copy), red);
+    openMenu(picture());
+    ASSERT_TRUE(QFile::remove(copy));
+    desk->child<QAction>("mnuPopPastePic").trigger();
+    EXPECT_EQ(desk->messages(), QStringList{StoringFailed});
+    EXPECT_EQ(stored(first), storedAs(2, red));
+}
+
+TEST_F(PictureCommands, ADeletedPictureIsGone) {
+    choose(picture(), Delete);
+    EXPECT_EQ(stored(first), storedAs(0, {}));
+    EXPECT_TRUE(workFiles().isEmpty());
+    EXPECT_TRUE(desk->isShown("lblDesc"));
+    EXPECT_FALSE(desk->isShown("imgDesc"));
+    QTest::mouseClick(&desk->child<QRadioButton>("optDesc0"), Qt::LeftButton, {}, {8, 8});
+    EXPECT_FALSE(desk->isShown("lblDesc"));
+    QTest::mouseClick(&desk->child<QRadioButton>("optDesc1"), Qt::LeftButton, {}, {8, 8});
+    EXPECT_TRUE(desk->isShown("lblDesc"));
+    EXPECT_TRUE(desk->messages().isEmpty());
+}
+
+TEST_F(PictureCommands, WithoutASelectedFormulaNothingHappens) {
+    choose(picture(), Copy);
+    desk->clickFormula(QStringLiteral("二"));
+    desk->clickEmptySpace(desk->list());
+    const QString file = addFile(QStringLiteral("x.bmp"), blue);
+    chooseFile(label(), Add, file, Bmp);
+    choose(label(), Paste);
+    EXPECT_EQ(stored(first), storedAs(2, red));
+    EXPECT_EQ(stored(second), storedAs(0, {}));
+    EXPECT_TRUE(desk->messages().isEmpty());
+}
+
+}  // namespace
+}  // namespace varo::test

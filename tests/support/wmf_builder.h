@@ -1,0 +1,111 @@
+#pragma once
+
+#include <QByteArray>
+#include <QRect>
+#include <QtEndian>
+
+#include <initializer_list>
+
+namespace varo::test {
+
+/// Puts a metafile together, record by record.
+class WmfBuilder {
+  public:
+    /// Functions that the tests use.
+    enum Function {
+        SaveState = 0x001E,
+        RestoreState = 0x0127,
+        SelectObject = 0x012D,
+        SetTextAlign = 0x012E,
+        DeleteObject = 0x01F0,
+        SetTextColor = 0x0209,
+        SetWindowOrg = 0x020B,
+        SetWindowExt = 0x020C,
+        LineTo = 0x0213,
+        MoveTo = 0x0214,
+        CreatePen = 0x02FA,
+        CreateFont = 0x02FB,
+        CreateBrush = 0x02FC,
+        Polygon = 0x0324,
+        IntersectClip = 0x0416,
+        Ellipse = 0x0418,
+        Rectangle = 0x041B,
+        TextOut = 0x0521,
+        PolyPolygon = 0x0538,
+        Pie = 0x081A,
+        ExtTextOut = 0x0A32,
+        StretchBits = 0x0F43
+    };
+
+    /// Adds a record with parameters as words, the last one of the function first, and then bytes.
+    WmfBuilder& add(int function, std::initializer_list<int> words, QByteArray bytes = {}) {
+        if (bytes.size() % 2 != 0) {
+            bytes.append('\0');
+        }
+        appendLong(records_, 3 + words.size() + static_cast<std::size_t>(bytes.size()) / 2);
+        appendWord(records_, function);
+        for (const int word : words) {
+            appendWord(records_, word);
+        }
+        records_ += bytes;
+        return *this;
+    }
+
+    /// The same for a record that says it has `size` words.
+    WmfBuilder& addLying(quint32 size, int function, std::initializer_list<int> words) {
+        const qsizetype at = records_.size();
+        add(function, words);
+        qToLittleEndian(size, records_.data() + at);
+        return *this;
+    }
+
+    WmfBuilder& brush(int red, int green, int blue) {
+        return add(CreateBrush, {0, red | green << 8, blue, 0});
+    }
+    WmfBuilder& pen(int style, int width, int red = 0, int green = 0, int blue = 0) {
+        return add(CreatePen, {style, width, 0, red | green << 8, blue});
+    }
+    WmfBuilder& font(int height, int charset, const QByteArray& face, int angle = 0) {
+        return add(CreateFont, {height, 0, angle, 0, 0, 0, charset << 8, 0, 0}, face + '\0');
+    }
+
+    /// The file without a placement.
+    QByteArray bytes() const {
+        QByteArray file;
+        for (const int word : {1, 9, 0x300}) {
+            appendWord(file, word);
+        }
+        appendLong(file, 9 + static_cast<std::size_t>(records_.size()) / 2 + 3);
+        appendWord(file, 16);
+        appendLong(file, 1000);
+        appendWord(file, 0);
+        file += records_;
+        appendLong(file, 3);
+        appendWord(file, 0);
+        return file;
+    }
+
+    /// The file with one.
+    QByteArray placed(const QRect& bounds, int unitsPerInch) const {
+        QByteArray file("\xD7\xCD\xC6\x9A", 4);
+        for (const int word : {0, bounds.left(), bounds.top(), bounds.left() + bounds.width(),
+                               bounds.top() + bounds.height(), unitsPerInch, 0, 0, 0}) {
+            appendWord(file, word);
+        }
+        return file + bytes();
+    }
+
+  private:
+    static void appendWord(QByteArray& bytes, int word) {
+        bytes.append(static_cast<char>(word & 0xFF));
+        bytes.append(static_cast<char>(word >> 8 & 0xFF));
+    }
+    static void appendLong(QByteArray& bytes, std::size_t number) {
+        appendWord(bytes, static_cast<int>(number & 0xFFFF));
+        appendWord(bytes, static_cast<int>(number >> 16 & 0xFFFF));
+    }
+
+    QByteArray records_;
+};
+
+}  // namespace varo::test
