@@ -12,9 +12,16 @@ namespace {
 
 constexpr std::uint32_t kMostFusedIndex = 0xFFFF;
 
+using Place = CodeWriter::Place;
+
+/// 0 for Place::VV, 1 for VK, 2 for KV.
+std::size_t kindOf(Place pair) {
+    return static_cast<std::size_t>(pair) - static_cast<std::size_t>(Place::VV);
+}
+
 /// The shape `first` for Place::VV, and the two after it for VK and KV.
-Shape shapeFor(Shape first, std::size_t kind) {
-    return static_cast<Shape>(static_cast<std::size_t>(first) + kind);
+Shape shapeFor(Shape first, Place pair) {
+    return static_cast<Shape>(static_cast<std::size_t>(first) + kindOf(pair));
 }
 
 bool isArithmetic(Operator op) {
@@ -155,23 +162,22 @@ bool CodeWriter::combineWithPair(Operator op) {
     if (!pair.isPair()) {
         return false;
     }
-    const auto kind = static_cast<std::size_t>(pair.place) - static_cast<std::size_t>(Place::VV);
     Instruction parts;
     parts.a = pair.a;
     parts.b = pair.b;
     parts.number = pair.number;
     if (other.place == Place::Accumulator) {
         const bool fromLeft = pairIsLeft && !commutes(op);
-        parts.opcode = fromLeft ? opcodeOf(shapeFor(Shape::VV_A, kind), pair.op, op)
-                                : opcodeOf(shapeFor(Shape::A_VV, kind), op, pair.op);
+        parts.opcode = fromLeft ? opcodeOf(shapeFor(Shape::VV_A, pair.place), pair.op, op)
+                                : opcodeOf(shapeFor(Shape::A_VV, pair.place), op, pair.op);
         emit(parts);
     } else if (other.place == Place::Variable && pairIsLeft) {
         constexpr std::array shapes{Shape::VVV, Shape::VKV, Shape::KVV};
-        parts.opcode = opcodeOf(shapes[kind], pair.op, op);
+        parts.opcode = opcodeOf(shapes[kindOf(pair.place)], pair.op, op);
         (pair.place == Place::VV ? parts.c : parts.b) = other.a;
         emitFresh(parts);
     } else if (other.place == Place::Variable) {
-        parts.opcode = opcodeOf(shapeFor(Shape::V_VV, kind), op, pair.op);
+        parts.opcode = opcodeOf(shapeFor(Shape::V_VV, pair.place), op, pair.op);
         parts.a = other.a;
         parts.b = pair.a;
         parts.c = pair.b;
@@ -427,10 +433,8 @@ void CodeWriter::loadTop(std::size_t below) {
         return;
     }
     if (operand.isPair()) {
-        const auto kind =
-            static_cast<std::size_t>(operand.place) - static_cast<std::size_t>(Place::VV);
         Instruction instruction;
-        instruction.opcode = opcodeOf(shapeFor(Shape::VV, kind), operand.op);
+        instruction.opcode = opcodeOf(shapeFor(Shape::VV, operand.place), operand.op);
         instruction.a = operand.a;
         instruction.b = operand.b;
         instruction.number = operand.number;

@@ -22,7 +22,9 @@ void Compiler::run(Order order, const Tree& tree, const std::vector<Type>& varia
         writer_.loadTop();
     }
     writer_.emit(opcodeOf(Other::Return));
-    linkFastSteps(writer_.instructions());
+    if (order == Order::Fastest) {
+        linkFastSteps(writer_.instructions());
+    }
 }
 
 Code Compiler::code() const {

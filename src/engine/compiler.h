@@ -25,7 +25,8 @@ class Compiler {
     void run(Order order, const Tree& tree, const std::vector<Type>& variableTypes,
              std::string_view literals);
 
-    /// The code of the last run(), valid until the next.
+    /// The code of the last run(), valid until the next. Only code in the fastest order has steps
+    /// for the fast machine.
     Code code() const;
 
   private:

@@ -25,6 +25,16 @@ Type typeOf(const Program& program, std::size_t variable) {
     return program.types.empty() ? Type::Number : program.types[variable];
 }
 
+/// The index of the first text variable; as many as there are types when there is none.
+std::size_t firstText(const Program& program) {
+    const auto text = std::find(program.types.begin(), program.types.end(), Type::Text);
+    return static_cast<std::size_t>(text - program.types.begin());
+}
+
+bool hasTextVariable(const Program& program) {
+    return firstText(program) < program.types.size();
+}
+
 [[gnu::noinline]] double runWithTemporaries(const Instruction* first, const double* variables) {
     double temporaries[kMostFastTemporaries];
     return first->step(first, variables, temporaries, 0, 0, 0);
@@ -194,11 +204,8 @@ bool Formula::evaluateSlowly(std::span<const double> numbers, double& result, Er
         error = this->error();
         return false;
     }
-    const auto text = std::find(program.types.begin(), program.types.end(), Type::Text);
     const std::size_t given =
-        text == program.types.end()
-            ? numbers.size()
-            : std::min<std::size_t>(numbers.size(), text - program.types.begin());
+        hasTextVariable(program) ? std::min(numbers.size(), firstText(program)) : numbers.size();
     if (given < variableCount()) {
         error = {ErrorCode::NoValue, 0, 0, std::string(variable(given).name)};
         return false;
@@ -229,9 +236,7 @@ std::size_t Formula::evaluateRows(std::span<const Column> columns, std::span<dou
     if (!isValid()) {
         return failAll(program.error.code);
     }
-    const bool hasText =
-        std::find(program.types.begin(), program.types.end(), Type::Text) != program.types.end();
-    if (columns.size() < variables || hasText ||
+    if (columns.size() < variables || hasTextVariable(program) ||
         !std::all_of(columns.begin(), columns.begin() + variables, coversAll)) {
         return failAll(ErrorCode::NoValue);
     }

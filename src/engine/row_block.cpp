@@ -153,7 +153,8 @@ VARO_FUSED bool finishWide(const Registers& registers) {
     return finishRows(registers);
 }
 
-/// Poisons the rows whose number is not finite, and with the first such column no others.
+/// Poisons the rows whose number is not finite. The first column also clears what the block before
+/// left in the poison.
 [[gnu::always_inline]] inline void watchRows(const Registers& registers, const double* numbers,
                                              bool isFirst) {
     double* const poison = registers.poison;
