@@ -107,7 +107,7 @@ void FolderTree::addFolders(Node parent, FolderRows rows,
     };
     // Breadth first, a level behind the other: new nodes are looked at in the order in which they
     // were added, each once, so folders that descend from themselves are never reached.
-    const quint32 childCount = takesFolders(parent) ? placeChildren(parent) : 0;
+    const quint32 childCount = levelsBelow(parent) > 0 ? placeChildren(parent) : 0;
     auto nextLevel = added.size();
     int level = depth(parent) + 1;
     for (std::size_t next = 0; next < added.size(); ++next) {
@@ -226,8 +226,8 @@ void FolderTree::reclaim() {
     }
 }
 
-bool FolderTree::takesFolders(Node node) const {
-    return (isLibrary(node) || id(node) != 0) && depth(node) < MaxDepth;
+int FolderTree::levelsBelow(Node node) const {
+    return isLibrary(node) || id(node) != 0 ? MaxDepth - depth(node) : 0;
 }
 
 int FolderTree::depth(Node node) const {

@@ -82,9 +82,9 @@ class FolderTree {
 
     void setText(Node node, const QString& text);
 
-    /// Whether folders can be placed below a node: not at the deepest level, and not below a stored
-    /// folder with the identifier 0, which means the top level.
-    bool takesFolders(Node node) const;
+    /// How many levels of folders can be placed below a node: none at the deepest level, and none
+    /// below a stored folder with the identifier 0, which means the top level.
+    int levelsBelow(Node node) const;
 
     /// Gives back the memory that was set aside for growth.
     void squeeze();

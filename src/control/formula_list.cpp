@@ -1,19 +1,14 @@
 #include "control/formula_list.h"
 
+#include "control/formula_reader.h"
+#include "control/work_files.h"
 #include "platform/ui/node_view.h"
+#include "store/attempt.h"
 #include "store/keys.h"
-#include "store/library_connection.h"
 
 #include <QSet>
 
 namespace varo {
-
-namespace {
-
-/// Picture type of a formula whose picture is stored in its row.
-constexpr qint32 StoredPicture = 2;
-
-}  // namespace
 
 FormulaList::FormulaList(Form& form, ControlState& state, Questions& questions, FormulaPane& pane)
     : form_(form), state_(state), questions_(questions), pane_(pane), model_(state.listedFormulas) {
@@ -44,12 +39,14 @@ bool FormulaList::storeEdits() {
     return pane_.storeEdits() && folderStored && formulaStored;
 }
 
-QString FormulaList::appendFormula(qint32 id, const QString& name, qint32 folderID) {
-    const QString key = formulaKey(id);
+QString FormulaList::appendFormula(const clsFormulaInfo& formula) {
+    const QString key = formulaKey(formula.FormulaID);
     // A damaged table gives out identifiers that are taken; the key stays with the listed formula.
     if (!state_.listedFormulas.contains(key)) {
         model_.beginAppend();
-        state_.listedFormulas.Add(id, name, {}, {}, {}, 0, folderID, {});
+        state_.listedFormulas.Add(formula.FormulaID, formula.FormulaName, formula.FormulaExpression,
+                                  formula.FormulaMemo, formula.FormulaPicPath,
+                                  formula.FormulaPicType, formula.FormulaPID, formula.Tag);
         model_.endAppend(ui::FormulaImage::Formula);
     }
     return key;
@@ -69,7 +66,6 @@ void FormulaList::removeFormula(const QString& key) {
 }
 
 bool FormulaList::ShowFolderFormulas(qint32 folderID) {
-    std::vector<ui::FormulaImage> images;
     QSet<qint32> withProperty;
     model_.beginReplace();
     state_.listedFormulas.Clear();
@@ -78,71 +74,27 @@ bool FormulaList::ShowFolderFormulas(qint32 folderID) {
     state_.currentFormulaKey.clear();
     state_.formulaSelected = false;
     data::Recordset rs;
-    bool propertiesRead =
-        state_.dbFuncs.GetAllPropertyByType(NodeTypeFormula, rs, state_.connection);
-    try {
-        for (; propertiesRead && !rs.atEnd(); rs.moveNext()) {
-            withProperty.insert(rs.integer(u"NodeID"));
-        }
-    } catch (const data::Error&) {
-        propertiesRead = false;
+    const bool propertiesRead =
+        state_.dbFuncs.GetAllPropertyByType(NodeTypeFormula, rs, state_.connection) && attempt([&] {
+            for (; !rs.atEnd(); rs.moveNext()) {
+                withProperty.insert(rs.integer(u"NodeID"));
+            }
+        });
+    rs.close();
+    FormulaReader reader(state_, listedPictureFile);
+    const bool read = propertiesRead && reader.read(folderID, state_.listedFormulas);
+    std::vector<ui::FormulaImage> images;
+    for (const clsFormulaInfo& formula : state_.listedFormulas) {
+        images.push_back(withProperty.contains(formula.FormulaID)
+                             ? ui::FormulaImage::FormulaWithProperty
+                             : ui::FormulaImage::Formula);
     }
-    CloseRecordset(rs);
-    const bool read = propertiesRead && readFormulas(folderID, withProperty, images);
     model_.endReplace(std::move(images));
     if (!propertiesRead) {
         questions_.inform(QStringLiteral("无法读取“属性”信息！"));
     }
+    reader.showMessages(questions_);
     return read;
-}
-
-bool FormulaList::readFormulas(qint32 folderID, const QSet<qint32>& withProperty,
-                               std::vector<ui::FormulaImage>& images) {
-    data::Recordset rs;
-    if (!state_.dbFuncs.GetFormulaByPID(folderID, rs, state_.connection)) {
-        return false;
-    }
-    try {
-        const int id = rs.column(u"ID");
-        const int name = rs.column(u"Name");
-        const int expression = rs.column(u"Formula");
-        const int memo = rs.column(u"Memo");
-        const int picType = rs.column(u"PicType");
-        bool extracting = true;
-        for (; !rs.atEnd(); rs.moveNext()) {
-            const qint32 formulaID = rs.integer(id);
-            // A damaged table can hold an identifier twice; its key is taken by the first row.
-            if (state_.listedFormulas.contains(formulaKey(formulaID))) {
-                continue;
-            }
-            const qint32 pictureType = rs.integer(picType);
-            const QString picture = extractPicture(formulaID, pictureType, extracting);
-            state_.listedFormulas.Add(formulaID, rs.text(name), rs.text(expression), rs.text(memo),
-                                      picture, pictureType, folderID, QString());
-            images.push_back(withProperty.contains(formulaID)
-                                 ? ui::FormulaImage::FormulaWithProperty
-                                 : ui::FormulaImage::Formula);
-        }
-    } catch (const data::Error&) {
-        CloseRecordset(rs);
-        return false;
-    }
-    CloseRecordset(rs);
-    return true;
-}
-
-QString FormulaList::extractPicture(qint32 formulaID, qint32 pictureType, bool& extracting) {
-    if (pictureType != StoredPicture || !extracting) {
-        return {};
-    }
-    const QString file =
-        state_.workFolder + QString::number(formulaID) + QStringLiteral("TempPic.bmp");
-    bool fileRefused = false;
-    const bool extracted =
-        state_.dbFuncs.ExtractPicture(formulaID, file, state_.connection, &fileRefused);
-    // A folder that takes no file takes none for the other formulas either: one message is enough.
-    extracting = !fileRefused;
-    return extracted ? file : QString();
 }
 
 void FormulaList::SelFormula(const QString& TheKey) {

@@ -51,9 +51,8 @@ class FormulaList : public QObject {
     /// Who stores the label that the user has typed for a formula; see FormulaListModel.
     void setRenamer(FormulaListModel::Renamer renamer) { model_.setRenamer(std::move(renamer)); }
 
-    /// Appends a formula without content that the library holds since now to the listed ones, and
-    /// returns its key.
-    QString appendFormula(qint32 id, const QString& name, qint32 folderID);
+    /// Appends a formula that the library holds since now to the listed ones, and returns its key.
+    QString appendFormula(const clsFormulaInfo& formula);
 
     /// Removes a formula that the library holds no more, with its record; an unknown key does
     /// nothing.
@@ -74,9 +73,6 @@ class FormulaList : public QObject {
     void commandStateChanged(CommandState state);
 
   private:
-    bool readFormulas(qint32 folderID, const QSet<qint32>& withProperty,
-                      std::vector<ui::FormulaImage>& images);
-    QString extractPicture(qint32 formulaID, qint32 pictureType, bool& extracting);
     void clickFormula(const QModelIndex& index);
     void clickEmptySpace();
 

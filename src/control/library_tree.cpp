@@ -1,6 +1,7 @@
 #include "control/library_tree.h"
 
 #include "platform/ui/node_view.h"
+#include "store/attempt.h"
 #include "store/keys.h"
 #include "store/library_connection.h"
 
@@ -102,47 +103,32 @@ bool LibraryTree::BuildFolderChildren(const QString& key) {
 }
 
 bool LibraryTree::readFolders(FolderRows& rows) {
-    data::Recordset rs;
-    if (!state_.dbFuncs.GetNodeInfo(rs, state_.connection)) {
-        return false;
-    }
     // One statement brings the folders of the whole library; the tree picks and orders those that
     // it needs.
-    bool read = true;
-    try {
-        const int id = rs.column(u"ID");
-        const int name = rs.column(u"Name");
-        const int parent = rs.column(u"PID");
-        const int order = rs.column(u"OrderID");
-        for (; !rs.atEnd(); rs.moveNext()) {
-            rows.add(rs.integer(id), rs.integer(parent), rs.integer(order), rs.text(name));
-        }
-    } catch (const data::Error&) {
-        read = false;
-    }
-    CloseRecordset(rs);
-    return read;
+    data::Recordset rs;
+    return state_.dbFuncs.GetNodeInfo(rs, state_.connection) && attempt([&] {
+               const int id = rs.column(u"ID");
+               const int name = rs.column(u"Name");
+               const int parent = rs.column(u"PID");
+               const int order = rs.column(u"OrderID");
+               for (; !rs.atEnd(); rs.moveNext()) {
+                   rows.add(rs.integer(id), rs.integer(parent), rs.integer(order), rs.text(name));
+               }
+           });
 }
 
 bool LibraryTree::markProperties(const QString& rootKey) {
     data::Recordset rs;
-    if (!state_.dbFuncs.GetAllPropertyByType(NodeTypeFolder, rs, state_.connection)) {
-        return false;
-    }
-    bool read = true;
-    try {
-        for (; !rs.atEnd(); rs.moveNext()) {
-            const qint32 id = rs.integer(u"NodeID");
-            const QModelIndex node = model_.find(id == 0 ? rootKey : folderKey(id, rootKey));
-            if (node.isValid()) {
-                model_.setImages(node, id == 0 ? LibraryWithProperty : FolderWithProperty);
-            }
-        }
-    } catch (const data::Error&) {
-        read = false;
-    }
-    CloseRecordset(rs);
-    return read;
+    return state_.dbFuncs.GetAllPropertyByType(NodeTypeFolder, rs, state_.connection) &&
+           attempt([&] {
+               for (; !rs.atEnd(); rs.moveNext()) {
+                   const qint32 id = rs.integer(u"NodeID");
+                   const QModelIndex node = model_.find(id == 0 ? rootKey : folderKey(id, rootKey));
+                   if (node.isValid()) {
+                       model_.setImages(node, id == 0 ? LibraryWithProperty : FolderWithProperty);
+                   }
+               }
+           });
 }
 
 QString LibraryTree::GetRootKey(const QString& key) const {
@@ -196,7 +182,8 @@ bool LibraryTree::selectNode(const QString& key) {
 
 bool LibraryTree::showSelectedNode() {
     const QString selected = form_.tvFolder->selectedKey();
-    return !selected.isEmpty() && (selected == state_.listedNodeKey || selectNode(selected));
+    const bool listed = selected == state_.listedNodeKey && state_.listsCurrentLibrary();
+    return !selected.isEmpty() && (listed || selectNode(selected));
 }
 
 void LibraryTree::selectListedNode() {
@@ -225,13 +212,15 @@ bool LibraryTree::isOfCurrentLibrary(const QString& key) const {
     return library.FormulaDBPath + library.FormulaDBName == state_.currentLibrary();
 }
 
-bool LibraryTree::takesFolders(const QString& key) const {
+int LibraryTree::levelsBelow(const QString& key) const {
     const QModelIndex node = model_.find(key);
-    return node.isValid() && model_.tree().takesFolders(FolderTreeModel::nodeOf(node));
+    return node.isValid() ? model_.tree().levelsBelow(FolderTreeModel::nodeOf(node)) : 0;
 }
 
-QString LibraryTree::appendFolder(const QString& parentKey, qint32 id, const QString& name) {
+QString LibraryTree::appendFolder(const QString& parentKey, qint32 id, const QString& name,
+                                  FolderRows below) {
     const QModelIndex added = model_.appendFolder(model_.find(parentKey), id, name);
+    model_.addFolders(added, std::move(below));
     form_.tvFolder->scrollTo(added);
     form_.tvFolder->resizeColumnToContents(0);
     return added.data(ui::NodeView::KeyRole).toString();

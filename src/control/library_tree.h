@@ -67,12 +67,13 @@ class LibraryTree : public QObject {
     /// Who stores the label that the user has typed for a folder; see FolderTreeModel.
     void setRenamer(FolderTreeModel::Renamer renamer) { model_.setRenamer(std::move(renamer)); }
 
-    /// Whether a new folder can be shown below the node with this key.
-    bool takesFolders(const QString& key) const;
+    /// How many levels of new folders can be shown below the node with this key.
+    int levelsBelow(const QString& key) const;
 
     /// Appends a folder that the library holds since now to the children of a node, scrolls it into
-    /// view, and returns its key.
-    QString appendFolder(const QString& parentKey, qint32 id, const QString& name);
+    /// view, and returns its key. Of `below`, the folders that descend from it are shown below it.
+    QString appendFolder(const QString& parentKey, qint32 id, const QString& name,
+                         FolderRows below = {});
 
     /// Removes a folder that the library holds no more, with everything below it.
     void removeFolder(const QString& key);

@@ -8,13 +8,24 @@
 
 namespace varo {
 
-/// What copy has put aside.
+/// What copy has put aside: a folder with all below it, or a formula, as they were then.
 struct Clipboard {
     enum Kind { Empty = 0, Folders = 1, Formula = 2 };
     QString key;
     int kind = Empty;
-    colFormulaInfo folders;
-    colFormulaInfo formulas;
+    colFormulaInfo folders;   ///< the copied one first, each behind the one that it is in
+    colFormulaInfo formulas;  ///< in the order of their folders, then of their list
+
+    bool holdsFolders() const { return kind == Folders && folders.Count() > 0; }
+    bool holdsFormula() const { return kind == Formula && formulas.Count() > 0; }
+
+    /// Empties it and removes the files of the copied pictures.
+    void clear() {
+        key.clear();
+        kind = Empty;
+        folders.Clear();
+        formulas.Clear();
+    }
 };
 
 /// What is selected, and so which edit commands are offered. Any other number offers none.

@@ -124,6 +124,7 @@ Varo_CalcEx::~Varo_CalcEx() {
         focused->clearFocus();
     }
     parts_->list.clear();
+    parts_->state.clipboard.clear();
 }
 
 QSize Varo_CalcEx::sizeHint() const {

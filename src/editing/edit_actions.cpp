@@ -42,10 +42,8 @@ bool canMoveDown(const Situation& situation) {
 }
 
 bool canPaste(const Situation& situation) {
-    const Clipboard& clipboard = situation.clipboard;
-    return (OnTree & in(situation.state)) != 0
-               ? clipboard.kind == Clipboard::Folders && clipboard.folders.Count() > 0
-               : clipboard.kind == Clipboard::Formula && clipboard.formulas.Count() > 0;
+    return (OnTree & in(situation.state)) != 0 ? situation.clipboard.holdsFolders()
+                                               : situation.clipboard.holdsFormula();
 }
 
 struct Description {

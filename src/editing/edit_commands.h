@@ -6,8 +6,8 @@
 
 namespace varo {
 
-/// Gives the edit commands to those who run them: delete, move and rename act on the current item,
-/// a folder or a formula.
+/// Gives the edit commands to those who run them: delete, move, copy and rename act on the current
+/// item, a folder or a formula; paste puts in what the clipboard holds.
 class EditCommands {
   public:
     /// Connects the commands to their actions. Everything handed in must outlive this.
@@ -18,12 +18,15 @@ class EditCommands {
     /// it is, which is a success.
     bool deleteItem();
     bool moveItem(MoveDirection direction);
+    bool copyItem();
+    bool pasteItem();
 
     /// Opens the label of the current item.
     void renameItem();
 
   private:
     ControlState& state_;
+    EditActions& actions_;
     FolderCommands& folders_;
     FormulaCommands& formulas_;
 };

@@ -1,9 +1,12 @@
 #include "editing/folder_commands.h"
 
+#include "editing/folder_copies.h"
 #include "editing/name_rules.h"
+#include "platform/held_messages.h"
 #include "platform/ui/node_view.h"
+#include "platform/ui/wait_cursor.h"
+#include "store/attempt.h"
 #include "store/keys.h"
-#include "store/library_connection.h"
 
 #include <algorithm>
 #include <ranges>
@@ -49,20 +52,75 @@ void FolderCommands::newFolder() {
     const QString name = QStringLiteral("新建公式夹");
     const qint32 parentID = folderIdOf(selected);
     qint32 id = 0;
-    if (!tree_.takesFolders(selected) ||
+    if (tree_.levelsBelow(selected) == 0 ||
         !state_.dbFuncs.AddNewFolder(parentID, name, id, state_.connection)) {
         questions_.inform(QStringLiteral("无法创建新的公式夹！"));
         return;
     }
     const QString key = tree_.appendFolder(selected, id, name);
-    if (!state_.folders.contains(key)) {
-        bool added = false;
-        state_.folders.Add(id, name, state_.currentLibraryPath, state_.currentLibraryName,
-                           libraryKeyOf(key), parentID, QString(), added);
-    }
+    remember(id, name, parentID, libraryKeyOf(key));
     if (tree_.selectNode(key)) {
         renameFolder();
     }
+}
+
+void FolderCommands::remember(qint32 id, const QString& name, qint32 parentID,
+                              const QString& rootKey) {
+    if (!state_.folders.contains(folderKey(id, rootKey))) {
+        bool added = false;
+        state_.folders.Add(id, name, state_.currentLibraryPath, state_.currentLibraryName, rootKey,
+                           parentID, QString(), added);
+    }
+}
+
+bool FolderCommands::copyFolder() {
+    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+        return true;
+    }
+    const QModelIndex selected = form_.tvFolder->selectedIndex();
+    if (!isFolderKey(keyOf(selected)) || !captureFolders(selected, state_, questions_)) {
+        questions_.inform(QStringLiteral("无法读取节点信息，不能进行复制操作！"));
+        return false;
+    }
+    return true;
+}
+
+bool FolderCommands::pasteFolders() {
+    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+        return true;
+    }
+    const QString target = form_.tvFolder->selectedKey();
+    const bool withSubfolders =
+        state_.clipboard.folders.Count() > 1 &&
+        questions_.confirm(QStringLiteral("复制子公式夹吗？"), Choice::YesNo);
+    // The host may have turned to something else while the user was asked.
+    if (form_.tvFolder->selectedKey() != target || !tree_.isOfCurrentLibrary(target)) {
+        return true;
+    }
+    HeldMessages messages;
+    const bool complete = pasteBelow(target, withSubfolders, messages);
+    messages.show(questions_);
+    if (!complete) {
+        questions_.inform(QStringLiteral("粘贴公式夹失败！"));
+    }
+    return complete;
+}
+
+bool FolderCommands::pasteBelow(const QString& target, bool withSubfolders, Questions& messages) {
+    const ui::clsWaitCursor waiting;
+    PastedFolders pasted = varo::pasteFolders(folderIdOf(target), withSubfolders,
+                                              tree_.levelsBelow(target), state_, messages);
+    const QString rootKey = libraryKeyOf(target);
+    for (const FolderRows::Row& row : pasted.rows.rows()) {
+        remember(row.id, pasted.rows.name(row).toString(), row.parentId, rootKey);
+    }
+    if (!pasted.rows.rows().empty()) {
+        const FolderRows::Row top = pasted.rows.rows().front();
+        const QString name = pasted.rows.name(top).toString();
+        tree_.appendFolder(target, top.id, name, std::move(pasted.rows));
+        tree_.makeSelectedCurrent();
+    }
+    return pasted.complete;
 }
 
 void FolderCommands::renameFolder() {
@@ -152,19 +210,21 @@ FolderCommands::Deletion FolderCommands::deleteFromLibrary(const std::vector<qin
     return deletion;
 }
 
-bool FolderCommands::deleteOne(qint32 folder, QList<qint32>& gone) try {
+bool FolderCommands::deleteOne(qint32 folder, QList<qint32>& gone) {
     clsDBFuncs& funcs = state_.dbFuncs;
     data::Connection& connection = state_.connection;
     std::vector<qint32> formulas;
     data::Recordset rs;
-    if (!funcs.GetFormulaByPID(folder, rs, connection)) {
+    const bool read = funcs.GetFormulaByPID(folder, rs, connection) && attempt([&] {
+                          const int id = rs.column(u"ID");
+                          for (; !rs.atEnd(); rs.moveNext()) {
+                              formulas.push_back(rs.integer(id));
+                          }
+                      });
+    rs.close();
+    if (!read) {
         return false;
     }
-    const int id = rs.column(u"ID");
-    for (; !rs.atEnd(); rs.moveNext()) {
-        formulas.push_back(rs.integer(id));
-    }
-    CloseRecordset(rs);
     for (const qint32 formula : formulas) {
         if (!funcs.DelPropertyByNodeID(formula, NodeTypeFormula, connection)) {
             return false;
@@ -175,8 +235,6 @@ bool FolderCommands::deleteOne(qint32 folder, QList<qint32>& gone) try {
     }
     gone.append(folder);
     return funcs.DelPropertyByNodeID(folder, NodeTypeFolder, connection);
-} catch (const data::Error&) {
-    return false;
 }
 
 void FolderCommands::forget(qint32 folder, const QString& rootKey) {

@@ -29,6 +29,15 @@ class FolderCommands : public QObject {
     /// success.
     bool moveFolder(MoveDirection direction);
 
+    /// Puts the selected folder with all below it into the clipboard. Returns false when it cannot
+    /// be read.
+    bool copyFolder();
+
+    /// Puts a copy of the clipboard's folder behind the others of the selected node, with the
+    /// folders in it when the user wants them. Returns false when a step failed; what was pasted
+    /// before stays.
+    bool pasteFolders();
+
     /// Opens the label of the selected folder.
     void renameFolder();
 
@@ -40,9 +49,11 @@ class FolderCommands : public QObject {
     };
 
     bool storeName(const QString& key, const QString& name);
+    bool pasteBelow(const QString& target, bool withSubfolders, Questions& messages);
     Deletion deleteFromLibrary(const std::vector<qint32>& folders);
     /// Adds the folder to `gone` once its row is.
     bool deleteOne(qint32 folder, QList<qint32>& gone);
+    void remember(qint32 id, const QString& name, qint32 parentID, const QString& rootKey);
     void forget(qint32 folder, const QString& rootKey);
     void markProperties(const QString& rootKey);
 

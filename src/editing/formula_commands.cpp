@@ -1,8 +1,16 @@
 #include "editing/formula_commands.h"
 
+#include "control/work_files.h"
 #include "editing/name_rules.h"
+#include "editing/picture_files.h"
+#include "platform/held_messages.h"
 #include "platform/ui/node_view.h"
+#include "store/attempt.h"
 #include "store/keys.h"
+
+#include <QFileInfo>
+
+#include <utility>
 
 namespace varo {
 
@@ -35,10 +43,79 @@ void FormulaCommands::newFormula() {
         questions_.inform(QStringLiteral("无法创建新的公式！"));
         return;
     }
-    const QString key = list_.appendFormula(id, name, folder);
+    clsFormulaInfo added;
+    added.FormulaID = id;
+    added.FormulaName = name;
+    added.FormulaPID = folder;
+    const QString key = list_.appendFormula(added);
     form_.lvFormula->setFocus();
     list_.SelFormula(key);
     renameFormula();
+}
+
+bool FormulaCommands::copyFormula() {
+    const QString key = selectedFormula();
+    if (key.isEmpty()) {
+        return true;
+    }
+    const clsFormulaInfo& formula = state_.listedFormulas.Item(key);
+    Clipboard& clipboard = state_.clipboard;
+    clipboard.clear();
+    clipboard.key = key;
+    clipboard.kind = Clipboard::Formula;
+    PictureCopy copy(copiedPictureFile(state_, formula.FormulaID));
+    const bool copied = copy.take(formula.FormulaPicPath) && copy.replaceTarget();
+    clipboard.formulas.Add(formula.FormulaID, formula.FormulaName, formula.FormulaExpression,
+                           formula.FormulaMemo, copied ? copy.target() : QString(),
+                           formula.FormulaPicType, formula.FormulaPID, QString());
+    return true;
+}
+
+bool FormulaCommands::pasteFormula() {
+    if (!list_.storeEdits() || !tree_.showSelectedNode() || !state_.clipboard.holdsFormula()) {
+        return true;
+    }
+    clsFormulaInfo pasted = state_.clipboard.formulas.Item(1);
+    pasted.FormulaPID = folderIdOf(form_.tvFolder->selectedKey());
+    HeldMessages messages;
+    const Paste paste = storeCopy(pasted, messages);
+    if (paste.stored) {
+        list_.SelFormula(list_.appendFormula(pasted));
+    }
+    messages.show(questions_);
+    if (!paste.stored) {
+        questions_.inform(QStringLiteral("粘贴公式失败！"));
+    } else if (!paste.withPicture) {
+        questions_.inform(QStringLiteral("粘贴公式的图形文件失败！"));
+    }
+    return paste.stored && paste.withPicture;
+}
+
+/// Puts the formula and its picture into the library; it then has the identifier and the picture
+/// file of the new one.
+FormulaCommands::Paste FormulaCommands::storeCopy(clsFormulaInfo& formula, Questions& messages) {
+    clsDBFuncs dbFuncs(messages);
+    const QString picture = std::exchange(formula.FormulaPicPath, {});
+    const bool hasPicture = QFileInfo(picture).isFile();
+    bool withPicture = true;
+    bool added = false;
+    const bool stored = attempt([&] {
+        data::Transaction transaction(state_.connection);
+        added = dbFuncs.AddNewFormula(formula.FormulaPID, formula.FormulaName,
+                                      formula.FormulaExpression, formula.FormulaMemo,
+                                      formula.FormulaPicType, formula.FormulaID, state_.connection);
+        if (added && hasPicture) {
+            withPicture = dbFuncs.InserFieldFromFile(picture, formula.FormulaID, state_.connection);
+        }
+        transaction.commit();
+    });
+    if (stored && added && hasPicture && withPicture) {
+        PictureCopy copy(listedPictureFile(state_, formula.FormulaID));
+        if (copy.take(picture) && copy.replaceTarget()) {
+            formula.FormulaPicPath = copy.target();
+        }
+    }
+    return {stored && added, withPicture};
 }
 
 void FormulaCommands::renameFormula() {

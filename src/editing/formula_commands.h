@@ -28,11 +28,25 @@ class FormulaCommands : public QObject {
     /// success.
     bool moveFormula(MoveDirection direction);
 
+    /// Puts the selected formula, as it is shown, into the clipboard with a copy of its picture.
+    /// A success also without one.
+    bool copyFormula();
+
+    /// Puts a copy of the clipboard's formula behind the others of the tree's selected node and
+    /// shows it. Returns false when a step failed; a formula can be there without its picture then.
+    bool pasteFormula();
+
     /// Opens the label of the selected formula.
     void renameFormula();
 
   private:
+    struct Paste {
+        bool stored;
+        bool withPicture;  ///< nothing that it had is missing
+    };
+
     QString selectedFormula();
+    Paste storeCopy(clsFormulaInfo& formula, Questions& messages);
     bool storeName(const QString& key, const QString& name);
     void showFirst();
 

@@ -20,8 +20,9 @@ class PictureCopy {
     PictureCopy(const PictureCopy&) = delete;
     PictureCopy& operator=(const PictureCopy&) = delete;
 
-    /// Where the copy lies.
+    /// Where the copy lies, and where it will.
     QString path() const { return path_; }
+    QString target() const { return target_; }
 
     /// Makes the copy. Returns false when the file cannot be read or its copy not be written.
     bool take(const QString& file);

@@ -1,5 +1,6 @@
 #include "editing/pictures.h"
 
+#include "control/work_files.h"
 #include "editing/picture_files.h"
 #include "editing/picture_window.h"
 #include "platform/ui/node_view.h"
@@ -18,13 +19,6 @@
 #include <array>
 
 namespace varo {
-
-namespace {
-
-constexpr qint32 NoPicture = 0;
-constexpr qint32 StoredPicture = 2;
-
-}  // namespace
 
 Pictures::Pictures(Form& form, ControlState& state, Questions& questions,
                    DescriptionPane& description)
@@ -64,7 +58,7 @@ void Pictures::offerMenu(PictureMenu::Mode mode, QPoint globalPosition) {
                                    form_.optDesc[DescOptionPicture]->isEnabled()
                              : state_.listedFormulas.Count() > 0;
     if (offered) {
-        menu_->open(mode, QFileInfo(clipboardFile()).isFile(), globalPosition);
+        menu_->open(mode, QFileInfo(pictureClipboardFile(state_)).isFile(), globalPosition);
     }
 }
 
@@ -73,10 +67,6 @@ clsFormulaInfo* Pictures::selected() {
     return state_.listsCurrentLibrary() && state_.listedFormulas.contains(key)
                ? &state_.listedFormulas.Item(key)
                : nullptr;
-}
-
-QString Pictures::clipboardFile() const {
-    return state_.workFolder + QStringLiteral("backupPic.def");
 }
 
 void Pictures::choosePicture() {
@@ -121,8 +111,7 @@ void Pictures::storePicture(const QString& file) {
 /// Nothing is stored but what has been read as a picture, and it is that copy which is stored: the
 /// file may change meanwhile.
 bool Pictures::replacePicture(clsFormulaInfo& formula, const QString& file) {
-    const QString own =
-        state_.workFolder + QString::number(formula.FormulaID) + QStringLiteral("TempPic.bmp");
+    const QString own = listedPictureFile(state_, formula.FormulaID);
     if (isSameFile(file, own)) {
         return true;
     }
@@ -137,7 +126,7 @@ bool Pictures::replacePicture(clsFormulaInfo& formula, const QString& file) {
         return false;
     }
     formula.FormulaPicPath = own;
-    formula.FormulaPicType = StoredPicture;
+    formula.FormulaPicType = PictureStored;
     description_.showPicture(picture);
     return true;
 }
@@ -151,7 +140,7 @@ void Pictures::copyPicture() {
 
 /// From the library when the formula's file has gone.
 bool Pictures::copyOut(const clsFormulaInfo& formula) {
-    PictureCopy copy(clipboardFile());
+    PictureCopy copy(pictureClipboardFile(state_));
     const bool taken =
         QFileInfo(formula.FormulaPicPath).isFile()
             ? copy.take(formula.FormulaPicPath)
@@ -160,7 +149,7 @@ bool Pictures::copyOut(const clsFormulaInfo& formula) {
 }
 
 void Pictures::pastePicture() {
-    storePicture(clipboardFile());
+    storePicture(pictureClipboardFile(state_));
 }
 
 void Pictures::deletePicture() {
@@ -174,7 +163,7 @@ void Pictures::deletePicture() {
     }
     QFile::remove(formula->FormulaPicPath);
     formula->FormulaPicPath.clear();
-    formula->FormulaPicType = NoPicture;
+    formula->FormulaPicType = PictureNone;
     description_.removePicture();
 }
 

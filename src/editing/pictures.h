@@ -43,7 +43,6 @@ class Pictures : public QObject {
     void storePicture(const QString& file);
     bool replacePicture(clsFormulaInfo& formula, const QString& file);
     bool copyOut(const clsFormulaInfo& formula);
-    QString clipboardFile() const;
 
     Form& form_;
     ControlState& state_;

@@ -3,8 +3,8 @@
 #include "engine/numbers.h"
 #include "platform/ui/edit_grid.h"
 #include "platform/ui/node_view.h"
+#include "store/attempt.h"
 #include "store/keys.h"
-#include "store/library_connection.h"
 
 namespace varo {
 
@@ -41,7 +41,7 @@ bool LoadVarCache(const QString& name, qint32 formulaID, data::Connection& conne
         return false;
     }
     const bool unownedKnown = variables.Find(name, 0) != nullptr;
-    try {
+    return attempt([&] {
         for (; !rs.atEnd(); rs.moveNext()) {
             const qint32 owner = rs.integer(u"FormulaID");
             if (owner == 0 && unownedKnown) {
@@ -51,12 +51,7 @@ bool LoadVarCache(const QString& name, qint32 formulaID, data::Connection& conne
             variables.Add(rs.text(u"VarName"), owner, rs.text(u"Value"),
                           rs.integer(u"VarSourceType"), rs.text(u"VarMemo"), QString(), added);
         }
-    } catch (const data::Error&) {
-        CloseRecordset(rs);
-        return false;
-    }
-    CloseRecordset(rs);
-    return true;
+    });
 }
 
 VariableGrid::VariableGrid(Form& form, ControlState& state, Questions& questions,

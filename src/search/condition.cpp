@@ -1,7 +1,7 @@
 #include "search/condition.h"
 
 #include "engine/numbers.h"
-#include "store/library_connection.h"
+#include "store/attempt.h"
 
 #include <vector>
 
@@ -64,15 +64,15 @@ bool Condition::evaluateChildren(qint32 filterID, qint32 parentID, int parentTyp
         return false;
     }
     std::vector<ConditionRow> rows;
-    try {
+    const bool read = attempt([&] {
         for (; !rs.atEnd(); rs.moveNext()) {
             rows.push_back({rs.integer(u"ID"), rs.integer(u"Type")});
         }
-    } catch (const data::Error&) {
-        CloseRecordset(rs);
+    });
+    rs.close();
+    if (!read) {
         return false;
     }
-    CloseRecordset(rs);
 
     bool first = true;
     for (const ConditionRow& row : rows) {
@@ -99,21 +99,23 @@ bool Condition::evaluateLeaf(qint32 filterID, qint32 expressionID, bool& result)
     if (!state_.dbFuncs.GetResExpressions(filterID, expressionID, rs, state_.connection)) {
         return false;
     }
-    try {
+    QString field;
+    int comparison = 0;
+    QString constant;
+    const bool read = attempt([&] {
         if (!rs.atEnd()) {
-            const QString field = rs.text(u"FieldName");
-            const int comparison = rs.integer(u"CompareType");
-            const QString constant = rs.text(u"TheConst");
-            CloseRecordset(rs);
-            result =
-                compare(comparison, properties_.propertyValue(field).trimmed(), constant, result);
+            field = rs.text(u"FieldName");
+            comparison = rs.integer(u"CompareType");
+            constant = rs.text(u"TheConst");
         }
-    } catch (const data::Error&) {
-        CloseRecordset(rs);
-        return false;
+    });
+    const bool stored = read && !rs.atEnd();
+    rs.close();
+    // The host is asked with nothing open: it may take its time.
+    if (stored) {
+        result = compare(comparison, properties_.propertyValue(field).trimmed(), constant, result);
     }
-    CloseRecordset(rs);
-    return true;
+    return read;
 }
 
 }  // namespace varo

@@ -2,8 +2,8 @@
 
 #include "platform/ui/node_view.h"
 #include "search/condition.h"
+#include "store/attempt.h"
 #include "store/keys.h"
-#include "store/library_connection.h"
 
 namespace varo {
 
@@ -55,23 +55,22 @@ bool PropertyLocator::collectAll() {
 
 bool PropertyLocator::collect(const QString& libraryKey, qint32 nodeType) {
     data::Recordset rs;
-    bool read = state_.dbFuncs.GetLocateInfoByPropName(state_.locationPropName, nodeType, rs,
-                                                       state_.connection);
-    try {
-        for (; read && !rs.atEnd(); rs.moveNext()) {
-            const qint32 filterID = rs.integer(u"FilterID");
-            const qint32 nodeID = rs.integer(u"NodeID");
-            const qint32 parentID = nodeType == NodeTypeFormula ? rs.integer(u"PID") : 0;
-            if (state_.located.Find(filterID, nodeID, nodeType, libraryKey) == nullptr) {
-                bool added = false;
-                state_.located.Add(filterID, nodeID, nodeType, parentID, libraryKey, QString(),
-                                   added);
+    const bool read =
+        state_.dbFuncs.GetLocateInfoByPropName(state_.locationPropName, nodeType, rs,
+                                               state_.connection) &&
+        attempt([&] {
+            for (; !rs.atEnd(); rs.moveNext()) {
+                const qint32 filterID = rs.integer(u"FilterID");
+                const qint32 nodeID = rs.integer(u"NodeID");
+                const qint32 parentID = nodeType == NodeTypeFormula ? rs.integer(u"PID") : 0;
+                if (state_.located.Find(filterID, nodeID, nodeType, libraryKey) == nullptr) {
+                    bool added = false;
+                    state_.located.Add(filterID, nodeID, nodeType, parentID, libraryKey, QString(),
+                                       added);
+                }
             }
-        }
-    } catch (const data::Error&) {
-        read = false;
-    }
-    CloseRecordset(rs);
+        });
+    rs.close();
     if (!read) {
         questions_.inform(
             QStringLiteral("无法读取用户指定属性“%1”的信息！").arg(state_.locationPropName));

@@ -117,7 +117,8 @@ class clsDBFuncs {
     /// Stores the file's bytes as the formula's picture and sets PicType to 2; on failure the
     /// formula keeps the picture that it had.
     bool AddNewPicture(qint32 formulaID, const QString& fileName, data::Connection& conn);
-    /// Stores the file's bytes without touching PicType; fails only when the row is missing.
+    /// Stores the file's bytes without touching PicType. A file that cannot be read is told, leaves
+    /// the picture as it was, and is no failure.
     bool InserFieldFromFile(const QString& fileName, qint32 formulaID, data::Connection& conn);
     bool DelPicture(qint32 formulaID, data::Connection& conn);
     /// Writes the formula's stored picture to `fileName`, replacing a file that is there; false

@@ -1,6 +1,6 @@
-#include "store/attempt.h"
 #include "store/db_funcs.h"
 #include "store/picture_transfer.h"
+#include "store/statements.h"
 
 #include <QFileInfo>
 

@@ -1,5 +1,5 @@
-#include "store/attempt.h"
 #include "store/db_funcs.h"
+#include "store/statements.h"
 
 namespace varo {
 

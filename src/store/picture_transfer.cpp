@@ -28,9 +28,9 @@ void openFile(QFile& file, QIODevice::OpenMode mode) {
     }
 }
 
-void requirePictureSize(qint64 total) {
+void requirePictureSize(qint64 total, const QFile& file) {
     if (total / PictureChunk > PictureChunkLimit) {
-        throw data::Error(QStringLiteral("%1 bytes are too many for a picture").arg(total));
+        throw FileError(file, QStringLiteral("%1 bytes are too many for a picture").arg(total));
     }
 }
 
@@ -49,7 +49,7 @@ void moveInChunks(qint64 total, Move move) {
 
 void copyToFile(data::BlobField& field, QFile& file) {
     const qint64 total = field.size();
-    requirePictureSize(total);
+    requirePictureSize(total, file);
     moveInChunks(total, [&](std::span<char> chunk) {
         field.getChunk(chunk);
         const auto length = static_cast<qint64>(chunk.size());
@@ -72,7 +72,7 @@ void writeFile(data::BlobField& field, const QString& fileName) {
 
 void copyToField(data::BlobField& field, QFile& file) {
     const qint64 total = file.size();
-    requirePictureSize(total);
+    requirePictureSize(total, file);
     if (total == 0) {
         return;
     }
@@ -90,39 +90,32 @@ void copyToField(data::BlobField& field, QFile& file) {
     });
 }
 
-template <class Transfer>
-bool describingFailure(QString& failure, Transfer transfer) {
+}  // namespace
+
+bool ReadFileToField(data::BlobField& field, const QString& fileName, QString& failure) {
     try {
-        transfer();
-    } catch (const data::Error& error) {
+        QFile file(fileName);
+        openFile(file, QIODevice::ReadOnly);
+        copyToField(field, file);
+    } catch (const FileError& error) {
         failure = error.description();
         return false;
     }
     return true;
 }
 
-}  // namespace
-
-bool ReadFileToField(data::BlobField& field, const QString& fileName, QString& failure) {
-    return describingFailure(failure, [&] {
-        QFile file(fileName);
-        openFile(file, QIODevice::ReadOnly);
-        copyToField(field, file);
-    });
-}
-
 bool WriteFieldToFile(data::BlobField& field, const QString& fileName, QString& failure,
                       bool* fileRefused) {
-    return describingFailure(failure, [&] {
-        try {
-            writeFile(field, fileName);
-        } catch (const FileError&) {
-            if (fileRefused != nullptr) {
-                *fileRefused = true;
-            }
-            throw;
+    try {
+        writeFile(field, fileName);
+    } catch (const data::Error& error) {
+        failure = error.description();
+        if (fileRefused != nullptr && dynamic_cast<const FileError*>(&error) != nullptr) {
+            *fileRefused = true;
         }
-    });
+        return false;
+    }
+    return true;
 }
 
 }  // namespace varo

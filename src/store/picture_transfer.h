@@ -14,8 +14,8 @@ inline constexpr qint64 PictureChunkLimit = 32767;
 
 /// Replaces the content of `field` by the bytes of the file, one chunk in memory at a time: first
 /// the bytes that fill no chunk, then the full chunks. An empty file leaves the field unchanged.
-/// Returns false with the description in `failure` when a step failed; the caller then undoes the
-/// row.
+/// Returns false with the description in `failure` when the file cannot be read; throws data::Error
+/// when the field takes no bytes. The caller then undoes the row.
 bool ReadFileToField(data::BlobField& field, const QString& fileName, QString& failure);
 
 /// Writes the bytes of `field` to the file in the same way, replacing what is there. Returns false

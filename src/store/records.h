@@ -13,6 +13,9 @@ struct clsFormulaDB {
     QString FormulaDBName;    ///< file name of the library
 };
 
+/// Where a formula's picture is.
+enum PictureType { PictureNone = 0, PictureStored = 2 };
+
 /// A formula of the listed folder.
 struct clsFormulaInfo {
     qint32 FormulaID = 0;
@@ -20,7 +23,7 @@ struct clsFormulaInfo {
     QString FormulaExpression;
     QString FormulaMemo;
     QString FormulaPicPath;  ///< picture file written out for display, "" when there is none
-    qint32 FormulaPicType = 0;
+    qint32 FormulaPicType = PictureNone;
     qint32 FormulaPID = 0;  ///< identifier of the folder, 0 for the library's top level
     QString NodeKey;        ///< key of the formula's list item
     QString Tag;            ///< free text

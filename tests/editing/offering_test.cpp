@@ -40,12 +40,12 @@ class Offering : public BeamDesk {
 
 TEST_F(Offering, TheTreeOffersByKindAndPositionOfTheNode) {
     const auto tree = [](const char* newFolder, const char* del, const char* up, const char* down,
-                         const char* rename) {
+                         const char* copy, const char* rename) {
         return QStringLiteral(
-                   "(FormulaDB) Line5 %1 %2 Line4 (LocateNode) Line1 %3 %4 Line2 (Copy) "
-                   "(Paste) Line3 %5")
+                   "(FormulaDB) Line5 %1 %2 Line4 (LocateNode) Line1 %3 %4 Line2 %5 "
+                   "(Paste) Line3 %6")
             .arg(QLatin1StringView(newFolder), QLatin1StringView(del), QLatin1StringView(up),
-                 QLatin1StringView(down), QLatin1StringView(rename));
+                 QLatin1StringView(down), QLatin1StringView(copy), QLatin1StringView(rename));
     };
     const auto both = QStringLiteral("新建公式夹 新建公式 ");
     const auto help = QStringLiteral("帮助");
@@ -54,15 +54,16 @@ TEST_F(Offering, TheTreeOffersByKindAndPositionOfTheNode) {
         QString entries;
         QString buttons;
     } const cases[] = {
-        {"库1", tree("NewFolder", "(Del)", "(MoveUp)", "(MoveDown)", "(Rename)"), both + help},
-        {"梁", tree("NewFolder", "Del", "(MoveUp)", "MoveDown", "Rename"),
-         both + QStringLiteral("删除 下移 帮助")},
-        {"柱", tree("NewFolder", "Del", "MoveUp", "MoveDown", "Rename"),
-         both + QStringLiteral("删除 上移 下移 帮助")},
-        {"板", tree("NewFolder", "Del", "MoveUp", "(MoveDown)", "Rename"),
-         both + QStringLiteral("删除 上移 帮助")},
-        {"管", tree("NewFolder", "Del", "(MoveUp)", "MoveDown", "Rename"),
-         both + QStringLiteral("删除 下移 帮助")},
+        {"库1", tree("NewFolder", "(Del)", "(MoveUp)", "(MoveDown)", "(Copy)", "(Rename)"),
+         both + help},
+        {"梁", tree("NewFolder", "Del", "(MoveUp)", "MoveDown", "Copy", "Rename"),
+         both + QStringLiteral("复制 删除 下移 帮助")},
+        {"柱", tree("NewFolder", "Del", "MoveUp", "MoveDown", "Copy", "Rename"),
+         both + QStringLiteral("复制 删除 上移 下移 帮助")},
+        {"板", tree("NewFolder", "Del", "MoveUp", "(MoveDown)", "Copy", "Rename"),
+         both + QStringLiteral("复制 删除 上移 帮助")},
+        {"管", tree("NewFolder", "Del", "(MoveUp)", "MoveDown", "Copy", "Rename"),
+         both + QStringLiteral("复制 删除 下移 帮助")},
     };
     for (const auto& each : cases) {
         const QString node = QString::fromUtf8(each.node);
@@ -77,12 +78,13 @@ TEST_F(Offering, TheTreeOffersByKindAndPositionOfTheNode) {
 }
 
 TEST_F(Offering, TheListOffersByPositionOfTheItem) {
-    const auto list = [](const char* del, const char* up, const char* down, const char* rename) {
+    const auto list = [](const char* del, const char* up, const char* down, const char* copy,
+                         const char* rename) {
         return QStringLiteral(
                    "NewFormula %1 Line4 (LocateFormula) (VarSource) Line1 %2 %3 Line2 "
-                   "(Copy) (Paste) Line3 %4")
+                   "%4 (Paste) Line3 %5")
             .arg(QLatin1StringView(del), QLatin1StringView(up), QLatin1StringView(down),
-                 QLatin1StringView(rename));
+                 QLatin1StringView(copy), QLatin1StringView(rename));
     };
     const auto both = QStringLiteral("新建公式夹 新建公式 ");
     struct {
@@ -91,14 +93,14 @@ TEST_F(Offering, TheListOffersByPositionOfTheItem) {
         QString entries;
         QString buttons;
     } const cases[] = {
-        {"梁", "弯曲", list("Del", "(MoveUp)", "MoveDown", "Rename"),
-         both + QStringLiteral("删除 下移 帮助")},
-        {"梁", "剪切", list("Del", "MoveUp", "MoveDown", "Rename"),
-         both + QStringLiteral("删除 上移 下移 帮助")},
-        {"梁", "扭转", list("Del", "MoveUp", "(MoveDown)", "Rename"),
-         both + QStringLiteral("删除 上移 帮助")},
-        {"简支", "挠度", list("Del", "(MoveUp)", "MoveDown", "Rename"),
-         both + QStringLiteral("删除 下移 帮助")},
+        {"梁", "弯曲", list("Del", "(MoveUp)", "MoveDown", "Copy", "Rename"),
+         both + QStringLiteral("复制 删除 下移 帮助")},
+        {"梁", "剪切", list("Del", "MoveUp", "MoveDown", "Copy", "Rename"),
+         both + QStringLiteral("复制 删除 上移 下移 帮助")},
+        {"梁", "扭转", list("Del", "MoveUp", "(MoveDown)", "Copy", "Rename"),
+         both + QStringLiteral("复制 删除 上移 帮助")},
+        {"简支", "挠度", list("Del", "(MoveUp)", "MoveDown", "Copy", "Rename"),
+         both + QStringLiteral("复制 删除 下移 帮助")},
     };
     for (const auto& each : cases) {
         desk.clickNode(QString::fromUtf8(each.node));
@@ -113,14 +115,14 @@ TEST_F(Offering, TheListOffersByPositionOfTheItem) {
     EXPECT_EQ(buttons(), both + QStringLiteral("帮助"));
     desk.clickFormula(QStringLiteral("挠度"));
     desk.clickEmptySpace(desk.list(), Qt::RightButton);
-    EXPECT_EQ(entries(), list("(Del)", "(MoveUp)", "(MoveDown)", "(Rename)"));
+    EXPECT_EQ(entries(), list("(Del)", "(MoveUp)", "(MoveDown)", "(Copy)", "(Rename)"));
     EXPECT_EQ(buttons(), both + QStringLiteral("帮助"));
     EXPECT_TRUE(desk.list().selectedKey().isEmpty());
     desk.clickNode(QStringLiteral("板"));
     desk.openMenu(desk.tree(), QStringLiteral("板"));
     desk.menu().close();
     desk.clickEmptySpace(desk.list(), Qt::RightButton);
-    EXPECT_EQ(entries(), list("(Del)", "(MoveUp)", "(MoveDown)", "(Rename)"));
+    EXPECT_EQ(entries(), list("(Del)", "(MoveUp)", "(MoveDown)", "(Copy)", "(Rename)"));
 }
 
 TEST_F(Offering, TheKeyForMenusSpeaksOfTheSelectedItem) {

@@ -82,19 +82,22 @@ class RandomUser {
 
     std::string button() {
         static const QString keys[] = {QStringLiteral("新建公式夹"), QStringLiteral("新建公式"),
-                                       QStringLiteral("删除"), QStringLiteral("上移"),
-                                       QStringLiteral("下移")};
-        const QString& key = keys[below(5)];
+                                       QStringLiteral("删除"),       QStringLiteral("上移"),
+                                       QStringLiteral("下移"),       QStringLiteral("复制"),
+                                       QStringLiteral("粘贴")};
+        const QString& key = keys[below(7)];
         return give([&] { desk_.clickEditButton(key); }, key.toStdString());
     }
 
     std::string key() {
         ui::NodeView& view = below(2) == 0 ? desk_.tree() : desk_.list();
-        const Qt::Key pressed = below(2) == 0 ? Qt::Key_F2 : Qt::Key_Delete;
+        static const QKeyCombination keys[] = {Qt::Key_F2, Qt::Key_Delete, Qt::CTRL | Qt::Key_C,
+                                               Qt::CTRL | Qt::Key_V};
+        const QKeyCombination pressed = keys[below(4)];
         view.setFocus();
         return give(
             [&] {
-                QTest::keyClick(&view, pressed);
+                QTest::keyClick(&view, pressed.key(), pressed.keyboardModifiers());
                 settle();
             },
             "key");

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "control/folder_tree.h"
+#include "control/state.h"
+
+#include <QModelIndex>
+
+namespace varo {
+
+/// Puts a folder node, all nodes below it and their formulas with pictures into the clipboard, as
+/// they are now. Returns false when the library cannot be read; the clipboard is then empty.
+bool captureFolders(const QModelIndex& folder, ControlState& state, Questions& questions);
+
+/// What pasteFolders() has put into a library.
+struct PastedFolders {
+    FolderRows rows;        ///< the new folders, each behind the one that it is in
+    bool complete = false;  ///< nothing is missing
+};
+
+/// Puts a copy of the clipboard's folders, with or without those in the first one, and of their
+/// formulas behind the folders in `target` (0: the top level) of the current library. New folders
+/// may stand `levels` deep at most. What was done before a step that fails stays done, unless the
+/// library takes nothing at all. What there is to tell of pictures waits in `messages`.
+PastedFolders pasteFolders(qint32 target, bool withSubfolders, int levels, ControlState& state,
+                           Questions& messages);
+
+}  // namespace varo
