@@ -38,6 +38,36 @@ void makeFormulas(const QString& path, int count) {
     transaction.commit();
 }
 
+FolderRow subtreeFolder(int id) {
+    return {QStringLiteral("公式夹第%1号").arg(id), id == 1 ? 0 : (id - 2) / 8 + 1, id};
+}
+
+FormulaRow subtreeFormula(int folder, int number) {
+    return {QStringLiteral("公式%1之%2").arg(folder).arg(number),
+            QStringLiteral("q*L^4/(8*E*I)+%1").arg(number),
+            QStringLiteral("q 均布载荷 (N/mm)；L 跨度 (mm)；E 弹性模量 (MPa)；I 惯性矩 (mm⁴)")};
+}
+
+void makeSubtree(const QString& path, int folders, int formulasEach) {
+    createEmptyLibrary(path);
+    data::Connection connection;
+    connection.open(path);
+    data::Transaction transaction(connection);
+    for (int id = 1; id <= folders; ++id) {
+        const FolderRow folder = subtreeFolder(id);
+        connection.execute(QStringLiteral("insert into Tree(ID,Name,PID,OrderID) values(?,?,?,?)"),
+                           {id, folder.name, folder.parent, folder.order});
+        for (int number = 1; number <= formulasEach; ++number) {
+            const FormulaRow formula = subtreeFormula(id, number);
+            connection.execute(
+                QStringLiteral("insert into Formula(Name,Formula,Memo,PicType,PID,OrderID) "
+                               "values(?,?,?,0,?,?)"),
+                {formula.name, formula.expression, formula.memo, id, number});
+        }
+    }
+    transaction.commit();
+}
+
 void makeValues(const QString& path, int rows, int perFormula) {
     createEmptyLibrary(path);
     data::Connection connection;

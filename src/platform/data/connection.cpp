@@ -20,6 +20,7 @@ struct ConnectionState {
 
     void close() noexcept {
         if (file != nullptr) {
+            statements.clear();
             file->releaseUsers();
             file.reset();
         }
@@ -44,6 +45,7 @@ struct ConnectionState {
 
     QString path;
     std::unique_ptr<DatabaseFile> file;
+    StatementCache statements;
     std::shared_ptr<Replacements> replacements = std::make_shared<Replacements>();
     int depth = 0;
 };
@@ -99,7 +101,7 @@ QString Connection::path() const {
 
 qint64 Connection::execute(const QString& statement, const Arguments& arguments) {
     sqlite3* database = opened(state_).writableHandle();
-    run(database, statement, arguments);
+    state_->statements.run(database, statement, arguments);
     return sqlite3_changes64(database);
 }
 
@@ -130,8 +132,8 @@ Transaction::Transaction(Connection& connection) : state_(connection.state_) {
     sqlite3* database = opened(state_).writableHandle();
     const int depth = state_->depth + 1;
     // The write lock is taken at once: a wait for it in the middle could end in a deadlock.
-    run(database, depth == 1 ? QStringLiteral("BEGIN IMMEDIATE")
-                             : QStringLiteral("SAVEPOINT ") + savepoint(depth));
+    state_->statements.run(database, depth == 1 ? QStringLiteral("BEGIN IMMEDIATE")
+                                                : QStringLiteral("SAVEPOINT ") + savepoint(depth));
     if (depth == 1) {
         state_->replacements->incomplete.clear();
     }
@@ -155,8 +157,9 @@ void Transaction::commit() {
         if (depth_ == 1 && !state_->replacements->incomplete.empty()) {
             throw Error(QStringLiteral("the bytes of a field have not all arrived"));
         }
-        run(state_->writableHandle(), depth_ == 1 ? QStringLiteral("COMMIT")
-                                                  : QStringLiteral("RELEASE ") + savepoint(depth_));
+        state_->statements.run(state_->writableHandle(),
+                               depth_ == 1 ? QStringLiteral("COMMIT")
+                                           : QStringLiteral("RELEASE ") + savepoint(depth_));
     } catch (const Error&) {
         undo();
         throw;

@@ -36,6 +36,9 @@ class Binder {
     int position_;
 };
 
+/// More texts than the operations of the component have.
+constexpr std::size_t MostIdleStatements = 64;
+
 void bind(sqlite3_stmt* statement, const Arguments& arguments) {
     if (sqlite3_bind_parameter_count(statement) != static_cast<int>(arguments.size())) {
         throw Error(QStringLiteral("the statement takes another number of values"));
@@ -91,6 +94,26 @@ void run(sqlite3* database, const QString& text, const Arguments& arguments) {
     const StatementHandle statement = prepare(database, text, arguments);
     while (step(statement.get())) {
     }
+}
+
+void StatementCache::run(sqlite3* database, const QString& text, const Arguments& arguments) {
+    StatementHandle statement;
+    // Taken out while it runs: one that fails is not used again.
+    if (const auto known = idle_.find(text); known != idle_.end()) {
+        statement = std::move(known->second);
+        idle_.erase(known);
+        bind(statement.get(), arguments);
+    } else {
+        statement = prepare(database, text, arguments);
+    }
+    while (step(statement.get())) {
+    }
+    sqlite3_reset(statement.get());
+    sqlite3_clear_bindings(statement.get());
+    if (idle_.size() == MostIdleStatements) {
+        idle_.clear();
+    }
+    idle_.emplace(text, std::move(statement));
 }
 
 QString quoted(const QString& name) {

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <sqlite3.h>
+#include <unordered_map>
 
 namespace varo::data {
 
@@ -27,6 +28,19 @@ bool step(sqlite3_stmt* statement);
 
 /// Runs a statement to its end. Throws Error.
 void run(sqlite3* database, const QString& text, const Arguments& arguments = {});
+
+/// Statements of one open file that have been run, compiled once and kept for the next time. To be
+/// emptied before the file's handle closes.
+class StatementCache {
+  public:
+    /// Runs a statement to its end, with other values or for the first time. Throws Error.
+    void run(sqlite3* database, const QString& text, const Arguments& arguments = {});
+
+    void clear() noexcept { idle_.clear(); }
+
+  private:
+    std::unordered_map<QString, StatementHandle> idle_;  ///< by their texts
+};
 
 /// `name` as an identifier in a statement.
 QString quoted(const QString& name);
