@@ -81,7 +81,7 @@ bool FormulaList::ShowFolderFormulas(qint32 folderID) {
             }
         });
     rs.close();
-    FormulaReader reader(state_, listedPictureFile);
+    FormulaReader reader(state_, listedPictureFile, messages_);
     const bool read = propertiesRead && reader.read(folderID, state_.listedFormulas);
     std::vector<ui::FormulaImage> images;
     for (const clsFormulaInfo& formula : state_.listedFormulas) {
@@ -91,9 +91,8 @@ bool FormulaList::ShowFolderFormulas(qint32 folderID) {
     }
     model_.endReplace(std::move(images));
     if (!propertiesRead) {
-        questions_.inform(QStringLiteral("无法读取“属性”信息！"));
+        messages_.inform(QStringLiteral("无法读取“属性”信息！"));
     }
-    reader.showMessages(questions_);
     return read;
 }
 
@@ -109,14 +108,15 @@ void FormulaList::SelFormula(const QString& TheKey) {
     form_.lvFormula->selectItem(item);
     form_.lvFormula->scrollTo(item);
     pane_.ClearFormulaPanel();
-    const clsFormulaInfo& formula = state_.listedFormulas.Item(TheKey);
-    pane_.showDescription(formula);
-    pane_.SetPanelState(FormulaPane::FormulaSelected);
-    pane_.showExpression(formula);
     state_.currentItemKey = TheKey;
     state_.currentFormulaKey = TheKey;
     state_.formulaSelected = true;
     setCommandState(CommandState::FormulaSelected);
+    const clsFormulaInfo& formula = state_.listedFormulas.Item(TheKey);
+    pane_.showDescription(formula);
+    pane_.SetPanelState(FormulaPane::FormulaSelected);
+    // Last: calculating asks the host, who may turn to something else.
+    pane_.showExpression(formula);
 }
 
 void FormulaList::setCommandState(CommandState state) {
@@ -141,7 +141,7 @@ void FormulaList::SetSelectionState(int state) {
 }
 
 void FormulaList::clickFormula(const QModelIndex& index) {
-    SelFormula(index.data(ui::NodeView::KeyRole).toString());
+    SelFormula(ui::NodeView::keyOf(index));
 }
 
 void FormulaList::clickEmptySpace() {

@@ -4,6 +4,7 @@
 #include "control/formula_list_model.h"
 #include "control/state.h"
 #include "formula/formula_pane.h"
+#include "platform/held_messages.h"
 
 #include <QObject>
 
@@ -19,8 +20,12 @@ class FormulaList : public QObject {
 
     /// Lists the formulas directly under a folder of the current library (0: its top level) and
     /// writes their stored pictures to files. Returns false when reading fails; the caller tells
-    /// the user.
+    /// the user. What there is to tell of properties and pictures waits for showMessages().
     bool ShowFolderFormulas(qint32 folderID);
+
+    /// Tells what the last listing had to tell. The host may turn the control to something else
+    /// meanwhile: nothing that was known before holds afterwards.
+    void showMessages() { messages_.show(questions_); }
 
     /// Empties the list with its records.
     void clear();
@@ -80,6 +85,7 @@ class FormulaList : public QObject {
     ControlState& state_;
     Questions& questions_;
     FormulaPane& pane_;
+    HeldMessages messages_;
     FormulaListModel model_;
 };
 

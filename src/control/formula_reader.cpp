@@ -5,8 +5,8 @@
 
 namespace varo {
 
-FormulaReader::FormulaReader(ControlState& state, PictureFile pictureFile)
-    : state_(state), pictureFile_(pictureFile) {}
+FormulaReader::FormulaReader(ControlState& state, PictureFile pictureFile, HeldMessages& messages)
+    : state_(state), pictureFile_(pictureFile), dbFuncs_(messages) {}
 
 bool FormulaReader::read(qint32 folderID, colFormulaInfo& formulas) {
     data::Recordset rs;

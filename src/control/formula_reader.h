@@ -11,8 +11,9 @@ class FormulaReader {
     /// Names the file for the picture of a formula, in the work folder.
     using PictureFile = QString (*)(const ControlState& state, qint32 formulaID);
 
-    /// `state` must outlive this.
-    FormulaReader(ControlState& state, PictureFile pictureFile);
+    /// `messages` is told why formulas are left without their pictures; what it shows must wait
+    /// until nothing is open any more. Everything handed in must outlive this.
+    FormulaReader(ControlState& state, PictureFile pictureFile, HeldMessages& messages);
 
     /// Appends the formulas directly under a folder (0: the library's top level), in order, to
     /// `formulas`. An identifier that a damaged table repeats is read once. A picture that cannot
@@ -20,17 +21,12 @@ class FormulaReader {
     /// what was read before stays.
     bool read(qint32 folderID, colFormulaInfo& formulas);
 
-    /// Tells why formulas have been left without their pictures, which waits until nothing is open
-    /// any more.
-    void showMessages(Questions& questions) { messages_.show(questions); }
-
   private:
     QString extractPicture(qint32 formulaID, qint32 pictureType);
 
     ControlState& state_;
     PictureFile pictureFile_;
-    HeldMessages messages_;
-    clsDBFuncs dbFuncs_{messages_};
+    clsDBFuncs dbFuncs_;
     bool filesRefused_ = false;  ///< the work folder takes no file, and so no other one
 };
 

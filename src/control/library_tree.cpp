@@ -21,9 +21,8 @@ constexpr auto Located =
 LibraryTree::LibraryTree(Form& form, ControlState& state, Questions& questions, FormulaList& list)
     : form_(form), state_(state), questions_(questions), list_(list) {
     form.tvFolder->setModel(&model_);
-    connect(form.tvFolder, &ui::NodeView::nodeClicked, this, [this](const QModelIndex& index) {
-        selectNode(index.data(ui::NodeView::KeyRole).toString());
-    });
+    connect(form.tvFolder, &ui::NodeView::nodeClicked, this,
+            [this](const QModelIndex& index) { selectNode(ui::NodeView::keyOf(index)); });
     connect(form.tvFolder, &ui::NodeView::nodeExpanded, form.tvFolder, &ui::NodeView::selectItem);
     connect(form.tvFolder, &ui::NodeView::nodeExpanded, form.tvFolder,
             [this] { form_.tvFolder->resizeColumnToContents(0); });
@@ -140,7 +139,7 @@ void LibraryTree::selectFirstNode() {
     const QModelIndex first = model_.index(0, 0);
     if (first.isValid()) {
         form_.tvFolder->scrollTo(first);
-        selectNode(first.data(ui::NodeView::KeyRole).toString());
+        selectNode(ui::NodeView::keyOf(first));
     }
 }
 
@@ -156,6 +155,7 @@ bool LibraryTree::selectNode(const QString& key) {
     const QString text = model_.tree().text(FolderTreeModel::nodeOf(node));
     const auto failed = [this](const QString& message) {
         list_.showNothing();
+        list_.showMessages();
         questions_.inform(message);
         return false;
     };
@@ -177,12 +177,14 @@ bool LibraryTree::selectNode(const QString& key) {
         list_.SelFormula(list_.firstKey());
     }
     makeSelectedCurrent();
-    return true;
+    list_.showMessages();
+    return state_.listedNodeKey == key;
 }
 
 bool LibraryTree::showSelectedNode() {
     const QString selected = form_.tvFolder->selectedKey();
-    const bool listed = selected == state_.listedNodeKey && state_.listsCurrentLibrary();
+    const bool listed = selected == state_.listedNodeKey && isOfCurrentLibrary(selected) &&
+                        state_.listsCurrentLibrary();
     return !selected.isEmpty() && (listed || selectNode(selected));
 }
 
@@ -198,7 +200,7 @@ void LibraryTree::makeSelectedCurrent() {
     if (!selected.isValid()) {
         return;
     }
-    state_.currentItemKey = selected.data(ui::NodeView::KeyRole).toString();
+    state_.currentItemKey = ui::NodeView::keyOf(selected);
     list_.setCommandState(selected.parent().isValid() ? CommandState::FolderSelected
                                                       : CommandState::LibrarySelected);
 }
@@ -223,7 +225,7 @@ QString LibraryTree::appendFolder(const QString& parentKey, qint32 id, const QSt
     model_.addFolders(added, std::move(below));
     form_.tvFolder->scrollTo(added);
     form_.tvFolder->resizeColumnToContents(0);
-    return added.data(ui::NodeView::KeyRole).toString();
+    return ui::NodeView::keyOf(added);
 }
 
 void LibraryTree::removeFolder(const QString& key) {
@@ -247,7 +249,7 @@ void LibraryTree::collectExpanded(const QModelIndex& parent, QStringList& keys) 
     if (!form_.tvFolder->isExpanded(parent)) {
         return;
     }
-    keys.append(parent.data(ui::NodeView::KeyRole).toString());
+    keys.append(ui::NodeView::keyOf(parent));
     for (int row = 0; row < model_.rowCount(parent); ++row) {
         collectExpanded(model_.index(row, 0, parent), keys);
     }

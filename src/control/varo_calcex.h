@@ -14,7 +14,8 @@ class ValuePicker;
 /// configuration folder, starts the control with RunCalc, and may then select nodes and formulas,
 /// ask for a locate, and answer GetPropValue; results that the user passes on arrive at the host's
 /// window as the registered message "WM_CALCMSG" (see ui::RegisteredMessage). Everything runs on
-/// the user-interface thread. No method throws; what fails is told to the user.
+/// the user-interface thread. No method throws; what fails is told to the user. The control must
+/// not be destroyed while one of its messages or questions is open.
 class Varo_CalcEx : public QWidget {
     Q_OBJECT
 

@@ -142,6 +142,23 @@ void EditActions::fillToolBar() {
     }
 }
 
+QList<QKeySequence> EditActions::shortcuts() const {
+    QList<QKeySequence> keys;
+    for (const auto& [command, action] : actions_) {
+        keys += action->shortcuts();
+    }
+    return keys;
+}
+
+void EditActions::trigger(const QKeySequence& key) {
+    for (const auto& [command, action] : actions_) {
+        if (action->shortcuts().contains(key)) {
+            action->trigger();
+            return;
+        }
+    }
+}
+
 void EditActions::connectCommand(EditCommand command, std::function<void()> run) {
     action(command).setProperty("runs", true);
     connect(&action(command), &QAction::triggered, this, std::move(run));

@@ -45,6 +45,12 @@ class EditActions : public QObject {
     /// button; the buttons are named by their captions.
     QAction& action(EditCommand command) const { return *actions_.at(command); }
 
+    /// The keys that give commands in tree and list.
+    QList<QKeySequence> shortcuts() const;
+
+    /// Gives the command of a key, if it is offered.
+    void trigger(const QKeySequence& key);
+
     /// `run` is called when the user gives the command; the menu is closed by then.
     void connectCommand(EditCommand command, std::function<void()> run);
 

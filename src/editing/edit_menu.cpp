@@ -19,24 +19,19 @@ EditMenu::EditMenu(Form& form, ControlState& state, EditActions& actions, Librar
       list_(list),
       menu_(form.PicControl) {
     menu_.setObjectName(QStringLiteral("PopTreeMnu"));
-    QList<QKeySequence> keys;
-    for (const EditCommand command :
-         {EditCommand::Delete, EditCommand::Rename, EditCommand::Copy, EditCommand::Paste}) {
-        keys += actions.action(command).shortcuts();
-    }
     for (ui::NodeView* view : {form.tvFolder, form.lvFormula}) {
-        view->setCommandKeys(keys);
+        view->setCommandKeys(actions.shortcuts());
     }
     connect(form.tvFolder, &ui::NodeView::menuRequested, this, &EditMenu::openOnTree);
     connect(form.lvFormula, &ui::NodeView::menuRequested, this, &EditMenu::openOnList);
     connect(form.tvFolder, &ui::NodeView::commandKeyPressed, this, [this](const QKeySequence& key) {
         tree_.makeSelectedCurrent();
-        runKey(key);
+        actions_.trigger(key);
     });
     connect(form.lvFormula, &ui::NodeView::commandKeyPressed, this,
             [this](const QKeySequence& key) {
                 list_.makeSelectedCurrent();
-                runKey(key);
+                actions_.trigger(key);
             });
 }
 
@@ -50,7 +45,7 @@ void EditMenu::openOnTree(const QModelIndex& index, const QPoint& position) {
     } else {
         // What the menu speaks of is what is selected, and so what is shown.
         if (index.isValid() && index != form_.tvFolder->selectedIndex()) {
-            tree_.selectNode(index.data(ui::NodeView::KeyRole).toString());
+            tree_.selectNode(ui::NodeView::keyOf(index));
         }
         tree_.makeSelectedCurrent();
     }
@@ -59,7 +54,7 @@ void EditMenu::openOnTree(const QModelIndex& index, const QPoint& position) {
 
 void EditMenu::openOnList(const QModelIndex& index, const QPoint& position) {
     if (index.isValid() && index != form_.lvFormula->selectedIndex()) {
-        list_.SelFormula(index.data(ui::NodeView::KeyRole).toString());
+        list_.SelFormula(ui::NodeView::keyOf(index));
     }
     list_.makeSelectedCurrent();
     open(List, position);
@@ -96,15 +91,6 @@ void EditMenu::open(Place place, const QPoint& position) {
         }
     }
     menu_.popup(position);
-}
-
-void EditMenu::runKey(const QKeySequence& key) {
-    for (const EditCommand command :
-         {EditCommand::Delete, EditCommand::Rename, EditCommand::Copy, EditCommand::Paste}) {
-        if (actions_.action(command).shortcuts().contains(key)) {
-            actions_.action(command).trigger();
-        }
-    }
 }
 
 }  // namespace varo

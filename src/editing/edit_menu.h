@@ -23,7 +23,6 @@ class EditMenu : public QObject {
     void openOnTree(const QModelIndex& index, const QPoint& position);
     void openOnList(const QModelIndex& index, const QPoint& position);
     void open(Place place, const QPoint& position);
-    void runKey(const QKeySequence& key);
 
     Form& form_;
     ControlState& state_;

@@ -15,10 +15,6 @@ namespace varo {
 
 namespace {
 
-QString keyOf(const QModelIndex& index) {
-    return index.data(ui::NodeView::KeyRole).toString();
-}
-
 /// Identifiers of a folder and all below it, each behind those below it.
 std::vector<qint32> subtree(const QModelIndex& folder) {
     std::vector<qint32> ids;
@@ -26,7 +22,7 @@ std::vector<qint32> subtree(const QModelIndex& folder) {
     while (!open.empty()) {
         const QModelIndex next = open.back();
         open.pop_back();
-        ids.push_back(folderIdOf(keyOf(next)));
+        ids.push_back(folderIdOf(ui::NodeView::keyOf(next)));
         for (int row = 0; row < next.model()->rowCount(next); ++row) {
             open.push_back(next.model()->index(row, 0, next));
         }
@@ -78,11 +74,14 @@ bool FolderCommands::copyFolder() {
         return true;
     }
     const QModelIndex selected = form_.tvFolder->selectedIndex();
-    if (!isFolderKey(keyOf(selected)) || !captureFolders(selected, state_, questions_)) {
-        questions_.inform(QStringLiteral("无法读取节点信息，不能进行复制操作！"));
-        return false;
+    HeldMessages messages;
+    const bool copied =
+        isFolderKey(ui::NodeView::keyOf(selected)) && captureFolders(selected, state_, messages);
+    if (!copied) {
+        messages.inform(QStringLiteral("无法读取节点信息，不能进行复制操作！"));
     }
-    return true;
+    messages.show(questions_);
+    return copied;
 }
 
 bool FolderCommands::pasteFolders() {
@@ -99,14 +98,15 @@ bool FolderCommands::pasteFolders() {
     }
     HeldMessages messages;
     const bool complete = pasteBelow(target, withSubfolders, messages);
-    messages.show(questions_);
     if (!complete) {
-        questions_.inform(QStringLiteral("粘贴公式夹失败！"));
+        messages.inform(QStringLiteral("粘贴公式夹失败！"));
     }
+    messages.show(questions_);
     return complete;
 }
 
-bool FolderCommands::pasteBelow(const QString& target, bool withSubfolders, Questions& messages) {
+bool FolderCommands::pasteBelow(const QString& target, bool withSubfolders,
+                                HeldMessages& messages) {
     const ui::clsWaitCursor waiting;
     PastedFolders pasted = varo::pasteFolders(folderIdOf(target), withSubfolders,
                                               tree_.levelsBelow(target), state_, messages);
@@ -128,35 +128,21 @@ void FolderCommands::renameFolder() {
         return;
     }
     const QModelIndex selected = form_.tvFolder->selectedIndex();
-    if (isFolderKey(keyOf(selected))) {
+    if (isFolderKey(ui::NodeView::keyOf(selected))) {
         form_.tvFolder->setFocus();
         form_.tvFolder->edit(selected);
     }
 }
 
 bool FolderCommands::storeName(const QString& key, const QString& name) {
-    const NameRules& rules = folderNameRules();
-    QString refused = refusal(rules, name);
-    if (refused.isEmpty() &&
-        !(tree_.isOfCurrentLibrary(key) &&
-          state_.dbFuncs.RenameFolder(folderIdOf(key), name, state_.connection))) {
-        refused = rules.notStored;
-    }
-    if (refused.isEmpty()) {
-        if (state_.folders.contains(key)) {
+    return storeLabel(*form_.tvFolder, questions_, folderNameRules(), name, [&] {
+        const bool stored = tree_.isOfCurrentLibrary(key) &&
+                            state_.dbFuncs.RenameFolder(folderIdOf(key), name, state_.connection);
+        if (stored && state_.folders.contains(key)) {
             state_.folders.Item(key).NodeName = name;
         }
-        return true;
-    }
-    // Behind the end of the editing: a message opened from within it would end it a second time.
-    QMetaObject::invokeMethod(
-        this,
-        [this, refused] {
-            questions_.inform(refused);
-            form_.tvFolder->setFocus();
-        },
-        Qt::QueuedConnection);
-    return false;
+        return stored;
+    });
 }
 
 bool FolderCommands::deleteFolder() {
@@ -164,11 +150,11 @@ bool FolderCommands::deleteFolder() {
         return true;
     }
     const QModelIndex selected = form_.tvFolder->selectedIndex();
-    const QString key = keyOf(selected);
+    const QString key = ui::NodeView::keyOf(selected);
     if (!isFolderKey(key)) {
         return true;
     }
-    const QString parentKey = keyOf(selected.parent());
+    const QString parentKey = ui::NodeView::keyOf(selected.parent());
     const QString rootKey = libraryKeyOf(key);
     const QString name = selected.data(Qt::EditRole).toString();
     // The host may have turned to something else while the user was asked.
@@ -196,6 +182,7 @@ bool FolderCommands::deleteFolder() {
 }
 
 FolderCommands::Deletion FolderCommands::deleteFromLibrary(const std::vector<qint32>& folders) {
+    const ui::clsWaitCursor waiting;
     Deletion deletion;
     try {
         data::Transaction transaction(state_.connection);
@@ -250,18 +237,19 @@ bool FolderCommands::moveFolder(MoveDirection direction) {
     }
     const QModelIndex selected = form_.tvFolder->selectedIndex();
     const QModelIndex neighbour = selected.sibling(selected.row() + stepOf(direction), 0);
-    const QString key = keyOf(selected);
+    const QString key = ui::NodeView::keyOf(selected);
     if (!isFolderKey(key) || !neighbour.isValid()) {
         return true;
     }
-    const QString parentKey = keyOf(selected.parent());
+    const QString parentKey = ui::NodeView::keyOf(selected.parent());
     FolderRows rows;
     bool exchanged = false;
     bool read = false;
     try {
         // In one piece with the exchange, so that a tree that cannot be read again is still true.
         data::Transaction transaction(state_.connection);
-        exchanged = state_.dbFuncs.ExchangeOrderID(folderIdOf(key), folderIdOf(keyOf(neighbour)),
+        exchanged = state_.dbFuncs.ExchangeOrderID(folderIdOf(key),
+                                                   folderIdOf(ui::NodeView::keyOf(neighbour)),
                                                    QStringLiteral("Tree"), state_.connection);
         read = exchanged && tree_.readFolders(rows);
         if (read) {

@@ -2,6 +2,7 @@
 
 #include "control/library_tree.h"
 #include "editing/move_direction.h"
+#include "platform/held_messages.h"
 
 #include <QObject>
 
@@ -49,7 +50,7 @@ class FolderCommands : public QObject {
     };
 
     bool storeName(const QString& key, const QString& name);
-    bool pasteBelow(const QString& target, bool withSubfolders, Questions& messages);
+    bool pasteBelow(const QString& target, bool withSubfolders, HeldMessages& messages);
     Deletion deleteFromLibrary(const std::vector<qint32>& folders);
     /// Adds the folder to `gone` once its row is.
     bool deleteOne(qint32 folder, QList<qint32>& gone);

@@ -18,7 +18,7 @@ namespace {
 /// Puts the clipboard's folders into a library, in their order.
 class FolderPaste {
   public:
-    FolderPaste(qint32 target, int levels, ControlState& state, Questions& messages)
+    FolderPaste(qint32 target, int levels, ControlState& state, HeldMessages& messages)
         : state_(state), dbFuncs_(messages), target_(target), levels_(levels) {}
 
     bool paste(const clsFormulaInfo& folder);
@@ -79,19 +79,15 @@ bool FolderPaste::pasteFormula(const clsFormulaInfo& formula, qint32 folder) {
             dbFuncs_.InserFieldFromFile(formula.FormulaPicPath, id, state_.connection));
 }
 
-QString keyOf(const QModelIndex& index) {
-    return index.data(ui::NodeView::KeyRole).toString();
-}
-
 /// Captures folder by folder, each before those in it, these in their order.
 bool capture(const QModelIndex& folder, ControlState& state, FormulaReader& reader) {
     std::vector<QModelIndex> open{folder};
     while (!open.empty()) {
         const QModelIndex next = open.back();
         open.pop_back();
-        const qint32 id = folderIdOf(keyOf(next));
+        const qint32 id = folderIdOf(ui::NodeView::keyOf(next));
         state.clipboard.folders.Add(id, next.data(Qt::EditRole).toString(), {}, {}, {}, PictureNone,
-                                    folderIdOf(keyOf(next.parent())), {});
+                                    folderIdOf(ui::NodeView::keyOf(next.parent())), {});
         if (!reader.read(id, state.clipboard.formulas)) {
             return false;
         }
@@ -104,11 +100,11 @@ bool capture(const QModelIndex& folder, ControlState& state, FormulaReader& read
 
 }  // namespace
 
-bool captureFolders(const QModelIndex& folder, ControlState& state, Questions& questions) {
+bool captureFolders(const QModelIndex& folder, ControlState& state, HeldMessages& messages) {
     state.clipboard.clear();
-    state.clipboard.key = keyOf(folder);
+    state.clipboard.key = ui::NodeView::keyOf(folder);
     state.clipboard.kind = Clipboard::Folders;
-    FormulaReader reader(state, copiedPictureFile);
+    FormulaReader reader(state, copiedPictureFile, messages);
     bool captured = false;
     const bool read = attempt([&] {
         const data::ReadSnapshot snapshot(state.connection);
@@ -117,12 +113,11 @@ bool captureFolders(const QModelIndex& folder, ControlState& state, Questions& q
     if (!read || !captured) {
         state.clipboard.clear();
     }
-    reader.showMessages(questions);
     return read && captured;
 }
 
 PastedFolders pasteFolders(qint32 target, bool withSubfolders, int levels, ControlState& state,
-                           Questions& messages) {
+                           HeldMessages& messages) {
     FolderPaste paste(target, levels, state, messages);
     bool complete = true;
     const bool stored = attempt([&] {

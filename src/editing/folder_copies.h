@@ -2,14 +2,16 @@
 
 #include "control/folder_tree.h"
 #include "control/state.h"
+#include "platform/held_messages.h"
 
 #include <QModelIndex>
 
 namespace varo {
 
 /// Puts a folder node, all nodes below it and their formulas with pictures into the clipboard, as
-/// they are now. Returns false when the library cannot be read; the clipboard is then empty.
-bool captureFolders(const QModelIndex& folder, ControlState& state, Questions& questions);
+/// they are now. Returns false when the library cannot be read; the clipboard is then empty. What
+/// there is to tell of pictures waits in `messages`.
+bool captureFolders(const QModelIndex& folder, ControlState& state, HeldMessages& messages);
 
 /// What pasteFolders() has put into a library.
 struct PastedFolders {
@@ -22,6 +24,6 @@ struct PastedFolders {
 /// may stand `levels` deep at most. What was done before a step that fails stays done, unless the
 /// library takes nothing at all. What there is to tell of pictures waits in `messages`.
 PastedFolders pasteFolders(qint32 target, bool withSubfolders, int levels, ControlState& state,
-                           Questions& messages);
+                           HeldMessages& messages);
 
 }  // namespace varo

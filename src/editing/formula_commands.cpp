@@ -82,18 +82,18 @@ bool FormulaCommands::pasteFormula() {
     if (paste.stored) {
         list_.SelFormula(list_.appendFormula(pasted));
     }
-    messages.show(questions_);
     if (!paste.stored) {
-        questions_.inform(QStringLiteral("粘贴公式失败！"));
+        messages.inform(QStringLiteral("粘贴公式失败！"));
     } else if (!paste.withPicture) {
-        questions_.inform(QStringLiteral("粘贴公式的图形文件失败！"));
+        messages.inform(QStringLiteral("粘贴公式的图形文件失败！"));
     }
+    messages.show(questions_);
     return paste.stored && paste.withPicture;
 }
 
 /// Puts the formula and its picture into the library; it then has the identifier and the picture
 /// file of the new one.
-FormulaCommands::Paste FormulaCommands::storeCopy(clsFormulaInfo& formula, Questions& messages) {
+FormulaCommands::Paste FormulaCommands::storeCopy(clsFormulaInfo& formula, HeldMessages& messages) {
     clsDBFuncs dbFuncs(messages);
     const QString picture = std::exchange(formula.FormulaPicPath, {});
     const bool hasPicture = QFileInfo(picture).isFile();
@@ -126,26 +126,14 @@ void FormulaCommands::renameFormula() {
 }
 
 bool FormulaCommands::storeName(const QString& key, const QString& name) {
-    const NameRules& rules = formulaNameRules();
-    QString refused = refusal(rules, name);
-    if (refused.isEmpty() &&
-        !(state_.listsCurrentLibrary() &&
-          state_.dbFuncs.RenameFormula(formulaIdOf(key), name, state_.connection))) {
-        refused = rules.notStored;
-    }
-    if (refused.isEmpty()) {
-        state_.listedFormulas.Item(key).FormulaName = name;
-        return true;
-    }
-    // Behind the end of the editing: a message opened from within it would end it a second time.
-    QMetaObject::invokeMethod(
-        this,
-        [this, refused] {
-            questions_.inform(refused);
-            form_.lvFormula->setFocus();
-        },
-        Qt::QueuedConnection);
-    return false;
+    return storeLabel(*form_.lvFormula, questions_, formulaNameRules(), name, [&] {
+        const bool stored = state_.listsCurrentLibrary() &&
+                            state_.dbFuncs.RenameFormula(formulaIdOf(key), name, state_.connection);
+        if (stored) {
+            state_.listedFormulas.Item(key).FormulaName = name;
+        }
+        return stored;
+    });
 }
 
 bool FormulaCommands::deleteFormula() {
@@ -193,20 +181,24 @@ bool FormulaCommands::moveFormula(MoveDirection direction) {
     if (key.isEmpty() || !neighbour.isValid()) {
         return true;
     }
+    const QString node = form_.tvFolder->selectedIndex().data(Qt::EditRole).toString();
     const clsFormulaInfo& other = state_.listedFormulas.Item(neighbour.row() + 1);
     if (!state_.dbFuncs.ExchangeOrderID(formulaIdOf(key), other.FormulaID,
                                         QStringLiteral("Formula"), state_.connection)) {
         questions_.inform(QStringLiteral("移动公式失败！"));
         return false;
     }
-    if (!list_.ShowFolderFormulas(folderIdOf(state_.listedNodeKey))) {
-        const QString node = form_.tvFolder->selectedIndex().data(Qt::EditRole).toString();
+    const bool listed = list_.ShowFolderFormulas(folderIdOf(state_.listedNodeKey));
+    if (listed) {
+        list_.SelFormula(key);
+    } else {
         list_.showNothing();
-        questions_.inform(QStringLiteral("无法显示节点“%1”下所有的公式！").arg(node));
-        return false;
     }
-    list_.SelFormula(key);
-    return true;
+    list_.showMessages();
+    if (!listed) {
+        questions_.inform(QStringLiteral("无法显示节点“%1”下所有的公式！").arg(node));
+    }
+    return listed;
 }
 
 }  // namespace varo

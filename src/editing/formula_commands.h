@@ -2,6 +2,7 @@
 
 #include "control/library_tree.h"
 #include "editing/move_direction.h"
+#include "platform/held_messages.h"
 
 #include <QObject>
 
@@ -46,7 +47,7 @@ class FormulaCommands : public QObject {
     };
 
     QString selectedFormula();
-    Paste storeCopy(clsFormulaInfo& formula, Questions& messages);
+    Paste storeCopy(clsFormulaInfo& formula, HeldMessages& messages);
     bool storeName(const QString& key, const QString& name);
     void showFirst();
 

@@ -16,11 +16,36 @@ const NameRules& formulaNameRules() {
     return rules;
 }
 
+namespace {
+
+/// Why a name is refused; "" when it keeps to the rules.
 QString refusal(const NameRules& rules, const QString& name) {
     if (name.trimmed().isEmpty()) {
         return rules.empty;
     }
     return name.size() > rules.limit ? rules.tooLong : QString();
+}
+
+}  // namespace
+
+bool storeLabel(ui::NodeView& view, Questions& questions, const NameRules& rules,
+                const QString& name, const std::function<bool()>& store) {
+    QString refused = refusal(rules, name);
+    if (refused.isEmpty()) {
+        if (store()) {
+            return true;
+        }
+        refused = rules.notStored;
+    }
+    // Behind the end of the editing: a message opened from within it would end it a second time.
+    QMetaObject::invokeMethod(
+        &view,
+        [&view, &questions, refused] {
+            questions.inform(refused);
+            view.setFocus();
+        },
+        Qt::QueuedConnection);
+    return false;
 }
 
 }  // namespace varo

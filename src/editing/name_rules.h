@@ -1,6 +1,9 @@
 #pragma once
 
-#include <QString>
+#include "platform/questions.h"
+#include "platform/ui/node_view.h"
+
+#include <functional>
 
 namespace varo {
 
@@ -15,7 +18,10 @@ struct NameRules {
 const NameRules& folderNameRules();
 const NameRules& formulaNameRules();
 
-/// Why a name is refused; "" when it keeps to the rules.
-QString refusal(const NameRules& rules, const QString& name);
+/// Stores the name that was typed over a label of `view` with `store`, when it keeps to the rules.
+/// Returns false when it does not, or is not stored; the user is told once the editing is over, and
+/// the view then has the focus. View and questions must outlive that.
+bool storeLabel(ui::NodeView& view, Questions& questions, const NameRules& rules,
+                const QString& name, const std::function<bool()>& store);
 
 }  // namespace varo

@@ -17,7 +17,7 @@ struct ChosenFile {
 };
 
 /// Every modal question and message goes through this interface, so that a test, or a host without
-/// a screen, can answer.
+/// a screen, can answer. The host may go on meanwhile, and turn the control to something else.
 class Questions {
   public:
     virtual ~Questions() = default;

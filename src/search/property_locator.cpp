@@ -117,14 +117,17 @@ void PropertyLocator::showItem(int position) {
     const clsLocateProp& item = state_.located.Item(position);
     const clsFormulaDB& library = state_.libraries.Item(item.RootKey);
     shown_ = position;
+    const bool isFormula = item.NodeType == NodeTypeFormula;
+    const qint32 folder = isFormula ? item.PID : item.NodeID;
+    const QString node = folder == 0 ? item.RootKey : folderKey(folder, item.RootKey);
+    if (tree_.GetRootKey(node).isEmpty()) {
+        return;  // a property that its folder has left behind: tree and list stay where they are
+    }
     if (!tree_.openLibrary(library.FormulaDBPath, library.FormulaDBName)) {
         tellCannotOpen();
         return;
     }
     state_.variables.Clear();
-    const bool isFormula = item.NodeType == NodeTypeFormula;
-    const qint32 folder = isFormula ? item.PID : item.NodeID;
-    const QString node = folder == 0 ? item.RootKey : folderKey(folder, item.RootKey);
     tree_.selectNode(node);
     if (!isFormula) {
         tree_.highlightNode(node);

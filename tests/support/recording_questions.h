@@ -6,6 +6,7 @@
 #include <QList>
 #include <QStringList>
 
+#include <functional>
 #include <utility>
 
 namespace varo::test {
@@ -14,9 +15,13 @@ namespace varo::test {
 /// has ended.
 class RecordingQuestions : public Questions {
   public:
-    void inform(const QString& text) override { informed.append(text); }
+    void inform(const QString& text) override {
+        informed.append(text);
+        meanwhile();
+    }
     bool confirm(const QString& text, Choice) override {
         asked.append(text);
+        meanwhile();
         return !answers.isEmpty() && answers.takeFirst();
     }
 
@@ -24,8 +29,12 @@ class RecordingQuestions : public Questions {
                                          const QStringList& filters) override {
         fileTitle = title;
         fileFilters = filters;
+        meanwhile();
         return std::exchange(file, std::nullopt);
     }
+
+    /// What happens while the user is told or asked something: the host goes on.
+    std::function<void()> meanwhile = [] {};
 
     QStringList informed;  ///< texts of inform()
 

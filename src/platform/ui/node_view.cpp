@@ -102,7 +102,7 @@ QModelIndex NodeView::selectedIndex() const {
 }
 
 QString NodeView::selectedKey() const {
-    return selectedIndex().data(KeyRole).toString();
+    return keyOf(selectedIndex());
 }
 
 bool NodeView::commitEdit() {
@@ -227,7 +227,11 @@ void NodeView::contextMenuEvent(QContextMenuEvent* event) {
     // With the mouse, the release of the button opens the menu.
     if (event->reason() == QContextMenuEvent::Keyboard) {
         const QModelIndex index = selectedIndex();
-        emit menuRequested(index, viewport()->mapToGlobal(visualRect(index).bottomLeft()));
+        if (index.isValid()) {
+            scrollTo(index);
+        }
+        const QRect place = visualRect(index) & viewport()->rect();
+        emit menuRequested(index, viewport()->mapToGlobal(place.bottomLeft()));
     }
     event->accept();
 }

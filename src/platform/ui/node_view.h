@@ -22,6 +22,9 @@ class NodeView : public QTreeView {
 
     explicit NodeView(QWidget* parent = nullptr);
 
+    /// Key of an item; "" for an invalid index.
+    static QString keyOf(const QModelIndex& index) { return index.data(KeyRole).toString(); }
+
     /// Key of the selected item; "" when none is selected.
     QString selectedKey() const;
 
