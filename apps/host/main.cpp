@@ -1,11 +1,9 @@
+#include "host/chinese_application.h"
 #include "host/host_options.h"
 #include "host/host_run.h"
 
 #include <QApplication>
-#include <QFontDatabase>
-#include <QLibraryInfo>
 #include <QTextStream>
-#include <QTranslator>
 
 #include <cstdio>
 
@@ -20,16 +18,6 @@ bool drawInMemoryWithoutScreen() {
         }
     }
     return qputenv("QT_QPA_PLATFORM", "offscreen");
-}
-
-/// A desktop that is not set up for Chinese has a default font that may lack its characters.
-void useChineseFont() {
-    const QString family = QStringLiteral("Noto Sans CJK SC");
-    if (QFontDatabase::families(QFontDatabase::SimplifiedChinese).contains(family)) {
-        QFont font = QApplication::font();
-        font.setFamilies({family});
-        QApplication::setFont(font);
-    }
 }
 
 }  // namespace
@@ -50,13 +38,7 @@ int main(int argc, char** argv) {
             err << "varo-host: there is no screen; give --screenshot or --quit" << Qt::endl;
             return 1;
         }
-        QApplication::setApplicationDisplayName(QStringLiteral("公式计算"));
-        QTranslator chinese;
-        if (chinese.load(QStringLiteral("qtbase_zh_CN"),
-                         QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-            QApplication::installTranslator(&chinese);
-        }
-        useChineseFont();
+        makeApplicationChinese();
         if (options.reports()) {
             // A picture must not depend on the moment at which it is taken.
             QApplication::setCursorFlashTime(0);

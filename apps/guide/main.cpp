@@ -1,0 +1,262 @@
+#include "guide_desk.h"
+#include "host/chinese_application.h"
+#include "platform/ui/edit_grid.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QHash>
+#include <QMessageBox>
+#include <QPainter>
+#include <QTabBar>
+#include <QTest>
+#include <QTextStream>
+#include <QTimer>
+#include <QToolBar>
+#include <QToolButton>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace varo::guide {
+namespace {
+
+constexpr int MarkSize = 22;
+
+/// Tool bar, tree, list and the box of a question, which opens in the middle of the window.
+constexpr QRect QuestionCrop(0, 0, 640, 400);
+
+/// A number in a disc, which the text of the guide refers to.
+void mark(QPainter& painter, QPoint centre, int number) {
+    QRect disc(0, 0, MarkSize, MarkSize);
+    disc.moveCenter(centre);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(0xC0, 0x39, 0x2B));
+    painter.drawEllipse(disc);
+    painter.setPen(Qt::white);
+    painter.drawText(disc, Qt::AlignCenter, QString::number(number));
+}
+
+/// Both pictures, one beside the other.
+QImage sideBySide(const QImage& left, const QImage& right) {
+    constexpr int Gap = 24;
+    QImage both(left.width() + Gap + right.width(), std::max(left.height(), right.height()),
+                QImage::Format_RGB32);
+    both.fill(Qt::white);
+    QPainter painter(&both);
+    painter.drawImage(0, 0, left);
+    painter.drawImage(left.width() + Gap, 0, right);
+    return both;
+}
+
+bool areAlike(QRgb one, QRgb other) {
+    constexpr int Difference = 6;
+    return std::abs(qRed(one) - qRed(other)) <= Difference &&
+           std::abs(qGreen(one) - qGreen(other)) <= Difference &&
+           std::abs(qBlue(one) - qBlue(other)) <= Difference;
+}
+
+/// The picture in its most frequent colors, none of them like another, which makes a small file and
+/// looks the same.
+QImage withFewColors(const QImage& image) {
+    constexpr qsizetype MostColors = 256;
+    QHash<QRgb, int> counts;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            ++counts[image.pixel(x, y)];
+        }
+    }
+    QList<QRgb> byFrequency = counts.keys();
+    std::ranges::sort(byFrequency, std::ranges::greater(),
+                      [&](QRgb color) { return std::pair(counts.value(color), color); });
+    QList<QRgb> colors;
+    for (const QRgb color : byFrequency) {
+        if (colors.size() < MostColors &&
+            std::ranges::none_of(colors, [&](QRgb taken) { return areAlike(taken, color); })) {
+            colors.append(color);
+        }
+    }
+    return image.convertToFormat(QImage::Format_Indexed8, colors,
+                                 Qt::ThresholdDither | Qt::AvoidDither);
+}
+
+QImage overview(GuideDesk& desk) {
+    desk.clickItem(desk.tree(), QStringLiteral("轴向拉伸与压缩"));
+    desk.clickItem(desk.list(), QStringLiteral("轴向拉压杆的变形"));
+    QImage image = desk.picture();
+    // Where each pane is empty, in hundredths of its size.
+    const struct {
+        const char* pane;
+        QPoint at;
+    } marks[] = {
+        {"tbEdit", {50, 50}},         {"tvFolder", {75, 85}},  {"lvFormula", {85, 85}},
+        {"picFormula", {95, 8}},      {"picSymbol", {95, 75}}, {"txtFormula", {96, 50}},
+        {"MSFEditVarList", {85, 85}}, {"picResult", {92, 10}},
+    };
+    QPainter painter(&image);
+    int number = 0;
+    for (const auto& each : marks) {
+        const QRect place = desk.place(QString::fromLatin1(each.pane));
+        const QPoint offset(place.width() * each.at.x(), place.height() * each.at.y());
+        mark(painter, place.topLeft() + offset / 100, ++number);
+    }
+    return image;
+}
+
+/// The buttons of the tool bar with a number below each.
+QImage toolBar(GuideDesk& desk) {
+    const auto& bar = desk.part<QToolBar>(QStringLiteral("tbEdit"));
+    desk.clickItem(desk.tree(), QStringLiteral("扭转"));
+    const QImage shown = desk.picture();
+    QRect crop;
+    for (const auto* button : bar.findChildren<QToolButton*>()) {
+        crop |= button->isVisible() ? desk.place(*button) : QRect();
+    }
+    QImage image(crop.width() + MarkSize, crop.height() + MarkSize + 4, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.drawImage(0, 0, shown, crop.left() - MarkSize / 2, crop.top(), image.width(),
+                      crop.height());
+    int number = 0;
+    for (const QAction* action : bar.actions()) {
+        if (!action->isSeparator()) {
+            const QRect place = desk.place(action->text()).translated(-crop.topLeft());
+            mark(painter, {place.center().x() + MarkSize / 2, crop.height() + MarkSize / 2 + 2},
+                 ++number);
+        }
+    }
+    return image;
+}
+
+/// Stored results are offered where a value is entered.
+QImage calculation(GuideDesk& desk) {
+    desk.clickItem(desk.tree(), QStringLiteral("轴向拉伸与压缩"));
+    for (const auto* formula : {"轴向拉压杆的正应力", "轴向拉压杆的变形"}) {
+        desk.clickItem(desk.list(), QString::fromUtf8(formula));
+        desk.clickButton(QStringLiteral("cmdSaveResult"));
+    }
+    auto& grid = desk.part<ui::EditGrid>(QStringLiteral("MSFEditVarList"));
+    const QPoint cell = grid.visualItemRect(grid.item(0, 1)).center();
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, cell);
+    desk.pressKey(Qt::Key_F2);
+    desk.pressKey(Qt::Key_F4);
+    const QImage image = desk.pictureOfPopup();
+    return image.copy(desk.place(QStringLiteral("picInputFormula")) | desk.place(grid) |
+                      desk.place(QStringLiteral("picResult")));
+}
+
+QImage palette(GuideDesk& desk) {
+    desk.clickItem(desk.tree(), QStringLiteral("轴向拉伸与压缩"));
+    desk.clickItem(desk.list(), QStringLiteral("轴向拉压杆的正应力"));
+    desk.clickButton(QStringLiteral("txtFormula"));
+    desk.pressKey(Qt::Key_End);
+    desk.type(QStringLiteral("*"));
+    auto& tabs = desk.part<QTabBar>(QStringLiteral("TabStripSymbol"));
+    QTest::mouseClick(&tabs, Qt::LeftButton, {}, tabs.tabRect(1).center());
+    const auto& functions = desk.part<QToolBar>(QStringLiteral("tbSymbol1"));
+    desk.click(*functions.widgetForAction(&desk.part<QAction>(QStringLiteral("余弦"))));
+    return desk.picture().copy(desk.place(QStringLiteral("picSymbol")) |
+                               desk.place(QStringLiteral("picInputFormula")));
+}
+
+QImage menus(GuideDesk& desk) {
+    desk.clickItem(desk.tree(), QStringLiteral("弯曲"), Qt::RightButton);
+    desk.pointAt(QStringLiteral("新建公式夹"));
+    const QImage tree = desk.pictureOfPopup();
+    desk.clickItem(desk.tree(), QStringLiteral("轴向拉伸与压缩"));
+    desk.clickItem(desk.list(), QStringLiteral("阶梯杆的总伸长"), Qt::RightButton);
+    desk.pointAt(QStringLiteral("新建公式"));
+    const QImage list = desk.pictureOfPopup();
+    const int top = desk.place(desk.tree()).top();
+    return sideBySide(tree.copy(0, top, 270, 320),
+                      list.copy(desk.place(desk.list()).left(), top, 310, 320));
+}
+
+QImage rename(GuideDesk& desk) {
+    desk.clickItem(desk.tree(), QStringLiteral("弯曲"));
+    desk.pressKey(Qt::Key_F2);
+    if (QApplication::focusWidget() != &desk.part(QStringLiteral("labelEditor"))) {
+        throw SceneError(QStringLiteral("no label is being edited"));
+    }
+    desk.type(QStringLiteral("梁的弯曲"));
+    return desk.picture().copy(0, 0, 300, 200);
+}
+
+QImage deletion(GuideDesk& desk) {
+    desk.clickItem(desk.tree(), QStringLiteral("弯曲"));
+    return desk.pictureOfQuestion([&] { desk.clickButton(QStringLiteral("删除")); })
+        .copy(QuestionCrop);
+}
+
+QImage pictureMenu(GuideDesk& desk) {
+    desk.clickItem(desk.tree(), QStringLiteral("轴向拉伸与压缩"));
+    desk.clickItem(desk.list(), QStringLiteral("轴向拉压杆的变形"));
+    const QPoint aboveTheDrawing(140, 12);
+    desk.click(desk.part(QStringLiteral("imgDesc")), Qt::RightButton, aboveTheDrawing);
+    desk.pointAt(QStringLiteral("替换"));
+    return desk.pictureOfPopup().copy(desk.place(QStringLiteral("picFormula")));
+}
+
+QImage copying(GuideDesk& desk) {
+    desk.clickItem(desk.tree(), QStringLiteral("轴向拉伸与压缩"));
+    desk.clickButton(QStringLiteral("复制"));
+    desk.clickItem(desk.tree(), QStringLiteral("电工学"));
+    return desk.pictureOfQuestion([&] { desk.clickButton(QStringLiteral("粘贴")); })
+        .copy(QuestionCrop);
+}
+
+void makePictures(const QString& configuration, const QDir& folder) {
+    struct {
+        const char* name;
+        QImage (*make)(GuideDesk&);
+    } const scenes[] = {
+        {"overview", overview}, {"toolbar", toolBar},     {"calculation", calculation},
+        {"palette", palette},   {"menus", menus},         {"rename", rename},
+        {"delete", deletion},   {"picture", pictureMenu}, {"copy", copying},
+    };
+    for (const auto& scene : scenes) {
+        GuideDesk desk(configuration);
+        const QString file = folder.filePath(QStringLiteral("guide-%1.png").arg(scene.name));
+        if (!withFewColors(scene.make(desk)).save(file, "PNG", 0)) {
+            throw SceneError(QStringLiteral("'%1' cannot be written").arg(file));
+        }
+    }
+}
+
+/// The platform without a screen warns of everything that it cannot do.
+void printMessage(QtMsgType, const QMessageLogContext&, const QString& message) {
+    if (!message.startsWith(QStringLiteral("This plugin does not support"))) {
+        QTextStream(stderr) << message << Qt::endl;
+    }
+}
+
+}  // namespace
+}  // namespace varo::guide
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qInstallMessageHandler(varo::guide::printMessage);
+    QApplication application(argc, argv);
+    QTextStream err(stderr);
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.size() != 3) {
+        err << "usage: varo-guide-pictures <configuration folder> <picture folder>" << Qt::endl;
+        return 2;
+    }
+    varo::host::makeApplicationChinese();
+    QApplication::setCursorFlashTime(0);
+    QTimer::singleShot(60'000, &application, [&err] {
+        const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        err << "varo-guide-pictures: waits for an answer to: "
+            << (box == nullptr ? QString() : box->text()) << Qt::endl;
+        std::_Exit(1);
+    });
+    try {
+        varo::guide::makePictures(arguments.at(1), QDir(arguments.at(2)));
+    } catch (const varo::guide::SceneError& error) {
+        err << "varo-guide-pictures: " << error.what() << Qt::endl;
+        return 1;
+    }
+    return 0;
+}
