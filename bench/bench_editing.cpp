@@ -2,12 +2,13 @@
 // same rows handed to SQLite at once.
 
 #include "bench_files.h"
+#include "bench_main.h"
 #include "control/varo_calcex.h"
 #include "platform/held_messages.h"
 #include "platform/ui/node_view.h"
 #include "store/template.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QDir>
 #include <QKeyEvent>
 #include <QTemporaryDir>
@@ -191,11 +192,5 @@ BENCHMARK(DeleteSubtree)->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return varo::bench::runBenchmarks(argc, argv);
 }

@@ -2,11 +2,12 @@
 // least work that could do it.
 
 #include "bench_files.h"
+#include "bench_main.h"
 #include "control/varo_calcex.h"
 #include "platform/ui/edit_grid.h"
 #include "platform/ui/node_view.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
@@ -178,12 +179,5 @@ BENCHMARK(Keystroke)->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    files();
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return varo::bench::runBenchmarks(argc, argv, [] { files(); });
 }

@@ -7,6 +7,8 @@
 #include <QTabBar>
 #include <QToolBar>
 
+#include <utility>
+
 namespace varo {
 
 FormulaBox::FormulaBox(Form& form, ControlState& state, Questions& questions)
@@ -23,6 +25,7 @@ void FormulaBox::setText(const QString& text) {
     form_.txtFormula->setMaxLength(std::max(TextLimit, static_cast<int>(text.size())));
     form_.txtFormula->setText(text);
     form_.txtFormula->setModified(false);
+    refused_.clear();
 }
 
 bool FormulaBox::eventFilter(QObject* watched, QEvent* event) {
@@ -51,7 +54,7 @@ void FormulaBox::store() {
         return;
     }
     if (text.size() > TextLimit) {
-        questions_.inform(QStringLiteral("用户输入的公式超过255个字符！"));
+        tellOnce(QStringLiteral("用户输入的公式超过255个字符！"));
         return;
     }
     if (!state_.listsCurrentLibrary() ||
@@ -63,10 +66,17 @@ void FormulaBox::store() {
         return;
     }
     if (!state_.dbFuncs.EditFormulaExpression(record.FormulaID, text, state_.connection)) {
-        questions_.inform(QStringLiteral("无法编辑选定公式的内容！"));
+        tellOnce(QStringLiteral("无法编辑选定公式的内容！"));
         return;
     }
     record.FormulaExpression = text;
+}
+
+/// The box loses the focus and is left in one move of the user; the same text is told of once.
+void FormulaBox::tellOnce(const QString& message) {
+    if (std::exchange(refused_, form_.txtFormula->text()) != form_.txtFormula->text()) {
+        questions_.inform(message);
+    }
 }
 
 }  // namespace varo

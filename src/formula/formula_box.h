@@ -29,9 +29,12 @@ class FormulaBox : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    void tellOnce(const QString& message);
+
     Form& form_;
     ControlState& state_;
     Questions& questions_;
+    QString refused_;  ///< text that was not stored, and was told of
 };
 
 }  // namespace varo
