@@ -57,6 +57,7 @@ class FolderTree {
     struct Images {
         quint8 image;
         quint8 selectedImage;
+        bool operator==(const Images&) const = default;
     };
     static constexpr Images imagesOf(ui::NodeImage image, ui::NodeImage selected) {
         return {static_cast<quint8>(image), static_cast<quint8>(selected)};

@@ -9,6 +9,7 @@ namespace varo {
 
 namespace {
 
+constexpr auto PlainFolder = FolderTree::imagesOf(ui::NodeImage::Folder, ui::NodeImage::FolderOpen);
 constexpr auto LibraryWithProperty =
     FolderTree::imagesOf(ui::NodeImage::LibraryWithProperty, ui::NodeImage::LibraryWithProperty);
 constexpr auto FolderWithProperty =
@@ -66,10 +67,10 @@ bool LibraryTree::addLibrary(const clsFormulaDB& library) {
     if (!BuildFolderChildren(library.NodeKey)) {
         return failed(QStringLiteral("读取数据库失败，无法显示完整的树结构！"));
     }
-    if (!markProperties(library.NodeKey)) {
-        return failed(QStringLiteral("无法读取“属性”信息！"));
-    }
-    return true;
+    std::vector<qint32> withProperty;
+    const bool propertiesRead = readFoldersWithProperty(withProperty);
+    markProperties(library.NodeKey, withProperty);
+    return propertiesRead || failed(QStringLiteral("无法读取“属性”信息！"));
 }
 
 bool LibraryTree::openLibrary(const QString& path, const QString& name) {
@@ -116,18 +117,23 @@ bool LibraryTree::readFolders(FolderRows& rows) {
            });
 }
 
-bool LibraryTree::markProperties(const QString& rootKey) {
+bool LibraryTree::readFoldersWithProperty(std::vector<qint32>& ids) {
     data::Recordset rs;
     return state_.dbFuncs.GetAllPropertyByType(NodeTypeFolder, rs, state_.connection) &&
            attempt([&] {
                for (; !rs.atEnd(); rs.moveNext()) {
-                   const qint32 id = rs.integer(u"NodeID");
-                   const QModelIndex node = model_.find(id == 0 ? rootKey : folderKey(id, rootKey));
-                   if (node.isValid()) {
-                       model_.setImages(node, id == 0 ? LibraryWithProperty : FolderWithProperty);
-                   }
+                   ids.push_back(rs.integer(u"NodeID"));
                }
            });
+}
+
+void LibraryTree::markProperties(const QString& rootKey, const std::vector<qint32>& ids) {
+    for (const qint32 id : ids) {
+        const QModelIndex node = model_.find(id == 0 ? rootKey : folderKey(id, rootKey));
+        if (node.isValid()) {
+            model_.setImages(node, id == 0 ? LibraryWithProperty : FolderWithProperty);
+        }
+    }
 }
 
 QString LibraryTree::GetRootKey(const QString& key) const {
@@ -238,8 +244,14 @@ void LibraryTree::replaceFolders(const QString& parentKey, FolderRows rows) {
     const QModelIndex parent = model_.find(parentKey);
     QStringList expanded;
     collectExpanded(parent, expanded);
+    const auto marked = markedBelow(parent);
     model_.removeFolders(parent);
     model_.addFolders(parent, std::move(rows));
+    for (const auto& [key, images] : marked) {
+        if (const QModelIndex node = model_.find(key); node.isValid()) {
+            model_.setImages(node, images);
+        }
+    }
     for (const QString& key : expanded) {
         form_.tvFolder->setExpanded(model_.find(key), true);
     }
@@ -253,6 +265,26 @@ void LibraryTree::collectExpanded(const QModelIndex& parent, QStringList& keys) 
     for (int row = 0; row < model_.rowCount(parent); ++row) {
         collectExpanded(model_.index(row, 0, parent), keys);
     }
+}
+
+/// Folders with another picture than a folder has by itself.
+std::vector<std::pair<QString, FolderTree::Images>> LibraryTree::markedBelow(
+    const QModelIndex& parent) const {
+    std::vector<std::pair<QString, FolderTree::Images>> marked;
+    std::vector<QModelIndex> open{parent};
+    while (!open.empty()) {
+        const QModelIndex above = open.back();
+        open.pop_back();
+        for (int row = 0; row < model_.rowCount(above); ++row) {
+            const QModelIndex node = model_.index(row, 0, above);
+            const FolderTree::Images images = model_.tree().images(FolderTreeModel::nodeOf(node));
+            if (images != PlainFolder) {
+                marked.emplace_back(ui::NodeView::keyOf(node), images);
+            }
+            open.push_back(node);
+        }
+    }
+    return marked;
 }
 
 void LibraryTree::highlightNode(const QString& key) {

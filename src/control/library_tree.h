@@ -7,6 +7,9 @@
 
 #include <QObject>
 
+#include <utility>
+#include <vector>
+
 namespace varo {
 
 /// The library tree: builds it from the configured libraries and turns the control to the library
@@ -82,16 +85,22 @@ class LibraryTree : public QObject {
     bool readFolders(FolderRows& rows);
 
     /// Replaces what is below a node by the folders among `rows` that descend from it; what was
-    /// open there is open again.
+    /// open there is open again, and folders keep their pictures.
     void replaceFolders(const QString& parentKey, FolderRows rows);
 
-    /// Gives the nodes of the current library that carry properties their pictures. Returns false
-    /// when reading fails; shows nothing.
-    bool markProperties(const QString& rootKey);
+    /// Reads which folders of the current library carry properties, 0 for the library itself.
+    /// Returns false when reading fails, with those read before in `ids`; shows nothing.
+    bool readFoldersWithProperty(std::vector<qint32>& ids);
+
+    /// Gives the nodes of a library that carry properties their pictures; a folder that the tree
+    /// does not have is passed over.
+    void markProperties(const QString& rootKey, const std::vector<qint32>& ids);
 
   private:
     bool addLibrary(const clsFormulaDB& library);
     void collectExpanded(const QModelIndex& parent, QStringList& keys) const;
+    std::vector<std::pair<QString, FolderTree::Images>> markedBelow(
+        const QModelIndex& parent) const;
 
     Form& form_;
     ControlState& state_;

@@ -242,37 +242,40 @@ bool FolderCommands::moveFolder(MoveDirection direction) {
         return true;
     }
     const QString parentKey = ui::NodeView::keyOf(selected.parent());
-    FolderRows rows;
-    bool exchanged = false;
-    bool read = false;
-    try {
-        // In one piece with the exchange, so that a tree that cannot be read again is still true.
-        data::Transaction transaction(state_.connection);
-        exchanged = state_.dbFuncs.ExchangeOrderID(folderIdOf(key),
-                                                   folderIdOf(ui::NodeView::keyOf(neighbour)),
-                                                   QStringLiteral("Tree"), state_.connection);
-        read = exchanged && tree_.readFolders(rows);
-        if (read) {
-            transaction.commit();
-        }
-    } catch (const data::Error&) {
-        exchanged = false;
-    }
-    if (!exchanged || !read) {
-        questions_.inform(exchanged ? QStringLiteral("刷新公式夹树节点失败！")
-                                    : QStringLiteral("移动公式夹失败！"));
+    Exchanged now;
+    const QString failure =
+        exchange(folderIdOf(key), folderIdOf(ui::NodeView::keyOf(neighbour)), now);
+    if (!failure.isEmpty()) {
+        questions_.inform(failure);
         return false;
     }
-    tree_.replaceFolders(parentKey, std::move(rows));
-    markProperties(libraryKeyOf(key));
+    tree_.replaceFolders(parentKey, std::move(now.rows));
+    tree_.markProperties(libraryKeyOf(key), now.withProperty);
     tree_.selectNode(key);
+    if (!now.propertiesRead) {
+        questions_.inform(QStringLiteral("无法读取“属性”信息！"));
+    }
     return true;
 }
 
-void FolderCommands::markProperties(const QString& rootKey) {
-    if (!tree_.markProperties(rootKey)) {
-        questions_.inform(QStringLiteral("无法读取“属性”信息！"));
+/// In one piece, so that a tree that cannot be read again is still true.
+QString FolderCommands::exchange(qint32 folder, qint32 neighbour, Exchanged& now) {
+    const QString notExchanged = QStringLiteral("移动公式夹失败！");
+    try {
+        data::Transaction transaction(state_.connection);
+        if (!state_.dbFuncs.ExchangeOrderID(folder, neighbour, QStringLiteral("Tree"),
+                                            state_.connection)) {
+            return notExchanged;
+        }
+        if (!tree_.readFolders(now.rows)) {
+            return QStringLiteral("刷新公式夹树节点失败！");
+        }
+        now.propertiesRead = tree_.readFoldersWithProperty(now.withProperty);
+        transaction.commit();
+    } catch (const data::Error&) {
+        return notExchanged;
     }
+    return {};
 }
 
 }  // namespace varo

@@ -49,6 +49,12 @@ class FolderCommands : public QObject {
         bool committed = false;  ///< what was done has reached the file
     };
 
+    struct Exchanged {
+        FolderRows rows;
+        std::vector<qint32> withProperty;
+        bool propertiesRead = false;
+    };
+
     bool storeName(const QString& key, const QString& name);
     bool pasteBelow(const QString& target, bool withSubfolders, HeldMessages& messages);
     Deletion deleteFromLibrary(const std::vector<qint32>& folders);
@@ -56,7 +62,9 @@ class FolderCommands : public QObject {
     bool deleteOne(qint32 folder, QList<qint32>& gone);
     void remember(qint32 id, const QString& name, qint32 parentID, const QString& rootKey);
     void forget(qint32 folder, const QString& rootKey);
-    void markProperties(const QString& rootKey);
+    /// Exchanges two folders and reads the library's folders as they are then. Returns what the
+    /// user is to be told, with the library as it was, when that fails; "" otherwise.
+    QString exchange(qint32 folder, qint32 neighbour, Exchanged& now);
 
     Form& form_;
     ControlState& state_;

@@ -121,14 +121,15 @@ bool Pictures::replacePicture(clsFormulaInfo& formula, const QString& file) {
     }
     const ui::Picture picture = ui::Picture::read(copy.path());
     if (picture.isNull() ||
-        !state_.dbFuncs.AddNewPicture(formula.FormulaID, copy.path(), state_.connection) ||
-        !copy.replaceTarget()) {
+        !state_.dbFuncs.AddNewPicture(formula.FormulaID, copy.path(), state_.connection)) {
         return false;
     }
-    formula.FormulaPicPath = own;
+    // The picture is the library's now, with or without a working copy.
+    const bool copied = copy.replaceTarget();
+    formula.FormulaPicPath = copied ? own : QString();
     formula.FormulaPicType = PictureStored;
     description_.showPicture(picture);
-    return true;
+    return copied;
 }
 
 void Pictures::copyPicture() {

@@ -126,16 +126,16 @@ TEST_F(PictureCommands, WhatIsNoPictureReplacesNone) {
     EXPECT_EQ(workFiles().size(), 1) << "no copies are left behind";
 }
 
-TEST_F(PictureCommands, ALibraryThatTakesNoChangesKeepsItsPicture) {
-    library.connection().execute(QStringLiteral(
-        "create trigger stop before update on Formula begin select raise(abort, 'no'); end"));
-    chooseFile(picture(), Change, addFile(QStringLiteral("x.bmp"), blue), Bmp);
+TEST_F(PictureCommands, AStoredPictureWhoseCopyCannotTakeItsPlaceIsToldAndShown) {
+    ASSERT_TRUE(QDir(work.path()).mkdir(QFileInfo(pictureFile(second)).fileName()));
+    desk->clickFormula(QStringLiteral("二"));
+    chooseFile(label(), Add, addFile(QStringLiteral("x.bmp"), blue), Bmp);
     EXPECT_EQ(desk->messages(), QStringList{StoringFailed});
-    choose(picture(), Delete);
-    EXPECT_EQ(desk->messages().last(), QStringLiteral("删除图形文件失败！"));
-    EXPECT_EQ(stored(first), storedAs(2, red));
-    EXPECT_EQ(fileContent(pictureFile(first)), red);
-    EXPECT_EQ(shownColor(), QColor(Qt::red));
+    EXPECT_EQ(stored(second), storedAs(2, blue));
+    EXPECT_EQ(shownColor(), QColor(Qt::blue));
+    EXPECT_EQ(workFiles().size(), 1) << "no copies are left behind";
+    choose(picture(), Copy);
+    EXPECT_EQ(fileContent(workFile(QStringLiteral("backupPic.def"))), blue);
 }
 
 TEST_F(PictureCommands, ACopiedPictureCanBePastedAlsoAfterARestart) {

@@ -1,6 +1,7 @@
 // Works on a library in a process of its own, and writes one line for each thing that it has done:
 //
-// lock PATH: keeps everybody else out of the library until it is killed.
+// lock PATH: keeps everybody else out of the library until it is killed; read PATH lets others
+// read, and write as far as to the commit; write PATH lets them read.
 //
 // edit PATH: adds formulas with values until it is killed; a line is the name of one that is in.
 //
@@ -10,13 +11,12 @@
 // spill PATH: writes half of a transaction into the library and waits to be killed.
 
 #include "store/db_funcs.h"
+#include "support/file_limit.h"
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <sqlite3.h>
 #include <string_view>
-#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace varo;
@@ -40,31 +40,30 @@ void say(const QByteArray& line) {
     }
 }
 
-int lock(const char* path) {
-    sqlite3* database = nullptr;
-    if (sqlite3_open_v2(path, &database, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK ||
-        sqlite3_exec(database, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr) != SQLITE_OK) {
-        return 1;
-    }
-    say("locked");
-    for (;;) {
-        pause();
-    }
-}
+// What a process can be in the middle of. In the last, the small cache makes SQLite write into the
+// file before the commit, after the journal that undoes it.
+constexpr struct {
+    std::string_view command;
+    const char* statements;
+    const char* said;
+} Holds[] = {
+    {"lock", "BEGIN EXCLUSIVE", "locked"},
+    {"read", "BEGIN; SELECT count(*) FROM sqlite_schema", "reading"},
+    {"write", "BEGIN IMMEDIATE", "writing"},
+    {"spill",
+     "PRAGMA cache_size = 1; BEGIN IMMEDIATE; CREATE TABLE Spilled (Bytes);"
+     "INSERT INTO Spilled VALUES (randomblob(1000000));"
+     "INSERT INTO Spilled VALUES (randomblob(1000000))",
+     "spilled"},
+};
 
-// The small cache makes SQLite write into the file before the commit, after the journal that undoes
-// it.
-int spill(const char* path) {
+int hold(const char* path, const char* statements, const char* said) {
     sqlite3* database = nullptr;
     if (sqlite3_open_v2(path, &database, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK ||
-        sqlite3_exec(database,
-                     "PRAGMA cache_size = 1; BEGIN IMMEDIATE; CREATE TABLE Spilled (Bytes);"
-                     "INSERT INTO Spilled VALUES (randomblob(1000000));"
-                     "INSERT INTO Spilled VALUES (randomblob(1000000))",
-                     nullptr, nullptr, nullptr) != SQLITE_OK) {
+        sqlite3_exec(database, statements, nullptr, nullptr, nullptr) != SQLITE_OK) {
         return 1;
     }
-    say("spilled");
+    say(said);
     for (;;) {
         pause();
     }
@@ -105,12 +104,7 @@ int edit(const char* path, const QString& memo) {
 }
 
 int fill(const char* path, const char* bytes) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlim_t size = std::strtoul(bytes, nullptr, 10);
-    const rlimit limit{size, size};
-    if (setrlimit(RLIMIT_FSIZE, &limit) != 0) {
-        return 1;
-    }
+    const test::FileLimit limit(std::strtol(bytes, nullptr, 10));
     return edit(path, QString(1000, QLatin1Char('m')));
 }
 
@@ -119,11 +113,10 @@ int fill(const char* path, const char* bytes) {
 int main(int argc, char** argv) {
     const std::string_view command = argc > 2 ? argv[1] : "";
     try {
-        if (command == "lock") {
-            return lock(argv[2]);
-        }
-        if (command == "spill") {
-            return spill(argv[2]);
+        for (const auto& each : Holds) {
+            if (command == each.command) {
+                return hold(argv[2], each.statements, each.said);
+            }
         }
         if (command == "edit") {
             return edit(argv[2], {});

@@ -3,6 +3,7 @@
 #include "platform/data/create_database.h"
 #include "platform/data/item_database.h"
 #include "support/process.h"
+#include "support/read_only_folder.h"
 #include "support/test_library.h"
 
 #include <QDir>
@@ -11,8 +12,6 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <sys/mount.h>
-#include <unistd.h>
 
 namespace varo::data {
 namespace {
@@ -150,43 +149,11 @@ TEST(Connection, LeavesOneFileWhenThereWasAWriteAheadLog) {
     EXPECT_EQ(items.names(), QStringList{u"one"_s});
 }
 
-/// Mounts a folder for reading only, which binds every user; where that is not allowed, takes the
-/// permissions of the folder and of its file away, which does not bind the super-user.
-class ReadOnlyFolder {
-  public:
-    ReadOnlyFolder(const QString& folder, const QString& file)
-        : folder_(folder), file_(file), path_(QFile::encodeName(folder)) {
-        mounted_ = mount(path_, path_, nullptr, MS_BIND, nullptr) == 0;
-        readOnly_ = mounted_ ? mount(nullptr, path_, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY,
-                                     nullptr) == 0
-                             : geteuid() != 0 && permit(QFile::ReadOwner | QFile::ExeOwner);
-    }
-    ReadOnlyFolder(const ReadOnlyFolder&) = delete;
-    ReadOnlyFolder& operator=(const ReadOnlyFolder&) = delete;
-    ~ReadOnlyFolder() {
-        mounted_ ? umount2(path_, MNT_DETACH) == 0
-                 : permit(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    }
-    bool readOnly() const { return readOnly_; }
-
-  private:
-    bool permit(QFile::Permissions permissions) const {
-        return QFile::setPermissions(folder_, permissions) &&
-               QFile::setPermissions(file_, permissions);
-    }
-
-    QString folder_;
-    QString file_;
-    QByteArray path_;
-    bool mounted_ = false;
-    bool readOnly_ = false;
-};
-
 TEST(Connection, OpensAReadOnlyFileForReading) {
     ItemDatabase items;
     items.add(u"one"_s);
     items.connection.close();
-    const ReadOnlyFolder folder(items.directory.path(), items.path());
+    const test::ReadOnlyFolder folder(items.directory.path(), items.path());
     if (!folder.readOnly()) {
         GTEST_SKIP() << "no way to make a folder read-only for this user";
     }

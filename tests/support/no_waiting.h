@@ -1,0 +1,24 @@
+#pragma once
+
+#include <sqlite3.h>
+
+namespace varo::test {
+
+/// Connections that are opened while it lives, and must not outlive it, ask for a locked file as
+/// often as ever, but do not let time pass in between.
+class NoWaiting {
+  public:
+    NoWaiting() {
+        files_.zName = "no waiting";
+        files_.xSleep = [](sqlite3_vfs*, int microseconds) { return microseconds; };
+        sqlite3_vfs_register(&files_, 1);
+    }
+    ~NoWaiting() { sqlite3_vfs_unregister(&files_); }
+    NoWaiting(const NoWaiting&) = delete;
+    NoWaiting& operator=(const NoWaiting&) = delete;
+
+  private:
+    sqlite3_vfs files_ = *sqlite3_vfs_find(nullptr);
+};
+
+}  // namespace varo::test

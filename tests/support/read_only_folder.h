@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QFile>
+#include <QString>
+
+#include <sys/mount.h>
+#include <unistd.h>
+
+namespace varo::test {
+
+/// Mounts a folder for reading only, which binds every user; where that is not allowed, takes the
+/// permissions of the folder and of its file away, which does not bind the super-user.
+class ReadOnlyFolder {
+  public:
+    ReadOnlyFolder(const QString& folder, const QString& file)
+        : folder_(folder), file_(file), path_(QFile::encodeName(folder)) {
+        mounted_ = mount(path_, path_, nullptr, MS_BIND, nullptr) == 0;
+        readOnly_ = mounted_ ? mount(nullptr, path_, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY,
+                                     nullptr) == 0
+                             : geteuid() != 0 && permit(QFile::ReadOwner | QFile::ExeOwner);
+    }
+    ReadOnlyFolder(const ReadOnlyFolder&) = delete;
+    ReadOnlyFolder& operator=(const ReadOnlyFolder&) = delete;
+    ~ReadOnlyFolder() {
+        mounted_ ? umount2(path_, MNT_DETACH) == 0
+                 : permit(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    bool readOnly() const { return readOnly_; }
+
+  private:
+    bool permit(QFile::Permissions permissions) const {
+        return QFile::setPermissions(folder_, permissions) &&
+               QFile::setPermissions(file_, permissions);
+    }
+
+    QString folder_;
+    QString file_;
+    QByteArray path_;
+    bool mounted_ = false;
+    bool readOnly_ = false;
+};
+
+}  // namespace varo::test
