@@ -28,15 +28,27 @@ Widget* make(const char* name, QWidget* parent) {
     return widget;
 }
 
+/// A button that gives up the space around its text where the row is narrow.
+class TightButton : public QPushButton {
+  public:
+    explicit TightButton(QWidget* parent) : QPushButton(parent) {
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    }
+
+    QSize minimumSizeHint() const override {
+        constexpr int Frame = 8;
+        const QSize shown = fontMetrics().size(Qt::TextShowMnemonic, text());
+        return {shown.width() + Frame, sizeHint().height()};
+    }
+};
+
 QPushButton* makeButton(const char* name, const QString& text, const QString& toolTip,
                         QWidget* parent) {
-    auto* button = make<QPushButton>(name, parent);
+    auto* button = make<TightButton>(name, parent);
     button->setText(text);
     button->setToolTip(toolTip);
     button->setAccessibleName(toolTip);
     button->setAutoDefault(false);
-    // A row of three must fit the narrowest result area.
-    button->setMinimumWidth(1);
     return button;
 }
 

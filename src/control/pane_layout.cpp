@@ -8,6 +8,14 @@ namespace {
 
 constexpr int ResultHeight = 1960;
 constexpr int GridHeight = 1980;
+constexpr int GridNameColumn = 800;
+constexpr int MinResultWidth = 2700;
+constexpr int MaxResultWidth = 5400;
+
+/// `usual`, or `needed` if that is more, but then at most half of `room`.
+int widened(int usual, int needed, int room) {
+    return std::max(usual, std::min(needed, room / 2));
+}
 
 }  // namespace
 
@@ -18,6 +26,11 @@ void PaneLayout::setContentHeights(int toolbar, int symbol, int input) {
     toolbarHeight_ = toolbar;
     symbolHeight_ = symbol;
     inputHeight_ = input;
+}
+
+void PaneLayout::setContentWidths(int gridName, int result) {
+    gridNameNeeds_ = gridName;
+    resultNeeds_ = result;
 }
 
 void PaneLayout::resizeClient(int width, int height) {
@@ -118,12 +131,21 @@ QRect PaneLayout::result() const {
 }
 
 int PaneLayout::resultWidth() const {
-    // The buttons need the lower bound; messages in place of a result profit from more.
-    return std::clamp(backgroundWidth_ * 2 / 5, 2700, 5400);
+    // Messages in place of a result profit from more than the buttons need.
+    const int usual = std::clamp(backgroundWidth_ * 2 / 5, MinResultWidth, MaxResultWidth);
+    return widened(usual, resultNeeds_, backgroundWidth_);
+}
+
+int PaneLayout::gridColumns() const {
+    return grid().width() - 400;
+}
+
+int PaneLayout::gridNameColumn() const {
+    return widened(GridNameColumn, gridNameNeeds_, gridColumns());
 }
 
 int PaneLayout::gridValueColumn() const {
-    return grid().width() - 1200;
+    return gridColumns() - gridNameColumn();
 }
 
 }  // namespace varo

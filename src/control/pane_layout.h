@@ -19,6 +19,10 @@ class PaneLayout {
     /// Heights that the contents need; all bands are laid out anew.
     void setContentHeights(int toolbar, int symbol, int input);
 
+    /// Widths that the heading of the grid's first column and the result area need to show their
+    /// texts whole. They get more than their usual widths for it where half of the room is enough.
+    void setContentWidths(int gridName, int result);
+
     /// The client area has this size now; the first call gives the panes their initial sizes.
     void resizeClient(int width, int height);
 
@@ -48,17 +52,20 @@ class PaneLayout {
 
     /// Widths of the columns: the one of the list, and the two of the variable grid.
     int listColumn() const { return listWidth_ - 400; }
-    int gridNameColumn() const { return 800; }
+    int gridNameColumn() const;
     int gridValueColumn() const;
 
   private:
     void layOutBands();
     int listHeight() const;
     int resultWidth() const;
+    int gridColumns() const;
 
     int toolbarHeight_ = 0;
     int symbolHeight_ = 0;
     int inputHeight_ = 0;
+    int gridNameNeeds_ = 0;
+    int resultNeeds_ = 0;
     int clientWidth_ = 0;
     int clientHeight_ = 0;
     int treeWidth_ = 2120;

@@ -6,7 +6,9 @@
 
 #include <QFrame>
 #include <QHeaderView>
+#include <QLayout>
 #include <QMouseEvent>
+#include <QStyle>
 #include <QToolBar>
 
 namespace varo {
@@ -28,6 +30,13 @@ constexpr int roundedUpPixels(int twips) {
     return (twips + ui::TwipsPerPixel - 1) / ui::TwipsPerPixel;
 }
 
+/// Width in pixels that shows the heading of a grid's column whole.
+int headingWidth(const ui::EditGrid& grid, int column) {
+    const QHeaderView& header = *grid.horizontalHeader();
+    const int margin = header.style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, &header);
+    return header.fontMetrics().horizontalAdvance(grid.GetCellText(0, column)) + 2 * margin;
+}
+
 }  // namespace
 
 Panes::Panes(Form& form, QWidget& control)
@@ -39,6 +48,7 @@ Panes::Panes(Form& form, QWidget& control)
                     &PaneLayout::moveListBar} {
     control.setMinimumSize(roundedUpPixels(PaneLayout::MinWidth),
                            roundedUpPixels(PaneLayout::MinHeight));
+    form.PicControl->installEventFilter(this);
     form.picShowTreeSepar->installEventFilter(this);
     form.picShowFormulaSepar->installEventFilter(this);
 }
@@ -47,6 +57,10 @@ void Panes::follow() {
     layout_.setContentHeights(toTwips(form_.tbEdit->sizeHint().height()),
                               toTwips(form_.picSymbol->sizeHint().height()),
                               toTwips(form_.picInputFormula->sizeHint().height()));
+    // Rows within a layout remember what they needed until it is activated.
+    form_.picResult->layout()->activate();
+    layout_.setContentWidths(toTwips(headingWidth(*form_.MSFEditVarList, 0)),
+                             toTwips(form_.picResult->minimumSizeHint().width()));
     layout_.resizeClient(toTwips(control_.width()), toTwips(control_.height()));
     place();
 }
@@ -73,6 +87,12 @@ void Panes::place() {
 }
 
 bool Panes::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == form_.PicControl) {
+        if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+            follow();
+        }
+        return false;
+    }
     const Splitter& splitter = watched == treeSplitter_.bar ? treeSplitter_ : listSplitter_;
     return dragSplitter(splitter, *event) || QObject::eventFilter(watched, event);
 }

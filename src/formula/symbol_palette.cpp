@@ -1,6 +1,7 @@
 #include "formula/symbol_palette.h"
 
 #include "formula/symbol_table.h"
+#include "platform/ui/colors.h"
 #include "platform/ui/keystrokes.h"
 
 #include <QAction>
@@ -39,6 +40,9 @@ SymbolPalette::SymbolPalette(Form& form) : form_(form) {
     tabs->setCurrentIndex(0);
     showToolBar(0);
     tabs->installEventFilter(this);
+    form.picSymbol->installEventFilter(this);
+    fitFont();
+    chooseColors();
     connect(tabs, &QTabBar::currentChanged, this, &SymbolPalette::showToolBar);
     connect(tabs, &QTabBar::tabBarClicked, this, &SymbolPalette::returnToFormula);
 }
@@ -69,7 +73,6 @@ void SymbolPalette::fillToolBar(int toolBar) {
         widget->setAccessibleName(action->toolTip());
         // Without a frame a bare sign does not look like a button.
         widget->setAutoRaise(false);
-        widget->setMinimumWidth(narrowestWidth(*widget));
     }
     // The button that opens what does not fit is one of them.
     for (QToolButton* button : bar->findChildren<QToolButton*>()) {
@@ -90,6 +93,28 @@ void SymbolPalette::layOut() {
     rows->addLayout(toolBars_);
     for (QToolBar* bar : form_.tbSymbol) {
         toolBars_->addWidget(bar);
+    }
+}
+
+void SymbolPalette::fitFont() {
+    for (const QToolBar* bar : form_.tbSymbol) {
+        for (QAction* action : bar->actions()) {
+            auto* button = qobject_cast<QToolButton*>(bar->widgetForAction(action));
+            button->setMinimumWidth(narrowestWidth(*button));
+        }
+    }
+}
+
+/// The tool bars are disabled until the user turns to the formula box; what they offer must be
+/// readable before. Styles tend to make disabled text fainter than that.
+void SymbolPalette::chooseColors() {
+    const QPalette& around = form_.picSymbol->palette();
+    const QColor text = ui::mixed(around.color(QPalette::Active, QPalette::ButtonText),
+                                  around.color(QPalette::Active, QPalette::Button), 50);
+    QPalette own;
+    own.setColor(QPalette::Disabled, QPalette::ButtonText, text);
+    for (QToolBar* bar : form_.tbSymbol) {
+        bar->setPalette(own);
     }
 }
 
@@ -114,7 +139,19 @@ void SymbolPalette::typeSymbol(int toolBar, const QString& key) {
 }
 
 bool SymbolPalette::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == form_.TabStripSymbol && event->type() == QEvent::KeyPress) {
+    if (watched == form_.picSymbol) {
+        switch (event->type()) {
+            case QEvent::FontChange:
+            case QEvent::StyleChange:
+                fitFont();
+                break;
+            case QEvent::PaletteChange:
+                chooseColors();
+                break;
+            default:
+                break;
+        }
+    } else if (watched == form_.TabStripSymbol && event->type() == QEvent::KeyPress) {
         // The arrow keys only go through the tabs; these choose one.
         switch (static_cast<QKeyEvent*>(event)->key()) {
             case Qt::Key_Return:

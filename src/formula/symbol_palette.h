@@ -34,6 +34,8 @@ class SymbolPalette : public QObject {
     void fillTabStrip();
     void fillToolBar(int toolBar);
     void layOut();
+    void fitFont();
+    void chooseColors();
     void showToolBar(int toolBar);
     void returnToFormula();
 

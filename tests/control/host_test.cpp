@@ -2,6 +2,7 @@
 #include "support/desk.h"
 
 #include <QAction>
+#include <QHeaderView>
 #include <QMouseEvent>
 #include <QTest>
 #include <QToolBar>
@@ -167,6 +168,32 @@ TEST_F(HostProtocol, TheSplittersMoveThePanesWithinTheirLimits) {
     EXPECT_NEAR(panel().width(), 1800 / 15 + 100, 2);
     EXPECT_EQ(panel().right(), desk.child<QWidget>("picBackGround").width() - 1);
     EXPECT_FALSE(desk.isShown("picFormulaSepar"));
+}
+
+TEST_F(HostProtocol, NoFontCutsTheTextsOfTheLowerBands) {
+    Desk desk(configuration.folder(), {640, 480});
+    desk.clickNode(QStringLiteral("库1"));
+    for (const int points : {8, 9, 12, 16}) {
+        QFont font = desk.font();
+        font.setPointSize(points);
+        desk.setFont(font);
+        settle();
+        for (const QPushButton* button :
+             desk.child<QWidget>("picResult").findChildren<QPushButton*>()) {
+            const QSize text = button->fontMetrics().size(Qt::TextShowMnemonic, button->text());
+            EXPECT_GT(button->width(), text.width()) << points << button->text().toStdString();
+        }
+        const QHeaderView& header = *desk.grid().horizontalHeader();
+        EXPECT_GE(header.sectionSize(0),
+                  header.fontMetrics().horizontalAdvance(desk.grid().GetCellText(0, 0)))
+            << points;
+        EXPECT_GE(desk.grid().rowHeight(0), desk.grid().fontMetrics().height()) << points;
+        EXPECT_GE(desk.formulaBox().height(), desk.formulaBox().fontMetrics().height()) << points;
+        EXPECT_EQ(desk.formulaBox().font().pointSize(), points);
+        if (points <= 9) {
+            EXPECT_EQ(header.sectionSize(0), 800 / 15) << "the usual width is kept";
+        }
+    }
 }
 
 TEST_F(HostProtocol, TheControlIsNeverSmallerThanItsLeastSize) {

@@ -46,6 +46,27 @@ TEST(PaneLayout, BandsLieBelowEachOtherWithAGap) {
     EXPECT_EQ(layout.gridValueColumn(), layout.grid().width() - 1200);
 }
 
+TEST(PaneLayout, ALargeFontGetsWiderColumnsAndResultsUpToHalfOfTheRoom) {
+    struct {
+        int clientWidth, name, result;  // what is needed
+        int nameColumn, resultWidth;
+    } const cases[] = {
+        {15000, 780, 2600, 800, 5140},
+        {9600, 1300, 3700, 1300, 3700},
+        {7000, 1300, 3700, 860, 2700},
+    };
+    for (const auto& each : cases) {
+        PaneLayout layout;
+        layout.setContentHeights(Toolbar, Symbol, Input);
+        layout.setContentWidths(each.name, each.result);
+        layout.resizeClient(each.clientWidth, 10000);
+        EXPECT_EQ(layout.gridNameColumn(), each.nameColumn) << each.clientWidth;
+        EXPECT_EQ(layout.result().width(), each.resultWidth) << each.clientWidth;
+        EXPECT_EQ(layout.gridNameColumn() + layout.gridValueColumn(), layout.grid().width() - 400);
+        EXPECT_EQ(layout.result().x() + each.resultWidth, layout.background().width());
+    }
+}
+
 TEST(PaneLayout, ATooSmallClientIsTreatedAsTheLeastSize) {
     const PaneLayout layout = layoutOf(5000, 4000);
     EXPECT_EQ(layout.toolbar().width(), 7000);

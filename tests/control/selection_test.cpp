@@ -8,6 +8,8 @@
 #include <QRadioButton>
 #include <QTest>
 
+#include <algorithm>
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 namespace varo::test {
@@ -277,6 +279,27 @@ TEST_F(Selection, AWorkFolderThatTakesNoFilesIsToldOnceAndTheFormulasAreListed) 
     EXPECT_EQ(desk.listTexts().size(), 3);
     EXPECT_EQ(desk.result(), QStringLiteral("12.00"));
     EXPECT_TRUE(desk.isShown("lblDesc"));
+}
+
+TEST_F(Selection, TheKeyboardActsOnTheStrongerOfTheTwoSelections) {
+    Desk desk(configuration.folder());
+    desk.clickNode(QStringLiteral("梁"));
+    desk.clickFormula(QStringLiteral("弯曲"));
+    /// How far the colour behind the selected label is from that of empty space.
+    const auto strength = [](ui::NodeView& view) {
+        const QImage shown = view.viewport()->grab().toImage();
+        const QRect row = view.visualRect(view.selectedIndex());
+        const int behind =
+            qGray(shown.pixel(std::min(row.right(), shown.width()) - 4, row.top() + 2));
+        return std::abs(qGray(shown.pixel(4, shown.height() - 4)) - behind);
+    };
+    for (ui::NodeView* focused : {&desk.tree(), &desk.list()}) {
+        ui::NodeView* other = focused == &desk.tree() ? &desk.list() : &desk.tree();
+        focused->setFocus();
+        settle();
+        EXPECT_GT(strength(*other), 20);
+        EXPECT_GT(strength(*focused), strength(*other) + 40);
+    }
 }
 
 TEST_F(Selection, ItemsThatCarryPropertiesLookDifferent) {

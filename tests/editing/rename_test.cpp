@@ -77,6 +77,29 @@ TEST_F(Rename, NamesAreCheckedAndStoredAsTyped) {
               QStringLiteral("确实要删除公式-[%1]吗？").arg(ofTwenty));
 }
 
+TEST_F(Rename, TheEditorGrowsWithItsTextAsFarAsTheViewGoes) {
+    for (const auto& [view, label] : {std::pair{&desk.tree(), QStringLiteral("悬臂")},
+                                      {&desk.list(), QStringLiteral("弯曲")}}) {
+        desk.clickNode(QStringLiteral("梁"));
+        view == &desk.tree() ? desk.clickNode(label) : desk.clickFormula(label);
+        view->setFocus();
+        QTest::keyClick(view, Qt::Key_F2);
+        QLineEdit& editor = *desk.labelEditor();
+        const int room = view->viewport()->width();
+        const int labelLeft = editor.x();
+        EXPECT_GT(labelLeft, view->visualRect(view->selectedIndex()).left()) << "the picture stays";
+        for (int length = 1; length <= 40; ++length) {
+            editor.setText(QString(length, u'夹'));
+            const int text = editor.fontMetrics().horizontalAdvance(editor.text());
+            EXPECT_GT(editor.width(), std::min(text, room - 1));
+            EXPECT_TRUE(view->viewport()->rect().contains(editor.geometry()));
+            EXPECT_TRUE(editor.x() == labelLeft || editor.geometry().right() == room - 1);
+        }
+        QTest::keyClick(&editor, Qt::Key_Escape);
+        settle();
+    }
+}
+
 TEST_F(Rename, TheMenuOpensTheLabelAndEscapeKeepsIt) {
     desk.openMenu(desk.tree(), QStringLiteral("简支"));
     desk.choose("mnuPopRename");

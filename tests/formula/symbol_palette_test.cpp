@@ -14,6 +14,7 @@
 #include <QToolBar>
 #include <QToolButton>
 
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -206,7 +207,11 @@ TEST_F(SymbolPaletteTest, ANarrowBandKeepsEveryButtonReachable) {
 }
 
 TEST_F(SymbolPaletteTest, ABandHoldsItsToolBarsAndShowsLabelsWholeOrNotAtAll) {
-    for (const int width : {150, 306, 900}) {
+    for (const auto& [points, width] :
+         {std::pair{9, 150}, {9, 306}, {9, 900}, {8, 306}, {16, 306}, {12, 306}, {16, 900}}) {
+        QFont font = window_.font();
+        font.setPointSize(points);
+        window_.setFont(font);
         showBand(width);
         for (int i = 0; i < SymbolTabs; ++i) {
             tabs().setCurrentIndex(i);
@@ -215,10 +220,30 @@ TEST_F(SymbolPaletteTest, ABandHoldsItsToolBarsAndShowsLabelsWholeOrNotAtAll) {
             EXPECT_TRUE(form_.picSymbol->rect().contains(toolBar(i).geometry()));
             for (QAction* action : toolBar(i).actions()) {
                 const QWidget* shown = toolBar(i).widgetForAction(action);
-                const int text = shown->fontMetrics().horizontalAdvance(action->text());
-                EXPECT_TRUE(!shown->isVisible() || shown->width() > text) << width;
+                const QSize text = shown->fontMetrics().size(0, action->text());
+                EXPECT_TRUE(!shown->isVisible() ||
+                            (shown->width() > text.width() && shown->height() >= text.height()))
+                    << points << " points in " << width;
             }
         }
+    }
+}
+
+TEST_F(SymbolPaletteTest, WhatIsOfferedCanBeReadBeforeItIsEnabled) {
+    for (const auto& [text, surface] : {std::pair{Qt::black, 0xefefefU}, {Qt::white, 0x303030U}}) {
+        QPalette palette(QColor::fromRgb(surface));
+        palette.setColor(QPalette::ButtonText, text);
+        palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor::fromRgb(surface));
+        window_.setPalette(palette);
+        form_.txtResult->setFocus();
+        QToolButton& shown = *button(0, u"加"_s);
+        ASSERT_FALSE(shown.isEnabled());
+        const int enabled =
+            qGray(shown.palette().color(QPalette::Active, QPalette::ButtonText).rgb());
+        const int disabled = qGray(shown.palette().color(QPalette::ButtonText).rgb());
+        const int behind = qGray(surface);
+        EXPECT_GT(std::abs(disabled - behind), 90);
+        EXPECT_GT(std::abs(enabled - behind), std::abs(disabled - behind) + 60);
     }
 }
 

@@ -38,10 +38,21 @@ EditGrid::EditGrid(QWidget* parent) : QTableWidget(parent) {
     setWordWrap(false);
     setHorizontalScrollMode(ScrollPerPixel);
     verticalHeader()->hide();
-    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + CellPadding);
+    fitRows();
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setSectionsClickable(false);
     horizontalHeader()->setMinimumSectionSize(0);
+}
+
+void EditGrid::changeEvent(QEvent* event) {
+    QTableWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange) {
+        fitRows();
+    }
+}
+
+void EditGrid::fitRows() {
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + CellPadding);
 }
 
 int EditGrid::Cols() const {

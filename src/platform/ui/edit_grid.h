@@ -13,7 +13,8 @@ enum class EditStyle { Plain = 0, DropDown = 2, Button = 3 };
 
 /// A grid whose row 0 is its header row and whose cells the user may edit column by column. Rows
 /// and columns count from 0; calls with a row or column outside the grid do nothing. Colours are
-/// 0x00BBGGRR; black stands for the palette's text colour.
+/// 0x00BBGGRR; black stands for the palette's text colour, and a colour that cannot be read on the
+/// palette's base colour is shown lighter or darker.
 ///
 /// The user edits a cell by typing, F2, a double click, or a click on the cell that is selected
 /// already. Enter, Tab, and leaving the cell store the text, the first two going on to the next
@@ -69,6 +70,7 @@ class EditGrid : public QTableWidget {
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void commitData(QWidget* editor) override;
     void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
+    void changeEvent(QEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -85,6 +87,7 @@ class EditGrid : public QTableWidget {
 
     QTableWidgetItem* cell(int Row, int Col) const;
     void fillWithItems();
+    void fitRows();
     EditStyle styleOf(const QModelIndex& index) const;
     bool offersChoices(const QModelIndex& index) const;
     /// The Button cell whose button is at the position; invalid when there is none.

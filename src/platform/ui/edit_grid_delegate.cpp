@@ -1,5 +1,6 @@
 #include "platform/ui/edit_grid_delegate.h"
 
+#include "platform/ui/colors.h"
 #include "platform/ui/tool_tip.h"
 
 #include <QApplication>
@@ -31,6 +32,9 @@ void EditGrid::Delegate::initStyleOption(QStyleOptionViewItem* option,
     if (!option->state.testFlag(QStyle::State_Enabled)) {
         // A cell's own colour would make it look alive in a disabled grid.
         option->palette = grid_.palette();
+    } else if (index.data(Qt::ForegroundRole).isValid()) {
+        const QColor shown = readable(option->palette.color(QPalette::Text), grid_.palette());
+        option->palette.setColor(QPalette::Text, shown);
     }
 }
 

@@ -1,6 +1,5 @@
 #include "platform/ui/fonts.h"
 
-#include <QApplication>
 #include <QFontDatabase>
 #include <QStringList>
 
@@ -33,7 +32,7 @@ QString songFamily() {
 
 QFont songFont() {
     static const QString family = songFamily();
-    QFont font = QApplication::font();
+    QFont font;
     if (!family.isEmpty()) {
         font.setFamilies({family});
     }

@@ -1,6 +1,11 @@
 #include "platform/ui/icons.h"
 
+#include "platform/ui/colors.h"
+
 #include <QDir>
+#include <QGuiApplication>
+#include <QIconEngine>
+#include <QPainter>
 #include <QStandardPaths>
 
 // The macro declares a function of the global namespace.
@@ -56,9 +61,45 @@ QString fileOf(FormulaImage image) {
     return {};
 }
 
-/// Lets icon names be found where the platform knows no theme of its own, as the offscreen one
-/// does.
-bool prepareThemes() {
+/// Shows an icon faintly where it is disabled. The platform's way, towards grey, leaves light lines
+/// on a dark background as they are.
+class FadingIcon : public QIconEngine {
+  public:
+    explicit FadingIcon(const QIcon& icon) : icon_(icon) {}
+
+    QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State state,
+                         qreal scale) override {
+        const bool fades = mode == QIcon::Disabled;
+        QPixmap shown = icon_.pixmap((QSizeF(size) / scale).toSize(), scale,
+                                     fades ? QIcon::Normal : mode, state);
+        if (fades && !shown.isNull()) {
+            QPainter fading(&shown);
+            fading.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+            fading.fillRect(shown.rect(), QColor(0, 0, 0, 100));
+        }
+        return shown;
+    }
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        return scaledPixmap(size, mode, state, 1);
+    }
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode,
+               QIcon::State state) override {
+        const qreal scale = painter->device()->devicePixelRatioF();
+        const QSize size = (QSizeF(rect.size()) * scale).toSize();
+        painter->drawPixmap(rect, scaledPixmap(size, mode, state, scale));
+    }
+    QSize actualSize(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        return icon_.actualSize(size, mode, state);
+    }
+    QString iconName() override { return icon_.name(); }
+    QIconEngine* clone() const override { return new FadingIcon(*this); }
+
+  private:
+    QIcon icon_;
+};
+
+/// Lets the icon themes of the system be found on every platform.
+bool addInstalledThemes() {
     QStringList paths = QIcon::themeSearchPaths();
     const QStringList installed =
         QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, QStringLiteral("icons"),
@@ -69,17 +110,25 @@ bool prepareThemes() {
         }
     }
     QIcon::setThemeSearchPaths(paths);
+    return true;
+}
 
-    const QString breeze = QStringLiteral("breeze");
-    const QString fallback = QIcon::fallbackThemeName();
+/// Names Breeze, in the variant that can be seen on the application's background, where the
+/// platform knows no theme of its own.
+void chooseBreeze() {
+    static const QString fallback = QIcon::fallbackThemeName();
     // hicolor only holds the icons of applications; a bare X desktop names nothing else.
-    if (fallback.isEmpty() || fallback == QLatin1StringView("hicolor")) {
+    static const bool wantsFallback =
+        fallback.isEmpty() || fallback == QLatin1StringView("hicolor");
+    static const bool wantsTheme = QIcon::themeName().isEmpty();
+    const QString breeze = isDark(QGuiApplication::palette()) ? QStringLiteral("breeze-dark")
+                                                              : QStringLiteral("breeze");
+    if (wantsFallback) {
         QIcon::setFallbackThemeName(breeze);
     }
-    if (QIcon::themeName().isEmpty()) {
+    if (wantsTheme) {
         QIcon::setThemeName(breeze);
     }
-    return true;
 }
 
 }  // namespace
@@ -93,8 +142,10 @@ QIcon formulaIcon(FormulaImage image) {
 }
 
 QIcon themeIcon(const QString& name) {
-    [[maybe_unused]] static const bool ready = prepareThemes();
-    return QIcon::fromTheme(name);
+    [[maybe_unused]] static const bool ready = addInstalledThemes();
+    chooseBreeze();
+    const QIcon icon = QIcon::fromTheme(name);
+    return icon.isNull() ? icon : QIcon(new FadingIcon(icon));
 }
 
 }  // namespace varo::ui

@@ -20,7 +20,8 @@ enum class FormulaImage { Formula = 2, FormulaWithProperty = 12, FormulaLocated 
 QIcon nodeIcon(NodeImage image);
 QIcon formulaIcon(FormulaImage image);
 
-/// Icon of a standard action by its freedesktop name, from the desktop's theme, else from Breeze.
+/// Icon of a standard action by its freedesktop name, from the desktop's theme, else from Breeze,
+/// light or dark as the application's palette asks for now.
 QIcon themeIcon(const QString& name);
 
 }  // namespace varo::ui

@@ -1,9 +1,11 @@
 #include "platform/ui/node_view.h"
 
+#include "platform/ui/colors.h"
+#include "platform/ui/label_editor.h"
+
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QMetaProperty>
 #include <QMouseEvent>
 #include <QPainter>
@@ -15,35 +17,26 @@ namespace varo::ui {
 
 namespace {
 
-constexpr int LeastEditorWidth = 160;
-
 /// Draws a selected item with the picture that its model gives for that state, and knows the editor
 /// of a label.
 class NodeDelegate : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
-    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
-                          const QModelIndex& index) const override {
-        editor_ = QStyledItemDelegate::createEditor(parent, option, index);
-        editor_->setObjectName(QStringLiteral("labelEditor"));
-        if (auto* line = qobject_cast<QLineEdit*>(editor_.data())) {
-            line->setFrame(true);
-        }
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
+                          const QModelIndex&) const override {
+        editor_ = new LabelEditor(parent);
         return editor_;
     }
 
-    /// A frame around the label, wide enough for a longer one.
     void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                               const QModelIndex& index) const override {
-        QStyledItemDelegate::updateEditorGeometry(editor, option, index);
-        QRect place = editor->geometry();
-        const int widest = editor->parentWidget()->width() - place.left();
-        place.setWidth(std::min(widest, std::max(place.width(), LeastEditorWidth)));
-        place.setLeft(place.left() - 3);
-        place.setTop(std::max(0, option.rect.top() - 2));
-        place.setHeight(option.rect.height() + 4);
-        editor->setGeometry(place);
+        QStyleOptionViewItem item = option;
+        initStyleOption(&item, index);
+        const QStyle& style = *item.widget->style();
+        const QRect label = style.subElementRect(QStyle::SE_ItemViewItemText, &item, item.widget);
+        const int margin = style.pixelMetric(QStyle::PM_FocusFrameHMargin, &item, item.widget) + 1;
+        static_cast<LabelEditor*>(editor)->setLabel(option.rect, label.left() + margin);
     }
 
     void setModelData(QWidget* editor, QAbstractItemModel* model,
@@ -86,6 +79,7 @@ NodeView::NodeView(QWidget* parent) : QTreeView(parent) {
     setSelectionMode(QAbstractItemView::SingleSelection);
     setUniformRowHeights(true);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
+    fitIcons();
     connect(this, &QTreeView::expanded, this, [this](const QModelIndex& index) {
         if (userActs_) {
             emit nodeExpanded(index);
@@ -189,6 +183,31 @@ void NodeView::mouseDoubleClickEvent(QMouseEvent* event) {
     QTreeView::mouseDoubleClickEvent(event);
 }
 
+void NodeView::changeEvent(QEvent* event) {
+    QTreeView::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+        fitIcons();
+    }
+}
+
+/// Pictures grow with the font, in steps that keep their lines sharp.
+void NodeView::fitIcons() {
+    const int least = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
+    const int side = std::max(least, fontInfo().pixelSize() / 3 * 4);
+    setIconSize({side, side});
+}
+
+void NodeView::initViewItemOption(QStyleOptionViewItem* option) const {
+    QTreeView::initViewItemOption(option);
+    if (!hasFocus() && state() != EditingState) {
+        // Still seen, but not taken for what the keyboard acts on.
+        QPalette& colors = option->palette;
+        colors.setColor(QPalette::Highlight,
+                        mixed(colors.color(QPalette::Base), colors.color(QPalette::Highlight), 35));
+        colors.setColor(QPalette::HighlightedText, colors.color(QPalette::Text));
+    }
+}
+
 void NodeView::drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const {
     if (rootIsDecorated()) {
         const auto hasNext = [](const QModelIndex& node) {
@@ -199,7 +218,9 @@ void NodeView::drawBranches(QPainter* painter, const QRect& rect, const QModelIn
         const int gap = model()->hasChildren(index) ? 5 : 0;
         int x = rect.right() - indentation() / 2;
         painter->save();
-        painter->setPen(QPen(palette().color(QPalette::Mid), 1, Qt::DotLine));
+        painter->setPen(
+            QPen(mixed(palette().color(QPalette::Base), palette().color(QPalette::Text), 35), 1,
+                 Qt::DotLine));
         if (index.parent().isValid() || index.row() > 0) {
             painter->drawLine(x, rect.top(), x, middle - gap);
         }

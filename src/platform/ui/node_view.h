@@ -65,6 +65,8 @@ class NodeView : public QTreeView {
     void timerEvent(QTimerEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     bool event(QEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void initViewItemOption(QStyleOptionViewItem* option) const override;
     void drawBranches(QPainter* painter, const QRect& rect,
                       const QModelIndex& index) const override;
     /// Only the program selects, through selectItem(): what is selected is what is shown.
@@ -74,6 +76,7 @@ class NodeView : public QTreeView {
   private:
     QModelIndex itemAt(const QPoint& position) const;
     bool isCommandKey(const QKeyEvent& event) const;
+    void fitIcons();
 
     QList<QKeySequence> commandKeys_;
     QPersistentModelIndex pressed_;

@@ -327,6 +327,33 @@ TEST_F(EditGridTest, AButtonCellHasAButtonBesideItsText) {
     EXPECT_EQ(pressed_.size(), 2);
 }
 
+TEST_F(EditGridTest, AColouredTextCanBeReadOnEveryBackground) {
+    grid_.SetCellText(1, 0, u"■■"_s);
+    for (const auto& [base, text] : {std::pair{Qt::white, Qt::black}, {Qt::black, Qt::white}}) {
+        QPalette palette = grid_.palette();
+        palette.setColor(QPalette::Base, base);
+        palette.setColor(QPalette::Text, text);
+        grid_.setPalette(palette);
+        for (const auto& [color, red] : {std::pair{0xFF0000U, false}, {0x0000FFU, true}}) {
+            grid_.SetCellForeColor(1, 0, color);
+            const QImage shown = grid_.viewport()->grab(cell(1, 0)).toImage();
+            int strongest = 0;
+            QColor seen;
+            for (int x = 0; x < shown.width(); ++x) {
+                const QColor pixel = shown.pixelColor(x, shown.height() / 2);
+                const int difference = std::abs(qGray(pixel.rgb()) - qGray(QColor(base).rgb()));
+                if (difference > strongest) {
+                    strongest = difference;
+                    seen = pixel;
+                }
+            }
+            EXPECT_GT(strongest, 70);
+            EXPECT_GT(red ? seen.red() - seen.blue() : seen.blue() - seen.red(), 100);
+            EXPECT_EQ(grid_.CellForeColor(1, 0), color);
+        }
+    }
+}
+
 TEST_F(EditGridTest, ATextThatIsCutShowsWholeInATooltip) {
     const QString text = u"<b>"_s + QString(200, u'x');
     grid_.SetCellText(1, 0, text);

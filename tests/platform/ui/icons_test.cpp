@@ -2,9 +2,14 @@
 
 #include "platform/ui/fonts.h"
 
+#include <QApplication>
 #include <QFontMetrics>
 #include <QImage>
+#include <QPainter>
+#include <QPalette>
 
+#include <algorithm>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -39,6 +44,44 @@ TEST(Icons, CanBeToldApartAtTheSmallestSize) {
     }
     EXPECT_TRUE(nodeIcon(static_cast<NodeImage>(0)).isNull());
     EXPECT_TRUE(formulaIcon(static_cast<FormulaImage>(7)).isNull());
+}
+
+TEST(Icons, AreDrawnForTheScreensPixels) {
+    for (const QIcon& icon : {nodeIcon(NodeImage::Library), formulaIcon(FormulaImage::Formula),
+                              themeIcon(u"edit-find"_s)}) {
+        const QImage small = icon.pixmap(16, 16).toImage();
+        for (const double scale : {1.25, 1.5, 2.0, 3.0}) {
+            for (const QIcon::Mode mode : {QIcon::Normal, QIcon::Disabled}) {
+                const QImage drawn = icon.pixmap({16, 16}, scale, mode).toImage();
+                ASSERT_EQ(drawn.size(), (QSizeF(16, 16) * scale).toSize());
+                EXPECT_GT(differentPixels(drawn, small.scaled(drawn.size())), 20) << scale;
+            }
+        }
+    }
+}
+
+TEST(Icons, StandardActionsCanBeSeenOnEveryPaletteAndToldFromDisabledOnes) {
+    const QPalette before = QApplication::palette();
+    for (const QColor& window : {QColor(0xef, 0xef, 0xef), QColor(0x2d, 0x2d, 0x30)}) {
+        QApplication::setPalette(QPalette(window));
+        /// The strongest contrast with the background.
+        const auto contrast = [&](QIcon::Mode mode) {
+            QImage shown(16, 16, QImage::Format_RGB32);
+            shown.fill(window);
+            QPainter painter(&shown);
+            themeIcon(u"edit-copy"_s).paint(&painter, shown.rect(), Qt::AlignCenter, mode);
+            int strongest = 0;
+            for (int i = 0; i < 16 * 16; ++i) {
+                const int difference = qGray(shown.pixel(i % 16, i / 16)) - qGray(window.rgb());
+                strongest = std::max(strongest, std::abs(difference));
+            }
+            return strongest;
+        };
+        EXPECT_GT(contrast(QIcon::Normal), 120) << window.red();
+        EXPECT_GT(contrast(QIcon::Disabled), 40) << window.red();
+        EXPECT_LT(contrast(QIcon::Disabled), contrast(QIcon::Normal) - 60) << window.red();
+    }
+    QApplication::setPalette(before);
 }
 
 TEST(Icons, StandardActionsHaveThemes) {
