@@ -77,6 +77,20 @@ TEST_F(Rename, NamesAreCheckedAndStoredAsTyped) {
               QStringLiteral("确实要删除公式-[%1]吗？").arg(ofTwenty));
 }
 
+TEST_F(Rename, ASecondClickOpensTheLabelButNotTheOneThatComesFromElsewhere) {
+    const auto clickAndWait = [this] {
+        desk.clickFormula(QStringLiteral("弯曲"));
+        QTest::qWait(QApplication::doubleClickInterval() + 100);
+        return desk.labelEditor() != nullptr;
+    };
+    desk.clickNode(QStringLiteral("梁"));
+    EXPECT_FALSE(clickAndWait());
+    EXPECT_TRUE(clickAndWait());
+    desk.typeLabel({}, Qt::Key_Escape);
+    desk.formulaBox().setFocus();
+    EXPECT_FALSE(clickAndWait());
+}
+
 TEST_F(Rename, TheEditorGrowsWithItsTextAsFarAsTheViewGoes) {
     for (const auto& [view, label] : {std::pair{&desk.tree(), QStringLiteral("悬臂")},
                                       {&desk.list(), QStringLiteral("弯曲")}}) {

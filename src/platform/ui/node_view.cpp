@@ -132,7 +132,9 @@ void NodeView::mousePressEvent(QMouseEvent* event) {
     const QScopedValueRollback acting(userActs_, true);
     labelDelay_.stop();
     pressed_ = itemAt(event->position().toPoint());
-    pressedSelected_ = pressed_.isValid() && pressed_ == selectedIndex();
+    // A click that brings the user to the view is not yet one on a label.
+    pressedSelected_ = pressed_.isValid() && pressed_ == selectedIndex() && !comesByMouse_;
+    comesByMouse_ = false;
     emit pressedAt(pressed_, event->button());
     QTreeView::mousePressEvent(event);
 }
@@ -158,6 +160,11 @@ void NodeView::mouseReleaseEvent(QMouseEvent* event) {
     } else if (!pressed_.isValid() && !indexAt(position).isValid()) {
         emit emptyClicked();
     }
+}
+
+void NodeView::focusInEvent(QFocusEvent* event) {
+    comesByMouse_ = event->reason() == Qt::MouseFocusReason;
+    QTreeView::focusInEvent(event);
 }
 
 void NodeView::focusOutEvent(QFocusEvent* event) {

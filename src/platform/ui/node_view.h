@@ -61,6 +61,7 @@ class NodeView : public QTreeView {
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
@@ -81,6 +82,7 @@ class NodeView : public QTreeView {
     QList<QKeySequence> commandKeys_;
     QPersistentModelIndex pressed_;
     bool pressedSelected_ = false;  ///< the pressed item was selected before
+    bool comesByMouse_ = false;     ///< the press under way gave the view the focus
     QBasicTimer labelDelay_;        ///< runs between the second click on an item and its editor
     bool userActs_ = false;
 };
