@@ -3,6 +3,7 @@
 #include "control/formula_reader.h"
 #include "control/work_files.h"
 #include "platform/ui/node_view.h"
+#include "platform/ui/wait_cursor.h"
 #include "store/attempt.h"
 #include "store/keys.h"
 
@@ -101,6 +102,7 @@ bool capture(const QModelIndex& folder, ControlState& state, FormulaReader& read
 }  // namespace
 
 bool captureFolders(const QModelIndex& folder, ControlState& state, HeldMessages& messages) {
+    const ui::clsWaitCursor waiting;
     state.clipboard.clear();
     state.clipboard.key = ui::NodeView::keyOf(folder);
     state.clipboard.kind = Clipboard::Folders;
