@@ -4,7 +4,7 @@
 #include "bench_files.h"
 #include "bench_main.h"
 #include "control/varo_calcex.h"
-#include "platform/held_messages.h"
+#include "platform/questions.h"
 #include "platform/ui/node_view.h"
 #include "store/template.h"
 
@@ -24,10 +24,14 @@ using varo::Varo_CalcEx;
 constexpr int Folders = 1000;
 constexpr int FormulasEach = 10;
 
-/// Wants everything that it is asked for.
-class Agreeing : public varo::HeldMessages {
+/// Wants everything that it is asked for, and is told of no failure.
+class Agreeing : public varo::Questions {
   public:
+    void inform(const QString& text) override { throw std::runtime_error(text.toStdString()); }
     bool confirm(const QString&, varo::Choice) override { return true; }
+    std::optional<varo::ChosenFile> chooseFile(const QString&, const QStringList&) override {
+        return std::nullopt;
+    }
 };
 
 /// A folder with a subtree in one library, an empty library, and a control on both.

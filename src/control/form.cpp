@@ -1,6 +1,7 @@
 #include "control/form.h"
 
 #include "platform/ui/edit_grid.h"
+#include "platform/ui/focus_label.h"
 #include "platform/ui/fonts.h"
 #include "platform/ui/node_view.h"
 #include "platform/ui/picture_box.h"
@@ -120,8 +121,10 @@ void buildListAndDescription(Form& form) {
     form.txtDesc->hide();
     form.imgDesc = make<ui::PictureBox>("imgDesc", form.PicDesc);
     form.imgDesc->setAccessibleName(QStringLiteral("公式图片"));
+    form.imgDesc->setFocusPolicy(Qt::StrongFocus);
     form.imgDesc->hide();
-    form.lblDesc = make<QLabel>("lblDesc", form.PicDesc);
+    form.lblDesc = make<ui::FocusLabel>("lblDesc", form.PicDesc);
+    form.lblDesc->setFocusPolicy(Qt::StrongFocus);
     form.lblDesc->setText(QStringLiteral("无图片"));
     form.lblDesc->setAlignment(Qt::AlignCenter);
 
@@ -236,6 +239,8 @@ void setTabOrder(const Form& form) {
                                                 form.optDesc[DescOptionText],
                                                 form.optDesc[DescOptionPicture],
                                                 form.txtDesc,
+                                                form.imgDesc,
+                                                form.lblDesc,
                                                 form.TabStripSymbol,
                                                 form.txtFormula,
                                                 form.MSFEditVarList,

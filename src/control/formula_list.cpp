@@ -44,9 +44,7 @@ QString FormulaList::appendFormula(const clsFormulaInfo& formula) {
     // A damaged table gives out identifiers that are taken; the key stays with the listed formula.
     if (!state_.listedFormulas.contains(key)) {
         model_.beginAppend();
-        state_.listedFormulas.Add(formula.FormulaID, formula.FormulaName, formula.FormulaExpression,
-                                  formula.FormulaMemo, formula.FormulaPicPath,
-                                  formula.FormulaPicType, formula.FormulaPID, formula.Tag);
+        state_.listedFormulas.Add(formula);
         model_.endAppend(ui::FormulaImage::Formula);
     }
     return key;

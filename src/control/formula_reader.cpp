@@ -3,14 +3,17 @@
 #include "store/attempt.h"
 #include "store/keys.h"
 
+#include <QFile>
+#include <QFileInfo>
+
 namespace varo {
 
 FormulaReader::FormulaReader(ControlState& state, PictureFile pictureFile, HeldMessages& messages)
-    : state_(state), pictureFile_(pictureFile), dbFuncs_(messages) {}
+    : state_(state), pictureFile_(pictureFile), messages_(messages) {}
 
 bool FormulaReader::read(qint32 folderID, colFormulaInfo& formulas) {
     data::Recordset rs;
-    return dbFuncs_.GetFormulaByPID(folderID, rs, state_.connection) && attempt([&] {
+    return state_.dbFuncs.GetFormulaByPID(folderID, rs, state_.connection) && attempt([&] {
                const int id = rs.column(u"ID");
                const int name = rs.column(u"Name");
                const int expression = rs.column(u"Formula");
@@ -23,20 +26,37 @@ bool FormulaReader::read(qint32 folderID, colFormulaInfo& formulas) {
                    }
                    const qint32 pictureType = rs.integer(picType);
                    formulas.Add(formulaID, rs.text(name), rs.text(expression), rs.text(memo),
-                                extractPicture(formulaID, pictureType), pictureType, folderID,
+                                pictureOf(formulaID, pictureType), pictureType, folderID,
                                 QString());
                }
            });
 }
 
-QString FormulaReader::extractPicture(qint32 formulaID, qint32 pictureType) {
-    if (pictureType != PictureStored || filesRefused_) {
+QString FormulaReader::pictureOf(qint32 formulaID, qint32 pictureType) {
+    if (pictureType != PictureStored) {
         return {};
     }
     const QString file = pictureFile_(state_, formulaID);
-    const bool extracted =
-        dbFuncs_.ExtractPicture(formulaID, file, state_.connection, &filesRefused_);
+    HeldMessages messages;
+    const bool extracted = extractPicture(formulaID, file, state_.connection, messages);
+    // What keeps one picture from its file keeps others too: one message is enough.
+    if (!told_ && !messages.isEmpty()) {
+        told_ = true;
+        messages.show(messages_);
+    }
     return extracted ? file : QString();
+}
+
+bool extractPicture(qint32 formulaID, const QString& file, data::Connection& connection,
+                    HeldMessages& messages) {
+    if (!clsDBFuncs(messages).ExtractPicture(formulaID, file, connection)) {
+        return false;
+    }
+    const bool isEmpty = QFileInfo(file).size() == 0;
+    if (isEmpty) {
+        QFile::remove(file);
+    }
+    return !isEmpty;
 }
 
 }  // namespace varo

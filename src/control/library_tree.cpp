@@ -189,8 +189,8 @@ bool LibraryTree::selectNode(const QString& key) {
 
 bool LibraryTree::showSelectedNode() {
     const QString selected = form_.tvFolder->selectedKey();
-    const bool listed = selected == state_.listedNodeKey && isOfCurrentLibrary(selected) &&
-                        state_.listsCurrentLibrary();
+    const bool listed = state_.connection.isOpen() && selected == state_.listedNodeKey &&
+                        isOfCurrentLibrary(selected) && state_.listsCurrentLibrary();
     return !selected.isEmpty() && (listed || selectNode(selected));
 }
 
@@ -227,11 +227,25 @@ int LibraryTree::levelsBelow(const QString& key) const {
 
 QString LibraryTree::appendFolder(const QString& parentKey, qint32 id, const QString& name,
                                   FolderRows below) {
+    removeStale(folderKey(id, libraryKeyOf(parentKey)), parentKey);
     const QModelIndex added = model_.appendFolder(model_.find(parentKey), id, name);
     model_.addFolders(added, std::move(below));
     form_.tvFolder->scrollTo(added);
     form_.tvFolder->resizeColumnToContents(0);
     return ui::NodeView::keyOf(added);
+}
+
+/// A library made elsewhere can give out the identifier of a folder that another program has
+/// deleted, and which the tree still shows.
+void LibraryTree::removeStale(const QString& key, const QString& keptKey) {
+    const QModelIndex stale = model_.find(key);
+    QModelIndex above = model_.find(keptKey);
+    while (above.isValid() && above != stale) {
+        above = above.parent();
+    }
+    if (stale.isValid() && !above.isValid()) {
+        model_.removeFolder(stale);
+    }
 }
 
 void LibraryTree::removeFolder(const QString& key) {
@@ -240,11 +254,11 @@ void LibraryTree::removeFolder(const QString& key) {
     }
 }
 
-void LibraryTree::replaceFolders(const QString& parentKey, FolderRows rows) {
+void LibraryTree::replaceFolders(const QString& parentKey, FolderRows rows, bool keepPictures) {
     const QModelIndex parent = model_.find(parentKey);
     QStringList expanded;
     collectExpanded(parent, expanded);
-    const auto marked = markedBelow(parent);
+    const auto marked = keepPictures ? markedBelow(parent) : decltype(markedBelow(parent)){};
     model_.removeFolders(parent);
     model_.addFolders(parent, std::move(rows));
     for (const auto& [key, images] : marked) {

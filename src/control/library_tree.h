@@ -85,8 +85,8 @@ class LibraryTree : public QObject {
     bool readFolders(FolderRows& rows);
 
     /// Replaces what is below a node by the folders among `rows` that descend from it; what was
-    /// open there is open again, and folders keep their pictures.
-    void replaceFolders(const QString& parentKey, FolderRows rows);
+    /// open there is open again. Folders have the picture of a folder, or keep their own.
+    void replaceFolders(const QString& parentKey, FolderRows rows, bool keepPictures);
 
     /// Reads which folders of the current library carry properties, 0 for the library itself.
     /// Returns false when reading fails, with those read before in `ids`; shows nothing.
@@ -98,6 +98,7 @@ class LibraryTree : public QObject {
 
   private:
     bool addLibrary(const clsFormulaDB& library);
+    void removeStale(const QString& key, const QString& keptKey);
     void collectExpanded(const QModelIndex& parent, QStringList& keys) const;
     std::vector<std::pair<QString, FolderTree::Images>> markedBelow(
         const QModelIndex& parent) const;

@@ -6,6 +6,7 @@
 #include "control/library_tree.h"
 #include "control/panes.h"
 #include "control/state.h"
+#include "control/work_folder.h"
 #include "editing/edit_commands.h"
 #include "editing/edit_menu.h"
 #include "editing/pictures.h"
@@ -75,6 +76,7 @@ struct Varo_CalcEx::Parts : PropertySource {
     Varo_CalcEx& control;
     ui::MessageBoxes boxes;
     Questions& questions;
+    std::unique_ptr<WorkFolder> defaultFolder;  ///< null while the host names one
     ControlState state;
     Configuration configuration;
     Form form;
@@ -97,7 +99,7 @@ Varo_CalcEx::Varo_CalcEx(QWidget* parent, Questions* questions)
     setObjectName(QStringLiteral("Varo_CalcEx"));
     Parts& parts = *parts_;
     parts.calcMessage = ui::registerWindowMessage(QString::fromLatin1(CalcMessage));
-    parts.state.workFolder = defaultWorkFolder();
+    setWorkFolder(QString());
     connect(&parts.list, &FormulaList::commandStateChanged, &parts.actions,
             &EditActions::setCommandState);
     parts.form.tvFolder->setEnabled(false);
@@ -242,7 +244,13 @@ void Varo_CalcEx::GetCellInfo(qint32& UnitContentID, qint32& UnitTypeID, qint32&
 }
 
 void Varo_CalcEx::setWorkFolder(const QString& folder) {
-    parts_->state.workFolder = folder.isEmpty() ? defaultWorkFolder() : normalisedFolder(folder);
+    Parts& parts = *parts_;
+    parts.defaultFolder.reset();
+    if (folder.isEmpty()) {
+        parts.defaultFolder = std::make_unique<WorkFolder>(defaultWorkFolder());
+    }
+    parts.state.workFolder =
+        folder.isEmpty() ? parts.defaultFolder->path() : normalisedFolder(folder);
 }
 
 void Varo_CalcEx::setValuePicker(ValuePicker* picker) {

@@ -57,8 +57,9 @@ class Varo_CalcEx : public QWidget {
     void GetCellInfo(qint32& UnitContentID, qint32& UnitTypeID, qint32& PrptysetID,
                      qint32& RecordsetID, qint32& FieldID, qint32& RecNum) const;
 
-    /// Folder for the control's working picture files; "" chooses the folder of the program, or a
-    /// folder of the user's own when that takes no files. Counts from the next listing on.
+    /// Folder for the control's working picture files, which no other control may have; "" chooses
+    /// the folder of the program, or a folder of the user's own when that takes no files, or a
+    /// temporary one when another control has that. Counts from the next listing on.
     void setWorkFolder(const QString& folder);
 
     /// Who lets the user pick a variable's value from a data table; null for nobody. Not owned.

@@ -108,8 +108,8 @@ bool FolderCommands::pasteFolders() {
 bool FolderCommands::pasteBelow(const QString& target, bool withSubfolders,
                                 HeldMessages& messages) {
     const ui::clsWaitCursor waiting;
-    PastedFolders pasted = varo::pasteFolders(folderIdOf(target), withSubfolders,
-                                              tree_.levelsBelow(target), state_, messages);
+    PastedFolders pasted = insertClipboardFolders(folderIdOf(target), withSubfolders,
+                                                  tree_.levelsBelow(target), state_, messages);
     const QString rootKey = libraryKeyOf(target);
     for (const FolderRows::Row& row : pasted.rows.rows()) {
         remember(row.id, pasted.rows.name(row).toString(), row.parentId, rootKey);
@@ -249,7 +249,7 @@ bool FolderCommands::moveFolder(MoveDirection direction) {
         questions_.inform(failure);
         return false;
     }
-    tree_.replaceFolders(parentKey, std::move(now.rows));
+    tree_.replaceFolders(parentKey, std::move(now.rows), !now.propertiesRead);
     tree_.markProperties(libraryKeyOf(key), now.withProperty);
     tree_.selectNode(key);
     if (!now.propertiesRead) {

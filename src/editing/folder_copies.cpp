@@ -33,7 +33,6 @@ class FolderPaste {
     };
 
     bool pasteFormulas(qint32 copied, qint32 folder);
-    bool pasteFormula(const clsFormulaInfo& formula, qint32 folder);
 
     ControlState& state_;
     clsDBFuncs dbFuncs_;
@@ -60,24 +59,16 @@ bool FolderPaste::paste(const clsFormulaInfo& folder) {
 bool FolderPaste::pasteFormulas(qint32 copied, qint32 folder) {
     const colFormulaInfo& formulas = state_.clipboard.formulas;
     for (; nextFormula_ <= formulas.Count(); ++nextFormula_) {
-        const clsFormulaInfo& formula = formulas.Item(nextFormula_);
+        clsFormulaInfo formula = formulas.Item(nextFormula_);
         if (formula.FormulaPID != copied) {
             break;
         }
-        if (!pasteFormula(formula, folder)) {
+        formula.FormulaPID = folder;
+        if (insertFormula(formula, dbFuncs_, state_) != PastedFormula::Whole) {
             return false;
         }
     }
     return true;
-}
-
-bool FolderPaste::pasteFormula(const clsFormulaInfo& formula, qint32 folder) {
-    qint32 id = 0;
-    return dbFuncs_.AddNewFormula(folder, formula.FormulaName, formula.FormulaExpression,
-                                  formula.FormulaMemo, formula.FormulaPicType, id,
-                                  state_.connection) &&
-           (!QFileInfo(formula.FormulaPicPath).isFile() ||
-            dbFuncs_.InserFieldFromFile(formula.FormulaPicPath, id, state_.connection));
 }
 
 /// Captures folder by folder, each before those in it, these in their order.
@@ -87,6 +78,9 @@ bool capture(const QModelIndex& folder, ControlState& state, FormulaReader& read
         const QModelIndex next = open.back();
         open.pop_back();
         const qint32 id = folderIdOf(ui::NodeView::keyOf(next));
+        if (state.clipboard.folders.contains(formulaKey(id))) {
+            continue;
+        }
         state.clipboard.folders.Add(id, next.data(Qt::EditRole).toString(), {}, {}, {}, PictureNone,
                                     folderIdOf(ui::NodeView::keyOf(next.parent())), {});
         if (!reader.read(id, state.clipboard.formulas)) {
@@ -100,6 +94,19 @@ bool capture(const QModelIndex& folder, ControlState& state, FormulaReader& read
 }
 
 }  // namespace
+
+PastedFormula insertFormula(clsFormulaInfo& formula, clsDBFuncs& dbFuncs, ControlState& state) {
+    if (!dbFuncs.AddNewFormula(formula.FormulaPID, formula.FormulaName, formula.FormulaExpression,
+                               formula.FormulaMemo, formula.FormulaPicType, formula.FormulaID,
+                               state.connection)) {
+        return PastedFormula::Nothing;
+    }
+    const bool hasFile = QFileInfo(formula.FormulaPicPath).isFile();
+    return !hasFile || dbFuncs.InserFieldFromFile(formula.FormulaPicPath, formula.FormulaID,
+                                                  state.connection)
+               ? PastedFormula::Whole
+               : PastedFormula::WithoutPicture;
+}
 
 bool captureFolders(const QModelIndex& folder, ControlState& state, HeldMessages& messages) {
     const ui::clsWaitCursor waiting;
@@ -118,8 +125,8 @@ bool captureFolders(const QModelIndex& folder, ControlState& state, HeldMessages
     return read && captured;
 }
 
-PastedFolders pasteFolders(qint32 target, bool withSubfolders, int levels, ControlState& state,
-                           HeldMessages& messages) {
+PastedFolders insertClipboardFolders(qint32 target, bool withSubfolders, int levels,
+                                     ControlState& state, HeldMessages& messages) {
     FolderPaste paste(target, levels, state, messages);
     bool complete = true;
     const bool stored = attempt([&] {

@@ -13,7 +13,14 @@ namespace varo {
 /// there is to tell of pictures waits in `messages`.
 bool captureFolders(const QModelIndex& folder, ControlState& state, HeldMessages& messages);
 
-/// What pasteFolders() has put into a library.
+/// What became of a copied formula.
+enum class PastedFormula { Nothing, WithoutPicture, Whole };
+
+/// Appends a copy of a formula, with the picture that its file holds, to the folder that it names
+/// in the current library; `formula` then has the identifier of the new one.
+PastedFormula insertFormula(clsFormulaInfo& formula, clsDBFuncs& dbFuncs, ControlState& state);
+
+/// What insertClipboardFolders() has put into a library.
 struct PastedFolders {
     FolderRows rows;        ///< the new folders, each behind the one that it is in
     bool complete = false;  ///< nothing is missing
@@ -23,7 +30,7 @@ struct PastedFolders {
 /// formulas behind the folders in `target` (0: the top level) of the current library. New folders
 /// may stand `levels` deep at most. What was done before a step that fails stays done, unless the
 /// library takes nothing at all. What there is to tell of pictures waits in `messages`.
-PastedFolders pasteFolders(qint32 target, bool withSubfolders, int levels, ControlState& state,
-                           HeldMessages& messages);
+PastedFolders insertClipboardFolders(qint32 target, bool withSubfolders, int levels,
+                                     ControlState& state, HeldMessages& messages);
 
 }  // namespace varo

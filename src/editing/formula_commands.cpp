@@ -1,5 +1,6 @@
 #include "editing/formula_commands.h"
 
+#include "control/formula_reader.h"
 #include "control/work_files.h"
 #include "editing/name_rules.h"
 #include "editing/picture_files.h"
@@ -58,64 +59,69 @@ bool FormulaCommands::copyFormula() {
     if (key.isEmpty()) {
         return true;
     }
-    const clsFormulaInfo& formula = state_.listedFormulas.Item(key);
-    Clipboard& clipboard = state_.clipboard;
-    clipboard.clear();
-    clipboard.key = key;
-    clipboard.kind = Clipboard::Formula;
-    PictureCopy copy(copiedPictureFile(state_, formula.FormulaID));
-    const bool copied = copy.take(formula.FormulaPicPath) && copy.replaceTarget();
-    clipboard.formulas.Add(formula.FormulaID, formula.FormulaName, formula.FormulaExpression,
-                           formula.FormulaMemo, copied ? copy.target() : QString(),
-                           formula.FormulaPicType, formula.FormulaPID, QString());
+    clsFormulaInfo copied = state_.listedFormulas.Item(key);
+    HeldMessages messages;
+    state_.clipboard.clear();
+    copied.FormulaPicPath = copyPicture(copied, messages);
+    state_.clipboard.key = key;
+    state_.clipboard.kind = Clipboard::Formula;
+    state_.clipboard.formulas.Add(copied);
+    messages.show(questions_);
     return true;
+}
+
+/// Puts the formula's picture aside, from the library when its file has gone, and returns where it
+/// is; "" when there is none.
+QString FormulaCommands::copyPicture(const clsFormulaInfo& formula, HeldMessages& messages) {
+    if (formula.FormulaPicType != PictureStored) {
+        return {};
+    }
+    PictureCopy copy(copiedPictureFile(state_, formula.FormulaID));
+    const bool copied =
+        (copy.take(formula.FormulaPicPath) && copy.replaceTarget()) ||
+        extractPicture(formula.FormulaID, copy.target(), state_.connection, messages);
+    return copied ? copy.target() : QString();
 }
 
 bool FormulaCommands::pasteFormula() {
     if (!list_.storeEdits() || !tree_.showSelectedNode() || !state_.clipboard.holdsFormula()) {
         return true;
     }
-    clsFormulaInfo pasted = state_.clipboard.formulas.Item(1);
-    pasted.FormulaPID = folderIdOf(form_.tvFolder->selectedKey());
+    clsFormulaInfo formula = state_.clipboard.formulas.Item(1);
+    formula.FormulaPID = folderIdOf(form_.tvFolder->selectedKey());
     HeldMessages messages;
-    const Paste paste = storeCopy(pasted, messages);
-    if (paste.stored) {
-        list_.SelFormula(list_.appendFormula(pasted));
-    }
-    if (!paste.stored) {
+    const PastedFormula pasted = storeCopy(formula, messages);
+    if (pasted == PastedFormula::Nothing) {
         messages.inform(QStringLiteral("粘贴公式失败！"));
-    } else if (!paste.withPicture) {
-        messages.inform(QStringLiteral("粘贴公式的图形文件失败！"));
+    } else {
+        if (pasted == PastedFormula::WithoutPicture) {
+            messages.inform(QStringLiteral("粘贴公式的图形文件失败！"));
+        }
+        list_.SelFormula(list_.appendFormula(formula));
     }
     messages.show(questions_);
-    return paste.stored && paste.withPicture;
+    return pasted == PastedFormula::Whole;
 }
 
-/// Puts the formula and its picture into the library; it then has the identifier and the picture
-/// file of the new one.
-FormulaCommands::Paste FormulaCommands::storeCopy(clsFormulaInfo& formula, HeldMessages& messages) {
+/// Puts the formula into the library; it then has the picture file of the new one.
+PastedFormula FormulaCommands::storeCopy(clsFormulaInfo& formula, HeldMessages& messages) {
     clsDBFuncs dbFuncs(messages);
-    const QString picture = std::exchange(formula.FormulaPicPath, {});
-    const bool hasPicture = QFileInfo(picture).isFile();
-    bool withPicture = true;
-    bool added = false;
-    const bool stored = attempt([&] {
+    PastedFormula pasted = PastedFormula::Nothing;
+    const bool committed = attempt([&] {
         data::Transaction transaction(state_.connection);
-        added = dbFuncs.AddNewFormula(formula.FormulaPID, formula.FormulaName,
-                                      formula.FormulaExpression, formula.FormulaMemo,
-                                      formula.FormulaPicType, formula.FormulaID, state_.connection);
-        if (added && hasPicture) {
-            withPicture = dbFuncs.InserFieldFromFile(picture, formula.FormulaID, state_.connection);
-        }
+        pasted = insertFormula(formula, dbFuncs, state_);
         transaction.commit();
     });
-    if (stored && added && hasPicture && withPicture) {
-        PictureCopy copy(listedPictureFile(state_, formula.FormulaID));
-        if (copy.take(picture) && copy.replaceTarget()) {
-            formula.FormulaPicPath = copy.target();
-        }
+    const bool hasPicture = QFileInfo(std::exchange(formula.FormulaPicPath, {})).isFile();
+    if (!committed) {
+        return PastedFormula::Nothing;
     }
-    return {stored && added, withPicture};
+    const QString file = listedPictureFile(state_, formula.FormulaID);
+    if (hasPicture && pasted == PastedFormula::Whole &&
+        extractPicture(formula.FormulaID, file, state_.connection, messages)) {
+        formula.FormulaPicPath = file;
+    }
+    return pasted;
 }
 
 void FormulaCommands::renameFormula() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "control/library_tree.h"
+#include "editing/folder_copies.h"
 #include "editing/move_direction.h"
 #include "platform/held_messages.h"
 
@@ -41,13 +42,9 @@ class FormulaCommands : public QObject {
     void renameFormula();
 
   private:
-    struct Paste {
-        bool stored;
-        bool withPicture;  ///< nothing that it had is missing
-    };
-
     QString selectedFormula();
-    Paste storeCopy(clsFormulaInfo& formula, HeldMessages& messages);
+    QString copyPicture(const clsFormulaInfo& formula, HeldMessages& messages);
+    PastedFormula storeCopy(clsFormulaInfo& formula, HeldMessages& messages);
     bool storeName(const QString& key, const QString& name);
     void showFirst();
 

@@ -1,5 +1,7 @@
 #include "editing/picture_files.h"
 
+#include "store/picture_transfer.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -27,8 +29,10 @@ PictureCopy::~PictureCopy() {
 }
 
 bool PictureCopy::take(const QString& file) {
+    const QFileInfo original(file);
     // The original may be one that nobody may write to.
-    return QFileInfo(file).isFile() && QFile::copy(file, path_) &&
+    return original.isFile() && original.size() / PictureChunk <= PictureChunkLimit &&
+           QFile::copy(file, path_) &&
            QFile::setPermissions(path_, QFile::ReadOwner | QFile::WriteOwner);
 }
 
@@ -37,6 +41,27 @@ bool PictureCopy::replaceTarget() {
     std::filesystem::rename(QFileInfo(path_).filesystemFilePath(),
                             QFileInfo(target_).filesystemFilePath(), error);
     return !error;
+}
+
+FileAside::FileAside(const QString& path) : path_(path) {
+    const QString aside = path + QStringLiteral(".old");
+    QFile::remove(aside);
+    if (QFileInfo(path).isFile() && QFile::rename(path, aside)) {
+        aside_ = aside;
+    }
+}
+
+FileAside::~FileAside() {
+    if (givenUp_) {
+        QFile::remove(aside_);
+        return;
+    }
+    if (QFileInfo(path_).isFile()) {
+        QFile::remove(path_);
+    }
+    if (!aside_.isEmpty()) {
+        QFile::rename(aside_, path_);
+    }
 }
 
 }  // namespace varo

@@ -24,7 +24,8 @@ class PictureCopy {
     QString path() const { return path_; }
     QString target() const { return target_; }
 
-    /// Makes the copy. Returns false when the file cannot be read or its copy not be written.
+    /// Makes the copy. Returns false when the file cannot be read, is larger than any picture that
+    /// a library takes, or its copy cannot be written.
     bool take(const QString& file);
 
     /// Puts the copy in the place of the target, in one step: the target is the old file or the
@@ -34,6 +35,25 @@ class PictureCopy {
   private:
     QString target_;
     QString path_;
+};
+
+/// A file out of the way of another one that may take its place. It comes back unless the other one
+/// is to stay.
+class FileAside {
+  public:
+    /// Moves the file at `path`, if there is one, aside.
+    explicit FileAside(const QString& path);
+    ~FileAside();
+    FileAside(const FileAside&) = delete;
+    FileAside& operator=(const FileAside&) = delete;
+
+    /// The file at the old path stays; the one moved aside goes away.
+    void giveUp() { givenUp_ = true; }
+
+  private:
+    QString path_;
+    QString aside_;  ///< "" when there was no file
+    bool givenUp_ = false;
 };
 
 }  // namespace varo

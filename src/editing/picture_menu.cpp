@@ -33,11 +33,13 @@ QAction* PictureMenu::addLine(const char* name) {
 
 void PictureMenu::open(Mode mode, bool isSomethingCopied, QPoint globalPosition) {
     const bool picture = mode == Mode::Picture;
+    const bool pastes = isSomethingCopied && mode != Mode::NoFormula;
     mnuPopAddPic->setVisible(!picture);
+    mnuPopAddPic->setEnabled(mode != Mode::NoFormula);
     mnuPopChangePic->setVisible(picture);
-    mnuPopPicLine1->setEnabled(picture || isSomethingCopied);
+    mnuPopPicLine1->setEnabled(picture || pastes);
     mnuPopCopyPic->setEnabled(picture);
-    mnuPopPastePic->setEnabled(isSomethingCopied);
+    mnuPopPastePic->setEnabled(pastes);
     mnuPopPicLine2->setEnabled(picture);
     mnuPopDelPic->setEnabled(picture);
     popup(globalPosition);

@@ -9,8 +9,9 @@ class PictureMenu : public QMenu {
     Q_OBJECT
 
   public:
-    /// What the menu is opened on.
-    enum class Mode { Picture, NoPicture };
+    /// What the menu is opened on: a formula's picture, the place of one, or that place while no
+    /// formula is there to get one.
+    enum class Mode { Picture, NoPicture, NoFormula };
 
     explicit PictureMenu(QWidget* parent);
 

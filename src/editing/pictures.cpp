@@ -1,19 +1,21 @@
 #include "editing/pictures.h"
 
 #include "control/work_files.h"
-#include "editing/picture_files.h"
 #include "editing/picture_window.h"
+#include "platform/held_messages.h"
 #include "platform/ui/node_view.h"
 #include "platform/ui/picture.h"
 #include "platform/ui/picture_box.h"
+#include "store/attempt.h"
 #include "store/keys.h"
 
+#include <QContextMenuEvent>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
-#include <QPointer>
 #include <QRadioButton>
 
 #include <array>
@@ -29,6 +31,8 @@ Pictures::Pictures(Form& form, ControlState& state, Questions& questions,
       menu_(new PictureMenu(form.PicDesc)) {
     form.imgDesc->installEventFilter(this);
     form.lblDesc->installEventFilter(this);
+    // The menu speaks of the formula that it was opened on.
+    connect(&description, &DescriptionPane::cleared, menu_, &QMenu::close);
     connect(menu_->mnuPopAddPic, &QAction::triggered, this, &Pictures::choosePicture);
     connect(menu_->mnuPopChangePic, &QAction::triggered, this, &Pictures::choosePicture);
     connect(menu_->mnuPopCopyPic, &QAction::triggered, this, &Pictures::copyPicture);
@@ -38,28 +42,52 @@ Pictures::Pictures(Form& form, ControlState& state, Questions& questions,
 
 bool Pictures::eventFilter(QObject* watched, QEvent* event) {
     const bool onPicture = watched == form_.imgDesc;
-    if (event->type() == QEvent::MouseButtonDblClick) {
-        if (onPicture && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
-            showLarge();
+    switch (event->type()) {
+        case QEvent::MouseButtonDblClick:
+            if (onPicture && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
+                showLarge();
+            }
+            break;
+        case QEvent::MouseButtonRelease: {
+            const auto& mouse = static_cast<const QMouseEvent&>(*event);
+            if (mouse.button() == Qt::RightButton) {
+                offerMenu(onPicture, mouse.globalPosition().toPoint());
+            }
+            break;
         }
-    } else if (event->type() == QEvent::MouseButtonRelease) {
-        const auto& mouse = static_cast<const QMouseEvent&>(*event);
-        if (mouse.button() == Qt::RightButton) {
-            offerMenu(onPicture ? PictureMenu::Mode::Picture : PictureMenu::Mode::NoPicture,
-                      mouse.globalPosition().toPoint());
+        case QEvent::ContextMenu:
+            // With the mouse, the release of the button opens the menu.
+            if (static_cast<QContextMenuEvent*>(event)->reason() == QContextMenuEvent::Keyboard) {
+                const auto& place = static_cast<const QWidget&>(*watched);
+                offerMenu(onPicture, place.mapToGlobal(place.rect().center()));
+                return true;
+            }
+            break;
+        case QEvent::KeyPress: {
+            const int key = static_cast<QKeyEvent*>(event)->key();
+            if (onPicture && (key == Qt::Key_Return || key == Qt::Key_Enter)) {
+                showLarge();
+                return true;
+            }
+            break;
         }
+        default:
+            break;
     }
     return QObject::eventFilter(watched, event);
 }
 
-void Pictures::offerMenu(PictureMenu::Mode mode, QPoint globalPosition) {
-    const bool offered = mode == PictureMenu::Mode::Picture
-                             ? form_.optDesc[DescOptionText]->isEnabled() &&
-                                   form_.optDesc[DescOptionPicture]->isEnabled()
-                             : state_.listedFormulas.Count() > 0;
-    if (offered) {
-        menu_->open(mode, QFileInfo(pictureClipboardFile(state_)).isFile(), globalPosition);
+void Pictures::offerMenu(bool onPicture, QPoint globalPosition) {
+    using Mode = PictureMenu::Mode;
+    const bool offered = onPicture ? form_.optDesc[DescOptionText]->isEnabled() &&
+                                         form_.optDesc[DescOptionPicture]->isEnabled()
+                                   : state_.listedFormulas.Count() > 0;
+    if (!offered) {
+        return;
     }
+    const Mode mode = onPicture ? Mode::Picture : Mode::NoPicture;
+    menu_->open(selected() == nullptr ? Mode::NoFormula : mode,
+                QFileInfo(pictureClipboardFile(state_)).isFile(), globalPosition);
 }
 
 clsFormulaInfo* Pictures::selected() {
@@ -81,11 +109,9 @@ void Pictures::choosePicture() {
     }
     const QString key = form_.lvFormula->selectedKey();
     const QString library = state_.listedLibrary;
-    const QPointer<Pictures> here(this);
     const auto chosen = questions_.chooseFile(QStringLiteral("选择图片"), filters);
-    // The host may turn to another formula, or give up the control, while the dialog is open.
-    if (!chosen || here.isNull() || form_.lvFormula->selectedKey() != key ||
-        state_.listedLibrary != library) {
+    // The host may turn to another formula while the dialog is open.
+    if (!chosen || form_.lvFormula->selectedKey() != key || state_.listedLibrary != library) {
         return;
     }
     const QString file =
@@ -120,16 +146,32 @@ bool Pictures::replacePicture(clsFormulaInfo& formula, const QString& file) {
         return false;
     }
     const ui::Picture picture = ui::Picture::read(copy.path());
-    if (picture.isNull() ||
-        !state_.dbFuncs.AddNewPicture(formula.FormulaID, copy.path(), state_.connection)) {
+    if (picture.isNull() || !moveIn(formula, copy)) {
         return false;
     }
-    // The picture is the library's now, with or without a working copy.
-    const bool copied = copy.replaceTarget();
-    formula.FormulaPicPath = copied ? own : QString();
+    formula.FormulaPicPath = own;
     formula.FormulaPicType = PictureStored;
     description_.showPicture(picture);
-    return copied;
+    return true;
+}
+
+/// Puts the copy into the library and in the place of the formula's file, both or neither.
+bool Pictures::moveIn(const clsFormulaInfo& formula, PictureCopy& copy) {
+    HeldMessages messages;
+    clsDBFuncs dbFuncs(messages);
+    bool moved = false;
+    const bool committed = attempt([&] {
+        FileAside old(copy.target());
+        data::Transaction transaction(state_.connection);
+        moved = dbFuncs.AddNewPicture(formula.FormulaID, copy.path(), state_.connection) &&
+                copy.replaceTarget();
+        if (moved) {
+            transaction.commit();
+            old.giveUp();
+        }
+    });
+    messages.show(questions_);
+    return moved && committed;
 }
 
 void Pictures::copyPicture() {
@@ -170,7 +212,8 @@ void Pictures::deletePicture() {
 
 void Pictures::showLarge() {
     const clsFormulaInfo* formula = selected();
-    if (formula == nullptr || !QFileInfo(formula->FormulaPicPath).isFile()) {
+    if (formula == nullptr || form_.imgDesc->picture().isNull() ||
+        !QFileInfo(formula->FormulaPicPath).isFile()) {
         return;
     }
     QWidget* control = form_.PicControl->parentWidget();

@@ -2,6 +2,7 @@
 
 #include "control/form.h"
 #include "control/state.h"
+#include "editing/picture_files.h"
 #include "editing/picture_menu.h"
 #include "formula/description_pane.h"
 
@@ -10,7 +11,8 @@
 namespace varo {
 
 /// The commands on the picture of the selected formula: its popup menu, and the window that shows
-/// it large. A picture that is stored replaces what is there as a whole or not at all.
+/// it large, with the mouse or the keyboard. A picture that is stored replaces what is there, in
+/// the library and as a file, or neither.
 class Pictures : public QObject {
     Q_OBJECT
 
@@ -31,7 +33,7 @@ class Pictures : public QObject {
     void deletePicture();
 
     /// Shows the selected formula's picture in a window as large as the control; nothing when it
-    /// has none, or its file has gone.
+    /// has none that can be shown, or its file has gone.
     void showLarge();
 
   protected:
@@ -39,9 +41,10 @@ class Pictures : public QObject {
 
   private:
     clsFormulaInfo* selected();
-    void offerMenu(PictureMenu::Mode mode, QPoint globalPosition);
+    void offerMenu(bool onPicture, QPoint globalPosition);
     void storePicture(const QString& file);
     bool replacePicture(clsFormulaInfo& formula, const QString& file);
+    bool moveIn(const clsFormulaInfo& formula, PictureCopy& copy);
     bool copyOut(const clsFormulaInfo& formula);
 
     Form& form_;

@@ -8,6 +8,8 @@
 #include <QPlainTextEdit>
 #include <QRadioButton>
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 namespace varo {
@@ -26,23 +28,25 @@ void DescriptionPane::clear() {
     form_.txtDesc->clear();
     form_.txtDesc->document()->setModified(false);
     form_.imgDesc->clear();
+    refused_.clear();
+    emit cleared();
 }
 
 void DescriptionPane::show(const clsFormulaInfo& formula) {
     form_.txtDesc->setPlainText(formula.FormulaMemo);
     form_.txtDesc->document()->setModified(false);
-    const ui::Picture picture = formula.FormulaPicPath.isEmpty()
-                                    ? ui::Picture()
-                                    : ui::Picture::read(formula.FormulaPicPath);
-    if (picture.isNull()) {
+    if (formula.FormulaPicPath.isEmpty()) {
         showNoPicture();
     } else {
-        showPicture(picture);
+        showPicture(ui::Picture::read(formula.FormulaPicPath));
     }
 }
 
 void DescriptionPane::showPicture(const ui::Picture& picture) {
     form_.imgDesc->setPicture(picture);
+    if (picture.isNull()) {
+        form_.imgDesc->setText(QStringLiteral("无法显示图片"));
+    }
     showOnly(form_.imgDesc);
 }
 
@@ -56,22 +60,29 @@ void DescriptionPane::removePicture() {
 }
 
 void DescriptionPane::showOption(int option) {
-    if (form_.lvFormula->selectedKey().isEmpty()) {
+    const QString key = form_.lvFormula->selectedKey();
+    if (!state_.listedFormulas.contains(key)) {
         return;
     }
     if (option == DescOptionText) {
         showOnly(form_.txtDesc);
-    } else if (form_.imgDesc->picture().isNull()) {
+    } else if (state_.listedFormulas.Item(key).FormulaPicPath.isEmpty()) {
         showNoPicture();
     } else {
         showOnly(form_.imgDesc);
     }
 }
 
-void DescriptionPane::showOnly(const QWidget* content) {
-    for (QWidget* each :
-         {static_cast<QWidget*>(form_.txtDesc), static_cast<QWidget*>(form_.imgDesc),
-          static_cast<QWidget*>(form_.lblDesc)}) {
+/// The focus stays here: a content that is hidden would pass it on to the next widget.
+void DescriptionPane::showOnly(QWidget* content) {
+    const std::array<QWidget*, 3> contents{form_.txtDesc, form_.imgDesc, form_.lblDesc};
+    const bool focused = std::any_of(contents.begin(), contents.end(),
+                                     [](const QWidget* each) { return each->hasFocus(); });
+    content->show();
+    if (focused) {
+        content->setFocus();
+    }
+    for (QWidget* each : contents) {
         each->setVisible(each == content);
     }
 }
@@ -79,6 +90,9 @@ void DescriptionPane::showOnly(const QWidget* content) {
 bool DescriptionPane::eventFilter(QObject* watched, QEvent* event) {
     const bool gained = event->type() == QEvent::FocusIn;
     if (gained || event->type() == QEvent::FocusOut) {
+        if (gained && static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason) {
+            refused_.clear();
+        }
         const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
         // A menu only borrows the focus, and a window that comes back goes on where it was left.
         const bool borrowed =
@@ -102,9 +116,7 @@ bool DescriptionPane::store() {
         return true;
     }
     if (text.size() > TextLimit) {
-        if (std::exchange(refused_, text) != text) {
-            questions_.inform(QStringLiteral("用户输入的说明超过255个字符！"));
-        }
+        tellOnce(QStringLiteral("用户输入的说明超过255个字符！"));
         return false;
     }
     if (!state_.listsCurrentLibrary() ||
@@ -117,10 +129,18 @@ bool DescriptionPane::store() {
     }
     if (state_.dbFuncs.EditFormulaMemo(record.FormulaID, text, state_.connection)) {
         record.FormulaMemo = text;
+        refused_.clear();
     } else {
-        questions_.inform(QStringLiteral("无法编辑选定公式的备注！"));
+        tellOnce(QStringLiteral("无法编辑选定公式的备注！"));
     }
     return true;
+}
+
+/// Leaving the box and the command that follows both store; the user is told once.
+void DescriptionPane::tellOnce(const QString& message) {
+    if (std::exchange(refused_, form_.txtDesc->toPlainText()) != form_.txtDesc->toPlainText()) {
+        questions_.inform(message);
+    }
 }
 
 }  // namespace varo

@@ -21,11 +21,10 @@ class DescriptionPane : public QObject {
     /// Empties box and picture and chooses the picture option.
     void clear();
 
-    /// Shows a formula's description and picture, after clear(). A picture that cannot be read
-    /// counts as none.
+    /// Shows a formula's description and picture, after clear().
     void show(const clsFormulaInfo& formula);
 
-    /// Shows a picture, which is not null.
+    /// Shows a formula's picture; a null one is said to be none that can be shown.
     void showPicture(const ui::Picture& picture);
 
     /// Shows the label that there is no picture.
@@ -38,17 +37,22 @@ class DescriptionPane : public QObject {
     /// when it is too long to be stored, which is told once for each text.
     bool store();
 
+  signals:
+    /// What was shown of a formula is shown no more.
+    void cleared();
+
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     void showOption(int option);
-    void showOnly(const QWidget* content);
+    void tellOnce(const QString& message);
+    void showOnly(QWidget* content);
 
     Form& form_;
     ControlState& state_;
     Questions& questions_;
-    QString refused_;  ///< the text that was last told to be too long
+    QString refused_;  ///< the text that the user was told is not stored
 };
 
 }  // namespace varo

@@ -36,6 +36,7 @@ bool FormulaBox::eventFilter(QObject* watched, QEvent* event) {
                       static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason;
     if (gained || lost) {
         if (gained) {
+            refused_.clear();
             form_.TabStripSymbol->setEnabled(true);
         }
         for (QToolBar* symbols : form_.tbSymbol) {
@@ -70,9 +71,10 @@ void FormulaBox::store() {
         return;
     }
     record.FormulaExpression = text;
+    refused_.clear();
 }
 
-/// The box loses the focus and is left in one move of the user; the same text is told of once.
+/// Leaving the box and the command that follows both store; the user is told once.
 void FormulaBox::tellOnce(const QString& message) {
     if (std::exchange(refused_, form_.txtFormula->text()) != form_.txtFormula->text()) {
         questions_.inform(message);

@@ -34,7 +34,7 @@ class FormulaBox : public QObject {
     Form& form_;
     ControlState& state_;
     Questions& questions_;
-    QString refused_;  ///< text that was not stored, and was told of
+    QString refused_;  ///< the text that the user was told is not stored
 };
 
 }  // namespace varo

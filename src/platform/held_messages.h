@@ -20,6 +20,8 @@ class HeldMessages : public Questions {
         return std::nullopt;
     }
 
+    bool isEmpty() const { return texts_.isEmpty(); }
+
     /// Shows each message once, in order, and forgets them.
     void show(Questions& questions) {
         for (const QString& text : std::exchange(texts_, {})) {

@@ -108,16 +108,21 @@ void colFormulaInfo::Add(qint32 FormulaID, const QString& FormulaName,
                          const QString& FormulaExpression, const QString& FormulaMemo,
                          const QString& FormulaPicPath, qint32 FormulaPicType, qint32 FormulaPID,
                          const QString& Tag) {
-    const QString key = formulaKey(FormulaID);
-    append(key, {.FormulaID = FormulaID,
-                 .FormulaName = FormulaName,
-                 .FormulaExpression = FormulaExpression,
-                 .FormulaMemo = FormulaMemo,
-                 .FormulaPicPath = FormulaPicPath,
-                 .FormulaPicType = FormulaPicType,
-                 .FormulaPID = FormulaPID,
-                 .NodeKey = key,
-                 .Tag = Tag});
+    Add({.FormulaID = FormulaID,
+         .FormulaName = FormulaName,
+         .FormulaExpression = FormulaExpression,
+         .FormulaMemo = FormulaMemo,
+         .FormulaPicPath = FormulaPicPath,
+         .FormulaPicType = FormulaPicType,
+         .FormulaPID = FormulaPID,
+         .NodeKey = QString(),
+         .Tag = Tag});
+}
+
+void colFormulaInfo::Add(clsFormulaInfo formula) {
+    formula.NodeKey = formulaKey(formula.FormulaID);
+    const QString key = formula.NodeKey;
+    append(key, std::move(formula));
 }
 
 void colFormulaInfo::Remove(int position) {

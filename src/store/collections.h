@@ -36,6 +36,8 @@ class colFormulaInfo : public KeyedCollection<clsFormulaInfo> {
     void Add(qint32 FormulaID, const QString& FormulaName, const QString& FormulaExpression,
              const QString& FormulaMemo, const QString& FormulaPicPath, qint32 FormulaPicType,
              qint32 FormulaPID, const QString& Tag);
+    /// The same for a record, whose key is made anew.
+    void Add(clsFormulaInfo formula);
     /// Removes by position; picture files stay.
     void Remove(int position);
     /// Removes by key and deletes the record's picture file if it exists.

@@ -118,15 +118,14 @@ class clsDBFuncs {
     /// formula keeps the picture that it had.
     bool AddNewPicture(qint32 formulaID, const QString& fileName, data::Connection& conn);
     /// Stores the file's bytes without touching PicType. A file that cannot be read is told, leaves
-    /// the picture as it was, and is no failure.
+    /// the picture as it was, and is no failure; a missing row, or a library that takes no bytes,
+    /// is one.
     bool InserFieldFromFile(const QString& fileName, qint32 formulaID, data::Connection& conn);
     bool DelPicture(qint32 formulaID, data::Connection& conn);
     /// Writes the formula's stored picture to `fileName`, replacing a file that is there; false
     /// when the formula is missing or moving the bytes fails (the description has then been shown,
-    /// and no partial file is left behind). `fileRefused`, unless null, is set to true when it was
-    /// the file that could not be made or written, and not the picture that could not be read.
-    bool ExtractPicture(qint32 formulaID, const QString& fileName, data::Connection& conn,
-                        bool* fileRefused = nullptr);
+    /// and no partial file is left behind).
+    bool ExtractPicture(qint32 formulaID, const QString& fileName, data::Connection& conn);
 
   private:
     Questions* questions_;

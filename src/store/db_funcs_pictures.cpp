@@ -61,13 +61,12 @@ bool clsDBFuncs::DelPicture(qint32 formulaID, data::Connection& conn) {
                   {formulaID});
 }
 
-bool clsDBFuncs::ExtractPicture(qint32 formulaID, const QString& fileName, data::Connection& conn,
-                                bool* fileRefused) {
+bool clsDBFuncs::ExtractPicture(qint32 formulaID, const QString& fileName, data::Connection& conn) {
     bool moved = true;
     QString failure;
     const bool ran = attempt([&] {
         data::BlobField field = pictureOf(formulaID, conn);
-        moved = WriteFieldToFile(field, fileName, failure, fileRefused);
+        moved = WriteFieldToFile(field, fileName, failure);
     });
     if (!moved) {
         questions_->inform(failure);

@@ -104,15 +104,11 @@ bool ReadFileToField(data::BlobField& field, const QString& fileName, QString& f
     return true;
 }
 
-bool WriteFieldToFile(data::BlobField& field, const QString& fileName, QString& failure,
-                      bool* fileRefused) {
+bool WriteFieldToFile(data::BlobField& field, const QString& fileName, QString& failure) {
     try {
         writeFile(field, fileName);
     } catch (const data::Error& error) {
         failure = error.description();
-        if (fileRefused != nullptr && dynamic_cast<const FileError*>(&error) != nullptr) {
-            *fileRefused = true;
-        }
         return false;
     }
     return true;

@@ -20,9 +20,6 @@ bool ReadFileToField(data::BlobField& field, const QString& fileName, QString& f
 
 /// Writes the bytes of `field` to the file in the same way, replacing what is there. Returns false
 /// with the description in `failure` when a step failed; no partial file is then left.
-/// `fileRefused`, unless null, is set to true when it was the file that could not be made or
-/// written.
-bool WriteFieldToFile(data::BlobField& field, const QString& fileName, QString& failure,
-                      bool* fileRefused = nullptr);
+bool WriteFieldToFile(data::BlobField& field, const QString& fileName, QString& failure);
 
 }  // namespace varo

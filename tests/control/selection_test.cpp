@@ -1,3 +1,4 @@
+#include "platform/ui/picture_box.h"
 #include "support/desk.h"
 
 #include <QBuffer>
@@ -254,7 +255,7 @@ TEST_F(Selection, TheDescriptionOptionsSwitchBetweenTextAndPicture) {
     EXPECT_TRUE(desk.isShown("lblDesc"));
 }
 
-TEST_F(Selection, APictureThatIsNoneLeavesTheFormulaListedWithoutPicture) {
+TEST_F(Selection, APictureThatCannotBeShownIsSaidToBeThere) {
     const QByteArray jpg = imageBytes({300, 200}, "jpg");
     first.addPicture(shear, pictureBytes(40000));
     first.addPicture(blank, jpg.first(jpg.size() / 2));
@@ -263,8 +264,13 @@ TEST_F(Selection, APictureThatIsNoneLeavesTheFormulaListedWithoutPicture) {
     EXPECT_EQ(desk.listTexts().size(), 3);
     for (const QString& name : {QStringLiteral("剪切"), QStringLiteral("空白")}) {
         desk.clickFormula(name);
-        EXPECT_TRUE(desk.isShown("lblDesc")) << name.toStdString();
-        EXPECT_FALSE(desk.isShown("imgDesc")) << name.toStdString();
+        QTest::mouseClick(&desk.child<QRadioButton>("optDesc0"), Qt::LeftButton, {}, {8, 8});
+        QTest::mouseClick(&desk.child<QRadioButton>("optDesc1"), Qt::LeftButton, {}, {8, 8});
+        EXPECT_TRUE(desk.isShown("imgDesc")) << name.toStdString();
+        EXPECT_FALSE(desk.isShown("lblDesc")) << name.toStdString();
+        const auto& box = desk.child<ui::PictureBox>("imgDesc");
+        EXPECT_TRUE(box.picture().isNull());
+        EXPECT_EQ(box.text(), QStringLiteral("无法显示图片"));
     }
     EXPECT_TRUE(desk.messages().isEmpty());
 }

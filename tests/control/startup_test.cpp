@@ -1,3 +1,4 @@
+#include "control/work_folder.h"
 #include "support/desk.h"
 
 #include <QDir>
@@ -232,6 +233,20 @@ TEST(Startup, WorkingPicturesAreRemovedWithTheControl) {
         EXPECT_EQ(fileContent(picture), pictureBytes(20000));
     }
     EXPECT_FALSE(QFileInfo::exists(picture));
+}
+
+TEST(WorkFolders, NoTwoControlsShareOne) {
+    const QTemporaryDir preferred;
+    const QString folder = preferred.path() + QLatin1Char('/');
+    {
+        const WorkFolder first(folder);
+        const WorkFolder second(folder);
+        EXPECT_EQ(first.path(), folder);
+        EXPECT_NE(second.path(), folder);
+        EXPECT_TRUE(QFileInfo(second.path()).isDir());
+        EXPECT_TRUE(second.path().endsWith(u'/'));
+    }
+    EXPECT_EQ(WorkFolder(folder).path(), folder);
 }
 
 }  // namespace

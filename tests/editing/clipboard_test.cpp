@@ -196,6 +196,10 @@ TEST_F(CopyAndPaste, IsGivenByKeysInTreeAndListOnly) {
     EXPECT_TRUE(desk.editButton(PasteButton).isEnabled());
     press(desk.tree(), Qt::Key_V);
     EXPECT_EQ(stored(first, columns), QStringLiteral("柱(稳定|P/A)"));
+    desk.openMenu(desk.tree(), QStringLiteral("板"));
+    desk.choose("mnuPopPaste");
+    EXPECT_EQ(stored(first, plates), QStringLiteral("柱(稳定|P/A)"));
+    desk.clickNode(QStringLiteral("柱"));
     desk.clickFormula(QStringLiteral("稳定"));
     EXPECT_FALSE(desk.editButton(PasteButton).isEnabled());
     press(desk.list(), Qt::Key_V);

@@ -94,8 +94,24 @@ TEST_F(Refusal, AMoveKeepsTheMarksOfPropertiesThatCannotBeRead) {
     EXPECT_EQ(marked.treeTexts().at(1), QStringLiteral("  柱"));
     marked.clickNode(QStringLiteral("梁"));
     EXPECT_TRUE(showsWhatIsStored(marked));
+    // Marks that were there come from what is stored, as soon as that can be read.
+    first.connection().execute(QStringLiteral("Delete From Property"));
+    marked.clickEditButton(QStringLiteral("上移"));
+    EXPECT_TRUE(showsWhatIsStored(marked));
+}
+
+/// As in a library that does not remember the identifiers of what was deleted.
+TEST_F(Refusal, AFolderMayGetTheIdentifierOfOneThatAnotherProgramHasDeleted) {
+    first.connection().execute(QStringLiteral("Delete From Tree Where ID = ?"), {cantilever});
+    first.connection().execute(QStringLiteral("Delete From sqlite_sequence"));
     desk.clickNode(QStringLiteral("柱"));
-    desk.clickEditButton(QStringLiteral("下移"));
+    desk.clickEditButton(QStringLiteral("新建公式夹"));
+    desk.typeLabel(QStringLiteral("新"));
+    EXPECT_EQ(desk.tree().selectedKey(), folder(cantilever));
+    EXPECT_TRUE(showsWhatIsStored(desk));
+    desk.clickEditButton(QStringLiteral("复制"));
+    desk.clickEditButton(QStringLiteral("粘贴"));
+    EXPECT_EQ(told(), QString());
 }
 
 TEST_F(Refusal, AListThatCannotBeReadAgainIsEmptied) {

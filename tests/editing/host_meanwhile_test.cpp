@@ -80,6 +80,40 @@ TEST_F(HostMeanwhile, AListingThatIsToldAboutLeavesTheOneThatTheHostWants) {
     EXPECT_TRUE(showsWhatIsStored(desk));
 }
 
+TEST_F(HostMeanwhile, NothingIsHeldWhileACopyOrPasteIsToldAbout) {
+    first.addPicture(bending, pictureBytes(100));
+    first.addPicture(shear, pictureBytes(100));
+    const QTemporaryDir work;
+    desk.control().setWorkFolder(work.path());
+    const QString copies = work.filePath(QStringLiteral("%1PastePic.bmp"));
+    const auto write = [this] {
+        first.connection().execute(QStringLiteral("Update Tree Set Name = Name"));
+    };
+    desk.clickNode(QStringLiteral("梁"));
+    // A folder in the place of one copied picture leaves the others.
+    ASSERT_TRUE(QDir().mkdir(copies.arg(bending)));
+    for (const char* formula : {static_cast<const char*>(nullptr), "弯曲"}) {
+        desk.questions().informed.clear();
+        if (formula != nullptr) {
+            desk.clickFormula(QString::fromUtf8(formula));
+        }
+        EXPECT_EQ(QFile::exists(copies.arg(shear)), formula != nullptr);
+        atTheNextQuestion(write);
+        desk.clickEditButton(QStringLiteral("复制"));
+        EXPECT_EQ(desk.messages().size(), 1);
+        desk.clickNode(QStringLiteral("梁"));
+    }
+    desk.clickEditButton(QStringLiteral("复制"));
+    QFile copy(copies.arg(shear));
+    ASSERT_TRUE(copy.resize(16384LL * 32768));
+    desk.questions().informed.clear();
+    desk.questions().answers = {false};
+    desk.questions().meanwhile = write;
+    desk.clickNode(QStringLiteral("柱"));
+    desk.clickEditButton(QStringLiteral("粘贴"));
+    EXPECT_EQ(desk.messages().size(), 1) << "a file too long for a picture";
+}
+
 TEST_F(HostMeanwhile, ALocatedFolderThatIsNotShownLeavesTheLibraryThatIs) {
     second.addProperty(1, QStringLiteral("形"), 0, 99, NodeTypeFolder);
     desk.clickNode(QStringLiteral("柱"));

@@ -64,6 +64,7 @@ class Obstacles : private NoWaiting,
         library.addFormula(beams, QStringLiteral("剪切"), QStringLiteral("Q/A"));
         library.addFormula(beams, QStringLiteral("扭转"), QStringLiteral("T/W"));
         const qint32 deflection = library.addFormula(simple, QStringLiteral("挠度"));
+        library.addPicture(deflection, imageBytes({50, 50}, Qt::green, "bmp"));
         library.addProperty(1, QStringLiteral("形"), 0, simple, NodeTypeFolder);
         library.addProperty(2, QStringLiteral("形"), 0, deflection, NodeTypeFormula);
         newPicture = addFile(QStringLiteral("new.bmp"), imageBytes({70, 70}, Qt::blue, "bmp"));

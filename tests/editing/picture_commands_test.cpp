@@ -1,5 +1,8 @@
 #include "editing/picture_desk.h"
+#include "editing/picture_files.h"
+#include "store/picture_transfer.h"
 
+#include <QContextMenuEvent>
 #include <QRadioButton>
 
 namespace varo::test {
@@ -17,7 +20,15 @@ constexpr int Bmp = 0;
 constexpr int Wmf = 1;
 constexpr int Jpg = 2;
 
-class PictureCommands : public PictureDesk {};
+class PictureCommands : public PictureDesk {
+  protected:
+    /// Presses the menu key on what has the focus.
+    void pressMenuKey() {
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, {});
+        QApplication::sendEvent(QApplication::focusWidget(), &event);
+        settle();
+    }
+};
 
 TEST_F(PictureCommands, TheMenuOffersWhatSuitsThePlaceAndTheClipboard) {
     EXPECT_EQ(openMenu(picture()), (QStringList{Change, "-", Copy, "(粘贴)", "-", Delete}));
@@ -31,6 +42,35 @@ TEST_F(PictureCommands, TheMenuOffersWhatSuitsThePlaceAndTheClipboard) {
     menu().close();
     desk->clickFormula(QStringLiteral("一"));
     EXPECT_EQ(openMenu(picture()), (QStringList{Change, "-", Copy, Paste, "-", Delete}));
+}
+
+TEST_F(PictureCommands, TheKeyboardOpensTheMenuOnTheDescriptionArea) {
+    desk->child<QWidget>("optDesc1").setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    ASSERT_EQ(QApplication::focusWidget(), &picture());
+    EXPECT_EQ(picture().grab().toImage().pixelColor(0, 0),
+              picture().palette().color(QPalette::Highlight));
+    pressMenuKey();
+    EXPECT_EQ(menuEntries(), (QStringList{Change, "-", Copy, "(粘贴)", "-", Delete}));
+    QTest::keyClick(&menu(), Qt::Key_Up);
+    QTest::keyClick(&menu(), Qt::Key_Return);
+    EXPECT_EQ(stored(first), storedAs(0, {}));
+    EXPECT_EQ(QApplication::focusWidget(), &label());
+    pressMenuKey();
+    EXPECT_EQ(menuEntries().first(), Add);
+}
+
+TEST_F(PictureCommands, AnOpenMenuClosesWithWhatItSpeaksOf) {
+    for (const bool listsAnew : {false, true}) {
+        desk->clickFormula(QStringLiteral("一"));
+        ASSERT_FALSE(openMenu(picture()).isEmpty());
+        if (listsAnew) {
+            desk->control().ClickTreeNode(QStringLiteral("DBNode1"));
+        } else {
+            desk->control().SelFormula(QStringLiteral("LvFormulaKey%1").arg(second));
+        }
+        EXPECT_FALSE(menu().isVisible());
+    }
 }
 
 TEST_F(PictureCommands, TheMenuStaysClosedWithoutFormulas) {
@@ -126,16 +166,40 @@ TEST_F(PictureCommands, WhatIsNoPictureReplacesNone) {
     EXPECT_EQ(workFiles().size(), 1) << "no copies are left behind";
 }
 
-TEST_F(PictureCommands, AStoredPictureWhoseCopyCannotTakeItsPlaceIsToldAndShown) {
-    ASSERT_TRUE(QDir(work.path()).mkdir(QFileInfo(pictureFile(second)).fileName()));
-    desk->clickFormula(QStringLiteral("二"));
-    chooseFile(label(), Add, addFile(QStringLiteral("x.bmp"), blue), Bmp);
-    EXPECT_EQ(desk->messages(), QStringList{StoringFailed});
-    EXPECT_EQ(stored(second), storedAs(2, blue));
-    EXPECT_EQ(shownColor(), QColor(Qt::blue));
-    EXPECT_EQ(workFiles().size(), 1) << "no copies are left behind";
+TEST_F(PictureCommands, AFileThatNoLibraryTakesIsNotEvenCopied) {
+    QFile huge(addFile(QStringLiteral("x.bmp"), red));
+    ASSERT_TRUE(huge.resize((PictureChunkLimit + 1) * PictureChunk));
+    PictureCopy copy(workFile(QStringLiteral("copy")));
+    EXPECT_FALSE(copy.take(huge.fileName()));
+    EXPECT_FALSE(QFile::exists(copy.path()));
+}
+
+TEST_F(PictureCommands, LibraryAndFileTakeAPictureTogetherOrNot) {
+    const QString file = addFile(QStringLiteral("x.bmp"), blue);
+    {
+        const data::ReadSnapshot reader(library.connection());
+        chooseFile(picture(), Change, file, Bmp);
+    }
+    EXPECT_EQ(stored(first), storedAs(2, red));
+    EXPECT_EQ(fileContent(pictureFile(first)), red) << "the library could not be written";
+    ASSERT_TRUE(QFile::remove(pictureFile(first)));
+    ASSERT_TRUE(QDir().mkpath(pictureFile(first) + QStringLiteral("/not empty")));
+    chooseFile(picture(), Change, file, Bmp);
+    EXPECT_EQ(stored(first), storedAs(2, red)) << "the file could not be written";
+    EXPECT_EQ(shownColor(), QColor(Qt::red));
+    EXPECT_EQ(desk->messages(), (QStringList{StoringFailed, StoringFailed}));
+}
+
+TEST_F(PictureCommands, APictureThatCannotBeShownCanBeCopiedAndDeleted) {
+    library.addPicture(first, "text");
+    start();
+    EXPECT_EQ(openMenu(picture()), (QStringList{Change, "-", Copy, "(粘贴)", "-", Delete}));
+    menu().close();
     choose(picture(), Copy);
-    EXPECT_EQ(fileContent(workFile(QStringLiteral("backupPic.def"))), blue);
+    EXPECT_EQ(fileContent(workFile(QStringLiteral("backupPic.def"))), "text");
+    choose(picture(), Delete);
+    EXPECT_EQ(stored(first), storedAs(0, {}));
+    EXPECT_TRUE(desk->isShown("lblDesc"));
 }
 
 TEST_F(PictureCommands, ACopiedPictureCanBePastedAlsoAfterARestart) {
@@ -179,16 +243,12 @@ TEST_F(PictureCommands, ADeletedPictureIsGone) {
     EXPECT_TRUE(desk->messages().isEmpty());
 }
 
-TEST_F(PictureCommands, WithoutASelectedFormulaNothingHappens) {
+TEST_F(PictureCommands, WithoutASelectedFormulaNothingIsOffered) {
     choose(picture(), Copy);
     desk->clickFormula(QStringLiteral("二"));
     desk->clickEmptySpace(desk->list());
-    const QString file = addFile(QStringLiteral("x.bmp"), blue);
-    chooseFile(label(), Add, file, Bmp);
-    choose(label(), Paste);
-    EXPECT_EQ(stored(first), storedAs(2, red));
-    EXPECT_EQ(stored(second), storedAs(0, {}));
-    EXPECT_TRUE(desk->messages().isEmpty());
+    EXPECT_EQ(openMenu(label()),
+              (QStringList{"(添加)", "(-)", "(复制)", "(粘贴)", "(-)", "(删除)"}));
 }
 
 }  // namespace

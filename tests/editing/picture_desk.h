@@ -43,11 +43,16 @@ class PictureDesk : public testing::Test {
     QWidget& label() { return desk->child<QWidget>("lblDesc"); }
     QMenu& menu() { return desk->child<QMenu>("PopPicMnu"); }
 
-    /// Opens the menu with the right button; returns the entries that the user sees, those not
-    /// offered in parentheses, or nothing when it stays closed.
+    /// Opens the menu with the right button; returns what menuEntries() does.
     QStringList openMenu(QWidget& on) {
         QTest::mouseClick(&on, Qt::RightButton);
         settle();
+        return menuEntries();
+    }
+
+    /// The entries that the user sees, those not offered in parentheses, or nothing when the menu
+    /// is closed.
+    QStringList menuEntries() {
         QStringList entries;
         for (const QAction* action : menu().actions()) {
             if (menu().isVisible() && action->isVisible()) {

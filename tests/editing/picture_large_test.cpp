@@ -38,6 +38,12 @@ TEST_F(PictureLarge, ADoubleClickShowsThePictureInAWindowAsLargeAsTheControl) {
     EXPECT_EQ(shownColor(), QColor(Qt::red));
 }
 
+TEST_F(PictureLarge, EnterOnThePictureShowsIt) {
+    picture().setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_NE(desk->control().findChild<QDialog*>(QStringLiteral("frmImage")), nullptr);
+}
+
 TEST_F(PictureLarge, WithoutItsFileADoubleClickDoesNothing) {
     QTest::mouseDClick(&picture(), Qt::RightButton);
     menu().close();

@@ -173,6 +173,15 @@ TEST_F(TextBoxes, AFailedStoreIsToldAndNothingIsLost) {
     EXPECT_EQ(desk.messages().last(), QStringLiteral("无法编辑选定公式的备注！"));
     EXPECT_EQ(expression(first), QStringLiteral("a+b"));
     EXPECT_EQ(memo(first), QStringLiteral("说明一"));
+    // One move of the user, which leaves the box and gives a command, is told of once.
+    desk.questions().informed.clear();
+    memoBox().setFocus();
+    desk.clickNode(QStringLiteral("库1"));
+    EXPECT_EQ(desk.messages(), QStringList{QStringLiteral("无法编辑选定公式的备注！")});
+    library.connection().execute(QStringLiteral("drop trigger stop"));
+    typeFormula(QStringLiteral("a-b"));
+    desk.list().setFocus();
+    EXPECT_EQ(expression(first), QStringLiteral("a-b"));
 }
 
 TEST_F(TextBoxes, TheSymbolBarsAreOfferedWhileTheFormulaBoxHasTheFocus) {

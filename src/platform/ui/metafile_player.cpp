@@ -14,6 +14,10 @@ namespace {
 constexpr std::size_t SavedLimit = 256;
 constexpr std::size_t ObjectLimit = 65536;
 
+/// Bytes that all patterns of a drawing may take, those deleted too: a saved state may have them
+/// still.
+constexpr qsizetype PatternLimit = 64 * 1024 * 1024;
+
 }  // namespace
 
 struct MetafilePlayer::Function {
@@ -255,7 +259,8 @@ void MetafilePlayer::createFont(Record record) {
 }
 
 void MetafilePlayer::createPattern(Record record) {
-    const QImage pattern = bitmapIn(record.bytesFrom(2));
+    const QImage pattern = patternBytes_ < PatternLimit ? bitmapIn(record.bytesFrom(2)) : QImage();
+    patternBytes_ += pattern.sizeInBytes();
     add(pattern.isNull() ? QBrush(Qt::NoBrush) : QBrush(pattern));
 }
 

@@ -116,6 +116,7 @@ class MetafilePlayer {
     std::vector<State> saved_;
     std::vector<Object> objects_;
     std::set<std::size_t> free_;  ///< numbers that objects have had
+    qsizetype patternBytes_ = 0;  ///< of all patterns made so far
 };
 
 }  // namespace varo::ui

@@ -73,12 +73,14 @@ void MetafilePlayer::prepareShape(bool filled) {
 }
 
 /// Draws a shape whose outline leads through the points. The painter takes it at once, and takes
-/// minutes over some that no drawing has: those are drawn less finely, or not at all.
+/// minutes over some that no drawing has: those are drawn less finely, with a narrower pen, or not
+/// at all.
 void MetafilePlayer::drawShape(const QPolygonF& points, bool filled,
                                const std::function<void()>& draw) {
     constexpr qreal LeastSide = 500;
     constexpr qreal Crossings = 10000;
     constexpr qreal FineCrossings = 20;
+    constexpr qreal RoundingLimit = 50000;
     const qreal side = std::max({size_.width(), size_.height(), LeastSide});
     qreal length = 0;
     for (qsizetype i = 1; i < points.size(); ++i) {
@@ -88,17 +90,16 @@ void MetafilePlayer::drawShape(const QPolygonF& points, bool filled,
         return;
     }
     prepareShape(filled);
-    if (length <= FineCrossings * side) {
-        draw();
-        return;
+    QPen pen = painter_.pen();
+    const bool fine = length <= FineCrossings * side;
+    // Each point is a corner that the pen goes around.
+    const qreal widest = fine ? RoundingLimit / static_cast<qreal>(points.size()) : 0;
+    if (pen.style() != Qt::NoPen && pen.widthF() > widest) {
+        pen.setStyle(Qt::SolidLine);
+        pen.setWidthF(widest < 1 ? 0 : widest);
+        painter_.setPen(pen);
     }
-    QPen thin = painter_.pen();
-    thin.setWidth(0);
-    if (thin.style() != Qt::NoPen) {
-        thin.setStyle(Qt::SolidLine);
-    }
-    painter_.setPen(thin);
-    painter_.setRenderHint(QPainter::Antialiasing, false);
+    painter_.setRenderHint(QPainter::Antialiasing, fine);
     draw();
     painter_.setRenderHint(QPainter::Antialiasing);
 }

@@ -15,6 +15,9 @@ constexpr int SymbolCharset = 2;
 constexpr qreal DefaultPixels = 14;
 constexpr qreal MaxPixels = 1000;
 
+/// Characters of one text times their height in pixels; what goes beyond is cut.
+constexpr int PixelsOfText = 100'000;
+
 /// Greek letters in the places of A to Z and a to z.
 constexpr QStringView SymbolCapitals = u"ΑΒΧΔΕΦΓΗΙϑΚΛΜΝΟΠΘΡΣΤΥςΩΞΨΖ";
 constexpr QStringView SymbolSmalls = u"αβχδεφγηιϕκλμνοπθρστυϖωξψζ";
@@ -134,7 +137,9 @@ qreal drawMetafileText(QPainter& painter, const MetafileText& text, const Metafi
                        qreal scale) {
     const QFont font = fontOf(description, scale);
     const QFontMetricsF metrics(font);
-    const std::vector<Character> characters = charactersOf(text.bytes, description.charset);
+    std::vector<Character> characters = charactersOf(text.bytes, description.charset);
+    const int longest = PixelsOfText / font.pixelSize();
+    characters.resize(std::min(characters.size(), static_cast<std::size_t>(longest)));
     std::vector<qreal> advances;
     std::size_t byte = 0;
     for (const Character& character : characters) {

@@ -51,6 +51,7 @@ QImage Picture::image(QSize size) const {
         if (QImage drawn = drawing_->image(size); !drawn.isNull()) {
             return drawn;
         }
+        drawing_.reset();
     }
     return pixels_.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }

@@ -24,7 +24,8 @@ class Picture {
     /// Width and height in pixels; of a drawing, at 96 to the inch.
     QSize size() const { return size_; }
 
-    /// The picture at `size`, not empty, whose proportions are kept only if `size` has them.
+    /// The picture at `size`, not empty, whose proportions are kept only if `size` has them. A
+    /// drawing that once took too long is from then on scaled from a small version.
     QImage image(QSize size) const;
 
     /// Most pixels that a picture may have.
@@ -33,7 +34,7 @@ class Picture {
   private:
     QSize size_;
     QImage pixels_;  ///< of a drawing, a small version for want of a better one
-    std::optional<Metafile> drawing_;
+    mutable std::optional<Metafile> drawing_;  ///< as long as it can be drawn in time
 };
 
 }  // namespace varo::ui

@@ -1,5 +1,7 @@
 #include "platform/ui/picture_box.h"
 
+#include "platform/ui/focus_label.h"
+
 #include <QPainter>
 
 namespace varo::ui {
@@ -18,7 +20,13 @@ bool PictureBox::load(const QString& path) {
 void PictureBox::setPicture(const Picture& picture) {
     picture_ = picture;
     scaled_ = {};
+    text_.clear();
     update();
+}
+
+void PictureBox::setText(const QString& text) {
+    clear();
+    text_ = text;
 }
 
 QSize PictureBox::sizeHint() const {
@@ -26,9 +34,16 @@ QSize PictureBox::sizeHint() const {
 }
 
 void PictureBox::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
     if (picture_.isNull()) {
-        return;
+        painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap, text_);
+    } else {
+        paintPicture(painter);
     }
+    paintFocus(painter, *this);
+}
+
+void PictureBox::paintPicture(QPainter& painter) {
     const qreal ratio = devicePixelRatioF();
     const QSize box = (QSizeF(size()) * ratio).toSize();
     const QSize shown = picture_.size().scaled(box, Qt::KeepAspectRatio).expandedTo({1, 1});
@@ -40,7 +55,7 @@ void PictureBox::paintEvent(QPaintEvent*) {
     // On whole device pixels, or the picture would be blurred.
     const QPointF corner =
         QPointF((box.width() - shown.width()) / 2, (box.height() - shown.height()) / 2);
-    QPainter(this).drawPixmap(corner / ratio, scaled_);
+    painter.drawPixmap(corner / ratio, scaled_);
 }
 
 }  // namespace varo::ui

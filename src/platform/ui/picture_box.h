@@ -7,7 +7,8 @@
 
 namespace varo::ui {
 
-/// Shows a picture scaled to the box with its proportions kept, centred, sharp at every scale.
+/// Shows a picture scaled to the box with its proportions kept, centred, sharp at every scale; or,
+/// where there is none to show, a text that says so. Shows whether it has the focus.
 class PictureBox : public QWidget {
     Q_OBJECT
 
@@ -21,6 +22,12 @@ class PictureBox : public QWidget {
     /// Shows this picture; a null one empties the box.
     void setPicture(const Picture& picture);
 
+    /// Shows this text in the place of a picture.
+    void setText(const QString& text);
+
+    /// The text in the place of a picture; "" when there is none.
+    QString text() const { return text_; }
+
     /// Empties the box.
     void clear() { setPicture({}); }
 
@@ -33,7 +40,10 @@ class PictureBox : public QWidget {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    void paintPicture(QPainter& painter);
+
     Picture picture_;
+    QString text_;
     /// The picture at the size last painted; null when there is none yet.
     QPixmap scaled_;
 };

@@ -44,36 +44,61 @@ Number littleEndianAt(QByteArrayView data, qsizetype at) {
     return qFromLittleEndian<Number>(data.sliced(at, sizeof(Number)).data());
 }
 
+constexpr QByteArrayView PngSignature = "\x89PNG\r\n\x1A\n";
+
+/// The format that the content begins like, empty when it is none of the three. Asked to find it
+/// out, Qt would hand the content to every reader that is installed, and some take all the memory
+/// that there is.
+QByteArray formatOf(QByteArrayView data) {
+    if (data.startsWith("BM")) {
+        return "bmp";
+    }
+    if (data.startsWith("\xFF\xD8\xFF")) {
+        return "jpeg";
+    }
+    return data.startsWith(PngSignature) ? "png" : "";
+}
+
 // The readers fill up a picture whose file ends early and call that a success, so the end of the
 // picture is looked for in the file itself.
 
-/// A png is whole when its chunks lead to a complete IEND chunk.
-bool isWholePng(QByteArrayView data) {
-    constexpr qint64 SignatureSize = 8;
+/// The png up to its end, without its compressed texts, which gigabytes may be packed in. Empty
+/// unless its chunks lead to a complete IEND chunk.
+QByteArray withoutTexts(QByteArrayView png) {
     constexpr qint64 ChunkFrame = 12;
-    qint64 at = SignatureSize;
-    while (at + ChunkFrame <= data.size()) {
-        const qint64 next = at + ChunkFrame + bigEndianAt<quint32>(data, at);
-        if (next > data.size()) {
-            return false;
+    QByteArray result = PngSignature.toByteArray();
+    qint64 at = PngSignature.size();
+    while (at + ChunkFrame <= png.size()) {
+        const qint64 size = ChunkFrame + bigEndianAt<quint32>(png, at);
+        if (at + size > png.size()) {
+            break;
         }
-        if (data.sliced(at + 4, 4) == "IEND") {
-            return true;
+        const QByteArrayView chunk = png.sliced(at, size);
+        const QByteArrayView type = chunk.sliced(4, 4);
+        if (type != "zTXt" && type != "iTXt") {
+            result.append(chunk);
         }
-        at = next;
+        if (type == "IEND") {
+            return result;
+        }
+        at += size;
     }
-    return false;
+    return {};
 }
 
 /// A jpg is whole when its segments, and the coded data between them, lead to an end-of-image
-/// marker. An end marker inside a segment belongs to a thumbnail.
+/// marker. An end marker inside a segment belongs to a thumbnail. Each scan goes through all of the
+/// picture, however little it brings: one with more scans than any sensible writer makes is none.
 bool isWholeJpeg(QByteArrayView data) {
+    constexpr int ScanLimit = 32;
     constexpr uchar Prefix = 0xFF;
     constexpr uchar EndOfImage = 0xD9;
+    constexpr uchar StartOfScan = 0xDA;
     const auto byteAt = [&](qsizetype at) { return static_cast<uchar>(data[at]); };
     const auto standsAlone = [](uchar marker) {
         return marker == 0x00 || marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8);
     };
+    int scans = 0;
     qsizetype at = 2;
     while (at + 1 < data.size()) {
         if (byteAt(at) != Prefix || byteAt(at + 1) == Prefix) {
@@ -88,7 +113,8 @@ bool isWholeJpeg(QByteArrayView data) {
         if (standsAlone(marker)) {
             continue;
         }
-        if (at + 2 > data.size()) {
+        scans += marker == StartOfScan ? 1 : 0;
+        if (at + 2 > data.size() || scans > ScanLimit) {
             return false;
         }
         at += bigEndianAt<quint16>(data, at);
@@ -121,16 +147,6 @@ bool isWholeBmp(QByteArrayView data, QSize size) {
     return start + rowBytes * size.height() <= data.size();
 }
 
-bool isWhole(QByteArrayView data, const QByteArray& format, QSize size) {
-    if (format == "png") {
-        return isWholePng(data);
-    }
-    if (format == "jpeg" || format == "jpg") {
-        return isWholeJpeg(data);
-    }
-    return format == "bmp" && isWholeBmp(data, size);
-}
-
 /// The size to decode at: halved, which the jpg reader does at next to no cost, while both display
 /// and memory are better off with less.
 QSize reduced(QSize size, int enough) {
@@ -146,15 +162,22 @@ RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough) {
     if (data.size() > rasterFileLimit(pixelLimit)) {
         return {};
     }
+    const QByteArray format = formatOf(data);
+    if (format == "png") {
+        data = withoutTexts(data);
+    }
+    if (format.isEmpty() || data.isEmpty() || (format == "jpeg" && !isWholeJpeg(data))) {
+        return {};
+    }
     QBuffer buffer(&data);
     buffer.open(QIODevice::ReadOnly);
 
-    QImageReader reader(&buffer);
-    reader.setDecideFormatFromContent(true);
+    QImageReader reader(&buffer, format);
+    reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(true);
     const QSize size = reader.canRead() ? reader.size() : QSize();
     if (size.isEmpty() || qint64{size.width()} * size.height() > pixelLimit ||
-        !isWhole(data, reader.format(), size)) {
+        (format == "bmp" && !isWholeBmp(data, size))) {
         return {};
     }
     const AllocationLimit limit(pixelLimit * BytesPerPixel);

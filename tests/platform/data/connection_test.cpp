@@ -112,6 +112,24 @@ TEST(Connection, RefusesWhatIsNotOneStatementWithItsValues) {
     EXPECT_EQ(items.add(u"b"_s), 2) << "no identifier is given twice";
 }
 
+TEST(Connection, RunsAStatementAgainAfterItFailedAndAfterTheTableHasChanged) {
+    ItemDatabase items;
+    Connection& connection = items.connection;
+    const auto insert = u"Insert Into Item(ID,Name) Values(?,?)"_s;
+    connection.execute(insert, {1, u"one"_s});
+    EXPECT_THROW(connection.execute(insert, {1, u"again"_s}), Error);
+    EXPECT_THROW(connection.execute(insert, {2}), Error);
+    connection.execute(insert, {2, u"two"_s});
+    connection.execute(u"Alter Table Item Add Column Note Text Default 'n'"_s);
+    connection.execute(insert, {3, u"three"_s});
+    for (int i = 0; i < 200; ++i) {
+        connection.execute(u"Update Item Set Note = '%1' Where ID = 3"_s.arg(i));
+    }
+    connection.execute(insert, {4, u"four"_s});
+    const Recordset rows = connection.query(u"Select group_concat(Name || Note) From Item"_s);
+    EXPECT_EQ(rows.text(0), u"onen,twon,three199,fourn"_s);
+}
+
 TEST(Connection, ReportsThatIdentifiersHaveRunOut) {
     ItemDatabase items;
     items.connection.execute(u"Insert Into Item(ID) Values(2147483647)"_s);

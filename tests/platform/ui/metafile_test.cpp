@@ -262,6 +262,88 @@ TEST(Metafile, NoDrawingKeepsTheUserWaiting) {
                            .add(Wmf::PolyPolygon, {3, 10000, 10000, 10000}, points);
     EXPECT_FALSE(read(tangle.placed(plane, 9000)).image({1500, 1500}).isNull());
     EXPECT_LT(timer.restart(), Patience);
+
+    QByteArray zigzag(4 * 2000, '\0');
+    for (int i = 0; i < 2000; ++i) {
+        zigzag[4 * i] = static_cast<char>(i % 250);
+        zigzag[4 * i + 2] = static_cast<char>(i % 2);
+    }
+    const Wmf wide = Wmf()
+                         .pen(0, 1000)
+                         .add(Wmf::SelectObject, {0})
+                         .add(Wmf::Polyline, {2000}, zigzag)
+                         .pen(2, 1000)
+                         .add(Wmf::SelectObject, {1})
+                         .add(Wmf::Polyline, {2000}, zigzag);
+    const Picture strokes = read(wide.placed(QRect(0, 0, 1000, 1000), 96));
+    timer.restart();
+    EXPECT_EQ(strokes.image({1000, 1000}).pixelColor(125, 5), QColor(Qt::black));
+    EXPECT_LT(timer.restart(), Patience / 2);
+}
+
+TEST(Metafile, OfAHeapOfHugeLettersTheFirstAreDrawn) {
+    const auto darknessOf = [](int height) {
+        const QByteArray text = QByteArray(200, ' ') + QByteArray(824, 'W');
+        const QByteArray advances(2 * text.size(), '\0');
+        const Wmf heap = Wmf()
+                             .font(-height, 0, "Sans")
+                             .add(Wmf::SelectObject, {0})
+                             .add(Wmf::SetTextAlign, {24})
+                             .add(Wmf::ExtTextOut, {100, -height / 5, 1024, 0}, text + advances);
+        return darkPixels(drawn(heap), Square);
+    };
+    EXPECT_GT(darknessOf(100), 100);
+    EXPECT_EQ(darknessOf(1000), 0);
+}
+
+TEST(Metafile, ADrawingThatTakesTooLongInItsSizeIsNotTriedAgain) {
+    Wmf ellipses;
+    for (int i = 0; i < 5000; ++i) {
+        ellipses.add(Wmf::Ellipse, {100, 100, 0, 0});
+    }
+    const Picture slow = read(ellipses.placed(Square, 96));
+    ASSERT_FALSE(slow.isNull());
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_FALSE(slow.image({3000, 3000}).isNull());
+    const qint64 first = timer.restart();
+    EXPECT_FALSE(slow.image({3000, 2999}).isNull());
+    EXPECT_LT(timer.elapsed(), first / 2);
+}
+
+TEST(Metafile, PatternsBeyondAllMeasureAreNotKept) {
+    constexpr int Side = 4000;
+    QByteArray rows;
+    for (int y = 0; y < Side; ++y) {
+        for (int left = Side; left > 0; left -= 250) {
+            rows.append(QByteArray("\xFA\0", 2));
+        }
+        rows.append(QByteArray("\0\0", 2));
+    }
+    rows.append(QByteArray("\0\1", 2));
+    QByteArray bitmap(40 + 4, '\0');
+    const auto put = [&](qsizetype at, qsizetype number) {
+        qToLittleEndian(static_cast<quint32>(number), bitmap.data() + at);
+    };
+    put(0, 40);
+    put(4, Side);
+    put(8, Side);
+    put(12, 1 | 8 << 16);
+    put(16, 1);
+    put(20, rows.size());
+    put(32, 1);
+    bitmap += rows;
+
+    Wmf wmf = Wmf().pen(5, 0).add(Wmf::SelectObject, {0});
+    for (int i = 0; i < 6; ++i) {
+        wmf.add(Wmf::CreatePattern, {5, 0}, bitmap);
+    }
+    const QImage image = drawn(wmf.add(Wmf::SelectObject, {1})
+                                   .add(Wmf::Rectangle, {100, 50, 0, 0})
+                                   .add(Wmf::SelectObject, {6})
+                                   .add(Wmf::Rectangle, {100, 100, 0, 50}));
+    EXPECT_EQ(image.pixelColor(25, 50), QColor(Qt::black));
+    EXPECT_EQ(image.pixelColor(75, 50), QColor(Qt::white));
 }
 
 }  // namespace

@@ -92,6 +92,35 @@ TEST_F(PictureBoxTest, RefusesAJpegWhoseOnlyEndIsItsThumbnails) {
     EXPECT_FALSE(load(jpeg.chopped(2)));
 }
 
+TEST_F(PictureBoxTest, UnpacksNoTextsOfAPng) {
+    QImage image = sampleImage();
+    image.setText(u"Comment"_s, QString(100'000, u'x'));
+    const RasterPicture picture = readRaster(encoded(image, "png"), 10'000, 60);
+    EXPECT_EQ(picture.image, image);
+    EXPECT_TRUE(picture.image.textKeys().isEmpty());
+}
+
+TEST_F(PictureBoxTest, RefusesAJpegOfCountlessScans) {
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    QImageWriter writer(&buffer, "jpg");
+    writer.setProgressiveScanWrite(true);
+    ASSERT_TRUE(writer.write(sampleImage()));
+    EXPECT_TRUE(load(jpeg));
+    const qsizetype last = jpeg.lastIndexOf("\xFF\xDA");
+    jpeg.insert(last, jpeg.sliced(last).chopped(2).repeated(100));
+    EXPECT_FALSE(load(jpeg));
+}
+
+TEST_F(PictureBoxTest, AsksNoReaderOfAnotherFormat) {
+    static int complaints = 0;
+    qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString&) { ++complaints; });
+    EXPECT_FALSE(load("<svg xmlns='http://www.w3.org/2000/svg'><use href='#nowhere'/></svg>"));
+    qInstallMessageHandler(nullptr);
+    EXPECT_EQ(complaints, 0);
+}
+
 TEST_F(PictureBoxTest, KeepsItsPictureWhenTheNextIsNone) {
     ASSERT_TRUE(load(encoded(sampleImage(), "png")));
     const QImage before = shown();
