@@ -39,7 +39,7 @@ QString FormulaReader::pictureOf(qint32 formulaID, qint32 pictureType) {
     const QString file = pictureFile_(state_, formulaID);
     HeldMessages messages;
     const bool extracted = extractPicture(formulaID, file, state_.connection, messages);
-    // What keeps one picture from its file keeps others too: one message is enough.
+    // What keeps one picture from its file often keeps all the others too: one message says so.
     if (!told_ && !messages.isEmpty()) {
         told_ = true;
         messages.show(messages_);

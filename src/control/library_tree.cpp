@@ -227,7 +227,11 @@ int LibraryTree::levelsBelow(const QString& key) const {
 
 QString LibraryTree::appendFolder(const QString& parentKey, qint32 id, const QString& name,
                                   FolderRows below) {
-    removeStale(folderKey(id, libraryKeyOf(parentKey)), parentKey);
+    const QString rootKey = libraryKeyOf(parentKey);
+    removeStale(folderKey(id, rootKey), parentKey);
+    for (const FolderRows::Row& row : below.rows()) {
+        removeStale(folderKey(row.id, rootKey), parentKey);
+    }
     const QModelIndex added = model_.appendFolder(model_.find(parentKey), id, name);
     model_.addFolders(added, std::move(below));
     form_.tvFolder->scrollTo(added);

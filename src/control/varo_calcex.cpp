@@ -26,6 +26,8 @@
 #include <QStandardPaths>
 #include <QUrl>
 
+#include <vector>
+
 namespace varo {
 
 namespace {
@@ -35,13 +37,11 @@ QString componentFolder() {
     return normalisedFolder(QCoreApplication::applicationDirPath());
 }
 
-QString defaultWorkFolder() {
-    if (QFileInfo(componentFolder()).isWritable()) {
-        return componentFolder();
-    }
-    const QString own = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
-    QDir().mkpath(own);
-    return normalisedFolder(own);
+/// Where working files may lie, the best place first.
+QStringList workFolders() {
+    return {
+        componentFolder(),
+        normalisedFolder(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation))};
 }
 
 }  // namespace
@@ -76,7 +76,7 @@ struct Varo_CalcEx::Parts : PropertySource {
     Varo_CalcEx& control;
     ui::MessageBoxes boxes;
     Questions& questions;
-    std::unique_ptr<WorkFolder> defaultFolder;  ///< null while the host names one
+    std::vector<std::unique_ptr<WorkFolder>> defaultFolders;  ///< those whose files are in use
     ControlState state;
     Configuration configuration;
     Form form;
@@ -245,12 +245,16 @@ void Varo_CalcEx::GetCellInfo(qint32& UnitContentID, qint32& UnitTypeID, qint32&
 
 void Varo_CalcEx::setWorkFolder(const QString& folder) {
     Parts& parts = *parts_;
-    parts.defaultFolder.reset();
+    const bool inUse =
+        parts.state.listedFormulas.Count() > 0 || parts.state.clipboard.formulas.Count() > 0;
+    if (!inUse) {
+        parts.defaultFolders.clear();
+    }
     if (folder.isEmpty()) {
-        parts.defaultFolder = std::make_unique<WorkFolder>(defaultWorkFolder());
+        parts.defaultFolders.push_back(std::make_unique<WorkFolder>(workFolders()));
     }
     parts.state.workFolder =
-        folder.isEmpty() ? parts.defaultFolder->path() : normalisedFolder(folder);
+        folder.isEmpty() ? parts.defaultFolders.back()->path() : normalisedFolder(folder);
 }
 
 void Varo_CalcEx::setValuePicker(ValuePicker* picker) {

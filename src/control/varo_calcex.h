@@ -58,8 +58,8 @@ class Varo_CalcEx : public QWidget {
                      qint32& RecordsetID, qint32& FieldID, qint32& RecNum) const;
 
     /// Folder for the control's working picture files, which no other control may have; "" chooses
-    /// the folder of the program, or a folder of the user's own when that takes no files, or a
-    /// temporary one when another control has that. Counts from the next listing on.
+    /// the folder of the program, or the user's own for the program when that takes no files or
+    /// another control has it, or else a temporary one. Counts from the next listing on.
     void setWorkFolder(const QString& folder);
 
     /// Who lets the user pick a variable's value from a data table; null for nobody. Not owned.

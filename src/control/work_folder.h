@@ -2,6 +2,7 @@
 
 #include <QLockFile>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -12,15 +13,18 @@ namespace varo {
 /// library begins anew, so no two controls may share one.
 class WorkFolder {
   public:
-    /// Takes `preferred` for as long as this lives; when another control, of this program or another
-    /// one, has it or it takes no files, a temporary folder that goes away with this.
-    explicit WorkFolder(const QString& preferred);
+    /// Takes, for as long as this lives, the first of `preferred` that takes files and that no
+    /// other control has, of this program or another one; where there is none, a temporary folder
+    /// that goes away with this. Each of `preferred` ends with a separator; one that does not exist
+    /// is made.
+    explicit WorkFolder(const QStringList& preferred);
 
-    /// The folder, with its separator at the end.
+    /// The folder, with its separator at the end. Nothing can be written there when not even a
+    /// temporary folder could be made.
     QString path() const { return path_; }
 
   private:
-    QLockFile lock_;
+    std::unique_ptr<QLockFile> lock_;
     std::unique_ptr<QTemporaryDir> own_;
     QString path_;
 };

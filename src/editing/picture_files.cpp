@@ -43,25 +43,20 @@ bool PictureCopy::replaceTarget() {
     return !error;
 }
 
-FileAside::FileAside(const QString& path) : path_(path) {
-    const QString aside = path + QStringLiteral(".old");
-    QFile::remove(aside);
-    if (QFileInfo(path).isFile() && QFile::rename(path, aside)) {
-        aside_ = aside;
-    }
+FileAside::FileAside(const QString& path) : path_(path), aside_(path + QStringLiteral(".old")) {
+    QFile::remove(aside_);
+    clear_ = !QFileInfo::exists(path) || (QFileInfo(path).isFile() && QFile::rename(path, aside_));
 }
 
 FileAside::~FileAside() {
-    if (givenUp_) {
-        QFile::remove(aside_);
+    if (!clear_) {
         return;
     }
-    if (QFileInfo(path_).isFile()) {
+    if (!givenUp_) {
         QFile::remove(path_);
-    }
-    if (!aside_.isEmpty()) {
         QFile::rename(aside_, path_);
     }
+    QFile::remove(aside_);
 }
 
 }  // namespace varo

@@ -47,12 +47,16 @@ class FileAside {
     FileAside(const FileAside&) = delete;
     FileAside& operator=(const FileAside&) = delete;
 
+    /// Whether another file can take its place; false leaves everything as it is.
+    bool isClear() const { return clear_; }
+
     /// The file at the old path stays; the one moved aside goes away.
     void giveUp() { givenUp_ = true; }
 
   private:
     QString path_;
-    QString aside_;  ///< "" when there was no file
+    QString aside_;
+    bool clear_ = true;
     bool givenUp_ = false;
 };
 

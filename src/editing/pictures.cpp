@@ -163,7 +163,8 @@ bool Pictures::moveIn(const clsFormulaInfo& formula, PictureCopy& copy) {
     const bool committed = attempt([&] {
         FileAside old(copy.target());
         data::Transaction transaction(state_.connection);
-        moved = dbFuncs.AddNewPicture(formula.FormulaID, copy.path(), state_.connection) &&
+        moved = old.isClear() &&
+                dbFuncs.AddNewPicture(formula.FormulaID, copy.path(), state_.connection) &&
                 copy.replaceTarget();
         if (moved) {
             transaction.commit();

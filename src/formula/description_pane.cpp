@@ -1,8 +1,10 @@
 #include "formula/description_pane.h"
 
+#include "control/formula_reader.h"
 #include "platform/ui/node_view.h"
 #include "platform/ui/picture_box.h"
 
+#include <QFileInfo>
 #include <QFocusEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -35,6 +37,12 @@ void DescriptionPane::clear() {
 void DescriptionPane::show(const clsFormulaInfo& formula) {
     form_.txtDesc->setPlainText(formula.FormulaMemo);
     form_.txtDesc->document()->setModified(false);
+    if (!formula.FormulaPicPath.isEmpty() && !QFileInfo::exists(formula.FormulaPicPath) &&
+        state_.listsCurrentLibrary()) {
+        // Somebody tidied up. The picture is in the library still.
+        HeldMessages unread;
+        extractPicture(formula.FormulaID, formula.FormulaPicPath, state_.connection, unread);
+    }
     if (formula.FormulaPicPath.isEmpty()) {
         showNoPicture();
     } else {

@@ -36,7 +36,9 @@ bool FormulaBox::eventFilter(QObject* watched, QEvent* event) {
                       static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason;
     if (gained || lost) {
         if (gained) {
-            refused_.clear();
+            if (static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason) {
+                refused_.clear();
+            }
             form_.TabStripSymbol->setEnabled(true);
         }
         for (QToolBar* symbols : form_.tbSymbol) {

@@ -1,6 +1,7 @@
 #include "control/work_folder.h"
 #include "support/desk.h"
 
+#include <QAction>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -236,17 +237,50 @@ TEST(Startup, WorkingPicturesAreRemovedWithTheControl) {
 }
 
 TEST(WorkFolders, NoTwoControlsShareOne) {
-    const QTemporaryDir preferred;
-    const QString folder = preferred.path() + QLatin1Char('/');
+    const QTemporaryDir directory;
+    const QString folder = directory.path() + QLatin1Char('/');
+    const QString next = folder + QStringLiteral("made/");
+    const QString notAFolder = QStringLiteral("/dev/null/");
     {
-        const WorkFolder first(folder);
-        const WorkFolder second(folder);
+        const WorkFolder first({notAFolder, folder, next});
+        const WorkFolder second({folder, next});
+        const WorkFolder third({folder, next});
         EXPECT_EQ(first.path(), folder);
-        EXPECT_NE(second.path(), folder);
-        EXPECT_TRUE(QFileInfo(second.path()).isDir());
-        EXPECT_TRUE(second.path().endsWith(u'/'));
+        EXPECT_EQ(second.path(), next);
+        EXPECT_FALSE(third.path().startsWith(folder));
+        EXPECT_TRUE(QFileInfo(third.path()).isDir());
+        EXPECT_TRUE(third.path().endsWith(u'/'));
     }
-    EXPECT_EQ(WorkFolder(folder).path(), folder);
+    EXPECT_EQ(WorkFolder({folder}).path(), folder);
+}
+
+/// Both with the default folder; formulas and pictures of both libraries have the same identifiers.
+TEST(WorkFolders, PicturesOfTwoControlsStayApart) {
+    TestLibrary libraries[2];
+    std::vector<std::unique_ptr<Varo_CalcEx>> controls;
+    RecordingQuestions questions;
+    const auto picture = [](int number) { return pictureBytes(1000 + number); };
+    for (int i = 0; i < 2; ++i) {
+        libraries[i].addPicture(libraries[i].addFormula(0, QStringLiteral("式")), picture(i));
+    }
+    const TestConfiguration configurations[2] = {TestConfiguration{&libraries[0]},
+                                                 TestConfiguration{&libraries[1]}};
+    for (int i = 0; i < 2; ++i) {
+        controls.push_back(std::make_unique<Varo_CalcEx>(nullptr, &questions));
+        controls.back()->SetDeployFolder(configurations[i].folder());
+        controls.back()->RunCalc();
+        controls.back()->SelFormula(QStringLiteral("LvFormulaKey1"));
+        controls.back()->findChild<QAction*>(QStringLiteral("mnuPopCopy"))->trigger();
+    }
+    // What is copied is still there when the host has named another folder.
+    const QTemporaryDir named;
+    controls[0]->setWorkFolder(named.path());
+    controls[1].reset();
+    controls[0]->findChild<QAction*>(QStringLiteral("mnuPopPaste"))->trigger();
+    EXPECT_EQ(libraries[0].rows(QStringLiteral("Select Count(*), Min(length(Pic)), "
+                                               "Max(length(Pic)) From Formula")),
+              QStringList{QStringLiteral("2|1000|1000")});
+    EXPECT_EQ(questions.informed, QStringList());
 }
 
 }  // namespace

@@ -112,6 +112,15 @@ TEST_F(Refusal, AFolderMayGetTheIdentifierOfOneThatAnotherProgramHasDeleted) {
     desk.clickEditButton(QStringLiteral("复制"));
     desk.clickEditButton(QStringLiteral("粘贴"));
     EXPECT_EQ(told(), QString());
+    // Two at once, a folder with one in it.
+    desk.clickNode(QStringLiteral("梁"));
+    desk.clickEditButton(QStringLiteral("复制"));
+    first.connection().execute(QStringLiteral("Delete From Tree Where ID >= ?"), {cantilever});
+    first.connection().execute(QStringLiteral("Delete From sqlite_sequence"));
+    desk.questions().answers = {true};
+    desk.clickNode(QStringLiteral("板"));
+    desk.clickEditButton(QStringLiteral("粘贴"));
+    EXPECT_EQ(told(), QString());
 }
 
 TEST_F(Refusal, AListThatCannotBeReadAgainIsEmptied) {

@@ -175,6 +175,7 @@ TEST_F(TextBoxes, AFailedStoreIsToldAndNothingIsLost) {
     EXPECT_EQ(memo(first), QStringLiteral("说明一"));
     // One move of the user, which leaves the box and gives a command, is told of once.
     desk.questions().informed.clear();
+    desk.formulaBox().setFocus(Qt::ActiveWindowFocusReason);
     memoBox().setFocus();
     desk.clickNode(QStringLiteral("库1"));
     EXPECT_EQ(desk.messages(), QStringList{QStringLiteral("无法编辑选定公式的备注！")});

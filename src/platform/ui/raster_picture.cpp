@@ -62,8 +62,8 @@ QByteArray formatOf(QByteArrayView data) {
 // The readers fill up a picture whose file ends early and call that a success, so the end of the
 // picture is looked for in the file itself.
 
-/// The png up to its end, without its compressed texts, which gigabytes may be packed in. Empty
-/// unless its chunks lead to a complete IEND chunk.
+/// The png up to its end, without its texts, which gigabytes may be packed in. Empty unless its
+/// chunks lead to a complete IEND chunk.
 QByteArray withoutTexts(QByteArrayView png) {
     constexpr qint64 ChunkFrame = 12;
     QByteArray result = PngSignature.toByteArray();
@@ -75,7 +75,7 @@ QByteArray withoutTexts(QByteArrayView png) {
         }
         const QByteArrayView chunk = png.sliced(at, size);
         const QByteArrayView type = chunk.sliced(4, 4);
-        if (type != "zTXt" && type != "iTXt") {
+        if (type != "zTXt" && type != "iTXt" && type != "tEXt") {
             result.append(chunk);
         }
         if (type == "IEND") {
