@@ -1,7 +1,6 @@
 #include "control/work_folder.h"
 #include "support/desk.h"
 
-#include <QAction>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -257,8 +256,8 @@ TEST(WorkFolders, NoTwoControlsShareOne) {
 /// Both with the default folder; formulas and pictures of both libraries have the same identifiers.
 TEST(WorkFolders, PicturesOfTwoControlsStayApart) {
     TestLibrary libraries[2];
-    std::vector<std::unique_ptr<Varo_CalcEx>> controls;
     RecordingQuestions questions;
+    std::vector<std::unique_ptr<Varo_CalcEx>> controls;
     const auto picture = [](int number) { return pictureBytes(1000 + number); };
     for (int i = 0; i < 2; ++i) {
         libraries[i].addPicture(libraries[i].addFormula(0, QStringLiteral("式")), picture(i));
@@ -270,13 +269,13 @@ TEST(WorkFolders, PicturesOfTwoControlsStayApart) {
         controls.back()->SetDeployFolder(configurations[i].folder());
         controls.back()->RunCalc();
         controls.back()->SelFormula(QStringLiteral("LvFormulaKey1"));
-        controls.back()->findChild<QAction*>(QStringLiteral("mnuPopCopy"))->trigger();
+        controls.back()->findChild<QToolButton*>(QStringLiteral("复制"))->click();
     }
     // What is copied is still there when the host has named another folder.
     const QTemporaryDir named;
     controls[0]->setWorkFolder(named.path());
     controls[1].reset();
-    controls[0]->findChild<QAction*>(QStringLiteral("mnuPopPaste"))->trigger();
+    controls[0]->findChild<QToolButton*>(QStringLiteral("粘贴"))->click();
     EXPECT_EQ(libraries[0].rows(QStringLiteral("Select Count(*), Min(length(Pic)), "
                                                "Max(length(Pic)) From Formula")),
               QStringList{QStringLiteral("2|1000|1000")});
