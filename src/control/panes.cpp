@@ -1,6 +1,7 @@
 #include "control/panes.h"
 
 #include "platform/ui/edit_grid.h"
+#include "platform/ui/icons.h"
 #include "platform/ui/node_view.h"
 #include "platform/ui/twips.h"
 
@@ -54,6 +55,7 @@ Panes::Panes(Form& form, QWidget& control)
 }
 
 void Panes::follow() {
+    form_.tbEdit->setIconSize(ui::iconSizeFor(*form_.tbEdit));
     layout_.setContentHeights(toTwips(form_.tbEdit->sizeHint().height()),
                               toTwips(form_.picSymbol->sizeHint().height()),
                               toTwips(form_.picInputFormula->sizeHint().height()));

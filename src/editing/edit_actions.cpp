@@ -130,7 +130,6 @@ EditActions::EditActions(Form& form, const ControlState& state) : form_(form), s
 }
 
 void EditActions::fillToolBar() {
-    form_.tbEdit->setIconSize({16, 16});
     for (const std::optional<EditCommand>& button : Buttons) {
         if (!button) {
             form_.tbEdit->addSeparator();

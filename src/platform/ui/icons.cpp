@@ -7,6 +7,10 @@
 #include <QIconEngine>
 #include <QPainter>
 #include <QStandardPaths>
+#include <QStyle>
+#include <QWidget>
+
+#include <algorithm>
 
 // The macro declares a function of the global namespace.
 static void initIconResources() {
@@ -139,6 +143,12 @@ QIcon nodeIcon(NodeImage image) {
 
 QIcon formulaIcon(FormulaImage image) {
     return ownIcon(fileOf(image));
+}
+
+QSize iconSizeFor(const QWidget& widget) {
+    const int least = widget.style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, &widget);
+    const int side = std::max(least, widget.fontInfo().pixelSize() / 3 * 4);
+    return {side, side};
 }
 
 QIcon themeIcon(const QString& name) {

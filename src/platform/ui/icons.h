@@ -1,6 +1,9 @@
 #pragma once
 
 #include <QIcon>
+#include <QSize>
+
+class QWidget;
 
 namespace varo::ui {
 
@@ -19,6 +22,10 @@ enum class FormulaImage { Formula = 2, FormulaWithProperty = 12, FormulaLocated 
 /// Icons drawn here, sharp at every scale; an index that has none gives an empty icon.
 QIcon nodeIcon(NodeImage image);
 QIcon formulaIcon(FormulaImage image);
+
+/// Size of the icons beside the text of a widget: they grow with its font, in steps that keep their
+/// lines sharp.
+QSize iconSizeFor(const QWidget& widget);
 
 /// Icon of a standard action by its freedesktop name, from the desktop's theme, else from Breeze,
 /// light or dark as the application's palette asks for now.

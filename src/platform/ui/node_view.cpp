@@ -1,6 +1,7 @@
 #include "platform/ui/node_view.h"
 
 #include "platform/ui/colors.h"
+#include "platform/ui/icons.h"
 #include "platform/ui/label_editor.h"
 
 #include <QApplication>
@@ -79,7 +80,7 @@ NodeView::NodeView(QWidget* parent) : QTreeView(parent) {
     setSelectionMode(QAbstractItemView::SingleSelection);
     setUniformRowHeights(true);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
-    fitIcons();
+    setIconSize(iconSizeFor(*this));
     connect(this, &QTreeView::expanded, this, [this](const QModelIndex& index) {
         if (userActs_) {
             emit nodeExpanded(index);
@@ -193,15 +194,8 @@ void NodeView::mouseDoubleClickEvent(QMouseEvent* event) {
 void NodeView::changeEvent(QEvent* event) {
     QTreeView::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
-        fitIcons();
+        setIconSize(iconSizeFor(*this));
     }
-}
-
-/// Pictures grow with the font, in steps that keep their lines sharp.
-void NodeView::fitIcons() {
-    const int least = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
-    const int side = std::max(least, fontInfo().pixelSize() / 3 * 4);
-    setIconSize({side, side});
 }
 
 void NodeView::initViewItemOption(QStyleOptionViewItem* option) const {

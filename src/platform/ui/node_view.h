@@ -77,7 +77,6 @@ class NodeView : public QTreeView {
   private:
     QModelIndex itemAt(const QPoint& position) const;
     bool isCommandKey(const QKeyEvent& event) const;
-    void fitIcons();
 
     QList<QKeySequence> commandKeys_;
     QPersistentModelIndex pressed_;
