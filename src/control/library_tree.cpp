@@ -225,15 +225,15 @@ int LibraryTree::levelsBelow(const QString& key) const {
     return node.isValid() ? model_.tree().levelsBelow(FolderTreeModel::nodeOf(node)) : 0;
 }
 
-QString LibraryTree::appendFolder(const QString& parentKey, qint32 id, const QString& name,
-                                  FolderRows below) {
+QString LibraryTree::appendFolder(const QString& parentKey, FolderRows rows) {
     const QString rootKey = libraryKeyOf(parentKey);
-    removeStale(folderKey(id, rootKey), parentKey);
-    for (const FolderRows::Row& row : below.rows()) {
+    for (const FolderRows::Row& row : rows.rows()) {
         removeStale(folderKey(row.id, rootKey), parentKey);
     }
-    const QModelIndex added = model_.appendFolder(model_.find(parentKey), id, name);
-    model_.addFolders(added, std::move(below));
+    const FolderRows::Row& first = rows.rows().front();
+    const QModelIndex added =
+        model_.appendFolder(model_.find(parentKey), first.id, rows.name(first).toString());
+    model_.addFolders(added, std::move(rows));
     form_.tvFolder->scrollTo(added);
     form_.tvFolder->resizeColumnToContents(0);
     return ui::NodeView::keyOf(added);

@@ -74,9 +74,9 @@ class LibraryTree : public QObject {
     int levelsBelow(const QString& key) const;
 
     /// Appends a folder that the library holds since now to the children of a node, scrolls it into
-    /// view, and returns its key. Of `below`, the folders that descend from it are shown below it.
-    QString appendFolder(const QString& parentKey, qint32 id, const QString& name,
-                         FolderRows below = {});
+    /// view, and returns its key. It is the first of `rows`; the others that descend from it are
+    /// shown below it.
+    QString appendFolder(const QString& parentKey, FolderRows rows);
 
     /// Removes a folder that the library holds no more, with everything below it.
     void removeFolder(const QString& key);

@@ -53,20 +53,25 @@ void FolderCommands::newFolder() {
         questions_.inform(QStringLiteral("无法创建新的公式夹！"));
         return;
     }
-    const QString key = tree_.appendFolder(selected, id, name);
-    remember(id, name, parentID, libraryKeyOf(key));
-    if (tree_.selectNode(key)) {
+    FolderRows added;
+    added.add(id, parentID, 0, name);
+    if (tree_.selectNode(append(selected, std::move(added)))) {
         renameFolder();
     }
 }
 
-void FolderCommands::remember(qint32 id, const QString& name, qint32 parentID,
-                              const QString& rootKey) {
-    if (!state_.folders.contains(folderKey(id, rootKey))) {
-        bool added = false;
-        state_.folders.Add(id, name, state_.currentLibraryPath, state_.currentLibraryName, rootKey,
-                           parentID, QString(), added);
+/// Shows new folders below a node, the first of them with the others in it, and returns its key.
+QString FolderCommands::append(const QString& parentKey, FolderRows added) {
+    const QString rootKey = libraryKeyOf(parentKey);
+    for (const FolderRows::Row& row : added.rows()) {
+        if (!state_.folders.contains(folderKey(row.id, rootKey))) {
+            bool success = false;
+            state_.folders.Add(row.id, added.name(row).toString(), state_.currentLibraryPath,
+                               state_.currentLibraryName, rootKey, row.parentId, QString(),
+                               success);
+        }
     }
+    return tree_.appendFolder(parentKey, std::move(added));
 }
 
 bool FolderCommands::copyFolder() {
@@ -110,14 +115,8 @@ bool FolderCommands::pasteBelow(const QString& target, bool withSubfolders,
     const ui::clsWaitCursor waiting;
     PastedFolders pasted = insertClipboardFolders(folderIdOf(target), withSubfolders,
                                                   tree_.levelsBelow(target), state_, messages);
-    const QString rootKey = libraryKeyOf(target);
-    for (const FolderRows::Row& row : pasted.rows.rows()) {
-        remember(row.id, pasted.rows.name(row).toString(), row.parentId, rootKey);
-    }
     if (!pasted.rows.rows().empty()) {
-        const FolderRows::Row top = pasted.rows.rows().front();
-        const QString name = pasted.rows.name(top).toString();
-        tree_.appendFolder(target, top.id, name, std::move(pasted.rows));
+        append(target, std::move(pasted.rows));
         tree_.makeSelectedCurrent();
     }
     return pasted.complete;

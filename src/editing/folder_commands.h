@@ -60,7 +60,7 @@ class FolderCommands : public QObject {
     Deletion deleteFromLibrary(const std::vector<qint32>& folders);
     /// Adds the folder to `gone` once its row is.
     bool deleteOne(qint32 folder, QList<qint32>& gone);
-    void remember(qint32 id, const QString& name, qint32 parentID, const QString& rootKey);
+    QString append(const QString& parentKey, FolderRows added);
     void forget(qint32 folder, const QString& rootKey);
     /// Exchanges two folders and reads the library's folders as they are then. Returns what the
     /// user is to be told, with the library as it was, when that fails; "" otherwise.

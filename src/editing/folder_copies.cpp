@@ -64,7 +64,7 @@ bool FolderPaste::pasteFormulas(qint32 copied, qint32 folder) {
             break;
         }
         formula.FormulaPID = folder;
-        if (insertFormula(formula, dbFuncs_, state_) != PastedFormula::Whole) {
+        if (insertFormula(formula, dbFuncs_, state_) != InsertedFormula::Whole) {
             return false;
         }
     }
@@ -95,17 +95,17 @@ bool capture(const QModelIndex& folder, ControlState& state, FormulaReader& read
 
 }  // namespace
 
-PastedFormula insertFormula(clsFormulaInfo& formula, clsDBFuncs& dbFuncs, ControlState& state) {
+InsertedFormula insertFormula(clsFormulaInfo& formula, clsDBFuncs& dbFuncs, ControlState& state) {
     if (!dbFuncs.AddNewFormula(formula.FormulaPID, formula.FormulaName, formula.FormulaExpression,
                                formula.FormulaMemo, formula.FormulaPicType, formula.FormulaID,
                                state.connection)) {
-        return PastedFormula::Nothing;
+        return InsertedFormula::Nothing;
     }
     const bool hasFile = QFileInfo(formula.FormulaPicPath).isFile();
     return !hasFile || dbFuncs.InserFieldFromFile(formula.FormulaPicPath, formula.FormulaID,
                                                   state.connection)
-               ? PastedFormula::Whole
-               : PastedFormula::WithoutPicture;
+               ? InsertedFormula::Whole
+               : InsertedFormula::WithoutPicture;
 }
 
 bool captureFolders(const QModelIndex& folder, ControlState& state, HeldMessages& messages) {

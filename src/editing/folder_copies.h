@@ -13,12 +13,12 @@ namespace varo {
 /// there is to tell of pictures waits in `messages`.
 bool captureFolders(const QModelIndex& folder, ControlState& state, HeldMessages& messages);
 
-/// What became of a copied formula.
-enum class PastedFormula { Nothing, WithoutPicture, Whole };
+/// What became of a formula for a library.
+enum class InsertedFormula { Nothing, WithoutPicture, Whole };
 
-/// Appends a copy of a formula, with the picture that its file holds, to the folder that it names
-/// in the current library; `formula` then has the identifier of the new one.
-PastedFormula insertFormula(clsFormulaInfo& formula, clsDBFuncs& dbFuncs, ControlState& state);
+/// Appends a formula, with the picture that its file holds, to the folder that it names in the
+/// current library; `formula` then has the identifier that it got.
+InsertedFormula insertFormula(clsFormulaInfo& formula, clsDBFuncs& dbFuncs, ControlState& state);
 
 /// What insertClipboardFolders() has put into a library.
 struct PastedFolders {

@@ -37,18 +37,14 @@ void FormulaCommands::newFormula() {
     if (!list_.storeEdits() || !tree_.showSelectedNode()) {
         return;
     }
-    const qint32 folder = folderIdOf(form_.tvFolder->selectedKey());
-    const QString name = QStringLiteral("新建公式");
-    qint32 id = 0;
-    if (!state_.dbFuncs.AddNewFormula(folder, name, {}, {}, 0, id, state_.connection)) {
+    clsFormulaInfo formula;
+    formula.FormulaName = QStringLiteral("新建公式");
+    formula.FormulaPID = folderIdOf(form_.tvFolder->selectedKey());
+    if (insertFormula(formula, state_.dbFuncs, state_) == InsertedFormula::Nothing) {
         questions_.inform(QStringLiteral("无法创建新的公式！"));
         return;
     }
-    clsFormulaInfo added;
-    added.FormulaID = id;
-    added.FormulaName = name;
-    added.FormulaPID = folder;
-    const QString key = list_.appendFormula(added);
+    const QString key = list_.appendFormula(formula);
     form_.lvFormula->setFocus();
     list_.SelFormula(key);
     renameFormula();
@@ -90,23 +86,23 @@ bool FormulaCommands::pasteFormula() {
     clsFormulaInfo formula = state_.clipboard.formulas.Item(1);
     formula.FormulaPID = folderIdOf(form_.tvFolder->selectedKey());
     HeldMessages messages;
-    const PastedFormula pasted = storeCopy(formula, messages);
-    if (pasted == PastedFormula::Nothing) {
+    const InsertedFormula pasted = storeCopy(formula, messages);
+    if (pasted == InsertedFormula::Nothing) {
         messages.inform(QStringLiteral("粘贴公式失败！"));
     } else {
-        if (pasted == PastedFormula::WithoutPicture) {
+        if (pasted == InsertedFormula::WithoutPicture) {
             messages.inform(QStringLiteral("粘贴公式的图形文件失败！"));
         }
         list_.SelFormula(list_.appendFormula(formula));
     }
     messages.show(questions_);
-    return pasted == PastedFormula::Whole;
+    return pasted == InsertedFormula::Whole;
 }
 
 /// Puts the formula into the library; it then has the picture file of the new one.
-PastedFormula FormulaCommands::storeCopy(clsFormulaInfo& formula, HeldMessages& messages) {
+InsertedFormula FormulaCommands::storeCopy(clsFormulaInfo& formula, HeldMessages& messages) {
     clsDBFuncs dbFuncs(messages);
-    PastedFormula pasted = PastedFormula::Nothing;
+    InsertedFormula pasted = InsertedFormula::Nothing;
     const bool committed = attempt([&] {
         data::Transaction transaction(state_.connection);
         pasted = insertFormula(formula, dbFuncs, state_);
@@ -114,10 +110,10 @@ PastedFormula FormulaCommands::storeCopy(clsFormulaInfo& formula, HeldMessages& 
     });
     const bool hasPicture = QFileInfo(std::exchange(formula.FormulaPicPath, {})).isFile();
     if (!committed) {
-        return PastedFormula::Nothing;
+        return InsertedFormula::Nothing;
     }
     const QString file = listedPictureFile(state_, formula.FormulaID);
-    if (hasPicture && pasted == PastedFormula::Whole &&
+    if (hasPicture && pasted == InsertedFormula::Whole &&
         extractPicture(formula.FormulaID, file, state_.connection, messages)) {
         formula.FormulaPicPath = file;
     }

@@ -44,7 +44,7 @@ class FormulaCommands : public QObject {
   private:
     QString selectedFormula();
     QString copyPicture(const clsFormulaInfo& formula, HeldMessages& messages);
-    PastedFormula storeCopy(clsFormulaInfo& formula, HeldMessages& messages);
+    InsertedFormula storeCopy(clsFormulaInfo& formula, HeldMessages& messages);
     bool storeName(const QString& key, const QString& name);
     void showFirst();
 

@@ -12,12 +12,11 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 namespace varo {
 
 DescriptionPane::DescriptionPane(Form& form, ControlState& state, Questions& questions)
-    : form_(form), state_(state), questions_(questions) {
+    : form_(form), state_(state), refusal_(questions) {
     form.txtDesc->installEventFilter(this);
     for (int i = 0; i < static_cast<int>(form.optDesc.size()); ++i) {
         connect(form.optDesc[static_cast<std::size_t>(i)], &QRadioButton::clicked, this,
@@ -30,7 +29,7 @@ void DescriptionPane::clear() {
     form_.txtDesc->clear();
     form_.txtDesc->document()->setModified(false);
     form_.imgDesc->clear();
-    refused_.clear();
+    refusal_.forget();
     emit cleared();
 }
 
@@ -98,8 +97,8 @@ void DescriptionPane::showOnly(QWidget* content) {
 bool DescriptionPane::eventFilter(QObject* watched, QEvent* event) {
     const bool gained = event->type() == QEvent::FocusIn;
     if (gained || event->type() == QEvent::FocusOut) {
-        if (gained && static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason) {
-            refused_.clear();
+        if (gained) {
+            refusal_.focusGained(*static_cast<QFocusEvent*>(event));
         }
         const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
         // A menu only borrows the focus, and a window that comes back goes on where it was left.
@@ -124,7 +123,7 @@ bool DescriptionPane::store() {
         return true;
     }
     if (text.size() > TextLimit) {
-        tellOnce(QStringLiteral("用户输入的说明超过255个字符！"));
+        refusal_.tell(text, QStringLiteral("用户输入的说明超过255个字符！"));
         return false;
     }
     if (!state_.listsCurrentLibrary() ||
@@ -137,18 +136,11 @@ bool DescriptionPane::store() {
     }
     if (state_.dbFuncs.EditFormulaMemo(record.FormulaID, text, state_.connection)) {
         record.FormulaMemo = text;
-        refused_.clear();
+        refusal_.forget();
     } else {
-        tellOnce(QStringLiteral("无法编辑选定公式的备注！"));
+        refusal_.tell(text, QStringLiteral("无法编辑选定公式的备注！"));
     }
     return true;
-}
-
-/// Leaving the box and the command that follows both store; the user is told once.
-void DescriptionPane::tellOnce(const QString& message) {
-    if (std::exchange(refused_, form_.txtDesc->toPlainText()) != form_.txtDesc->toPlainText()) {
-        questions_.inform(message);
-    }
 }
 
 }  // namespace varo

@@ -2,6 +2,7 @@
 
 #include "control/form.h"
 #include "control/state.h"
+#include "formula/refusal_notice.h"
 #include "platform/ui/picture.h"
 
 #include <QObject>
@@ -46,13 +47,11 @@ class DescriptionPane : public QObject {
 
   private:
     void showOption(int option);
-    void tellOnce(const QString& message);
     void showOnly(QWidget* content);
 
     Form& form_;
     ControlState& state_;
-    Questions& questions_;
-    QString refused_;  ///< the text that the user was told is not stored
+    RefusalNotice refusal_;
 };
 
 }  // namespace varo

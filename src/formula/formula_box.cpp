@@ -7,12 +7,10 @@
 #include <QTabBar>
 #include <QToolBar>
 
-#include <utility>
-
 namespace varo {
 
 FormulaBox::FormulaBox(Form& form, ControlState& state, Questions& questions)
-    : form_(form), state_(state), questions_(questions) {
+    : form_(form), state_(state), refusal_(questions) {
     form.txtFormula->installEventFilter(this);
     connect(form.txtFormula, &QLineEdit::textChanged, this, [this](const QString& text) {
         form_.txtFormula->setToolTip(ui::plainToolTip(text));
@@ -25,7 +23,7 @@ void FormulaBox::setText(const QString& text) {
     form_.txtFormula->setMaxLength(std::max(TextLimit, static_cast<int>(text.size())));
     form_.txtFormula->setText(text);
     form_.txtFormula->setModified(false);
-    refused_.clear();
+    refusal_.forget();
 }
 
 bool FormulaBox::eventFilter(QObject* watched, QEvent* event) {
@@ -36,9 +34,7 @@ bool FormulaBox::eventFilter(QObject* watched, QEvent* event) {
                       static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason;
     if (gained || lost) {
         if (gained) {
-            if (static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason) {
-                refused_.clear();
-            }
+            refusal_.focusGained(*static_cast<QFocusEvent*>(event));
             form_.TabStripSymbol->setEnabled(true);
         }
         for (QToolBar* symbols : form_.tbSymbol) {
@@ -57,7 +53,7 @@ void FormulaBox::store() {
         return;
     }
     if (text.size() > TextLimit) {
-        tellOnce(QStringLiteral("用户输入的公式超过255个字符！"));
+        refusal_.tell(text, QStringLiteral("用户输入的公式超过255个字符！"));
         return;
     }
     if (!state_.listsCurrentLibrary() ||
@@ -69,18 +65,11 @@ void FormulaBox::store() {
         return;
     }
     if (!state_.dbFuncs.EditFormulaExpression(record.FormulaID, text, state_.connection)) {
-        tellOnce(QStringLiteral("无法编辑选定公式的内容！"));
+        refusal_.tell(text, QStringLiteral("无法编辑选定公式的内容！"));
         return;
     }
     record.FormulaExpression = text;
-    refused_.clear();
-}
-
-/// Leaving the box and the command that follows both store; the user is told once.
-void FormulaBox::tellOnce(const QString& message) {
-    if (std::exchange(refused_, form_.txtFormula->text()) != form_.txtFormula->text()) {
-        questions_.inform(message);
-    }
+    refusal_.forget();
 }
 
 }  // namespace varo

@@ -2,6 +2,7 @@
 
 #include "control/form.h"
 #include "control/state.h"
+#include "formula/refusal_notice.h"
 
 #include <QObject>
 
@@ -29,12 +30,9 @@ class FormulaBox : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    void tellOnce(const QString& message);
-
     Form& form_;
     ControlState& state_;
-    Questions& questions_;
-    QString refused_;  ///< the text that the user was told is not stored
+    RefusalNotice refusal_;
 };
 
 }  // namespace varo
