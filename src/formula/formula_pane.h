@@ -1,59 +1,64 @@
 #pragma once
 
-#include "control/form.h"
-#include "control/state.h"
 #include "engine/calc_engine.h"
+#include "form/form.h"
+#include "form/selection_state.h"
 #include "formula/calculator.h"
 #include "formula/description_pane.h"
 #include "formula/formula_box.h"
+#include "formula/shown_formula.h"
 #include "formula/symbol_palette.h"
 #include "formula/variable_grid.h"
+#include "library/current_library.h"
+#include "library/property_source.h"
+
+#include <QObject>
 
 namespace varo {
 
-/// The formula panel as the tree and the list use it: shows one formula or none, and says which of
-/// its widgets accept input.
+/// The panel that shows one formula of the current library, or none: its description and picture,
+/// its text, its variables with their values, and the result. What the user changes is stored in
+/// the library.
 class FormulaPane : public QObject {
     Q_OBJECT
 
   public:
-    /// What the panel shows, and so which widgets accept input. Other numbers are as
-    /// NothingSelected.
-    enum PanelState { NothingSelected = 1, FolderSelected = 2, FormulaSelected = 4, NoFormula = 5 };
-
     /// Everything handed in must outlive this.
-    FormulaPane(Form& form, ControlState& state, Questions& questions, PropertySource& properties);
+    FormulaPane(PanelForm& form, CurrentLibrary& library, PropertySource& properties,
+                Questions& questions);
 
-    /// Empties the formula panel.
+    /// Shows a formula of the current library: its description and picture, then its text, and
+    /// calculates it, which may ask the host. What was being typed for another formula is dropped;
+    /// see storeEdits().
+    void show(const clsFormulaInfo& formula);
+
+    /// Empties the panel: no formula is shown then, and nothing that is typed is stored.
     void ClearFormulaPanel();
 
     /// Enables the widgets that accept input in `state`, disables the others.
-    void SetPanelState(int state);
+    void SetPanelState(SelectionState state);
 
-    /// Shows the description and the picture of a formula in the cleared panel.
-    void showDescription(const clsFormulaInfo& formula) { description_.show(formula); }
-    void showNoPicture() { description_.showNoPicture(); }
-
-    /// Shows the formula's text with its variables and calculates it; nothing for an empty one.
-    void showExpression(const clsFormulaInfo& formula);
+    /// The formula that is shown.
+    const ShownFormula& shown() const { return shown_; }
 
     /// Stores what is being typed into the variable grid, the formula box or the description box.
-    /// To be called while the library of the shown formula is still connected. Returns false when
-    /// the user has to mend something first and must not be led away from it.
+    /// Returns false when the user has to correct something first and must stay where it is.
     bool storeEdits();
+
+    /// Asks the host again for the values that it feeds to the shown formula, and recalculates;
+    /// nothing while the grid does not show the formula's variables.
+    void refreshPropertyValues();
 
     DescriptionPane& description() { return description_; }
     Calculator& calculator() { return calculator_; }
-    VariableGrid& variables() { return variables_; }
+
+  signals:
+    /// The text or the description of a formula has been stored.
+    void expressionStored(qint32 formulaID, const QString& expression);
+    void memoStored(qint32 formulaID, const QString& memo);
 
   private:
-    Form& form_;
-    engine::CalcEngine engine_;
-    FormulaBox box_;
-    DescriptionPane description_;
-    VariableGrid variables_;
-    Calculator calculator_;
-    SymbolPalette palette_;
+    // Left to the implementation.
 };
 
 }  // namespace varo

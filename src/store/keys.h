@@ -65,6 +65,11 @@ inline qint32 folderIdOf(QStringView key) {
     return key.sliced(start, (end < start ? key.size() : end) - start).toInt();
 }
 
+/// Number of the library with this key; 0 for any other key.
+inline int libraryNumberOf(QStringView key) {
+    return key.startsWith(LibraryKeyPrefix) ? key.sliced(LibraryKeyPrefix.size()).toInt() : 0;
+}
+
 /// Key of the library that the node with this key belongs to.
 inline QString libraryKeyOf(QStringView key) {
     const auto at = key.startsWith(FolderKeyPrefix) ? key.indexOf(KeySeparator) : -1;

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <QString>
-
 #include <array>
 
-class QAbstractItemView;
 class QFrame;
 class QLabel;
 class QLineEdit;
@@ -27,36 +24,30 @@ namespace varo {
 /// The options of the description area.
 enum DescOption { DescOptionText = 0, DescOptionPicture = 1 };
 
-inline constexpr int SymbolTabs = 10;
+inline constexpr int kSymbolTabs = 10;
 
 /// The named widgets of the control. Each carries its name as objectName; all are owned by Qt's
 /// parents.
-struct Form {
-    QWidget* PicControl = nullptr;
-    QToolBar* tbEdit = nullptr;
-    QWidget* picTreeContain = nullptr;
-    ui::NodeView* tvFolder = nullptr;
-    QFrame* picShowTreeSepar = nullptr;
-    QFrame* picTreeSepar = nullptr;
-    QWidget* picBackGround = nullptr;
-    ui::NodeView* lvFormula = nullptr;
-    QFrame* picShowFormulaSepar = nullptr;
-    QFrame* picFormulaSepar = nullptr;
-    QWidget* picFormula = nullptr;
+
+/// The description area.
+struct DescriptionForm {
     QFrame* frmDesc = nullptr;
     std::array<QRadioButton*, 2> optDesc{};
     QFrame* PicDesc = nullptr;
     QPlainTextEdit* txtDesc = nullptr;
     ui::PictureBox* imgDesc = nullptr;
     QLabel* lblDesc = nullptr;
+};
+
+/// The symbol palette.
+struct SymbolForm {
     QWidget* picSymbol = nullptr;
     QTabBar* TabStripSymbol = nullptr;
-    std::array<QToolBar*, SymbolTabs> tbSymbol{};
-    QWidget* picInputFormula = nullptr;
-    QFrame* frmFormula = nullptr;
-    QLabel* lblFormula = nullptr;
-    QLineEdit* txtFormula = nullptr;
-    ui::EditGrid* MSFEditVarList = nullptr;
+    std::array<QToolBar*, kSymbolTabs> tbSymbol{};
+};
+
+/// The result area.
+struct ResultForm {
     QWidget* picResult = nullptr;
     QLabel* lblResult = nullptr;
     QLineEdit* txtResult = nullptr;
@@ -71,8 +62,33 @@ struct Form {
     QPushButton* cmdSend = nullptr;
 };
 
-/// Most characters of a formula, a description and a variable's value.
-inline constexpr int TextLimit = 255;
+/// The panel that shows one formula.
+struct PanelForm {
+    DescriptionForm description;
+    SymbolForm symbols;
+    QLineEdit* txtFormula = nullptr;
+    ui::EditGrid* MSFEditVarList = nullptr;
+    ResultForm result;
+};
+
+/// All of them, with the containers that hold them in their places.
+struct Form {
+    QWidget* PicControl = nullptr;
+    QToolBar* tbEdit = nullptr;
+    QWidget* picTreeContain = nullptr;
+    ui::NodeView* tvFolder = nullptr;
+    QFrame* picShowTreeSepar = nullptr;
+    QFrame* picTreeSepar = nullptr;
+    QWidget* picBackGround = nullptr;
+    ui::NodeView* lvFormula = nullptr;
+    QFrame* picShowFormulaSepar = nullptr;
+    QFrame* picFormulaSepar = nullptr;
+    QWidget* picFormula = nullptr;
+    QWidget* picInputFormula = nullptr;
+    QFrame* frmFormula = nullptr;
+    QLabel* lblFormula = nullptr;
+    PanelForm panel;
+};
 
 /// Makes all widgets below `parent`, with their texts, fonts, order of tabs and names.
 Form buildForm(QWidget* parent);

@@ -1,4 +1,4 @@
-#include "editing/picture_files.h"
+#include "library/picture_files.h"
 
 #include "store/picture_transfer.h"
 

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "control/state.h"
-#include "platform/held_messages.h"
+#include "library/current_library.h"
+#include "library/working_files.h"
+#include "platform/questions/held_messages.h"
 
 namespace varo {
 
@@ -11,15 +12,16 @@ namespace varo {
 bool extractPicture(qint32 formulaID, const QString& file, data::Connection& connection,
                     HeldMessages& messages);
 
-/// Reads formulas of the current library as records, and their stored pictures into files.
+/// Reads formulas of a library as records, and their stored pictures into files.
 class FormulaReader {
   public:
-    /// Names the file for the picture of a formula, in the work folder.
-    using PictureFile = QString (*)(const ControlState& state, qint32 formulaID);
+    /// Names the file for the picture of a formula.
+    using PictureFile = QString (WorkingFiles::*)(qint32 formulaID) const;
 
     /// `messages` is told why the first formula is left without its picture; what it shows must
     /// wait until nothing is open any more. Everything handed in must outlive this.
-    FormulaReader(ControlState& state, PictureFile pictureFile, HeldMessages& messages);
+    FormulaReader(CurrentLibrary& library, const WorkingFiles& files, PictureFile pictureFile,
+                  HeldMessages& messages);
 
     /// Appends the formulas directly under a folder (0: the library's top level), in order, to
     /// `formulas`. An identifier that a damaged table repeats is read once. A picture that is
@@ -30,10 +32,11 @@ class FormulaReader {
   private:
     QString pictureOf(qint32 formulaID, qint32 pictureType);
 
-    ControlState& state_;
+    CurrentLibrary& library_;
+    const WorkingFiles& files_;
     PictureFile pictureFile_;
     HeldMessages& messages_;
-    bool told_ = false;
+    bool reported_ = false;
 };
 
 }  // namespace varo

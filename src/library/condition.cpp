@@ -1,4 +1,4 @@
-#include "search/condition.h"
+#include "library/condition.h"
 
 #include "engine/numbers.h"
 #include "store/attempt.h"
@@ -59,8 +59,8 @@ bool compare(int comparison, const QString& value, const QString& constant, bool
 bool Condition::evaluateChildren(qint32 filterID, qint32 parentID, int parentType, int depth,
                                  bool& result) {
     data::Recordset rs;
-    if (depth > MaxDepth ||
-        !state_.dbFuncs.GetResFilterCondByParentID(filterID, parentID, rs, state_.connection)) {
+    if (depth > kMaxDepth ||
+        !funcs_.GetResFilterCondByParentID(filterID, parentID, rs, connection_)) {
         return false;
     }
     std::vector<ConditionRow> rows;
@@ -96,7 +96,7 @@ bool Condition::evaluateChildren(qint32 filterID, qint32 parentID, int parentTyp
 
 bool Condition::evaluateLeaf(qint32 filterID, qint32 expressionID, bool& result) {
     data::Recordset rs;
-    if (!state_.dbFuncs.GetResExpressions(filterID, expressionID, rs, state_.connection)) {
+    if (!funcs_.GetResExpressions(filterID, expressionID, rs, connection_)) {
         return false;
     }
     QString field;

@@ -1,4 +1,4 @@
-#include "control/work_folder.h"
+#include "library/work_folder.h"
 
 #include "store/library_connection.h"
 

@@ -1,4 +1,4 @@
-#include "control/formula_reader.h"
+#include "library/formula_reader.h"
 
 #include "store/attempt.h"
 #include "store/keys.h"
@@ -8,12 +8,13 @@
 
 namespace varo {
 
-FormulaReader::FormulaReader(ControlState& state, PictureFile pictureFile, HeldMessages& messages)
-    : state_(state), pictureFile_(pictureFile), messages_(messages) {}
+FormulaReader::FormulaReader(CurrentLibrary& library, const WorkingFiles& files, PictureFile pictureFile,
+                             HeldMessages& messages)
+    : library_(library), files_(files), pictureFile_(pictureFile), messages_(messages) {}
 
 bool FormulaReader::read(qint32 folderID, colFormulaInfo& formulas) {
     data::Recordset rs;
-    return state_.dbFuncs.GetFormulaByPID(folderID, rs, state_.connection) && attempt([&] {
+    return library_.funcs().GetFormulaByPID(folderID, rs, library_.connection()) && attempt([&] {
                const int id = rs.column(u"ID");
                const int name = rs.column(u"Name");
                const int expression = rs.column(u"Formula");
@@ -36,12 +37,12 @@ QString FormulaReader::pictureOf(qint32 formulaID, qint32 pictureType) {
     if (pictureType != PictureStored) {
         return {};
     }
-    const QString file = pictureFile_(state_, formulaID);
+    const QString file = (files_.*pictureFile_)(formulaID);
     HeldMessages messages;
-    const bool extracted = extractPicture(formulaID, file, state_.connection, messages);
+    const bool extracted = extractPicture(formulaID, file, library_.connection(), messages);
     // What keeps one picture from its file often keeps all the others too: one message says so.
-    if (!told_ && !messages.isEmpty()) {
-        told_ = true;
+    if (!reported_ && !messages.isEmpty()) {
+        reported_ = true;
         messages.show(messages_);
     }
     return extracted ? file : QString();

@@ -1,0 +1,36 @@
+#include "library/current_library.h"
+
+#include "store/keys.h"
+#include "store/library_connection.h"
+
+namespace varo {
+
+CurrentLibrary::CurrentLibrary(const colFormulaDB& libraries, Questions& questions)
+    : libraries_(libraries), funcs_(questions) {}
+
+bool CurrentLibrary::open(int number) {
+    const QString key = libraryKey(number);
+    if (!libraries_.contains(key)) {
+        close();
+        return false;
+    }
+    const clsFormulaDB& library = libraries_.Item(key);
+    const bool isSameFile = isOpen() && folder_ == library.FormulaDBPath && name_ == library.FormulaDBName;
+    if (!isSameFile) {
+        close();
+        if (!ConnectLibrary(library.FormulaDBPath, library.FormulaDBName, connection_, QString())) {
+            return false;
+        }
+        folder_ = library.FormulaDBPath;
+        name_ = library.FormulaDBName;
+    }
+    number_ = number;
+    return true;
+}
+
+void CurrentLibrary::close() {
+    connection_.close();
+    variables_.Clear();
+}
+
+}  // namespace varo

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "platform/data/connection.h"
+#include "platform/questions/questions.h"
+#include "store/collections.h"
+#include "store/db_funcs.h"
+
+#include <QString>
+
+namespace varo {
+
+/// The library that the user works on: one of the configured ones, its connection, and the stored
+/// values that have been read from it. They change together.
+class CurrentLibrary {
+  public:
+    /// `libraries` and `questions` must outlive this; `questions` shows why the bytes of a picture
+    /// could not be moved.
+    CurrentLibrary(const colFormulaDB& libraries, Questions& questions);
+
+    /// Makes the configured library with this number the current one; one whose file is open
+    /// already stays open. Returns false, with no library open, when there is no such library or it
+    /// cannot be opened; shows nothing.
+    bool open(int number);
+
+    /// Closes the file. What was read from it is forgotten.
+    void close();
+
+    bool isOpen() const { return connection_.isOpen(); }
+    /// Number of the open library; 0 when none is open.
+    int number() const { return isOpen() ? number_ : 0; }
+    /// Folder of the open file, with its trailing separator.
+    const QString& folder() const { return folder_; }
+
+    data::Connection& connection() { return connection_; }
+    clsDBFuncs& funcs() { return funcs_; }
+    /// Stored values that have been read; see StoredValues.
+    colVarInfo& variables() { return variables_; }
+
+  private:
+    const colFormulaDB& libraries_;
+    clsDBFuncs funcs_;
+    data::Connection connection_;
+    colVarInfo variables_;
+    int number_ = 0;
+    QString folder_;
+    QString name_;
+};
+
+}  // namespace varo

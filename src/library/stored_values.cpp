@@ -1,0 +1,125 @@
+#include "library/stored_values.h"
+
+#include "engine/numbers.h"
+#include "library/limits.h"
+#include "store/attempt.h"
+
+namespace varo {
+
+namespace {
+
+const auto kZero = QStringLiteral("0");
+const auto kNotAdded = QStringLiteral("无法添加新的变量！");
+
+bool isZero(const QString& value) {
+    const auto number = engine::parseNumber(value.toStdString());
+    return number.has_value() && *number == 0;
+}
+
+}  // namespace
+
+bool LoadVarCache(const QString& name, qint32 formulaID, data::Connection& connection,
+                  colVarInfo& variables, clsDBFuncs& dbFuncs) {
+    if (variables.Find(name, formulaID) != nullptr) {
+        return true;
+    }
+    data::Recordset rs;
+    if (!dbFuncs.GetVarInfoOfFormula(name, formulaID, rs, connection)) {
+        return false;
+    }
+    const bool unownedKnown = variables.Find(name, 0) != nullptr;
+    return attempt([&] {
+        for (; !rs.atEnd(); rs.moveNext()) {
+            const qint32 owner = rs.integer(u"FormulaID");
+            if (owner == 0 && unownedKnown) {
+                continue;
+            }
+            bool added = false;
+            variables.Add(rs.text(u"VarName"), owner, rs.text(u"Value"),
+                          rs.integer(u"VarSourceType"), rs.text(u"VarMemo"), QString(), added);
+        }
+    });
+}
+
+bool StoredValues::load(const QString& name, qint32 formulaID) {
+    return LoadVarCache(name, formulaID, library_.connection(), library_.variables(),
+                        library_.funcs());
+}
+
+std::vector<StoredValue> StoredValues::valuesOf(const QStringList& names, qint32 formulaID) {
+    std::vector<StoredValue> values;
+    bool readable = true;
+    for (const QString& name : names) {
+        readable = readable && load(name, formulaID);
+        values.push_back(known(name, formulaID, readable));
+    }
+    return values;
+}
+
+/// The value as far as it has been read: whether an unowned value counts is known only when reading
+/// has succeeded.
+StoredValue StoredValues::known(const QString& name, qint32 formulaID, bool isRead) {
+    const clsVarInfo* record = library_.variables().Find(name, formulaID);
+    if (record == nullptr && isRead) {
+        record = library_.variables().Find(name, 0);
+    }
+    if (record == nullptr) {
+        return {.value = kZero, .isRead = isRead};
+    }
+    return {record->VarSourceType, record->VarValue, record->VarMemo, true};
+}
+
+StoredEdit StoredValues::store(const QString& name, qint32 formulaID, const QString& text) {
+    const QString typed = text.trimmed();
+    if (typed.size() > kTextLimit) {
+        return {kZero, QStringLiteral("给定变量的值超过255个字符")};
+    }
+    if (!load(name, formulaID)) {
+        return {text, kNotAdded};
+    }
+    clsVarInfo* own = library_.variables().Find(name, formulaID);
+    if (own != nullptr && own->VarValue == typed) {
+        return {text, {}};
+    }
+    if (own == nullptr && isZero(typed)) {
+        return {text, {}};
+    }
+    const QString value = typed.isEmpty() ? kZero : typed;
+    const QString shown = typed.isEmpty() ? kZero : text;
+    return {shown, own != nullptr ? changeOwn(*own, value) : addOwn(name, formulaID, value)};
+}
+
+StoredEdit StoredValues::storePicked(const QString& name, qint32 formulaID, const QString& value) {
+    clsVarInfo* own = library_.variables().Find(name, formulaID);
+    return {value, own == nullptr ? QString() : changeOwn(*own, value)};
+}
+
+QString StoredValues::changeOwn(clsVarInfo& own, const QString& value) {
+    if (!library_.funcs().EditFormulaVarValue(own.VarName, own.FormulaID, value,
+                                              library_.connection())) {
+        return QStringLiteral("无法编辑选定变量的值！");
+    }
+    own.VarValue = value;
+    return {};
+}
+
+QString StoredValues::addOwn(const QString& name, qint32 formulaID, const QString& value) {
+    clsDBFuncs& funcs = library_.funcs();
+    data::Connection& connection = library_.connection();
+    if (clsVarInfo* unowned = library_.variables().Find(name, 0)) {
+        if (!funcs.ChangeVarBelong(unowned->VarName, 0, formulaID, connection, value)) {
+            return kNotAdded;
+        }
+        unowned->FormulaID = formulaID;
+        unowned->VarValue = value;
+        return {};
+    }
+    if (!funcs.AddNewVar(name, formulaID, value, connection)) {
+        return kNotAdded;
+    }
+    bool added = false;
+    library_.variables().Add(name, formulaID, value, VarSourceTyped, QString(), QString(), added);
+    return {};
+}
+
+}  // namespace varo
