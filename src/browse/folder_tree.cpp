@@ -1,6 +1,4 @@
-#include "control/folder_tree.h"
-
-#include "store/keys.h"
+#include "browse/folder_tree.h"
 
 #include <QSet>
 
@@ -10,9 +8,9 @@ namespace varo {
 
 namespace {
 
-constexpr auto LibraryImages = FolderTree::imagesOf(ui::NodeImage::Library, ui::NodeImage::Library);
-constexpr auto FolderImages =
-    FolderTree::imagesOf(ui::NodeImage::Folder, ui::NodeImage::FolderOpen);
+constexpr auto kLibraryImages = FolderTree::imagesOf(NodeImage::Library, NodeImage::Library);
+constexpr auto kFolderImages =
+    FolderTree::imagesOf(NodeImage::Folder, NodeImage::FolderOpen);
 
 /// The part of a name that fits.
 QStringView storable(QStringView name) {
@@ -20,27 +18,6 @@ QStringView storable(QStringView name) {
 }
 
 }  // namespace
-
-void FolderRows::add(qint32 id, qint32 parentId, qint32 order, QStringView name) {
-    name = storable(name);
-    rows_.push_back({id, parentId, order, static_cast<quint32>(text_.size()),
-                     static_cast<quint16>(name.size())});
-    text_ += name;
-}
-
-void FolderRows::sort() {
-    const auto key = [](const Row& row) { return std::pair(row.parentId, row.order); };
-    std::ranges::stable_sort(rows_, {}, key);
-}
-
-std::span<const FolderRows::Row> FolderRows::childrenOf(qint32 parentId) const {
-    const auto range = std::ranges::equal_range(rows_, parentId, {}, &Row::parentId);
-    return {range.begin(), range.end()};
-}
-
-QStringView FolderRows::name(const Row& row) const {
-    return QStringView(text_).sliced(row.textBegin, row.textLength);
-}
 
 void FolderTree::clear() {
     *this = {};
@@ -67,10 +44,10 @@ FolderTree::Node FolderTree::addNode(Node parent, quint32 row, qint32 id, QStrin
     return node;
 }
 
-FolderTree::Node FolderTree::addLibrary(const QString& key, const QString& text) {
+FolderTree::Node FolderTree::addLibrary(int number, const QString& text) {
     const Node node =
-        addNode(None, static_cast<quint32>(libraries_.size()), 0, storable(text), LibraryImages);
-    libraries_.push_back({node, key, {}});
+        addNode(kNone, static_cast<quint32>(libraries_.size()), 0, storable(text), kLibraryImages);
+    libraries_.push_back({node, number, {}});
     return node;
 }
 
@@ -98,7 +75,7 @@ void FolderTree::addFolders(Node parent, FolderRows rows,
                 continue;
             }
             placed.insert(row.id);
-            const Node node = addNode(above, count++, row.id, rows.name(row), FolderImages);
+            const Node node = addNode(above, count++, row.id, rows.name(row), kFolderImages);
             childNodes_.push_back(node);
             byId.push_back({row.id, node});
             added.push_back(node);
@@ -115,7 +92,7 @@ void FolderTree::addFolders(Node parent, FolderRows rows,
             nextLevel = added.size();
             ++level;
         }
-        if (level == MaxDepth) {
+        if (level == kMaxFolderDepth) {
             break;
         }
         const Node node = added[next];
@@ -129,7 +106,7 @@ void FolderTree::addFolders(Node parent, FolderRows rows,
 }
 
 FolderTree::Node FolderTree::appendFolder(Node parent, qint32 id, const QString& text) {
-    const Node node = addNode(parent, nodes_[parent].childCount, id, storable(text), FolderImages);
+    const Node node = addNode(parent, nodes_[parent].childCount, id, storable(text), kFolderImages);
     NodeData& above = nodes_[parent];
     if (above.childBegin + above.childCount != childNodes_.size()) {
         // The block grows at the end of all blocks.
@@ -160,7 +137,7 @@ void FolderTree::removeFolder(Node node) {
     Library& library = libraryOf(node);
     release(node);
     std::erase_if(library.byId,
-                  [this](const Entry& entry) { return nodes_[entry.node].row == None; });
+                  [this](const Entry& entry) { return nodes_[entry.node].row == kNone; });
     reclaim();
 }
 
@@ -171,11 +148,11 @@ void FolderTree::removeFolders(Node parent) {
     unusedPlaces_ += nodes_[parent].childCount;
     nodes_[parent].childCount = 0;
     std::erase_if(libraryOf(parent).byId,
-                  [this](const Entry& entry) { return nodes_[entry.node].row == None; });
+                  [this](const Entry& entry) { return nodes_[entry.node].row == kNone; });
     reclaim();
 }
 
-/// Gives up a node and those below it; their entries and the place among the siblings stay.
+/// Releases a node and those below it; their entries and the place among the siblings stay.
 void FolderTree::release(Node node) {
     std::vector<Node> released{node};
     while (!released.empty()) {
@@ -186,7 +163,7 @@ void FolderTree::release(Node node) {
         }
         unusedPlaces_ += nodes_[each].childCount;
         unusedText_ += nodes_[each].textLength;
-        nodes_[each] = {0, None, None, 0, 0, 0, 0, {}};
+        nodes_[each] = {0, kNone, kNone, 0, 0, 0, 0, {}};
         freeNodes_.push_back(each);
     }
 }
@@ -227,12 +204,12 @@ void FolderTree::reclaim() {
 }
 
 int FolderTree::levelsBelow(Node node) const {
-    return isLibrary(node) || id(node) != 0 ? MaxDepth - depth(node) : 0;
+    return isLibrary(node) || nodes_[node].id != 0 ? kMaxFolderDepth - depth(node) : 0;
 }
 
 int FolderTree::depth(Node node) const {
     int levels = 0;
-    for (node = parent(node); node != None; node = parent(node)) {
+    for (node = parent(node); node != kNone; node = parent(node)) {
         ++levels;
     }
     return levels;
@@ -253,7 +230,7 @@ QString FolderTree::text(Node node) const {
 }
 
 FolderTree::Library& FolderTree::libraryOf(Node node) {
-    while (nodes_[node].parent != None) {
+    while (nodes_[node].parent != kNone) {
         node = nodes_[node].parent;
     }
     return libraries_[nodes_[node].row];
@@ -263,35 +240,21 @@ const FolderTree::Library& FolderTree::libraryOf(Node node) const {
     return const_cast<FolderTree*>(this)->libraryOf(node);
 }
 
-QString FolderTree::rootKey(Node node) const {
-    return libraryOf(node).key;
+NodeId FolderTree::id(Node node) const {
+    const int library = libraryOf(node).number;
+    return isLibrary(node) ? NodeId{library, std::nullopt} : NodeId{library, nodes_[node].id};
 }
 
-QString FolderTree::key(Node node) const {
-    return isLibrary(node) ? rootKey(node) : folderKey(id(node), rootKey(node));
-}
-
-QStringView FolderTree::tag(Node node) const {
-    return isLibrary(node) ? RootNodeTag : FolderTag;
-}
-
-FolderTree::Node FolderTree::find(QStringView key) const {
-    const QString rootKey = libraryKeyOf(key);
-    const auto library = std::ranges::find(libraries_, rootKey, &Library::key);
+FolderTree::Node FolderTree::find(const NodeId& id) const {
+    const auto library = std::ranges::find(libraries_, id.library, &Library::number);
     if (library == libraries_.end()) {
-        return None;
+        return kNone;
     }
-    if (!isFolderKey(key)) {
+    if (!id.isFolder()) {
         return library->node;
     }
-    const Node node = findFolder(library->node, folderIdOf(key));
-    return node != None && this->key(node) == key ? node : None;
-}
-
-FolderTree::Node FolderTree::findFolder(Node library, qint32 id) const {
-    const auto& byId = libraries_[nodes_[library].row].byId;
-    const auto entry = std::ranges::lower_bound(byId, id, {}, &Entry::id);
-    return entry != byId.end() && entry->id == id ? entry->node : None;
+    const auto entry = std::ranges::lower_bound(library->byId, *id.folder, {}, &Entry::id);
+    return entry != library->byId.end() && entry->id == *id.folder ? entry->node : kNone;
 }
 
 }  // namespace varo

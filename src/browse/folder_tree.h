@@ -1,57 +1,24 @@
 #pragma once
 
-#include "platform/ui/icons.h"
+#include "browse/node_images.h"
+#include "library/folder_rows.h"
+#include "library/node_id.h"
 
 #include <QString>
-#include <QStringView>
 
 #include <functional>
 #include <limits>
-#include <span>
 #include <vector>
 
 namespace varo {
 
-/// Folder rows as a library stores them, collected before they are placed in a tree.
-class FolderRows {
-  public:
-    struct Row {
-        qint32 id;
-        qint32 parentId;
-        qint32 order;
-        quint32 textBegin;
-        quint16 textLength;
-    };
-
-    /// Names longer than 65,535 characters are cut.
-    void add(qint32 id, qint32 parentId, qint32 order, QStringView name);
-
-    /// Puts the rows into the order of a listing: by parent, then by order number, then as added.
-    void sort();
-
-    std::span<const Row> rows() const { return rows_; }
-    /// The rows of one parent; only after sort().
-    std::span<const Row> childrenOf(qint32 parentId) const;
-    QStringView name(const Row& row) const;
-    /// Characters of all names together.
-    qsizetype textSize() const { return text_.size(); }
-
-  private:
-    std::vector<Row> rows_;
-    QString text_;
-};
-
-/// Libraries and their folders, as the tree pane shows them: names, keys, order and pictures. Holds
-/// about forty bytes a folder over its text, so that libraries of many thousand folders stay small.
+/// Libraries and their folders, as the tree pane shows them: names, order and pictures. Holds about
+/// forty bytes a folder over its text, so that libraries of many thousand folders stay small.
 class FolderTree {
   public:
     /// Number of a node; valid until the node is removed, then given out again.
     using Node = quint32;
-    static constexpr Node None = std::numeric_limits<Node>::max();
-
-    /// Most levels of folders below a library; deeper ones are left out, because views draw a tree
-    /// by recursion.
-    static constexpr int MaxDepth = 1000;
+    static constexpr Node kNone = std::numeric_limits<Node>::max();
 
     /// Pictures of a node: as it is, and while it is selected (indices of the image list).
     struct Images {
@@ -59,18 +26,19 @@ class FolderTree {
         quint8 selectedImage;
         bool operator==(const Images&) const = default;
     };
-    static constexpr Images imagesOf(ui::NodeImage image, ui::NodeImage selected) {
+    static constexpr Images imagesOf(NodeImage image, NodeImage selected) {
         return {static_cast<quint8>(image), static_cast<quint8>(selected)};
     }
 
     void clear();
 
-    /// Appends a library's root node.
-    Node addLibrary(const QString& key, const QString& text);
+    /// Appends the root node of the library with this number.
+    Node addLibrary(int number, const QString& text);
 
     /// Places below `parent`, which has no children yet, the folders of its library that descend
     /// from it. Each row is placed once at most: folders that descend from themselves or from a
-    /// missing parent, and a second folder with the same identifier, are left out. `beforeShown` is
+    /// missing parent, a second folder with the same identifier, and folders more than
+    /// kMaxFolderDepth levels deep are left out. `beforeShown` is
     /// told the number of new children just before `parent` shows them.
     void addFolders(Node parent, FolderRows rows, const std::function<void(int)>& beforeShown);
 
@@ -95,28 +63,20 @@ class FolderTree {
 
     int childCount(Node node) const { return static_cast<int>(nodes_[node].childCount); }
     Node child(Node node, int position) const;
-    /// The node above; None for a library.
+    /// The node above; kNone for a library.
     Node parent(Node node) const { return nodes_[node].parent; }
     /// Position among the siblings, from 0.
     int row(Node node) const { return static_cast<int>(nodes_[node].row); }
 
-    bool isLibrary(Node node) const { return nodes_[node].parent == None; }
-    /// Identifier of the folder; 0 for a library.
-    qint32 id(Node node) const { return nodes_[node].id; }
+    bool isLibrary(Node node) const { return nodes_[node].parent == kNone; }
+    NodeId id(Node node) const;
     QString text(Node node) const;
-    QString key(Node node) const;
-    /// "RootNode" or "FormulaNode".
-    QStringView tag(Node node) const;
-    /// Key of the library that the node belongs to.
-    QString rootKey(Node node) const;
 
     Images images(Node node) const { return nodes_[node].images; }
     void setImages(Node node, Images images) { nodes_[node].images = images; }
 
-    /// The node with this key; None when there is none.
-    Node find(QStringView key) const;
-    /// The folder with this identifier in the library with this root node; None when there is none.
-    Node findFolder(Node library, qint32 id) const;
+    /// The node with this identifier; kNone when there is none.
+    Node find(const NodeId& id) const;
 
   private:
     struct NodeData {
@@ -135,7 +95,7 @@ class FolderTree {
     };
     struct Library {
         Node node;
-        QString key;
+        int number;
         std::vector<Entry> byId;  ///< ascending
     };
 
@@ -147,7 +107,7 @@ class FolderTree {
     void reclaim();
 
     std::vector<NodeData> nodes_;
-    std::vector<Node> freeNodes_;   ///< removed ones; their row is None
+    std::vector<Node> freeNodes_;   ///< removed ones; their row is kNone
     std::vector<Node> childNodes_;  ///< a block for each parent
     std::size_t unusedPlaces_ = 0;  ///< in childNodes_
     qsizetype unusedText_ = 0;      ///< in text_

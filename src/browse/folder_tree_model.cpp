@@ -1,6 +1,5 @@
-#include "control/folder_tree_model.h"
+#include "browse/folder_tree_model.h"
 
-#include "platform/ui/icons.h"
 #include "platform/ui/node_view.h"
 #include "platform/ui/tool_tip.h"
 
@@ -12,10 +11,10 @@ void FolderTreeModel::clear() {
     endResetModel();
 }
 
-QModelIndex FolderTreeModel::addLibrary(const QString& key, const QString& text) {
+QModelIndex FolderTreeModel::addLibrary(int number, const QString& text) {
     const int row = tree_.libraryCount();
     beginInsertRows({}, row, row);
-    const FolderTree::Node node = tree_.addLibrary(key, text);
+    const FolderTree::Node node = tree_.addLibrary(number, text);
     endInsertRows();
     return indexOf(node);
 }
@@ -62,12 +61,12 @@ void FolderTreeModel::setImages(const QModelIndex& index, FolderTree::Images ima
 }
 
 QModelIndex FolderTreeModel::indexOf(FolderTree::Node node) const {
-    return node == FolderTree::None ? QModelIndex()
-                                    : createIndex(tree_.row(node), 0, quintptr{node});
+    return node == FolderTree::kNone ? QModelIndex()
+                                    : createIndex(tree_.row(node), NameColumn, quintptr{node});
 }
 
 QModelIndex FolderTreeModel::index(int row, int column, const QModelIndex& parent) const {
-    if (column != 0 || row < 0 || row >= rowCount(parent)) {
+    if (column != NameColumn || row < 0 || row >= rowCount(parent)) {
         return {};
     }
     return indexOf(parent.isValid() ? tree_.child(nodeOf(parent), row) : tree_.library(row));
@@ -82,15 +81,23 @@ int FolderTreeModel::rowCount(const QModelIndex& parent) const {
 }
 
 int FolderTreeModel::columnCount(const QModelIndex&) const {
-    return 1;
+    return ColumnCount;
 }
 
 QVariant FolderTreeModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) {
         return {};
     }
-    const FolderTree::Node node = nodeOf(index);
-    const auto icon = [](quint8 image) { return ui::nodeIcon(static_cast<ui::NodeImage>(image)); };
+    switch (static_cast<Column>(index.column())) {
+        case NameColumn:
+            return nameData(nodeOf(index), role);
+        case ColumnCount:
+            break;
+    }
+    return {};
+}
+
+QVariant FolderTreeModel::nameData(FolderTree::Node node, int role) const {
     switch (role) {
         case Qt::DisplayRole:
             // The rows are all one line high.
@@ -100,11 +107,11 @@ QVariant FolderTreeModel::data(const QModelIndex& index, int role) const {
         case Qt::ToolTipRole:
             return ui::plainToolTip(tree_.text(node));
         case Qt::DecorationRole:
-            return icon(tree_.images(node).image);
+            return nodeIcon(static_cast<NodeImage>(tree_.images(node).image));
         case ui::NodeView::SelectedIconRole:
-            return icon(tree_.images(node).selectedImage);
+            return nodeIcon(static_cast<NodeImage>(tree_.images(node).selectedImage));
         case ui::NodeView::KeyRole:
-            return tree_.key(node);
+            return keyOf(tree_.id(node));
         default:
             return {};
     }
@@ -125,7 +132,7 @@ bool FolderTreeModel::setData(const QModelIndex& index, const QVariant& value, i
     if (label == tree_.text(node)) {
         return true;
     }
-    if (!renamer_(tree_.key(node), label)) {
+    if (!renamer_(tree_.id(node), label)) {
         return false;
     }
     tree_.setText(node, label);

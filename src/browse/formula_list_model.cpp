@@ -1,60 +1,99 @@
-#include "control/formula_list_model.h"
+#include "browse/formula_list_model.h"
 
 #include "platform/ui/node_view.h"
 #include "platform/ui/tool_tip.h"
+#include "store/keys.h"
+
+#include <array>
 
 namespace varo {
 
-FormulaListModel::FormulaListModel(const colFormulaInfo& formulas, QObject* parent)
-    : QAbstractTableModel(parent), formulas_(formulas) {}
+namespace {
 
-void FormulaListModel::beginReplace() {
-    beginResetModel();
-    images_.clear();
+/// What a column shows, in the order of FormulaListModel::Column.
+struct ColumnInfo {
+    QStringView caption;
+    QStringView key;
+    QString (*text)(const clsFormulaInfo& formula);
+};
+constexpr std::array<ColumnInfo, FormulaListModel::ColumnCount> kColumns{{
+    {u"公式名称", u"Head1", [](const clsFormulaInfo& formula) { return formula.FormulaName; }},
+}};
+
+}  // namespace
+
+FormulaListModel::~FormulaListModel() {
+    formulas_.Clear();
 }
 
-void FormulaListModel::endReplace(std::vector<ui::FormulaImage> images) {
-    images_ = std::move(images);
+const clsFormulaInfo* FormulaListModel::find(qint32 id) const {
+    const QString key = formulaKey(id);
+    return formulas_.contains(key) ? &formulas_.Item(key) : nullptr;
+}
+
+void FormulaListModel::replace(const std::function<void(colFormulaInfo&)>& fill,
+                               const QSet<qint32>& withProperty) {
+    beginResetModel();
+    formulas_.Clear();
+    images_.clear();
+    fill(formulas_);
+    for (const clsFormulaInfo& formula : formulas_) {
+        images_.push_back(withProperty.contains(formula.FormulaID)
+                              ? FormulaImage::FormulaWithProperty
+                              : FormulaImage::Formula);
+    }
     endResetModel();
 }
 
-void FormulaListModel::beginAppend() {
+void FormulaListModel::append(const clsFormulaInfo& formula) {
     const int row = rowCount();
     beginInsertRows({}, row, row);
-}
-
-void FormulaListModel::endAppend(ui::FormulaImage image) {
-    images_.push_back(image);
+    formulas_.Add(formula);
+    images_.push_back(FormulaImage::Formula);
     endInsertRows();
 }
 
-void FormulaListModel::beginRemove(int row) {
-    removedRow_ = row;
-    beginRemoveRows({}, row, row);
-}
-
-void FormulaListModel::endRemove() {
-    images_.erase(images_.begin() + removedRow_);
+void FormulaListModel::remove(qint32 id) {
+    const QModelIndex index = indexOf(id);
+    if (!index.isValid()) {
+        return;
+    }
+    beginRemoveRows({}, index.row(), index.row());
+    formulas_.Remove(formulaKey(id));
+    images_.erase(images_.begin() + index.row());
     endRemoveRows();
 }
 
-void FormulaListModel::setImage(const QModelIndex& index, ui::FormulaImage image) {
-    images_[static_cast<std::size_t>(index.row())] = image;
-    emit dataChanged(index, index, {Qt::DecorationRole});
+void FormulaListModel::update(qint32 id, const std::function<void(clsFormulaInfo&)>& change) {
+    const QModelIndex first = indexOf(id);
+    if (first.isValid()) {
+        change(formulas_.Item(formulaKey(id)));
+        emit dataChanged(first, first.siblingAtColumn(ColumnCount - 1));
+    }
 }
 
-QModelIndex FormulaListModel::find(const QString& key) const {
-    if (!formulas_.contains(key)) {
-        return {};
+void FormulaListModel::setImage(qint32 id, FormulaImage image) {
+    const QModelIndex index = indexOf(id);
+    if (index.isValid()) {
+        images_[static_cast<std::size_t>(index.row())] = image;
+        emit dataChanged(index, index, {Qt::DecorationRole});
     }
+}
+
+QModelIndex FormulaListModel::indexOf(qint32 id) const {
+    const clsFormulaInfo* formula = find(id);
     int row = 0;
-    for (const clsFormulaInfo& formula : formulas_) {
-        if (formula.NodeKey == key) {
-            return index(row, 0);
+    for (const clsFormulaInfo& each : formulas_) {
+        if (&each == formula) {
+            return index(row, NameColumn);
         }
         ++row;
     }
     return {};
+}
+
+qint32 FormulaListModel::idAt(const QModelIndex& index) const {
+    return formulas_.Item(index.row() + 1).FormulaID;
 }
 
 int FormulaListModel::rowCount(const QModelIndex& parent) const {
@@ -62,7 +101,7 @@ int FormulaListModel::rowCount(const QModelIndex& parent) const {
 }
 
 int FormulaListModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : 1;
+    return parent.isValid() ? 0 : ColumnCount;
 }
 
 QVariant FormulaListModel::data(const QModelIndex& index, int role) const {
@@ -70,16 +109,19 @@ QVariant FormulaListModel::data(const QModelIndex& index, int role) const {
         return {};
     }
     const clsFormulaInfo& formula = formulas_.Item(index.row() + 1);
+    const QString text = kColumns[static_cast<std::size_t>(index.column())].text(formula);
     switch (role) {
         case Qt::DisplayRole:
             // The rows are all one line high.
-            return QString(formula.FormulaName).replace(u'\n', u' ');
+            return QString(text).replace(u'\n', u' ');
         case Qt::EditRole:
-            return formula.FormulaName;
+            return text;
         case Qt::ToolTipRole:
-            return ui::plainToolTip(formula.FormulaName);
+            return ui::plainToolTip(text);
         case Qt::DecorationRole:
-            return ui::formulaIcon(images_[static_cast<std::size_t>(index.row())]);
+            return index.column() == NameColumn
+                       ? formulaIcon(images_[static_cast<std::size_t>(index.row())])
+                       : QVariant();
         case ui::NodeView::KeyRole:
             return formula.NodeKey;
         default:
@@ -89,32 +131,34 @@ QVariant FormulaListModel::data(const QModelIndex& index, int role) const {
 
 Qt::ItemFlags FormulaListModel::flags(const QModelIndex& index) const {
     const Qt::ItemFlags flags = QAbstractTableModel::flags(index);
-    return index.isValid() && renamer_ ? flags | Qt::ItemIsEditable : flags;
+    const bool editable = index.isValid() && index.column() == NameColumn && renamer_;
+    return editable ? flags | Qt::ItemIsEditable : flags;
 }
 
 bool FormulaListModel::setData(const QModelIndex& index, const QVariant& value, int role) {
     if (role != Qt::EditRole || !flags(index).testFlag(Qt::ItemIsEditable)) {
         return false;
     }
-    const clsFormulaInfo& formula = formulas_.Item(index.row() + 1);
+    const qint32 id = idAt(index);
     const QString label = value.toString();
-    if (label == formula.FormulaName) {
+    if (label == find(id)->FormulaName) {
         return true;
     }
-    if (!renamer_(formula.NodeKey, label)) {
+    if (!renamer_(id, label)) {
         return false;
     }
-    emit dataChanged(index, index, {Qt::DisplayRole, Qt::EditRole, Qt::ToolTipRole});
+    update(id, [&](clsFormulaInfo& formula) { formula.FormulaName = label; });
     return true;
 }
 
 QVariant FormulaListModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (section == 0 && orientation == Qt::Horizontal) {
+    if (section >= 0 && section < ColumnCount && orientation == Qt::Horizontal) {
+        const ColumnInfo& column = kColumns[static_cast<std::size_t>(section)];
         if (role == Qt::DisplayRole) {
-            return QStringLiteral("公式名称");
+            return column.caption.toString();
         }
         if (role == ui::NodeView::KeyRole) {
-            return QStringLiteral("Head1");
+            return column.key.toString();
         }
     }
     return QAbstractTableModel::headerData(section, orientation, role);

@@ -1,47 +1,57 @@
 #pragma once
 
-#include "platform/ui/icons.h"
+#include "browse/node_images.h"
 #include "store/collections.h"
 
 #include <QAbstractTableModel>
+#include <QSet>
 
 #include <functional>
 #include <vector>
 
 namespace varo {
 
-/// The listed formulas as a model for a list in report view: one column, "公式名称", an item for
-/// each record of the collection, in its order. Answers keys under ui::NodeView::KeyRole. The
-/// labels can be edited once there is somebody who stores them.
+/// The formulas of one folder as a model for a list in report view, with their records and
+/// pictures. Answers the keys of formulas under ui::NodeView::KeyRole. The labels can be edited once
+/// a renamer is set. To add a column, add an enumerator and its row in the table of the
+/// implementation.
 class FormulaListModel : public QAbstractTableModel {
     Q_OBJECT
 
   public:
-    /// `formulas` must outlive the model.
-    explicit FormulaListModel(const colFormulaInfo& formulas, QObject* parent = nullptr);
+    enum Column { NameColumn, ColumnCount };
 
-    /// The records are about to be replaced as a whole, until endReplace().
-    void beginReplace();
-    /// `images` holds the picture of each record, in order.
-    void endReplace(std::vector<ui::FormulaImage> images);
+    using QAbstractTableModel::QAbstractTableModel;
+    ~FormulaListModel() override;
 
-    /// A record is about to be appended, until endAppend().
-    void beginAppend();
-    void endAppend(ui::FormulaImage image);
+    /// In the order of the list. Records that go, with the model too, take their picture files
+    /// along.
+    const colFormulaInfo& formulas() const { return formulas_; }
 
-    /// The record at this row is about to be removed, until endRemove().
-    void beginRemove(int row);
-    void endRemove();
+    /// The record of a formula, which is changed through update(); null when it is not listed.
+    const clsFormulaInfo* find(qint32 id) const;
 
-    /// Stores the new label of the formula with this key, in its record too; false leaves all as it
-    /// was.
-    using Renamer = std::function<bool(const QString& key, const QString& label)>;
+    /// Replaces all records by those that `fill` adds; `withProperty` names the formulas that carry
+    /// properties, which their pictures tell.
+    void replace(const std::function<void(colFormulaInfo&)>& fill,
+                 const QSet<qint32>& withProperty = {});
+    void append(const clsFormulaInfo& formula);
+    void remove(qint32 id);
+
+    /// Changes a record; its identifier stays. Nothing when it is not listed.
+    void update(qint32 id, const std::function<void(clsFormulaInfo&)>& change);
+
+    /// Gives an item another picture. Nothing when it is not listed.
+    void setImage(qint32 id, FormulaImage image);
+
+    /// Stores the new label of a formula; false leaves the label as it was.
+    using Renamer = std::function<bool(qint32 id, const QString& label)>;
     void setRenamer(Renamer renamer) { renamer_ = std::move(renamer); }
 
-    void setImage(const QModelIndex& index, ui::FormulaImage image);
-
-    /// Index of the item with this key; invalid when there is none.
-    QModelIndex find(const QString& key) const;
+    /// Index of a formula; invalid when it is not listed.
+    QModelIndex indexOf(qint32 id) const;
+    /// Identifier of the formula at a valid index.
+    qint32 idAt(const QModelIndex& index) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -51,10 +61,9 @@ class FormulaListModel : public QAbstractTableModel {
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
   private:
-    const colFormulaInfo& formulas_;
-    std::vector<ui::FormulaImage> images_;
+    colFormulaInfo formulas_;
+    std::vector<FormulaImage> images_;
     Renamer renamer_;
-    int removedRow_ = 0;
 };
 
 }  // namespace varo

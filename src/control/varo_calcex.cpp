@@ -1,21 +1,20 @@
 #include "control/varo_calcex.h"
 
+#include "browse/selection_controller.h"
 #include "control/configuration.h"
-#include "control/form.h"
-#include "control/formula_list.h"
-#include "control/library_tree.h"
-#include "control/panes.h"
-#include "control/state.h"
-#include "control/work_folder.h"
 #include "editing/edit_commands.h"
 #include "editing/edit_menu.h"
-#include "editing/pictures.h"
+#include "editing/picture_area.h"
+#include "form/form.h"
+#include "form/panes.h"
 #include "formula/formula_pane.h"
+#include "library/picture_store.h"
 #include "platform/ui/message_boxes.h"
 #include "platform/ui/node_view.h"
 #include "platform/ui/registered_message.h"
 #include "platform/ui/wait_cursor.h"
 #include "search/property_locator.h"
+#include "store/keys.h"
 #include "store/library_connection.h"
 
 #include <QApplication>
@@ -25,8 +24,6 @@
 #include <QLineEdit>
 #include <QStandardPaths>
 #include <QUrl>
-
-#include <vector>
 
 namespace varo {
 
@@ -44,78 +41,111 @@ QStringList workFolders() {
         normalisedFolder(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation))};
 }
 
+/// The host's cell: six numbers that the control only keeps.
+struct CellInfo {
+    qint32 UnitContentID = 0;
+    qint32 UnitTypeID = 0;
+    qint32 PrptysetID = 0;
+    qint32 RecordsetID = 0;
+    qint32 FieldID = 0;
+    qint32 RecNum = 0;
+};
+
 }  // namespace
 
 /// The control's state, its widgets and one object for each capability.
 struct Varo_CalcEx::Parts : PropertySource {
-    Parts(Varo_CalcEx& owner, Questions* given)
-        : control(owner),
-          boxes(&owner),
-          questions(given == nullptr ? boxes : *given),
-          state(questions),
-          configuration(state.libraries),
-          form(buildForm(&owner)),
-          panes(form, owner),
-          actions(form, state),
-          pane(form, state, questions, *this),
-          list(form, state, questions, pane),
-          tree(form, state, questions, list),
-          folders(form, state, questions, tree, list),
-          formulas(form, state, questions, tree, list),
-          commands(state, actions, folders, formulas),
-          menu(form, state, actions, tree, list),
-          pictures(form, state, questions, pane.description()),
-          locator(state, questions, *this, tree, list) {}
+    Parts(Varo_CalcEx& owner, Questions* given);
 
     QString propertyValue(const QString& name) override;
     bool prepareFolder();
+    bool start();
     void leaveNotStarted();
+    void connectCommands();
     void ShowHelp();
     void sendResult();
 
     Varo_CalcEx& control;
     ui::MessageBoxes boxes;
     Questions& questions;
-    std::vector<std::unique_ptr<WorkFolder>> defaultFolders;  ///< those whose files are in use
-    ControlState state;
+
+    QString configurationFolder;  ///< folder of the configuration file, as the host gave it
+    bool started = false;         ///< RunCalc has built the tree
+    QString hostValue;            ///< the host's answer to GetPropValue
+    CellInfo cell;
+    QEvent::Type calcMessage = QEvent::None;
+
+    colFormulaDB libraries;  ///< in the order of the configuration file
     Configuration configuration;
+    WorkingFiles files;
+    CurrentLibrary library;
+    Clipboard clipboard;
+    PictureStore pictureStore;
+    PropertySearch propertySearch;
+
     Form form;
     Panes panes;
-    EditActions actions;
     FormulaPane pane;
-    FormulaList list;
     LibraryTree tree;
+    FormulaList list;
+    SelectionController selection;
+    EditActions actions;
     FolderCommands folders;
     FormulaCommands formulas;
     EditCommands commands;
     EditMenu menu;
-    Pictures pictures;
+    PictureCommands pictures;
+    PictureArea pictureArea;
     PropertyLocator locator;
-    QEvent::Type calcMessage = QEvent::None;
 };
+
+Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
+    : control(owner),
+      boxes(&owner),
+      questions(given == nullptr ? boxes : *given),
+      calcMessage(ui::registerWindowMessage(QString::fromLatin1(CalcMessage))),
+      configuration(libraries),
+      library(libraries, questions),
+      clipboard(files),
+      pictureStore(library, files),
+      propertySearch(libraries, *this),
+      form(buildForm(&owner)),
+      panes(form, owner),
+      pane(form.panel, library, *this, questions),
+      tree(*form.tvFolder, library, questions),
+      list(*form.lvFormula, library, files),
+      selection(tree, list, pane, library, questions),
+      actions(*form.tbEdit, selection, tree, list, clipboard),
+      folders(selection, tree, library, clipboard, questions),
+      formulas(selection, list, library, clipboard, questions),
+      commands(selection, clipboard, actions, folders, formulas),
+      menu(selection, tree, list, actions,
+           [this] { return Configuration::exists(configurationFolder); }),
+      pictures(selection, list, pane.description(), pictureStore, questions),
+      pictureArea(form.panel.description, pane.description(), selection, pictures),
+      locator(selection, tree, library, propertySearch, questions) {
+    connectCommands();
+}
+
+void Varo_CalcEx::Parts::connectCommands() {
+    actions.connectCommand(EditCommand::Help, [this] { ShowHelp(); });
+    actions.connectCommand(EditCommand::FindNext, [this] { locator.showNext(); });
+    actions.connectCommand(EditCommand::FindPrevious, [this] { locator.showPrevious(); });
+    connect(&locator, &PropertyLocator::stepsChanged, &control,
+            [this](bool canStepNext, bool canStepBack) {
+                actions.setEnabled(EditCommand::FindNext, canStepNext);
+                actions.setEnabled(EditCommand::FindPrevious, canStepBack);
+            });
+    connect(&pane.calculator(), &Calculator::resultSent, &control, [this] { sendResult(); });
+}
 
 Varo_CalcEx::Varo_CalcEx(QWidget* parent, Questions* questions)
     : QWidget(parent), parts_(std::make_unique<Parts>(*this, questions)) {
     setObjectName(QStringLiteral("Varo_CalcEx"));
-    Parts& parts = *parts_;
-    parts.calcMessage = ui::registerWindowMessage(QString::fromLatin1(CalcMessage));
     setWorkFolder(QString());
-    connect(&parts.list, &FormulaList::commandStateChanged, &parts.actions,
-            &EditActions::setCommandState);
-    parts.form.tvFolder->setEnabled(false);
-    parts.form.lvFormula->setEnabled(false);
-    parts.list.SetSelectionState(FormulaPane::NothingSelected);
-    EditActions& actions = parts.actions;
-    actions.connectCommand(EditCommand::Help, [&parts] { parts.ShowHelp(); });
-    actions.connectCommand(EditCommand::FindNext, [&parts] { parts.locator.showNext(); });
-    actions.connectCommand(EditCommand::FindPrevious, [&parts] { parts.locator.showPrevious(); });
-    connect(&parts.locator, &PropertyLocator::stepsChanged, this,
-            [&actions](bool canStepNext, bool canStepBack) {
-                actions.setEnabled(EditCommand::FindNext, canStepNext);
-                actions.setEnabled(EditCommand::FindPrevious, canStepBack);
-            });
-    connect(&parts.pane.calculator(), &Calculator::resultSent, this,
-            [&parts] { parts.sendResult(); });
+    parts_->form.tvFolder->setEnabled(false);
+    parts_->form.lvFormula->setEnabled(false);
+    parts_->selection.SetSelectionState(SelectionState::Nothing);
 }
 
 Varo_CalcEx::~Varo_CalcEx() {
@@ -125,8 +155,6 @@ Varo_CalcEx::~Varo_CalcEx() {
     if (focused != nullptr && isAncestorOf(focused)) {
         focused->clearFocus();
     }
-    parts_->list.clear();
-    parts_->state.clipboard.clear();
 }
 
 QSize Varo_CalcEx::sizeHint() const {
@@ -143,50 +171,60 @@ void Varo_CalcEx::showEvent(QShowEvent*) {
 }
 
 void Varo_CalcEx::SetDeployFolder(const QString& strFolder) {
-    parts_->state.configurationFolder = strFolder;
+    parts_->configurationFolder = strFolder;
 }
 
 void Varo_CalcEx::RunCalc() {
     Parts& parts = *parts_;
-    if (parts.state.started) {
-        parts.tree.removeHighlight();
+    if (parts.started) {
+        parts.selection.highlight().remove();
         return;
     }
-    parts.list.storeEdits();
-    parts.tree.clear();
-    parts.list.clear();
-    parts.leaveNotStarted();
-    if (!parts.prepareFolder()) {
-        return;
+    // The widget that has the focus may be disabled on the way.
+    const QWidget* focused = QApplication::focusWidget();
+    const bool hadFocus = focused != nullptr && (focused == this || isAncestorOf(focused));
+    parts.started = parts.start();
+    if (hadFocus) {
+        parts.form.tvFolder->setFocus();
+    }
+}
+
+bool Varo_CalcEx::Parts::start() {
+    selection.storeEdits();
+    tree.clear();
+    selection.showNothing();
+    leaveNotStarted();
+    if (!prepareFolder()) {
+        return false;
     }
     QString error;
-    if (!parts.configuration.ReadConfigFile(parts.state.configurationFolder, error)) {
+    if (!configuration.ReadConfigFile(configurationFolder, error)) {
         if (!error.isEmpty()) {
-            parts.questions.inform(error);
+            questions.inform(error);
         }
-        return;
+        return false;
     }
     const ui::clsWaitCursor waiting;
-    if (!parts.tree.BuildFormulaTree()) {
-        parts.leaveNotStarted();
-        return;
+    if (!tree.BuildFormulaTree(libraries)) {
+        leaveNotStarted();
+        return false;
     }
-    parts.state.highlight.set = false;
-    parts.tree.selectFirstNode();
-    parts.state.started = true;
+    selection.highlight().forget();
+    selection.showNode(tree.firstNode());
+    return true;
 }
 
 bool Varo_CalcEx::Parts::prepareFolder() {
-    if (state.configurationFolder.isEmpty()) {
+    if (configurationFolder.isEmpty()) {
         questions.inform(QStringLiteral("用户没有指定配置文件路径！"));
         return false;
     }
-    const QString folder = normalisedFolder(state.configurationFolder);
+    const QString folder = normalisedFolder(configurationFolder);
     if (!QFileInfo(folder).isDir()) {
         questions.inform(QStringLiteral("用户指定的配置文件路径不存在！"));
         return false;
     }
-    state.configurationFolder = folder;
+    configurationFolder = folder;
     if (!Configuration::exists(folder)) {
         questions.inform(QStringLiteral("没有在用户指定的配置文件路径下发现配置文件！"));
         return false;
@@ -197,16 +235,16 @@ bool Varo_CalcEx::Parts::prepareFolder() {
 void Varo_CalcEx::Parts::leaveNotStarted() {
     form.tvFolder->setEnabled(true);
     form.lvFormula->setEnabled(false);
-    list.SetSelectionState(FormulaPane::NothingSelected);
+    selection.SetSelectionState(SelectionState::Nothing);
 }
 
 void Varo_CalcEx::ClickTreeNode(const QString& TheKey) {
-    parts_->tree.removeHighlight();
-    parts_->tree.selectNode(TheKey);
+    parts_->selection.highlight().remove();
+    parts_->selection.selectNode(nodeWithKey(TheKey));
 }
 
 void Varo_CalcEx::SelFormula(const QString& TheKey) {
-    parts_->list.SelFormula(TheKey);
+    parts_->selection.selectFormula(formulaIdOf(TheKey));
 }
 
 void Varo_CalcEx::SetDesignProp(const QString& TheLocationPropName) {
@@ -214,27 +252,25 @@ void Varo_CalcEx::SetDesignProp(const QString& TheLocationPropName) {
 }
 
 void Varo_CalcEx::SetSelPropValue(const QString& ThePropValue) {
-    parts_->state.hostValue = ThePropValue;
+    parts_->hostValue = ThePropValue;
 }
 
 QString Varo_CalcEx::Parts::propertyValue(const QString& name) {
-    state.hostValue.clear();
+    hostValue.clear();
     bool answered = false;
     emit control.GetPropValue(name, answered);
-    return state.hostValue;
+    return hostValue;
 }
 
 void Varo_CalcEx::SetCellInfo(qint32 UnitContentID, qint32 UnitTypeID, qint32 PrptysetID,
                               qint32 RecordsetID, qint32 FieldID, qint32 RecNum) {
-    parts_->state.cell = {UnitContentID, UnitTypeID, PrptysetID, RecordsetID, FieldID, RecNum};
-    if (parts_->pane.variables().refreshPropertyValues()) {
-        parts_->pane.calculator().calculate();
-    }
+    parts_->cell = {UnitContentID, UnitTypeID, PrptysetID, RecordsetID, FieldID, RecNum};
+    parts_->pane.refreshPropertyValues();
 }
 
 void Varo_CalcEx::GetCellInfo(qint32& UnitContentID, qint32& UnitTypeID, qint32& PrptysetID,
                               qint32& RecordsetID, qint32& FieldID, qint32& RecNum) const {
-    const CellInfo& cell = parts_->state.cell;
+    const CellInfo& cell = parts_->cell;
     UnitContentID = cell.UnitContentID;
     UnitTypeID = cell.UnitTypeID;
     PrptysetID = cell.PrptysetID;
@@ -245,20 +281,10 @@ void Varo_CalcEx::GetCellInfo(qint32& UnitContentID, qint32& UnitTypeID, qint32&
 
 void Varo_CalcEx::setWorkFolder(const QString& folder) {
     Parts& parts = *parts_;
-    const bool inUse =
-        parts.state.listedFormulas.Count() > 0 || parts.state.clipboard.formulas.Count() > 0;
-    if (!inUse) {
-        parts.defaultFolders.clear();
+    if (parts.list.isEmpty() && !parts.clipboard.holdsFormulas()) {
+        parts.files.discard();
     }
-    if (folder.isEmpty()) {
-        parts.defaultFolders.push_back(std::make_unique<WorkFolder>(workFolders()));
-    }
-    parts.state.workFolder =
-        folder.isEmpty() ? parts.defaultFolders.back()->path() : normalisedFolder(folder);
-}
-
-void Varo_CalcEx::setValuePicker(ValuePicker* picker) {
-    parts_->pane.variables().setValuePicker(picker);
+    parts.files.setFolder(folder, workFolders());
 }
 
 void Varo_CalcEx::Parts::ShowHelp() {
@@ -270,7 +296,7 @@ void Varo_CalcEx::Parts::ShowHelp() {
 
 void Varo_CalcEx::Parts::sendResult() {
     // A control that stands alone is its own host window.
-    ui::postWindowMessage(control.window(), calcMessage, 0, ui::windowHandleOf(form.txtResult));
+    ui::postWindowMessage(control.window(), calcMessage, 0, ui::windowHandleOf(form.panel.result.txtResult));
 }
 
 }  // namespace varo

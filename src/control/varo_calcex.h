@@ -8,7 +8,6 @@
 namespace varo {
 
 class Questions;
-class ValuePicker;
 
 /// The formula calculator as a control that a host places in one of its windows. The host names the
 /// configuration folder, starts the control with RunCalc, and may then select nodes and formulas,
@@ -61,9 +60,6 @@ class Varo_CalcEx : public QWidget {
     /// the folder of the program, or the user's own for the program when that takes no files or
     /// another control has it, or else a temporary one. Counts from the next listing on.
     void setWorkFolder(const QString& folder);
-
-    /// Who lets the user pick a variable's value from a data table; null for nobody. Not owned.
-    void setValuePicker(ValuePicker* picker);
 
     /// Name of the message that brings a result to the host's window: word argument 0, long
     /// argument the handle of the result box, whose text ui::windowText reads.

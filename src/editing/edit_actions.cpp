@@ -1,7 +1,6 @@
 #include "editing/edit_actions.h"
 
 #include "platform/ui/icons.h"
-#include "platform/ui/node_view.h"
 
 #include <QAction>
 #include <QToolBar>
@@ -14,81 +13,67 @@ namespace varo {
 
 namespace {
 
-/// The command states as bits.
-constexpr unsigned in(CommandState state) {
+/// The selection states as bits.
+constexpr unsigned in(SelectionState state) {
     return 1U << static_cast<unsigned>(state);
 }
-constexpr unsigned OnTree = in(CommandState::LibrarySelected) | in(CommandState::FolderSelected);
-constexpr unsigned InList = in(CommandState::FormulaSelected) | in(CommandState::NoFormula);
-constexpr unsigned Always = OnTree | InList;
-constexpr unsigned OnItem = in(CommandState::FolderSelected) | in(CommandState::FormulaSelected);
-constexpr unsigned OnFormula = in(CommandState::FormulaSelected);
+constexpr unsigned kOnTree = in(SelectionState::Library) | in(SelectionState::Folder);
+constexpr unsigned kInList = in(SelectionState::Formula) | in(SelectionState::NoFormula);
+constexpr unsigned kAlways = kOnTree | kInList;
+constexpr unsigned kOnItem = in(SelectionState::Folder) | in(SelectionState::Formula);
+constexpr unsigned kOnFormula = in(SelectionState::Formula);
 
-/// What decides, besides the command state, on the commands that are offered.
-struct Situation {
-    CommandState state;
-    QModelIndex selected;  ///< node or item that the state speaks of
-    const Clipboard& clipboard;
+/// Where a shortcut gives its command.
+enum class Scope {
+    Item,     ///< in tree and list, on what is selected there
+    Control,  ///< everywhere in the control
 };
-
-bool canMoveUp(const Situation& situation) {
-    return situation.selected.row() > 0;
-}
-
-/// A single node or item is offered the way down, where it then stays.
-bool canMoveDown(const Situation& situation) {
-    const QModelIndex& selected = situation.selected;
-    return !canMoveUp(situation) || selected.sibling(selected.row() + 1, 0).isValid();
-}
-
-bool canPaste(const Situation& situation) {
-    return (OnTree & in(situation.state)) != 0 ? situation.clipboard.holdsFolders()
-                                               : situation.clipboard.holdsFormula();
-}
 
 struct Description {
     EditCommand command;
     const char* entry;  ///< name in the popup menu; null for the tool bar's own
     QString caption;
     const char* icon;
-    unsigned states;                                ///< in which it is offered ...
-    bool (*condition)(const Situation&) = nullptr;  ///< ... if this holds too
+    unsigned states;  ///< in which it is offered
     QKeySequence shortcut = {};
+    Scope scope = Scope::Item;
 };
 
-const std::array Commands{
+const std::array kCommands{
     Description{EditCommand::LibraryManager, "mnuPopFormulaDB", QStringLiteral("公式库管理"),
-                "configure", OnTree},
+                "configure", kOnTree},
     Description{EditCommand::NewFolder, "mnuPopNewFolder", QStringLiteral("新建公式夹"),
-                "folder-new", Always},
+                "folder-new", kAlways},
     Description{EditCommand::NewFormula, "mnuPopNewFormula", QStringLiteral("新建公式"),
-                "document-new", Always},
-    Description{EditCommand::Delete, "mnuPopDel", QStringLiteral("删除"), "edit-delete", OnItem,
-                nullptr, Qt::Key_Delete},
+                "document-new", kAlways},
+    Description{EditCommand::Delete, "mnuPopDel", QStringLiteral("删除"), "edit-delete", kOnItem,
+                Qt::Key_Delete},
     Description{EditCommand::LocateNode, "mnuPopLocateNode", QStringLiteral("节点定位条件"),
-                "view-filter", OnTree},
+                "view-filter", kOnTree},
     Description{EditCommand::LocateFormula, "mnuPopLocateFormula", QStringLiteral("公式定位条件"),
-                "view-filter", OnFormula},
+                "view-filter", kOnFormula},
     Description{EditCommand::VariableSource, "mnuPopVarSource", QStringLiteral("变量值来源"),
-                "code-variable", OnFormula},
-    Description{EditCommand::MoveUp, "mnuPopMoveUp", QStringLiteral("上移"), "go-up", OnItem,
-                canMoveUp},
-    Description{EditCommand::MoveDown, "mnuPopMoveDown", QStringLiteral("下移"), "go-down", OnItem,
-                canMoveDown},
-    Description{EditCommand::Copy, "mnuPopCopy", QStringLiteral("复制"), "edit-copy", OnItem,
-                nullptr, Qt::CTRL | Qt::Key_C},
-    Description{EditCommand::Paste, "mnuPopPaste", QStringLiteral("粘贴"), "edit-paste", Always,
-                canPaste, Qt::CTRL | Qt::Key_V},
+                "code-variable", kOnFormula},
+    Description{EditCommand::MoveUp, "mnuPopMoveUp", QStringLiteral("上移"), "go-up", kOnItem},
+    Description{EditCommand::MoveDown, "mnuPopMoveDown", QStringLiteral("下移"), "go-down", kOnItem},
+    Description{EditCommand::Copy, "mnuPopCopy", QStringLiteral("复制"), "edit-copy", kOnItem,
+                Qt::CTRL | Qt::Key_C},
+    Description{EditCommand::Paste, "mnuPopPaste", QStringLiteral("粘贴"), "edit-paste", kAlways,
+                Qt::CTRL | Qt::Key_V},
     Description{EditCommand::Rename, "mnuPopRename", QStringLiteral("重命名"), "edit-rename",
-                OnItem, nullptr, Qt::Key_F2},
-    Description{EditCommand::Find, nullptr, QStringLiteral("查找"), "edit-find", Always},
-    Description{EditCommand::FindNext, nullptr, QStringLiteral("查找下一个"), "go-next", 0},
-    Description{EditCommand::FindPrevious, nullptr, QStringLiteral("查找上一个"), "go-previous", 0},
-    Description{EditCommand::Help, nullptr, QStringLiteral("帮助"), "help-contents", Always},
+                kOnItem, Qt::Key_F2},
+    Description{EditCommand::Find, nullptr, QStringLiteral("查找"), "edit-find", kAlways,
+                Qt::CTRL | Qt::Key_F, Scope::Control},
+    Description{EditCommand::FindNext, nullptr, QStringLiteral("查找下一个"), "go-next", 0,
+                Qt::Key_F3, Scope::Control},
+    Description{EditCommand::FindPrevious, nullptr, QStringLiteral("查找上一个"), "go-previous", 0,
+                Qt::SHIFT | Qt::Key_F3, Scope::Control},
+    Description{EditCommand::Help, nullptr, QStringLiteral("帮助"), "help-contents", kAlways,
+                Qt::Key_F1, Scope::Control},
 };
 
 /// The buttons of the tool bar, in order; nothing stands for a separator.
-const std::optional<EditCommand> Buttons[] = {EditCommand::NewFolder,
+const std::optional<EditCommand> kButtons[] = {EditCommand::NewFolder,
                                               EditCommand::NewFormula,
                                               std::nullopt,
                                               EditCommand::Copy,
@@ -104,57 +89,59 @@ const std::optional<EditCommand> Buttons[] = {EditCommand::NewFolder,
                                               std::nullopt,
                                               EditCommand::Help};
 
-bool isOffered(const Description& description, const Situation& situation) {
-    const auto state = static_cast<unsigned>(situation.state);
-    return state < 32 && (description.states & in(situation.state)) != 0 &&
-           (description.condition == nullptr || description.condition(situation));
-}
-
 }  // namespace
 
-EditActions::EditActions(Form& form, const ControlState& state) : form_(form), state_(state) {
-    for (const Description& description : Commands) {
+EditActions::EditActions(QToolBar& toolBar, SelectionController& selection, const LibraryTree& tree,
+                         const FormulaList& list, const Clipboard& clipboard)
+    : selection_(selection), tree_(tree), list_(list), clipboard_(clipboard) {
+    for (const Description& description : kCommands) {
         auto* action = new QAction(ui::themeIcon(QString::fromLatin1(description.icon)),
                                    description.caption, this);
         action->setObjectName(description.entry != nullptr ? QString::fromLatin1(description.entry)
                                                            : description.caption);
         action->setToolTip(description.caption);
         action->setShortcut(description.shortcut);
-        // Shown in the menu; tree and list take the keys themselves, for what is selected in them.
-        action->setShortcutContext(Qt::WidgetShortcut);
         action->setShortcutVisibleInContextMenu(true);
         action->setEnabled(false);
+        if (description.scope == Scope::Control) {
+            action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+            toolBar.parentWidget()->addAction(action);
+        } else {
+            // Shown in the menu; tree and list take the keys themselves.
+            action->setShortcutContext(Qt::WidgetShortcut);
+        }
         actions_[description.command] = action;
     }
-    fillToolBar();
+    fillToolBar(toolBar);
+    connect(&selection, &SelectionController::stateChanged, this, &EditActions::offer);
 }
 
-void EditActions::fillToolBar() {
-    for (const std::optional<EditCommand>& button : Buttons) {
+void EditActions::fillToolBar(QToolBar& toolBar) {
+    for (const std::optional<EditCommand>& button : kButtons) {
         if (!button) {
-            form_.tbEdit->addSeparator();
+            toolBar.addSeparator();
             continue;
         }
         QAction& shown = action(*button);
-        form_.tbEdit->addAction(&shown);
-        form_.tbEdit->widgetForAction(&shown)->setObjectName(shown.text());
+        toolBar.addAction(&shown);
+        toolBar.widgetForAction(&shown)->setObjectName(shown.text());
     }
 }
 
-QList<QKeySequence> EditActions::shortcuts() const {
+QList<QKeySequence> EditActions::itemKeys() const {
     QList<QKeySequence> keys;
-    for (const auto& [command, action] : actions_) {
-        keys += action->shortcuts();
+    for (const Description& description : kCommands) {
+        if (description.scope == Scope::Item && !description.shortcut.isEmpty()) {
+            keys.append(description.shortcut);
+        }
     }
     return keys;
 }
 
 void EditActions::trigger(const QKeySequence& key) {
-    for (const auto& [command, action] : actions_) {
-        if (action->shortcuts().contains(key)) {
-            action->trigger();
-            return;
-        }
+    const auto found = std::ranges::find(kCommands, key, &Description::shortcut);
+    if (found != kCommands.end()) {
+        action(found->command).trigger();
     }
 }
 
@@ -163,19 +150,35 @@ void EditActions::connectCommand(EditCommand command, std::function<void()> run)
     connect(&action(command), &QAction::triggered, this, std::move(run));
 }
 
-void EditActions::setCommandState(CommandState state) {
-    const ui::NodeView* view =
-        state == CommandState::FormulaSelected ? form_.lvFormula : form_.tvFolder;
-    const Situation situation{state, view->selectedIndex(), state_.clipboard};
-    for (const Description& description : Commands) {
-        setEnabled(description.command, isOffered(description, situation));
+bool EditActions::hasNeighbour(int step) const {
+    const SelectionController::Item& item = selection_.currentItem();
+    if (const auto* node = std::get_if<NodeId>(&item)) {
+        return tree_.neighbour(*node, step).isValid();
     }
+    const auto* formula = std::get_if<qint32>(&item);
+    return formula != nullptr && list_.neighbour(*formula, step).has_value();
+}
+
+bool EditActions::canPaste() const {
+    return (kOnTree & in(selection_.state())) != 0 ? clipboard_.holdsFolders()
+                                                   : clipboard_.holdsFormula();
+}
+
+void EditActions::offer(SelectionState state) {
+    for (const Description& description : kCommands) {
+        setEnabled(description.command, (description.states & in(state)) != 0);
+    }
+    const bool movesUp = action(EditCommand::MoveUp).isEnabled() && hasNeighbour(-1);
+    // A single node or item is offered the way down, where it then stays.
+    const bool movesDown =
+        action(EditCommand::MoveDown).isEnabled() && (!movesUp || hasNeighbour(1));
+    setEnabled(EditCommand::MoveUp, movesUp);
+    setEnabled(EditCommand::MoveDown, movesDown);
+    clipboardChanged();
 }
 
 void EditActions::clipboardChanged() {
-    const Situation situation{state_.commandState, {}, state_.clipboard};
-    const auto paste = std::ranges::find(Commands, EditCommand::Paste, &Description::command);
-    setEnabled(EditCommand::Paste, isOffered(*paste, situation));
+    setEnabled(EditCommand::Paste, (kAlways & in(selection_.state())) != 0 && canPaste());
 }
 
 void EditActions::setEnabled(EditCommand command, bool enabled) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "control/form.h"
-#include "control/state.h"
+#include "browse/selection_controller.h"
+#include "library/clipboard.h"
 
 #include <QObject>
 
@@ -9,6 +9,7 @@
 #include <map>
 
 class QAction;
+class QToolBar;
 
 namespace varo {
 
@@ -33,29 +34,28 @@ enum class EditCommand {
 };
 
 /// The one set of actions behind the edit tool bar and the popup menu: caption, icon, shortcut and
-/// the rule that says when a command is offered. A command that nobody runs stays disabled.
+/// the rule that says when a command is offered. A command that is not connected stays disabled.
 class EditActions : public QObject {
     Q_OBJECT
 
   public:
-    /// Fills `form.tbEdit`; form and state must outlive this.
-    EditActions(Form& form, const ControlState& state);
+    /// Fills `toolBar`, whose window part takes the shortcuts that work everywhere in it. Everything
+    /// handed in must outlive this.
+    EditActions(QToolBar& toolBar, SelectionController& selection, const LibraryTree& tree,
+                const FormulaList& list, const Clipboard& clipboard);
 
     /// Owned by this. An action that the menu has is named as its entry, another one as its
     /// button; the buttons are named by their captions.
     QAction& action(EditCommand command) const { return *actions_.at(command); }
 
-    /// The keys that give commands in tree and list.
-    QList<QKeySequence> shortcuts() const;
+    /// The keys that give commands on what is selected in tree and list.
+    QList<QKeySequence> itemKeys() const;
 
-    /// Gives the command of a key, if it is offered.
+    /// Gives the command of such a key, if it is offered.
     void trigger(const QKeySequence& key);
 
     /// `run` is called when the user gives the command; the menu is closed by then.
     void connectCommand(EditCommand command, std::function<void()> run);
-
-    /// Offers what the state of the control allows, for the selection as it is now.
-    void setCommandState(CommandState state);
 
     /// Offers paste as the clipboard, which has changed, allows.
     void clipboardChanged();
@@ -64,10 +64,15 @@ class EditActions : public QObject {
     void setEnabled(EditCommand command, bool enabled);
 
   private:
-    void fillToolBar();
+    void fillToolBar(QToolBar& toolBar);
+    void offer(SelectionState state);
+    bool canPaste() const;
+    bool hasNeighbour(int step) const;
 
-    Form& form_;
-    const ControlState& state_;
+    const SelectionController& selection_;
+    const LibraryTree& tree_;
+    const FormulaList& list_;
+    const Clipboard& clipboard_;
     std::map<EditCommand, QAction*> actions_;
 };
 

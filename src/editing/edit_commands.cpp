@@ -1,12 +1,14 @@
 #include "editing/edit_commands.h"
 
-#include "store/keys.h"
-
 namespace varo {
 
-EditCommands::EditCommands(ControlState& state, EditActions& actions, FolderCommands& folders,
-                           FormulaCommands& formulas)
-    : state_(state), actions_(actions), folders_(folders), formulas_(formulas) {
+EditCommands::EditCommands(const SelectionController& selection, const Clipboard& clipboard,
+                           EditActions& actions, FolderCommands& folders, FormulaCommands& formulas)
+    : selection_(selection),
+      clipboard_(clipboard),
+      actions_(actions),
+      folders_(folders),
+      formulas_(formulas) {
     actions.connectCommand(EditCommand::NewFolder, [this] { folders_.newFolder(); });
     actions.connectCommand(EditCommand::NewFormula, [this] { formulas_.newFormula(); });
     actions.connectCommand(EditCommand::Delete, [this] { deleteItem(); });
@@ -17,42 +19,41 @@ EditCommands::EditCommands(ControlState& state, EditActions& actions, FolderComm
     actions.connectCommand(EditCommand::Rename, [this] { renameItem(); });
 }
 
+/// What the current item is; a library is neither.
+bool EditCommands::isFolder() const {
+    const auto* node = std::get_if<NodeId>(&selection_.currentItem());
+    return node != nullptr && node->isFolder();
+}
+
+bool EditCommands::isFormula() const {
+    return std::holds_alternative<qint32>(selection_.currentItem());
+}
+
 bool EditCommands::deleteItem() {
-    if (isFolderKey(state_.currentItemKey)) {
-        return folders_.deleteFolder();
-    }
-    return !isFormulaKey(state_.currentItemKey) || formulas_.deleteFormula();
+    return isFolder() ? folders_.deleteFolder() : !isFormula() || formulas_.deleteFormula();
 }
 
 bool EditCommands::moveItem(MoveDirection direction) {
-    if (isFolderKey(state_.currentItemKey)) {
-        return folders_.moveFolder(direction);
-    }
-    return !isFormulaKey(state_.currentItemKey) || formulas_.moveFormula(direction);
+    return isFolder() ? folders_.moveFolder(direction)
+                      : !isFormula() || formulas_.moveFormula(direction);
 }
 
 bool EditCommands::copyItem() {
-    bool copied = true;
-    if (isFolderKey(state_.currentItemKey)) {
-        copied = folders_.copyFolder();
-    } else if (isFormulaKey(state_.currentItemKey)) {
-        copied = formulas_.copyFormula();
-    }
+    const bool copied =
+        isFolder() ? folders_.copyFolder() : !isFormula() || formulas_.copyFormula();
     actions_.clipboardChanged();
     return copied;
 }
 
 bool EditCommands::pasteItem() {
-    if (state_.clipboard.holdsFolders()) {
-        return folders_.pasteFolders();
-    }
-    return !state_.clipboard.holdsFormula() || formulas_.pasteFormula();
+    return clipboard_.holdsFolders() ? folders_.pasteFolders()
+                                     : !clipboard_.holdsFormula() || formulas_.pasteFormula();
 }
 
 void EditCommands::renameItem() {
-    if (isFolderKey(state_.currentItemKey)) {
+    if (isFolder()) {
         folders_.renameFolder();
-    } else if (isFormulaKey(state_.currentItemKey)) {
+    } else if (isFormula()) {
         formulas_.renameFormula();
     }
 }

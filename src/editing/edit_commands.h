@@ -6,13 +6,13 @@
 
 namespace varo {
 
-/// Gives the edit commands to those who run them: delete, move, copy and rename act on the current
+/// Dispatches the edit commands: delete, move, copy and rename act on the current
 /// item, a folder or a formula; paste puts in what the clipboard holds.
 class EditCommands {
   public:
     /// Connects the commands to their actions. Everything handed in must outlive this.
-    EditCommands(ControlState& state, EditActions& actions, FolderCommands& folders,
-                 FormulaCommands& formulas);
+    EditCommands(const SelectionController& selection, const Clipboard& clipboard,
+                 EditActions& actions, FolderCommands& folders, FormulaCommands& formulas);
 
     /// Each returns false when a step failed; an item that is neither folder nor formula is left as
     /// it is, which is a success.
@@ -25,7 +25,11 @@ class EditCommands {
     void renameItem();
 
   private:
-    ControlState& state_;
+    bool isFolder() const;
+    bool isFormula() const;
+
+    const SelectionController& selection_;
+    const Clipboard& clipboard_;
     EditActions& actions_;
     FolderCommands& folders_;
     FormulaCommands& formulas_;

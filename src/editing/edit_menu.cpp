@@ -1,8 +1,6 @@
 #include "editing/edit_menu.h"
 
-#include "control/configuration.h"
 #include "platform/ui/node_view.h"
-#include "store/library_connection.h"
 
 #include <QAction>
 
@@ -10,53 +8,68 @@
 
 namespace varo {
 
-EditMenu::EditMenu(Form& form, ControlState& state, EditActions& actions, LibraryTree& tree,
-                   FormulaList& list)
-    : form_(form),
-      state_(state),
-      actions_(actions),
+EditMenu::EditMenu(SelectionController& selection, LibraryTree& tree, FormulaList& list,
+                   EditActions& actions, std::function<bool()> canManageLibraries)
+    : selection_(selection),
       tree_(tree),
       list_(list),
-      menu_(form.PicControl) {
-    menu_.setObjectName(QStringLiteral("PopTreeMnu"));
-    for (ui::NodeView* view : {form.tvFolder, form.lvFormula}) {
-        view->setCommandKeys(actions.shortcuts());
-    }
-    connect(form.tvFolder, &ui::NodeView::menuRequested, this, &EditMenu::openOnTree);
-    connect(form.lvFormula, &ui::NodeView::menuRequested, this, &EditMenu::openOnList);
-    connect(form.tvFolder, &ui::NodeView::commandKeyPressed, this, [this](const QKeySequence& key) {
-        tree_.makeSelectedCurrent();
+      actions_(actions),
+      canManageLibraries_(std::move(canManageLibraries)),
+      menu_(new QMenu(tree.view().parentWidget())) {
+    menu_->setObjectName(QStringLiteral("PopTreeMnu"));
+    ui::NodeView& nodes = tree.view();
+    ui::NodeView& formulas = list.view();
+    nodes.setCommandKeys(actions.itemKeys());
+    formulas.setCommandKeys(actions.itemKeys());
+    connect(&nodes, &ui::NodeView::menuRequested, this,
+            [this](const QModelIndex& index, const QPoint& position) {
+                openOnTree(tree_.model().idOf(index), position);
+            });
+    connect(&formulas, &ui::NodeView::menuRequested, this, &EditMenu::openOnList);
+    connect(&nodes, &ui::NodeView::commandKeyPressed, this, [this](const QKeySequence& key) {
+        selection_.makeNodeCurrent();
         actions_.trigger(key);
     });
-    connect(form.lvFormula, &ui::NodeView::commandKeyPressed, this,
-            [this](const QKeySequence& key) {
-                list_.makeSelectedCurrent();
-                actions_.trigger(key);
-            });
+    connect(&formulas, &ui::NodeView::commandKeyPressed, this, [this](const QKeySequence& key) {
+        selection_.makeFormulaCurrent();
+        const bool deletes = key == actions_.action(EditCommand::Delete).shortcut();
+        if (!deletes || selection_.isFormulaSelected()) {
+            actions_.trigger(key);
+        }
+    });
 }
 
-void EditMenu::openOnTree(const QModelIndex& index, const QPoint& position) {
-    if (form_.tvFolder->model()->rowCount() == 0) {
+void EditMenu::openOnTree(const NodeId& node, const QPoint& position) {
+    if (!tree_.firstNode().isValid()) {
         // The first library can be added wherever there is a configuration file to name it.
-        list_.setCommandState(CommandState::Nothing);
-        const QString folder = normalisedFolder(state_.configurationFolder);
-        actions_.setEnabled(EditCommand::LibraryManager,
-                            !folder.isEmpty() && Configuration::exists(folder));
-    } else {
-        // What the menu speaks of is what is selected, and so what is shown.
-        if (index.isValid() && index != form_.tvFolder->selectedIndex()) {
-            tree_.selectNode(ui::NodeView::keyOf(index));
-        }
-        tree_.makeSelectedCurrent();
+        selection_.SetSelectionState(SelectionState::Nothing);
+        actions_.setEnabled(EditCommand::LibraryManager, canManageLibraries_());
+        open(Tree, position);
+        return;
     }
+    // The menu is for the node that is selected, and so shown.
+    if (node.isValid() && node != tree_.selectedNode()) {
+        selection_.selectNode(node);
+        if (tree_.selectedNode() != node) {
+            return;
+        }
+    }
+    selection_.makeNodeCurrent();
     open(Tree, position);
 }
 
 void EditMenu::openOnList(const QModelIndex& index, const QPoint& position) {
-    if (index.isValid() && index != form_.lvFormula->selectedIndex()) {
-        list_.SelFormula(ui::NodeView::keyOf(index));
+    if (index.isValid()) {
+        const qint32 id = list_.model().idAt(index);
+        if (selection_.formula() != id) {
+            selection_.selectFormula(id);
+        }
+        if (selection_.formula() != id) {
+            return;
+        }
+        selection_.setFormulaSelected(true);
     }
-    list_.makeSelectedCurrent();
+    selection_.makeFormulaCurrent();
     open(List, position);
 }
 
@@ -66,31 +79,31 @@ void EditMenu::open(Place place, const QPoint& position) {
         const char* separator;
         unsigned places;
     };
-    constexpr unsigned both = Tree | List;
-    static const Entry entries[] = {
+    constexpr unsigned kBoth = Tree | List;
+    static const Entry kEntries[] = {
         {EditCommand::LibraryManager, nullptr, Tree}, {std::nullopt, "mnuPopLine5", Tree},
         {EditCommand::NewFolder, nullptr, Tree},      {EditCommand::NewFormula, nullptr, List},
-        {EditCommand::Delete, nullptr, both},         {std::nullopt, "mnuPopLine4", both},
+        {EditCommand::Delete, nullptr, kBoth},         {std::nullopt, "mnuPopLine4", kBoth},
         {EditCommand::LocateNode, nullptr, Tree},     {EditCommand::LocateFormula, nullptr, List},
-        {EditCommand::VariableSource, nullptr, List}, {std::nullopt, "mnuPopLine1", both},
-        {EditCommand::MoveUp, nullptr, both},         {EditCommand::MoveDown, nullptr, both},
-        {std::nullopt, "mnuPopLine2", both},          {EditCommand::Copy, nullptr, both},
-        {EditCommand::Paste, nullptr, both},          {std::nullopt, "mnuPopLine3", both},
-        {EditCommand::Rename, nullptr, both},
+        {EditCommand::VariableSource, nullptr, List}, {std::nullopt, "mnuPopLine1", kBoth},
+        {EditCommand::MoveUp, nullptr, kBoth},         {EditCommand::MoveDown, nullptr, kBoth},
+        {std::nullopt, "mnuPopLine2", kBoth},          {EditCommand::Copy, nullptr, kBoth},
+        {EditCommand::Paste, nullptr, kBoth},          {std::nullopt, "mnuPopLine3", kBoth},
+        {EditCommand::Rename, nullptr, kBoth},
     };
     // The actions are those of the tool bar: an entry is hidden by leaving it out of the menu.
-    menu_.clear();
-    for (const Entry& entry : entries) {
+    menu_->clear();
+    for (const Entry& entry : kEntries) {
         if ((entry.places & place) == 0) {
             continue;
         }
         if (entry.command) {
-            menu_.addAction(&actions_.action(*entry.command));
+            menu_->addAction(&actions_.action(*entry.command));
         } else {
-            menu_.addSeparator()->setObjectName(QString::fromLatin1(entry.separator));
+            menu_->addSeparator()->setObjectName(QString::fromLatin1(entry.separator));
         }
     }
-    menu_.popup(position);
+    menu_->popup(position);
 }
 
 }  // namespace varo

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "control/library_tree.h"
 #include "editing/edit_actions.h"
 
 #include <QMenu>
 #include <QObject>
+
+#include <functional>
 
 namespace varo {
 
@@ -13,23 +14,24 @@ class EditMenu : public QObject {
     Q_OBJECT
 
   public:
-    /// Everything handed in must outlive this.
-    EditMenu(Form& form, ControlState& state, EditActions& actions, LibraryTree& tree,
-             FormulaList& list);
+    /// `canManageLibraries` tells whether there is a configuration file that libraries can be added
+    /// to while the tree is empty. Everything handed in must outlive this.
+    EditMenu(SelectionController& selection, LibraryTree& tree, FormulaList& list,
+             EditActions& actions, std::function<bool()> canManageLibraries);
 
   private:
     enum Place : unsigned { Tree = 1, List = 2 };
 
-    void openOnTree(const QModelIndex& index, const QPoint& position);
+    void openOnTree(const NodeId& node, const QPoint& position);
     void openOnList(const QModelIndex& index, const QPoint& position);
     void open(Place place, const QPoint& position);
 
-    Form& form_;
-    ControlState& state_;
-    EditActions& actions_;
+    SelectionController& selection_;
     LibraryTree& tree_;
     FormulaList& list_;
-    QMenu menu_;
+    EditActions& actions_;
+    std::function<bool()> canManageLibraries_;
+    QMenu* menu_;  ///< owned by the tree's parent
 };
 
 }  // namespace varo

@@ -1,87 +1,57 @@
 #include "editing/folder_commands.h"
 
-#include "editing/folder_copies.h"
-#include "editing/name_rules.h"
-#include "platform/held_messages.h"
-#include "platform/ui/node_view.h"
+#include "editing/label_edit.h"
+#include "library/folders.h"
+#include "library/properties.h"
 #include "platform/ui/wait_cursor.h"
-#include "store/attempt.h"
-#include "store/keys.h"
 
 #include <algorithm>
 #include <ranges>
 
 namespace varo {
 
-namespace {
-
-/// Identifiers of a folder and all below it, each behind those below it.
-std::vector<qint32> subtree(const QModelIndex& folder) {
-    std::vector<qint32> ids;
-    std::vector<QModelIndex> open{folder};
-    while (!open.empty()) {
-        const QModelIndex next = open.back();
-        open.pop_back();
-        ids.push_back(folderIdOf(ui::NodeView::keyOf(next)));
-        for (int row = 0; row < next.model()->rowCount(next); ++row) {
-            open.push_back(next.model()->index(row, 0, next));
-        }
-    }
-    std::ranges::reverse(ids);
-    return ids;
-}
-
-}  // namespace
-
-FolderCommands::FolderCommands(Form& form, ControlState& state, Questions& questions,
-                               LibraryTree& tree, FormulaList& list)
-    : form_(form), state_(state), questions_(questions), tree_(tree), list_(list) {
-    tree.setRenamer(
-        [this](const QString& key, const QString& name) { return storeName(key, name); });
+FolderCommands::FolderCommands(SelectionController& selection, LibraryTree& tree,
+                               CurrentLibrary& library, Clipboard& clipboard, Questions& questions)
+    : selection_(selection),
+      tree_(tree),
+      library_(library),
+      clipboard_(clipboard),
+      questions_(questions) {
+    tree.model().setRenamer([this](const NodeId& folder, const QString& name) {
+        return storeName(folder, name);
+    });
 }
 
 void FolderCommands::newFolder() {
-    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+    const NodeId parent = selection_.nodeForCommand();
+    if (!parent.isValid()) {
         return;
     }
-    const QString selected = form_.tvFolder->selectedKey();
     const QString name = QStringLiteral("新建公式夹");
-    const qint32 parentID = folderIdOf(selected);
     qint32 id = 0;
-    if (tree_.levelsBelow(selected) == 0 ||
-        !state_.dbFuncs.AddNewFolder(parentID, name, id, state_.connection)) {
+    if (tree_.levelsBelow(parent) == 0 ||
+        !library_.funcs().AddNewFolder(parent.parentId(), name, id, library_.connection())) {
         questions_.inform(QStringLiteral("无法创建新的公式夹！"));
         return;
     }
     FolderRows added;
-    added.add(id, parentID, 0, name);
-    if (tree_.selectNode(append(selected, std::move(added)))) {
-        renameFolder();
+    added.add(id, parent.parentId(), 0, name);
+    const NodeId folder = tree_.appendFolders(parent, std::move(added));
+    if (selection_.showNode(folder)) {
+        tree_.editLabel(folder);
     }
-}
-
-/// Shows new folders below a node, the first of them with the others in it, and returns its key.
-QString FolderCommands::append(const QString& parentKey, FolderRows added) {
-    const QString rootKey = libraryKeyOf(parentKey);
-    for (const FolderRows::Row& row : added.rows()) {
-        if (!state_.folders.contains(folderKey(row.id, rootKey))) {
-            bool success = false;
-            state_.folders.Add(row.id, added.name(row).toString(), state_.currentLibraryPath,
-                               state_.currentLibraryName, rootKey, row.parentId, QString(),
-                               success);
-        }
-    }
-    return tree_.appendFolder(parentKey, std::move(added));
 }
 
 bool FolderCommands::copyFolder() {
-    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+    const NodeId folder = selection_.nodeForCommand();
+    if (!folder.isFolder()) {
         return true;
     }
-    const QModelIndex selected = form_.tvFolder->selectedIndex();
     HeldMessages messages;
-    const bool copied =
-        isFolderKey(ui::NodeView::keyOf(selected)) && captureFolders(selected, state_, messages);
+    const bool copied = [&] {
+        const ui::clsWaitCursor waiting;
+        return clipboard_.captureFolders(library_, *folder.folder, messages);
+    }();
     if (!copied) {
         messages.inform(QStringLiteral("无法读取节点信息，不能进行复制操作！"));
     }
@@ -90,15 +60,15 @@ bool FolderCommands::copyFolder() {
 }
 
 bool FolderCommands::pasteFolders() {
-    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+    const NodeId target = selection_.nodeForCommand();
+    if (!target.isValid()) {
         return true;
     }
-    const QString target = form_.tvFolder->selectedKey();
     const bool withSubfolders =
-        state_.clipboard.folders.Count() > 1 &&
+        clipboard_.holdsSubfolders() &&
         questions_.confirm(QStringLiteral("复制子公式夹吗？"), Choice::YesNo);
     // The host may have turned to something else while the user was asked.
-    if (form_.tvFolder->selectedKey() != target || !tree_.isOfCurrentLibrary(target)) {
+    if (!selection_.isSelected(target)) {
         return true;
     }
     HeldMessages messages;
@@ -110,69 +80,57 @@ bool FolderCommands::pasteFolders() {
     return complete;
 }
 
-bool FolderCommands::pasteBelow(const QString& target, bool withSubfolders,
+bool FolderCommands::pasteBelow(const NodeId& target, bool withSubfolders,
                                 HeldMessages& messages) {
     const ui::clsWaitCursor waiting;
-    PastedFolders pasted = insertClipboardFolders(folderIdOf(target), withSubfolders,
-                                                  tree_.levelsBelow(target), state_, messages);
-    if (!pasted.rows.rows().empty()) {
-        append(target, std::move(pasted.rows));
-        tree_.makeSelectedCurrent();
+    PastedFolders pasted = clipboard_.insertFolders(library_, target.parentId(), withSubfolders,
+                                                    tree_.levelsBelow(target), messages);
+    if (!pasted.rows.isEmpty()) {
+        tree_.appendFolders(target, std::move(pasted.rows));
+        selection_.makeNodeCurrent();
     }
     return pasted.complete;
 }
 
 void FolderCommands::renameFolder() {
-    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
-        return;
-    }
-    const QModelIndex selected = form_.tvFolder->selectedIndex();
-    if (isFolderKey(ui::NodeView::keyOf(selected))) {
-        form_.tvFolder->setFocus();
-        form_.tvFolder->edit(selected);
+    const NodeId folder = selection_.nodeForCommand();
+    if (folder.isFolder()) {
+        tree_.editLabel(folder);
     }
 }
 
-bool FolderCommands::storeName(const QString& key, const QString& name) {
-    return storeLabel(*form_.tvFolder, questions_, folderNameRules(), name, [&] {
-        const bool stored = tree_.isOfCurrentLibrary(key) &&
-                            state_.dbFuncs.RenameFolder(folderIdOf(key), name, state_.connection);
-        if (stored && state_.folders.contains(key)) {
-            state_.folders.Item(key).NodeName = name;
-        }
-        return stored;
+bool FolderCommands::storeName(const NodeId& folder, const QString& name) {
+    return storeLabel(tree_.view(), questions_, folderNameRules(), name, [&] {
+        return folder.library == library_.number() &&
+               library_.funcs().RenameFolder(*folder.folder, name, library_.connection());
     });
 }
 
 bool FolderCommands::deleteFolder() {
-    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+    const NodeId folder = selection_.nodeForCommand();
+    if (!folder.isFolder()) {
         return true;
     }
-    const QModelIndex selected = form_.tvFolder->selectedIndex();
-    const QString key = ui::NodeView::keyOf(selected);
-    if (!isFolderKey(key)) {
-        return true;
-    }
-    const QString parentKey = ui::NodeView::keyOf(selected.parent());
-    const QString rootKey = libraryKeyOf(key);
-    const QString name = selected.data(Qt::EditRole).toString();
+    const NodeId parent = tree_.parentOf(folder);
+    const QString question =
+        QStringLiteral("确实要删除公式夹-[%1]吗？").arg(tree_.text(folder));
     // The host may have turned to something else while the user was asked.
-    if (!questions_.confirm(QStringLiteral("确实要删除公式夹-[%1]吗？").arg(name), Choice::YesNo) ||
-        form_.tvFolder->selectedKey() != key || !tree_.isOfCurrentLibrary(key)) {
+    if (!questions_.confirm(question, Choice::YesNo) || !selection_.isSelected(folder)) {
         return true;
     }
-    const Deletion deletion = deleteFromLibrary(subtree(form_.tvFolder->selectedIndex()));
+    const SubtreeDeletion deletion = [&] {
+        const ui::clsWaitCursor waiting;
+        return deleteSubtree(library_, *folder.folder);
+    }();
     // From the top, so that a whole subtree goes in one step.
-    for (const qint32 folder : deletion.gone | std::views::reverse) {
-        forget(folder, rootKey);
-        tree_.removeFolder(folderKey(folder, rootKey));
+    for (const qint32 gone : deletion.gone | std::views::reverse) {
+        tree_.removeFolder({folder.library, gone});
     }
-    if (deletion.gone.contains(folderIdOf(key))) {
-        list_.clear();
-        tree_.selectNode(parentKey);
+    if (!tree_.contains(folder)) {
+        selection_.showNode(parent);
     } else if (deletion.committed) {
         // The step that failed may have been one behind the deletion of the listed formulas.
-        tree_.selectNode(key);
+        selection_.showNode(folder);
     }
     if (!deletion.complete) {
         questions_.inform(QStringLiteral("删除公式夹失败！"));
@@ -180,101 +138,26 @@ bool FolderCommands::deleteFolder() {
     return deletion.complete;
 }
 
-FolderCommands::Deletion FolderCommands::deleteFromLibrary(const std::vector<qint32>& folders) {
-    const ui::clsWaitCursor waiting;
-    Deletion deletion;
-    try {
-        data::Transaction transaction(state_.connection);
-        const auto failed = std::ranges::find_if_not(
-            folders, [&](qint32 folder) { return deleteOne(folder, deletion.gone); });
-        transaction.commit();
-        deletion.committed = true;
-        deletion.complete = failed == folders.end();
-    } catch (const data::Error&) {
-        return {};
-    }
-    return deletion;
-}
-
-bool FolderCommands::deleteOne(qint32 folder, QList<qint32>& gone) {
-    clsDBFuncs& funcs = state_.dbFuncs;
-    data::Connection& connection = state_.connection;
-    std::vector<qint32> formulas;
-    data::Recordset rs;
-    const bool read = funcs.GetFormulaByPID(folder, rs, connection) && attempt([&] {
-                          const int id = rs.column(u"ID");
-                          for (; !rs.atEnd(); rs.moveNext()) {
-                              formulas.push_back(rs.integer(id));
-                          }
-                      });
-    rs.close();
-    if (!read) {
-        return false;
-    }
-    for (const qint32 formula : formulas) {
-        if (!funcs.DelPropertyByNodeID(formula, NodeTypeFormula, connection)) {
-            return false;
-        }
-    }
-    if (!funcs.DelFormulaByPID(folder, connection) || !funcs.DelFolder(folder, connection)) {
-        return false;
-    }
-    gone.append(folder);
-    return funcs.DelPropertyByNodeID(folder, NodeTypeFolder, connection);
-}
-
-void FolderCommands::forget(qint32 folder, const QString& rootKey) {
-    const QString key = folderKey(folder, rootKey);
-    if (state_.folders.contains(key)) {
-        state_.folders.Remove(key);
-    }
-}
-
 bool FolderCommands::moveFolder(MoveDirection direction) {
-    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+    const NodeId folder = selection_.nodeForCommand();
+    const NodeId neighbour = tree_.neighbour(folder, stepOf(direction));
+    if (!folder.isFolder() || !neighbour.isFolder()) {
         return true;
     }
-    const QModelIndex selected = form_.tvFolder->selectedIndex();
-    const QModelIndex neighbour = selected.sibling(selected.row() + stepOf(direction), 0);
-    const QString key = ui::NodeView::keyOf(selected);
-    if (!isFolderKey(key) || !neighbour.isValid()) {
-        return true;
-    }
-    const QString parentKey = ui::NodeView::keyOf(selected.parent());
-    Exchanged now;
+    FolderOrder order;
     const QString failure =
-        exchange(folderIdOf(key), folderIdOf(ui::NodeView::keyOf(neighbour)), now);
+        exchangeFolders(library_, *folder.folder, *neighbour.folder, order);
     if (!failure.isEmpty()) {
         questions_.inform(failure);
         return false;
     }
-    tree_.replaceFolders(parentKey, std::move(now.rows), !now.propertiesRead);
-    tree_.markProperties(libraryKeyOf(key), now.withProperty);
-    tree_.selectNode(key);
-    if (!now.propertiesRead) {
-        questions_.inform(QStringLiteral("无法读取“属性”信息！"));
+    tree_.replaceFolders(tree_.parentOf(folder), std::move(order.rows), !order.propertiesRead);
+    tree_.markProperties(folder.library, order.withProperty);
+    selection_.showNode(folder);
+    if (!order.propertiesRead) {
+        questions_.inform(propertiesNotReadMessage());
     }
     return true;
-}
-
-/// In one piece, so that a tree that cannot be read again is still true.
-QString FolderCommands::exchange(qint32 folder, qint32 neighbour, Exchanged& now) {
-    const QString notExchanged = QStringLiteral("移动公式夹失败！");
-    try {
-        data::Transaction transaction(state_.connection);
-        if (!state_.dbFuncs.ExchangeOrderID(folder, neighbour, QStringLiteral("Tree"),
-                                            state_.connection)) {
-            return notExchanged;
-        }
-        if (!tree_.readFolders(now.rows)) {
-            return QStringLiteral("刷新公式夹树节点失败！");
-        }
-        now.propertiesRead = tree_.readFoldersWithProperty(now.withProperty);
-        transaction.commit();
-    } catch (const data::Error&) {
-        return notExchanged;
-    }
-    return {};
 }
 
 }  // namespace varo

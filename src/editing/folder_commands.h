@@ -1,8 +1,8 @@
 #pragma once
 
-#include "control/library_tree.h"
+#include "browse/selection_controller.h"
 #include "editing/move_direction.h"
-#include "platform/held_messages.h"
+#include "library/clipboard.h"
 
 #include <QObject>
 
@@ -15,8 +15,8 @@ class FolderCommands : public QObject {
 
   public:
     /// Everything handed in must outlive this. Stores the labels that are typed in the tree.
-    FolderCommands(Form& form, ControlState& state, Questions& questions, LibraryTree& tree,
-                   FormulaList& list);
+    FolderCommands(SelectionController& selection, LibraryTree& tree, CurrentLibrary& library,
+                   Clipboard& clipboard, Questions& questions);
 
     /// Makes a folder behind the others of the selected node, selects it and opens its label.
     void newFolder();
@@ -43,34 +43,14 @@ class FolderCommands : public QObject {
     void renameFolder();
 
   private:
-    struct Deletion {
-        QList<qint32> gone;  ///< folders, each behind those below it
-        bool complete = false;
-        bool committed = false;  ///< what was done has reached the file
-    };
+    bool storeName(const NodeId& folder, const QString& name);
+    bool pasteBelow(const NodeId& target, bool withSubfolders, HeldMessages& messages);
 
-    struct Exchanged {
-        FolderRows rows;
-        std::vector<qint32> withProperty;
-        bool propertiesRead = false;
-    };
-
-    bool storeName(const QString& key, const QString& name);
-    bool pasteBelow(const QString& target, bool withSubfolders, HeldMessages& messages);
-    Deletion deleteFromLibrary(const std::vector<qint32>& folders);
-    /// Adds the folder to `gone` once its row is.
-    bool deleteOne(qint32 folder, QList<qint32>& gone);
-    QString append(const QString& parentKey, FolderRows added);
-    void forget(qint32 folder, const QString& rootKey);
-    /// Exchanges two folders and reads the library's folders as they are then. Returns what the
-    /// user is to be told, with the library as it was, when that fails; "" otherwise.
-    QString exchange(qint32 folder, qint32 neighbour, Exchanged& now);
-
-    Form& form_;
-    ControlState& state_;
-    Questions& questions_;
+    SelectionController& selection_;
     LibraryTree& tree_;
-    FormulaList& list_;
+    CurrentLibrary& library_;
+    Clipboard& clipboard_;
+    Questions& questions_;
 };
 
 }  // namespace varo

@@ -1,206 +1,139 @@
 #include "editing/formula_commands.h"
 
-#include "control/formula_reader.h"
-#include "control/work_files.h"
-#include "editing/name_rules.h"
-#include "editing/picture_files.h"
-#include "platform/held_messages.h"
-#include "platform/ui/node_view.h"
-#include "store/attempt.h"
-#include "store/keys.h"
-
-#include <QFileInfo>
-
-#include <utility>
+#include "editing/label_edit.h"
+#include "library/formulas.h"
 
 namespace varo {
 
-FormulaCommands::FormulaCommands(Form& form, ControlState& state, Questions& questions,
-                                 LibraryTree& tree, FormulaList& list)
-    : form_(form), state_(state), questions_(questions), tree_(tree), list_(list) {
-    list.setRenamer(
-        [this](const QString& key, const QString& name) { return storeName(key, name); });
+FormulaCommands::FormulaCommands(SelectionController& selection, FormulaList& list,
+                                 CurrentLibrary& library, Clipboard& clipboard,
+                                 Questions& questions)
+    : selection_(selection),
+      list_(list),
+      library_(library),
+      clipboard_(clipboard),
+      questions_(questions) {
+    list.model().setRenamer(
+        [this](qint32 id, const QString& name) { return storeName(id, name); });
 }
 
-/// Stores what is being edited and returns the key of the selected formula; "" when there is none
-/// or something must be mended first. The tree then shows the folder that is listed.
-QString FormulaCommands::selectedFormula() {
-    if (!list_.storeEdits() || !state_.listsCurrentLibrary()) {
-        return {};
+/// Lists a formula that has just been inserted, and shows it.
+void FormulaCommands::append(const clsFormulaInfo& formula) {
+    // A damaged table gives out identifiers that are taken; the listed formula stays then.
+    if (list_.model().find(formula.FormulaID) == nullptr) {
+        list_.model().append(formula);
     }
-    tree_.selectListedNode();
-    const QString key = list_.selectedKey();
-    return state_.listedFormulas.contains(key) ? key : QString();
+    selection_.showFormula(formula.FormulaID);
+    selection_.setFormulaSelected(true);
 }
 
 void FormulaCommands::newFormula() {
-    if (!list_.storeEdits() || !tree_.showSelectedNode()) {
+    const NodeId folder = selection_.nodeForCommand();
+    if (!folder.isValid()) {
         return;
     }
     clsFormulaInfo formula;
     formula.FormulaName = QStringLiteral("新建公式");
-    formula.FormulaPID = folderIdOf(form_.tvFolder->selectedKey());
-    if (insertFormula(formula, state_.dbFuncs, state_) == InsertedFormula::Nothing) {
+    formula.FormulaPID = folder.parentId();
+    if (insertFormula(library_, library_.funcs(), formula, formula.FormulaID) ==
+        InsertedFormula::None) {
         questions_.inform(QStringLiteral("无法创建新的公式！"));
         return;
     }
-    const QString key = list_.appendFormula(formula);
-    form_.lvFormula->setFocus();
-    list_.SelFormula(key);
-    renameFormula();
+    append(formula);
+    list_.editLabel(formula.FormulaID);
 }
 
 bool FormulaCommands::copyFormula() {
-    const QString key = selectedFormula();
-    if (key.isEmpty()) {
+    const auto id = selection_.formulaForCommand();
+    if (!id) {
         return true;
     }
-    clsFormulaInfo copied = state_.listedFormulas.Item(key);
     HeldMessages messages;
-    state_.clipboard.clear();
-    copied.FormulaPicPath = copyPicture(copied, messages);
-    state_.clipboard.key = key;
-    state_.clipboard.kind = Clipboard::Formula;
-    state_.clipboard.formulas.Add(copied);
+    clipboard_.captureFormula(library_, *list_.model().find(*id), messages);
     messages.show(questions_);
     return true;
 }
 
-/// Puts the formula's picture aside, from the library when its file has gone, and returns where it
-/// is; "" when there is none.
-QString FormulaCommands::copyPicture(const clsFormulaInfo& formula, HeldMessages& messages) {
-    if (formula.FormulaPicType != PictureStored) {
-        return {};
-    }
-    PictureCopy copy(copiedPictureFile(state_, formula.FormulaID));
-    const bool copied =
-        (copy.take(formula.FormulaPicPath) && copy.replaceTarget()) ||
-        extractPicture(formula.FormulaID, copy.target(), state_.connection, messages);
-    return copied ? copy.target() : QString();
-}
-
 bool FormulaCommands::pasteFormula() {
-    if (!list_.storeEdits() || !tree_.showSelectedNode() || !state_.clipboard.holdsFormula()) {
+    const NodeId folder = selection_.nodeForCommand();
+    if (!folder.isValid() || !clipboard_.holdsFormula()) {
         return true;
     }
-    clsFormulaInfo formula = state_.clipboard.formulas.Item(1);
-    formula.FormulaPID = folderIdOf(form_.tvFolder->selectedKey());
     HeldMessages messages;
-    const InsertedFormula pasted = storeCopy(formula, messages);
-    if (pasted == InsertedFormula::Nothing) {
-        messages.inform(QStringLiteral("粘贴公式失败！"));
-    } else {
-        if (pasted == InsertedFormula::WithoutPicture) {
+    const PastedFormula pasted = clipboard_.insertFormula(library_, folder.parentId(), messages);
+    switch (pasted.inserted) {
+        case InsertedFormula::None:
+            messages.inform(QStringLiteral("粘贴公式失败！"));
+            break;
+        case InsertedFormula::WithoutPicture:
             messages.inform(QStringLiteral("粘贴公式的图形文件失败！"));
-        }
-        list_.SelFormula(list_.appendFormula(formula));
+            [[fallthrough]];
+        case InsertedFormula::Whole:
+            append(pasted.formula);
+            break;
     }
     messages.show(questions_);
-    return pasted == InsertedFormula::Whole;
-}
-
-/// Puts the formula into the library; it then has the picture file of the new one.
-InsertedFormula FormulaCommands::storeCopy(clsFormulaInfo& formula, HeldMessages& messages) {
-    clsDBFuncs dbFuncs(messages);
-    InsertedFormula pasted = InsertedFormula::Nothing;
-    const bool committed = attempt([&] {
-        data::Transaction transaction(state_.connection);
-        pasted = insertFormula(formula, dbFuncs, state_);
-        transaction.commit();
-    });
-    const bool hasPicture = QFileInfo(std::exchange(formula.FormulaPicPath, {})).isFile();
-    if (!committed) {
-        return InsertedFormula::Nothing;
-    }
-    const QString file = listedPictureFile(state_, formula.FormulaID);
-    if (hasPicture && pasted == InsertedFormula::Whole &&
-        extractPicture(formula.FormulaID, file, state_.connection, messages)) {
-        formula.FormulaPicPath = file;
-    }
-    return pasted;
+    return pasted.inserted == InsertedFormula::Whole;
 }
 
 void FormulaCommands::renameFormula() {
-    if (!selectedFormula().isEmpty()) {
-        form_.lvFormula->setFocus();
-        form_.lvFormula->edit(form_.lvFormula->selectedIndex());
+    if (const auto id = selection_.formulaForCommand()) {
+        list_.editLabel(*id);
     }
 }
 
-bool FormulaCommands::storeName(const QString& key, const QString& name) {
-    return storeLabel(*form_.lvFormula, questions_, formulaNameRules(), name, [&] {
-        const bool stored = state_.listsCurrentLibrary() &&
-                            state_.dbFuncs.RenameFormula(formulaIdOf(key), name, state_.connection);
-        if (stored) {
-            state_.listedFormulas.Item(key).FormulaName = name;
-        }
-        return stored;
+bool FormulaCommands::storeName(qint32 id, const QString& name) {
+    return storeLabel(list_.view(), questions_, formulaNameRules(), name, [&] {
+        return library_.funcs().RenameFormula(id, name, library_.connection());
     });
 }
 
 bool FormulaCommands::deleteFormula() {
-    const QString key = selectedFormula();
-    if (key.isEmpty()) {
+    const auto id = selection_.formulaForCommand();
+    if (!id) {
         return true;
     }
-    const QString name = state_.listedFormulas.Item(key).FormulaName;
+    const NodeId folder = selection_.listedNode();
+    const QString question = QStringLiteral("确实要删除公式-[%1]吗？")
+                                 .arg(list_.model().find(*id)->FormulaName);
     // The host may have turned to something else while the user was asked.
-    if (!questions_.confirm(QStringLiteral("确实要删除公式-[%1]吗？").arg(name), Choice::YesNo) ||
-        selectedFormula() != key) {
+    if (!questions_.confirm(question, Choice::YesNo) || selection_.listedNode() != folder ||
+        selection_.formula() != id) {
         return true;
     }
-    const qint32 id = formulaIdOf(key);
-    if (!state_.dbFuncs.DelFormula(id, state_.connection)) {
+    const DeletedFormula deleted = varo::deleteFormula(library_, *id);
+    if (deleted == DeletedFormula::None) {
         questions_.inform(QStringLiteral("无法删除指定的公式！"));
         return false;
     }
-    const bool complete =
-        state_.dbFuncs.DelPropertyByNodeID(id, NodeTypeFormula, state_.connection);
     // The formula is gone even where its properties are not.
-    list_.removeFormula(key);
-    tree_.removeHighlight();
-    showFirst();
-    if (!complete) {
+    selection_.highlight().remove();
+    list_.model().remove(*id);
+    selection_.showFirstFormula();
+    if (deleted == DeletedFormula::WithoutProperties) {
         questions_.inform(QStringLiteral("无法关联删除相关的属性！"));
     }
-    return complete;
-}
-
-void FormulaCommands::showFirst() {
-    if (list_.isEmpty()) {
-        state_.formulaSelected = false;
-        list_.showNone();
-        list_.setCommandState(CommandState::NoFormula);
-    } else {
-        list_.SelFormula(list_.firstKey());
-    }
+    return deleted == DeletedFormula::Whole;
 }
 
 bool FormulaCommands::moveFormula(MoveDirection direction) {
-    const QString key = selectedFormula();
-    const QModelIndex selected = form_.lvFormula->selectedIndex();
-    const QModelIndex neighbour = selected.sibling(selected.row() + stepOf(direction), 0);
-    if (key.isEmpty() || !neighbour.isValid()) {
+    const auto id = selection_.formulaForCommand();
+    const auto neighbour = id ? list_.neighbour(*id, stepOf(direction)) : std::nullopt;
+    if (!neighbour) {
         return true;
     }
-    const QString node = form_.tvFolder->selectedIndex().data(Qt::EditRole).toString();
-    const clsFormulaInfo& other = state_.listedFormulas.Item(neighbour.row() + 1);
-    if (!state_.dbFuncs.ExchangeOrderID(formulaIdOf(key), other.FormulaID,
-                                        QStringLiteral("Formula"), state_.connection)) {
+    if (!library_.funcs().ExchangeOrderID(*id, *neighbour, QStringLiteral("Formula"),
+                                          library_.connection())) {
         questions_.inform(QStringLiteral("移动公式失败！"));
         return false;
     }
-    const bool listed = list_.ShowFolderFormulas(folderIdOf(state_.listedNodeKey));
-    if (listed) {
-        list_.SelFormula(key);
-    } else {
-        list_.showNothing();
+    const QString folder = selection_.listedText();
+    if (!selection_.relist(*id)) {
+        questions_.inform(QStringLiteral("无法显示节点“%1”下所有的公式！").arg(folder));
+        return false;
     }
-    list_.showMessages();
-    if (!listed) {
-        questions_.inform(QStringLiteral("无法显示节点“%1”下所有的公式！").arg(node));
-    }
-    return listed;
+    return true;
 }
 
 }  // namespace varo

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "control/library_tree.h"
-#include "editing/folder_copies.h"
+#include "browse/selection_controller.h"
 #include "editing/move_direction.h"
-#include "platform/held_messages.h"
+#include "library/clipboard.h"
 
 #include <QObject>
 
@@ -16,8 +15,8 @@ class FormulaCommands : public QObject {
 
   public:
     /// Everything handed in must outlive this. Stores the labels that are typed in the list.
-    FormulaCommands(Form& form, ControlState& state, Questions& questions, LibraryTree& tree,
-                    FormulaList& list);
+    FormulaCommands(SelectionController& selection, FormulaList& list, CurrentLibrary& library,
+                    Clipboard& clipboard, Questions& questions);
 
     /// Makes a formula behind the others of the tree's selected node, shows it and opens its label.
     void newFormula();
@@ -30,8 +29,8 @@ class FormulaCommands : public QObject {
     /// success.
     bool moveFormula(MoveDirection direction);
 
-    /// Puts the selected formula, as it is shown, into the clipboard with a copy of its picture.
-    /// A success also without one.
+    /// Puts the selected formula, as it is shown, into the clipboard with a copy of its picture. A
+    /// success also without one.
     bool copyFormula();
 
     /// Puts a copy of the clipboard's formula behind the others of the tree's selected node and
@@ -42,17 +41,14 @@ class FormulaCommands : public QObject {
     void renameFormula();
 
   private:
-    QString selectedFormula();
-    QString copyPicture(const clsFormulaInfo& formula, HeldMessages& messages);
-    InsertedFormula storeCopy(clsFormulaInfo& formula, HeldMessages& messages);
-    bool storeName(const QString& key, const QString& name);
-    void showFirst();
+    bool storeName(qint32 id, const QString& name);
+    void append(const clsFormulaInfo& formula);
 
-    Form& form_;
-    ControlState& state_;
-    Questions& questions_;
-    LibraryTree& tree_;
+    SelectionController& selection_;
     FormulaList& list_;
+    CurrentLibrary& library_;
+    Clipboard& clipboard_;
+    Questions& questions_;
 };
 
 }  // namespace varo

@@ -33,6 +33,8 @@ class Clipboard {
     bool holdsFolders() const { return folders_.Count() > 0; }
     /// Whether there are folders in the copied one.
     bool holdsSubfolders() const { return folders_.Count() > 1; }
+    /// Whether there are formulas, copied alone or with their folders.
+    bool holdsFormulas() const { return formulas_.Count() > 0; }
     bool holdsFormula() const { return !holdsFolders() && formulas_.Count() > 0; }
 
     /// Empties it and removes the files of the copied pictures.

@@ -52,7 +52,7 @@ FileAside::~FileAside() {
     if (!clear_) {
         return;
     }
-    if (!givenUp_) {
+    if (!discarded_) {
         QFile::remove(path_);
         QFile::rename(aside_, path_);
     }

@@ -51,13 +51,13 @@ class FileAside {
     bool isClear() const { return clear_; }
 
     /// The file at the old path stays; the one moved aside goes away.
-    void giveUp() { givenUp_ = true; }
+    void discard() { discarded_ = true; }
 
   private:
     QString path_;
     QString aside_;
     bool clear_ = true;
-    bool givenUp_ = false;
+    bool discarded_ = false;
 };
 
 }  // namespace varo

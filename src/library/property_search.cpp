@@ -1,7 +1,9 @@
 #include "library/property_search.h"
 
 #include "library/condition.h"
+#include "platform/questions/held_messages.h"
 #include "store/attempt.h"
+#include "store/library_connection.h"
 
 #include <QStringList>
 
@@ -49,16 +51,33 @@ bool filter(const QString& libraryKey, Condition& condition, colLocateProp& loca
 
 }  // namespace
 
-QString locateByProperty(const QString& property, const QString& libraryKey,
-                         data::Connection& connection, clsDBFuncs& funcs,
-                         PropertySource& properties, colLocateProp& located) {
+QString PropertySearch::run(const QString& property, colLocateProp& located) {
+    located.Clear();
+    QString failure;
+    for (const clsFormulaDB& library : libraries_) {
+        failure = search(property, library, located);
+        if (!failure.isEmpty()) {
+            break;
+        }
+    }
+    return failure;
+}
+
+QString PropertySearch::search(const QString& property, const clsFormulaDB& library,
+                               colLocateProp& located) {
+    HeldMessages none;  // reading properties shows nothing
+    clsDBFuncs funcs(none);
+    data::Connection connection;
+    if (!ConnectLibrary(library.FormulaDBPath, library.FormulaDBName, connection, QString())) {
+        return QStringLiteral("无法打开用户选择的数据库！");
+    }
     for (const qint32 nodeType : {NodeTypeFormula, NodeTypeFolder}) {
-        if (!collect(property, libraryKey, nodeType, connection, funcs, located)) {
+        if (!collect(property, library.NodeKey, nodeType, connection, funcs, located)) {
             return QStringLiteral("无法读取用户指定属性“%1”的信息！").arg(property);
         }
     }
-    Condition condition(connection, funcs, properties);
-    return filter(libraryKey, condition, located)
+    Condition condition(connection, funcs, properties_);
+    return filter(library.NodeKey, condition, located)
                ? QString()
                : QStringLiteral("无法形成合成后的查找条件！");
 }

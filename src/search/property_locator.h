@@ -1,7 +1,7 @@
 #pragma once
 
-#include "control/library_tree.h"
-#include "control/state.h"
+#include "browse/selection_controller.h"
+#include "library/property_search.h"
 
 #include <QObject>
 
@@ -14,12 +14,12 @@ class PropertyLocator : public QObject {
 
   public:
     /// Everything handed in must outlive this.
-    PropertyLocator(ControlState& state, Questions& questions, PropertySource& properties,
-                    LibraryTree& tree, FormulaList& list);
+    PropertyLocator(SelectionController& selection, LibraryTree& tree, CurrentLibrary& library,
+                    PropertySearch& search, Questions& questions);
 
-    /// Collects what carries a property called `property` and suits the host, formulas before
-    /// folders in each library, and shows the first. What fails is told to the user and leaves the
-    /// list as far as it was built; the library that was current is current again in every case.
+    /// Finds what carries a property called `property` and suits the host, and shows the first.
+    /// What fails is told to the user and leaves the list as far as it was built, with nothing
+    /// shown of it.
     void locate(const QString& property);
 
     void showNext() { step(1); }
@@ -30,18 +30,15 @@ class PropertyLocator : public QObject {
     void stepsChanged(bool canStepNext, bool canStepBack);
 
   private:
-    bool collectAll();
-    bool collect(const QString& libraryKey, qint32 nodeType);
-    bool filter(const QString& libraryKey);
-    bool tellCannotOpen();
     void step(int by);
     void showItem(int position);
 
-    ControlState& state_;
-    Questions& questions_;
-    PropertySource& properties_;
+    SelectionController& selection_;
     LibraryTree& tree_;
-    FormulaList& list_;
+    CurrentLibrary& library_;
+    PropertySearch& search_;
+    Questions& questions_;
+    colLocateProp located_;
     int shown_ = 0;  ///< 1-based position in the located list
 };
 

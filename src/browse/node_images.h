@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QIcon>
+
+namespace varo {
+
+/// The pictures of tree nodes and list items, by the index under which the component knows them.
+enum class NodeImage {
+    Library = 1,
+    Folder = 2,
+    FolderOpen = 3,
+    LibraryWithProperty = 4,
+    FolderWithProperty = 5,
+    FolderWithPropertyOpen = 6,
+    FolderLocated = 7,
+};
+enum class FormulaImage { Formula = 2, FormulaWithProperty = 12, FormulaLocated = 13 };
+
+/// Icons sharp at every scale; an index that has none gives an empty icon.
+QIcon nodeIcon(NodeImage image);
+QIcon formulaIcon(FormulaImage image);
+
+}  // namespace varo
