@@ -1,5 +1,6 @@
 #include "platform/data/sqlite_driver.h"
 
+#include "platform/data/file_start.h"
 #include "platform/data/statement.h"
 
 #include <QFileInfo>
@@ -169,7 +170,15 @@ void requireWholePages(sqlite3* database, const QString& path) {
 
 }  // namespace
 
+bool isSqliteFile(const QString& path) {
+    const QByteArray signature("SQLite format 3", 16);
+    return fileStart(path, static_cast<int>(signature.size())) == signature;
+}
+
 std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path) const {
+    if (!isSqliteFile(path)) {
+        return nullptr;
+    }
     sqlite3* opened = nullptr;
     const int result =
         sqlite3_open_v2(QFileInfo(path).absoluteFilePath().toUtf8().constData(), &opened,
@@ -189,7 +198,7 @@ std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path) const {
         throwLastError(opened);
     }
     if (number(opened, QStringLiteral("PRAGMA page_count")) == 0) {
-        return nullptr;  // an empty file, which SQLite would take for a database without tables
+        return nullptr;  // less than a page, which SQLite takes for a database without tables
     }
     requireWholePages(opened, path);
     return std::make_unique<SqliteFile>(std::move(handle));
