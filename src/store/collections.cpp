@@ -55,14 +55,6 @@ void removeMatches(Collection& collection, Predicate matches) {
     }
 }
 
-/// Removes every record by its key, the last one first.
-template <class Collection, class Key>
-void removeAllByKey(Collection& collection, Key key) {
-    while (collection.Count() > 0) {
-        collection.Remove(QString(collection.Item(collection.Count()).*key));
-    }
-}
-
 }  // namespace
 
 // colFormulaDB
@@ -71,24 +63,14 @@ void colFormulaDB::Add(const QString& FormulaDBName, const QString& FormulaDBPat
                        const QString& FormulaNodeText, QString& NodeKey, const QString& Tag,
                        bool& success) {
     const QString key = libraryKey(counter_);
-    append(key, {.FormulaNodeText = FormulaNodeText,
-                 .Tag = Tag,
-                 .NodeKey = key,
-                 .FormulaDBPath = FormulaDBPath,
-                 .FormulaDBName = FormulaDBName});
+    append({.FormulaNodeText = FormulaNodeText,
+            .Tag = Tag,
+            .NodeKey = key,
+            .FormulaDBPath = FormulaDBPath,
+            .FormulaDBName = FormulaDBName});
     ++counter_;
     NodeKey = key;
     success = true;
-}
-
-void colFormulaDB::Remove(int position) {
-    removeAt(position, Item(position).NodeKey);
-}
-void colFormulaDB::Remove(const QString& key) {
-    removeAt(positionOf(key), key);
-}
-void colFormulaDB::Clear() {
-    removeAllByKey(*this, &clsFormulaDB::NodeKey);
 }
 
 bool colFormulaDB::FindDB(const QString& name, const QString& path) const {
@@ -108,38 +90,26 @@ void colFormulaInfo::Add(qint32 FormulaID, const QString& FormulaName,
                          const QString& FormulaExpression, const QString& FormulaMemo,
                          const QString& FormulaPicPath, qint32 FormulaPicType, qint32 FormulaPID,
                          const QString& Tag) {
-    Add({.FormulaID = FormulaID,
-         .FormulaName = FormulaName,
-         .FormulaExpression = FormulaExpression,
-         .FormulaMemo = FormulaMemo,
-         .FormulaPicPath = FormulaPicPath,
-         .FormulaPicType = FormulaPicType,
-         .FormulaPID = FormulaPID,
-         .NodeKey = QString(),
-         .Tag = Tag});
+    append({.FormulaID = FormulaID,
+            .FormulaName = FormulaName,
+            .FormulaExpression = FormulaExpression,
+            .FormulaMemo = FormulaMemo,
+            .FormulaPicPath = FormulaPicPath,
+            .FormulaPicType = FormulaPicType,
+            .FormulaPID = FormulaPID,
+            .NodeKey = formulaKey(FormulaID),
+            .Tag = Tag});
 }
 
-void colFormulaInfo::Add(clsFormulaInfo formula) {
-    formula.NodeKey = formulaKey(formula.FormulaID);
-    const QString key = formula.NodeKey;
-    append(key, std::move(formula));
+void colFormulaInfo::Add(const clsFormulaInfo& formula) {
+    Add(formula.FormulaID, formula.FormulaName, formula.FormulaExpression, formula.FormulaMemo,
+        formula.FormulaPicPath, formula.FormulaPicType, formula.FormulaPID, formula.Tag);
 }
 
-void colFormulaInfo::Remove(int position) {
-    removeAt(position, Item(position).NodeKey);
-}
-
-void colFormulaInfo::Remove(const QString& key) {
-    const int position = positionOf(key);
-    const QString picture = Item(position).FormulaPicPath;
-    removeAt(position, key);
-    if (!picture.isEmpty()) {
-        QFile::remove(picture);
+void colFormulaInfo::onRemoveByKey(clsFormulaInfo& formula) {
+    if (!formula.FormulaPicPath.isEmpty()) {
+        QFile::remove(formula.FormulaPicPath);
     }
-}
-
-void colFormulaInfo::Clear() {
-    removeAllByKey(*this, &clsFormulaInfo::NodeKey);
 }
 
 const clsFormulaInfo* colFormulaInfo::Find(qint32 FormulaID) const {
@@ -168,25 +138,15 @@ void ColNodeInfo::Add(qint32 NodeID, const QString& NodeName, const QString& Fil
                       const QString& FileName, const QString& RootNodeKey, qint32 FartherNodeID,
                       const QString& TheTag, bool& success) {
     const QString key = folderKey(NodeID, RootNodeKey);
-    append(key, {.TheTag = TheTag,
-                 .FartherNodeID = FartherNodeID,
-                 .RootNodeKey = RootNodeKey,
-                 .FileName = FileName,
-                 .FilePath = FilePath,
-                 .TheKey = key,
-                 .NodeName = NodeName,
-                 .NodeID = NodeID});
+    append({.TheTag = TheTag,
+            .FartherNodeID = FartherNodeID,
+            .RootNodeKey = RootNodeKey,
+            .FileName = FileName,
+            .FilePath = FilePath,
+            .TheKey = key,
+            .NodeName = NodeName,
+            .NodeID = NodeID});
     success = true;
-}
-
-void ColNodeInfo::Remove(int position) {
-    removeAt(position, Item(position).TheKey);
-}
-void ColNodeInfo::Remove(const QString& key) {
-    removeAt(positionOf(key), key);
-}
-void ColNodeInfo::Clear() {
-    removeAllByKey(*this, &clsNodeInfo::TheKey);
 }
 
 void ColNodeInfo::RemoveByNodeID(qint32 NodeID) {
@@ -210,19 +170,12 @@ const clsNodeInfo* ColNodeInfo::FindNode(qint32 NodeID, const QString& RootNodeK
 void colProperty::Add(qint32 PropID, const QString& PropName, qint32 FilterID, qint32 OptType,
                       const QString& Tag) {
     const QString key = propertyKey(PropID);
-    append(key, {.Tag = Tag,
-                 .OptType = OptType,
-                 .NodeKey = key,
-                 .FilterID = FilterID,
-                 .PropName = PropName,
-                 .PropID = PropID});
-}
-
-void colProperty::Remove(int position) {
-    removeAt(position, Item(position).NodeKey);
-}
-void colProperty::Remove(const QString& key) {
-    removeAt(positionOf(key), key);
+    append({.Tag = Tag,
+            .OptType = OptType,
+            .NodeKey = key,
+            .FilterID = FilterID,
+            .PropName = PropName,
+            .PropID = PropID});
 }
 
 const clsProperty* colProperty::CanFindPropID(qint32 PropID, qint32 OptType) const {
@@ -259,34 +212,25 @@ void colVarInfo::Add(const QString& VarName, qint32 FormulaID, const QString& Va
                      qint32 VarSourceType, const QString& VarMemo, const QString& Tag,
                      bool& success) {
     const QString key = variableKey(counter_);
-    clsVarInfo& variable = append(key, {.FormulaID = FormulaID,
-                                        .Key = key,
-                                        .Tag = Tag,
-                                        .VarMemo = VarMemo,
-                                        .VarSourceType = VarSourceType,
-                                        .VarValue = VarValue,
-                                        .VarName = VarName});
+    clsVarInfo& variable = append({.FormulaID = FormulaID,
+                                   .Key = key,
+                                   .Tag = Tag,
+                                   .VarMemo = VarMemo,
+                                   .VarSourceType = VarSourceType,
+                                   .VarValue = VarValue,
+                                   .VarName = VarName});
     byName_[foldedName(VarName)].append(&variable);
     ++counter_;
     success = true;
 }
 
-void colVarInfo::Remove(int position) {
-    clsVarInfo& variable = Item(position);
+void colVarInfo::onRemove(clsVarInfo& variable) {
     const auto sameNamed = byName_.find(foldedName(variable.VarName));
     // A collection is emptied from its end: there the record is the last of its name.
     sameNamed->removeAt(sameNamed->lastIndexOf(&variable));
     if (sameNamed->isEmpty()) {
         byName_.erase(sameNamed);
     }
-    removeAt(position, variable.Key);
-}
-
-void colVarInfo::Remove(const QString& key) {
-    Remove(positionOf(key));
-}
-void colVarInfo::Clear() {
-    removeAllByKey(*this, &clsVarInfo::Key);
 }
 
 clsVarInfo* colVarInfo::Find(const QString& VarName, qint32 FormulaID) {
@@ -320,24 +264,14 @@ void colVarInfo::GetVarValueByVarName(const QString& VarName, QString& VarValue)
 void colLocateProp::Add(qint32 FilterID, qint32 NodeID, qint32 NodeType, qint32 PID,
                         const QString& RootKey, const QString& Tag, bool& success) {
     const QString key = locatedKey(FilterID, NodeID, NodeType, RootKey);
-    append(key, {.Tag = Tag,
-                 .RootKey = RootKey,
-                 .Key = key,
-                 .PID = PID,
-                 .NodeType = NodeType,
-                 .NodeID = NodeID,
-                 .FilterID = FilterID});
+    append({.Tag = Tag,
+            .RootKey = RootKey,
+            .Key = key,
+            .PID = PID,
+            .NodeType = NodeType,
+            .NodeID = NodeID,
+            .FilterID = FilterID});
     success = true;
-}
-
-void colLocateProp::Remove(int position) {
-    removeAt(position, Item(position).Key);
-}
-void colLocateProp::Remove(const QString& key) {
-    removeAt(positionOf(key), key);
-}
-void colLocateProp::Clear() {
-    removeAllByKey(*this, &clsLocateProp::Key);
 }
 
 const clsLocateProp* colLocateProp::Find(qint32 FilterID, qint32 NodeID, qint32 NodeType,

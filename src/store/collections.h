@@ -9,14 +9,11 @@ namespace varo {
 
 /// The configured libraries. Keys: "DBNode" and a counter that runs from 1 for the collection's
 /// life.
-class colFormulaDB : public KeyedCollection<clsFormulaDB> {
+class colFormulaDB final : public KeyedCollection<clsFormulaDB, &clsFormulaDB::NodeKey> {
   public:
     /// Appends a library; `NodeKey` receives its key, `success` is set to true.
     void Add(const QString& FormulaDBName, const QString& FormulaDBPath,
              const QString& FormulaNodeText, QString& NodeKey, const QString& Tag, bool& success);
-    void Remove(int position);
-    void Remove(const QString& key);
-    void Clear();
 
     /// True when a library has exactly this name and path, letter case included.
     bool FindDB(const QString& name, const QString& path) const;
@@ -29,21 +26,16 @@ class colFormulaDB : public KeyedCollection<clsFormulaDB> {
     int counter_ = 1;
 };
 
-/// Formulas, as listed or as copied. Keys: "LvFormulaKey" and the FormulaID.
-class colFormulaInfo : public KeyedCollection<clsFormulaInfo> {
+/// Formulas, as listed or as copied. Keys: "LvFormulaKey" and the FormulaID. Remove() by key and
+/// Clear() delete the record's picture file if it exists; Remove() by position leaves it.
+class colFormulaInfo final : public KeyedCollection<clsFormulaInfo, &clsFormulaInfo::NodeKey> {
   public:
     /// Throws CollectionError when a formula with this identifier is there already.
     void Add(qint32 FormulaID, const QString& FormulaName, const QString& FormulaExpression,
              const QString& FormulaMemo, const QString& FormulaPicPath, qint32 FormulaPicType,
              qint32 FormulaPID, const QString& Tag);
-    /// The same for a record, whose key is made anew.
-    void Add(clsFormulaInfo formula);
-    /// Removes by position; picture files stay.
-    void Remove(int position);
-    /// Removes by key and deletes the record's picture file if it exists.
-    void Remove(const QString& key);
-    /// Removes every record with its picture file.
-    void Clear();
+    /// The same for a copy of `formula`, with a key of its own.
+    void Add(const clsFormulaInfo& formula);
 
     /// The formula with this identifier; null when there is none.
     const clsFormulaInfo* Find(qint32 FormulaID) const;
@@ -54,17 +46,17 @@ class colFormulaInfo : public KeyedCollection<clsFormulaInfo> {
     /// Identifier of the n-th formula (from 1) with this parent, in `FormulaID`; false when there
     /// are fewer.
     bool FindFormulaIDByPID(qint32 PID, int n, qint32& FormulaID) const;
+
+  private:
+    void onRemoveByKey(clsFormulaInfo& formula) override;
 };
 
 /// Folders. Keys: "FormulaNode", NodeID, "->", RootNodeKey.
-class ColNodeInfo : public KeyedCollection<clsNodeInfo> {
+class ColNodeInfo final : public KeyedCollection<clsNodeInfo, &clsNodeInfo::TheKey> {
   public:
     void Add(qint32 NodeID, const QString& NodeName, const QString& FilePath,
              const QString& FileName, const QString& RootNodeKey, qint32 FartherNodeID,
              const QString& TheTag, bool& success);
-    void Remove(int position);
-    void Remove(const QString& key);
-    void Clear();
 
     /// Removes every record with this identifier, whatever its library.
     void RemoveByNodeID(qint32 NodeID);
@@ -74,12 +66,11 @@ class ColNodeInfo : public KeyedCollection<clsNodeInfo> {
 };
 
 /// Properties of one folder or formula. Keys: "LvPropertyKey" and the PropID.
-class colProperty : public KeyedCollection<clsProperty> {
+class colProperty final : public KeyedCollection<clsProperty, &clsProperty::NodeKey> {
   public:
     void Add(qint32 PropID, const QString& PropName, qint32 FilterID, qint32 OptType,
              const QString& Tag);
-    void Remove(int position);
-    void Remove(const QString& key);
+    void Clear() = delete;  // the component's vocabulary has none
 
     /// The record with this identifier and kind; null when there is none.
     const clsProperty* CanFindPropID(qint32 PropID, qint32 OptType) const;
@@ -94,16 +85,13 @@ class colProperty : public KeyedCollection<clsProperty> {
 /// Variables with their stored values. Keys: "TheVar" and a counter that runs from 0 for the
 /// collection's life. Variable names compare without regard to letter case; searches by name give
 /// the first match in insertion order and look only at the records of that name.
-class colVarInfo : public KeyedCollection<clsVarInfo> {
+class colVarInfo final : public KeyedCollection<clsVarInfo, &clsVarInfo::Key> {
   public:
     void Add(const QString& VarName, qint32 FormulaID, const QString& VarValue,
              qint32 VarSourceType, const QString& VarMemo, const QString& Tag, bool& success);
-    void Remove(int position);
-    void Remove(const QString& key);
-    void Clear();
 
     /// The record of this variable of this formula; null when there is none. The record may be
-    /// changed through the pointer, but for its name.
+    /// changed through the pointer.
     clsVarInfo* Find(const QString& VarName, qint32 FormulaID);
     int FindVarCount(const QString& VarName) const;
     /// Sets the value of every record with this name.
@@ -112,18 +100,17 @@ class colVarInfo : public KeyedCollection<clsVarInfo> {
     void GetVarValueByVarName(const QString& VarName, QString& VarValue) const;
 
   private:
+    void onRemove(clsVarInfo& variable) override;
+
     int counter_ = 0;
     QHash<QString, QList<clsVarInfo*>> byName_;
 };
 
 /// Located folders and formulas. Keys: FilterID, "->", NodeID, "->", NodeType, "->", RootKey.
-class colLocateProp : public KeyedCollection<clsLocateProp> {
+class colLocateProp final : public KeyedCollection<clsLocateProp, &clsLocateProp::Key> {
   public:
     void Add(qint32 FilterID, qint32 NodeID, qint32 NodeType, qint32 PID, const QString& RootKey,
              const QString& Tag, bool& success);
-    void Remove(int position);
-    void Remove(const QString& key);
-    void Clear();
 
     /// The record with all four values; null when there is none.
     const clsLocateProp* Find(qint32 FilterID, qint32 NodeID, qint32 NodeType,

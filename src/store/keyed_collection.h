@@ -15,9 +15,10 @@ class CollectionError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Records in insertion order, addressed by 1-based position or by text key. Owns its records; a
-/// reference to one stays valid until that record is removed.
-template <class Record>
+/// Records in insertion order, addressed by 1-based position or by the text in their field `Key`,
+/// which is unique in the collection and constant, since records are found by it. Owns its records;
+/// a reference to one stays valid until that record is removed.
+template <class Record, const QString Record::*Key>
 class KeyedCollection {
   public:
     KeyedCollection() = default;
@@ -32,6 +33,21 @@ class KeyedCollection {
     const Record& Item(int position) const { return *records_[checked(position)]; }
     Record& Item(const QString& key) { return *found(key); }
     const Record& Item(const QString& key) const { return *found(key); }
+
+    /// Removes the record at a position or with a key; throws CollectionError when there is none.
+    void Remove(int position) { removeAt(checked(position)); }
+    void Remove(const QString& key) {
+        const std::size_t index = indexOf(found(key));
+        onRemoveByKey(*records_[index]);
+        removeAt(index);
+    }
+
+    /// Removes every record by its key, the last one first.
+    void Clear() {
+        while (!records_.empty()) {
+            Remove((*records_.back()).*Key);
+        }
+    }
 
     /// Enumeration in insertion order.
     class Iterator {
@@ -54,33 +70,23 @@ class KeyedCollection {
   protected:
     ~KeyedCollection() = default;
 
-    /// Appends `record` under `key`; throws CollectionError, adding nothing, when the key is taken.
-    Record& append(const QString& key, Record record) {
+    /// Appends `record`; throws CollectionError, adding nothing, when its key is taken.
+    Record& append(Record record) {
+        const QString& key = record.*Key;
         if (byKey_.contains(key)) {
             throw CollectionError("the key is already in the collection");
         }
         records_.push_back(std::make_unique<Record>(std::move(record)));
-        byKey_.insert(key, records_.back().get());
-        return *records_.back();
+        Record& added = *records_.back();
+        byKey_.insert(added.*Key, &added);
+        return added;
     }
 
-    void removeAt(int position, const QString& key) {
-        const auto index = checked(position);
-        byKey_.remove(key);
-        records_.erase(records_.begin() + static_cast<std::ptrdiff_t>(index));
-    }
+    /// Called with each record before it leaves the collection.
+    virtual void onRemove(Record& /*record*/) {}
 
-    /// Position of the record with this key; the last records are looked at first, so that emptying
-    /// a collection from its end takes linear time.
-    int positionOf(const QString& key) const {
-        const Record* record = found(key);
-        for (int position = Count(); position > 0; --position) {
-            if (records_[static_cast<std::size_t>(position) - 1].get() == record) {
-                return position;
-            }
-        }
-        throw CollectionError("no such key in the collection");
-    }
+    /// Called before onRemove() when the record is removed by its key or by Clear().
+    virtual void onRemoveByKey(Record& /*record*/) {}
 
   private:
     std::size_t checked(int position) const {
@@ -96,6 +102,23 @@ class KeyedCollection {
             throw CollectionError("no such key in the collection");
         }
         return *it;
+    }
+
+    /// The last records are looked at first, so that emptying a collection from its end takes
+    /// linear time.
+    std::size_t indexOf(const Record* record) const {
+        std::size_t index = records_.size() - 1;
+        while (records_[index].get() != record) {
+            --index;
+        }
+        return index;
+    }
+
+    void removeAt(std::size_t index) {
+        Record& record = *records_[index];
+        onRemove(record);
+        byKey_.remove(record.*Key);
+        records_.erase(records_.begin() + static_cast<std::ptrdiff_t>(index));
     }
 
     std::vector<std::unique_ptr<Record>> records_;

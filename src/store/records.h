@@ -2,13 +2,15 @@
 
 #include <QString>
 
+/// The record types of the collections. The key that a collection makes for a record is constant.
+
 namespace varo {
 
 /// A configured library.
 struct clsFormulaDB {
     QString FormulaNodeText;  ///< text of the library's root node
     QString Tag;              ///< free text
-    QString NodeKey;          ///< key of the root node, made by colFormulaDB::Add
+    const QString NodeKey;    ///< key of the root node, made by colFormulaDB::Add
     QString FormulaDBPath;    ///< folder of the library file, with its trailing separator
     QString FormulaDBName;    ///< file name of the library
 };
@@ -25,7 +27,7 @@ struct clsFormulaInfo {
     QString FormulaPicPath;  ///< picture file written out for display, "" when there is none
     qint32 FormulaPicType = PictureNone;
     qint32 FormulaPID = 0;  ///< identifier of the folder, 0 for the library's top level
-    QString NodeKey;        ///< key of the formula's list item
+    const QString NodeKey;  ///< key of the formula's list item
     QString Tag;            ///< free text
 };
 
@@ -36,16 +38,16 @@ struct clsNodeInfo {
     QString RootNodeKey;       ///< key of the library's root node
     QString FileName;          ///< file name of the library
     QString FilePath;          ///< folder of the library file
-    QString TheKey;            ///< the folder's tree key
+    const QString TheKey;      ///< the folder's tree key
     QString NodeName;
     qint32 NodeID = 0;
 };
 
 /// A property attached to a folder or formula.
 struct clsProperty {
-    QString Tag;         ///< free text
-    qint32 OptType = 0;  ///< kind of property
-    QString NodeKey;     ///< the property's key
+    QString Tag;            ///< free text
+    qint32 OptType = 0;     ///< kind of property
+    const QString NodeKey;  ///< the property's key
     qint32 FilterID = 0;
     QString PropName;
     qint32 PropID = 0;
@@ -57,19 +59,19 @@ enum VarSource { VarSourceTyped = 0, VarSourceProperty = 1, VarSourceTable = 2 }
 /// A variable of a formula, as stored.
 struct clsVarInfo {
     qint32 FormulaID = 0;  ///< 0: the record belongs to no formula
-    QString Key;
+    const QString Key;
     QString Tag;
     QString VarMemo;           ///< the source's parameter: property name, or database->table
     qint32 VarSourceType = 0;  ///< a VarSource
     QString VarValue;
-    QString VarName;
+    const QString VarName;  ///< constant too: colVarInfo finds records by it
 };
 
 /// A located folder or formula.
 struct clsLocateProp {
     QString Tag;      ///< free text
     QString RootKey;  ///< key of the library's root node
-    QString Key;
+    const QString Key;
     qint32 PID = 0;       ///< identifier of the parent
     qint32 NodeType = 0;  ///< 1 folder, 2 formula
     qint32 NodeID = 0;

@@ -41,7 +41,7 @@ TEST(Libraries, KeepTheirOrderAndAreFoundByPositionKeyPathOrName) {
     EXPECT_EQ(libraries.GetVarValue(u"steel.DB"_s), &libraries.Item(1));
     EXPECT_EQ(libraries.GetVarValue(u"wood.db"_s), nullptr);
     libraries.Remove(2);
-    libraries.Remove(u"DBNode1"_s);
+    libraries.Remove(libraries.Item(1).NodeKey);
     EXPECT_EQ(&libraries.Item(u"DBNode3"_s), &libraries.Item(1));
     EXPECT_THROW(libraries.Item(0), CollectionError);
     EXPECT_THROW(libraries.Remove(2), CollectionError);

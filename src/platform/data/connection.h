@@ -29,9 +29,12 @@ class Connection {
     Connection& operator=(Connection&&) noexcept;
 
     /// Closes what is open and opens the existing file at `path`, for reading and writing if the
-    /// file allows it, else for reading. A file that a killed program left half-written is first
-    /// taken back to its last commit, with the journal beside it; a file with a write-ahead log
-    /// has its two side files while it is open. Nothing else is created or changed. Throws Error
+    /// file allows it, else for reading. The format is told by the file's first bytes before
+    /// anything is changed. A database that a killed program left half-written is then taken back
+    /// to its last commit, with the journal beside it; a journal beside a file of another format is
+    /// not applied. A database with a write-ahead log has its two side files while it is open.
+    /// Nothing else is created or changed, and locks that this process holds on the file through
+    /// another connection stay. Throws Error
     /// (the connection is then closed) when the file is missing, is in no format that a driver
     /// reads, is damaged or locked so that its structure cannot be read, or would need recovering
     /// or a write-ahead log where nothing can be written.

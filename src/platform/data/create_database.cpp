@@ -54,8 +54,12 @@ void requireNothingAt(const QString& path) {
 }
 
 // Recovers the database at `path` and keeps everybody else out of it as long as the handle lives.
-// Null when there is none, or it is damaged beyond reading: then no one can be at work on it.
+// Null when the file is none of SQLite's, which a journal beside it must not be applied to, or is
+// damaged beyond reading: then no one can be at work on it.
 Handle lockedDatabase(const QString& path) {
+    if (!isSqliteFile(path)) {
+        return {nullptr, sqlite3_close_v2};
+    }
     sqlite3* opened = nullptr;
     int result =
         sqlite3_open_v2(path.toUtf8().constData(), &opened, SQLITE_OPEN_READWRITE, nullptr);

@@ -11,12 +11,12 @@ namespace varo::data {
 void createDatabase(const QString& path, const QString& script);
 
 /// Gives the closed database file `unfinished` its final place at `path`, in the same file system.
-/// A database that is there is first recovered, taken out of write-ahead logging and locked, so
-/// that what its journal holds cannot get into the new one; the file at `path` is then replaced
-/// whole, whatever it is. Throws Error when that database is locked or write-protected, or a step
-/// fails; the file at `path` then keeps its content, and `unfinished` is where it was. Another
-/// program that has the old database open without a lock goes on reading it, but can no longer
-/// write.
+/// An SQLite database that is there is first recovered, taken out of write-ahead logging and
+/// locked, so that what its journal holds cannot get into the new one; the file at `path` is then
+/// replaced whole, whatever it is. Throws Error when that database is locked or write-protected, or
+/// a step fails; the file at `path` then keeps its content, and `unfinished` is where it was.
+/// Another program that has the old database open without a lock goes on reading it, but can no
+/// longer write.
 void replaceDatabase(const QString& unfinished, const QString& path);
 
 }  // namespace varo::data

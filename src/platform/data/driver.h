@@ -92,16 +92,18 @@ class Driver {
     virtual ~Driver() = default;
 
     /// Opens the existing file at `path` and reads its structure; null when its content, never its
-    /// name, says that the file is in another format or is empty. Throws Error when the file cannot
-    /// be opened.
+    /// name, says that the file is in another format or is empty. The first bytes of the file are
+    /// read with fileStart() before anything else is done: a file of another format is left as it
+    /// is, whatever journal lies beside it. Throws Error when the file cannot be opened.
     virtual std::unique_ptr<DatabaseFile> open(const QString& path) const = 0;
 };
 
 /// Opens the file at `path` with the driver that knows its content. Throws Error when the file is
 /// missing, no driver knows it, or that driver cannot open it.
 ///
-/// SQLite comes first and another driver sees only what SQLite does not know: closing any handle of
-/// a file takes from this process the locks that SQLite holds on it, so that nothing but SQLite may
+/// The file may be one that this process has open already: every lock on it stays. SQLite comes
+/// first and another driver sees only what is not SQLite's: closing any handle of a file takes from
+/// this process the locks that SQLite holds on it, so that nothing but SQLite and fileStart() may
 /// open an SQLite file.
 std::unique_ptr<DatabaseFile> openDatabaseFile(const QString& path);
 

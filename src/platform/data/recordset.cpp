@@ -60,8 +60,7 @@ int Recordset::column(QStringView name) const {
     sqlite3_stmt* statement = openStatement(rows_);
     const int count = sqlite3_column_count(statement);
     for (int column = 0; column < count; ++column) {
-        if (name.compare(QString::fromUtf8(sqlite3_column_name(statement, column)),
-                         Qt::CaseInsensitive) == 0) {
+        if (name.compare(data::columnName(statement, column), Qt::CaseInsensitive) == 0) {
             return column;
         }
     }
@@ -73,7 +72,7 @@ int Recordset::columnCount() const noexcept {
 }
 
 QString Recordset::columnName(int column) const {
-    return QString::fromUtf8(sqlite3_column_name(openStatement(rows_), column));
+    return data::columnName(openStatement(rows_), column);
 }
 
 bool Recordset::isNull(int column) const {
@@ -81,15 +80,17 @@ bool Recordset::isNull(int column) const {
 }
 
 qint32 Recordset::integer(int column) const {
-    const qint64 value = sqlite3_column_int64(currentRow(rows_, column), column);
+    const qint64 value = integer64(column);
     return static_cast<qint32>(std::clamp<qint64>(value, std::numeric_limits<qint32>::min(),
                                                   std::numeric_limits<qint32>::max()));
 }
 
+qint64 Recordset::integer64(int column) const {
+    return sqlite3_column_int64(currentRow(rows_, column), column);
+}
+
 QString Recordset::text(int column) const {
-    sqlite3_stmt* row = currentRow(rows_, column);
-    const auto* utf8 = reinterpret_cast<const char*>(sqlite3_column_text(row, column));
-    return QString::fromUtf8(utf8, utf8 == nullptr ? 0 : sqlite3_column_bytes(row, column));
+    return columnText(currentRow(rows_, column), column);
 }
 
 qint32 Recordset::integer(QStringView name) const {

@@ -36,10 +36,11 @@ class Recordset {
     QString columnName(int column) const;
 
     /// Fields of the current row, by column position. NULL reads as 0 or as empty text; a number in
-    /// a text column reads as its decimal text. An out-of-range integer is cut to the range. Throws
-    /// Error when there is no current row or no such column.
+    /// a text column reads as its decimal text. An integer beyond the range of the result is cut to
+    /// the range. Throws Error when there is no current row or no such column.
     bool isNull(int column) const;
     qint32 integer(int column) const;
+    qint64 integer64(int column) const;
     QString text(int column) const;
 
     /// The same fields by column name. Throws Error when there is no such column.

@@ -1,5 +1,6 @@
 #include "platform/data/sqlite_driver.h"
 
+#include "platform/data/file_start.h"
 #include "platform/data/statement.h"
 
 #include <QFileInfo>
@@ -42,8 +43,7 @@ class SqliteBlob final : public LongBinary, private HandleUser {
             throw Error(QStringLiteral("%1 has no row %2").arg(table).arg(id));
         }
         row_ = sqlite3_column_int64(row.get(), 0);
-        null_ = QByteArrayView(reinterpret_cast<const char*>(sqlite3_column_text(row.get(), 1))) ==
-                QByteArrayView("null");
+        null_ = columnText(row.get(), 1) == QLatin1StringView("null");
     }
 
     qint64 size() override { return null_ ? 0 : sqlite3_blob_bytes(blob(Access::Read)); }
@@ -126,8 +126,7 @@ QStringList SqliteFile::damages() {
     QStringList lines;
     const StatementHandle check = prepare(handle(), QStringLiteral("PRAGMA integrity_check"));
     while (step(check.get())) {
-        lines.append(
-            QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(check.get(), 0))));
+        lines.append(columnText(check.get(), 0));
     }
     lines.removeAll(QStringLiteral("ok"));
     return lines;
@@ -147,11 +146,7 @@ qint64 number(sqlite3* database, const QString& query) {
 
 QString textValue(sqlite3* database, const QString& query) {
     const StatementHandle statement = prepare(database, query);
-    if (!step(statement.get())) {
-        return {};
-    }
-    return QString::fromUtf8(
-        reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0)));
+    return step(statement.get()) ? columnText(statement.get(), 0) : QString();
 }
 
 // SQLite reads a last page that was cut short as if zeros followed. Behind a write-ahead log the
@@ -169,7 +164,15 @@ void requireWholePages(sqlite3* database, const QString& path) {
 
 }  // namespace
 
+bool isSqliteFile(const QString& path) {
+    const QByteArray signature("SQLite format 3", 16);
+    return fileStart(path, static_cast<int>(signature.size())) == signature;
+}
+
 std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path) const {
+    if (!isSqliteFile(path)) {
+        return nullptr;
+    }
     sqlite3* opened = nullptr;
     const int result =
         sqlite3_open_v2(QFileInfo(path).absoluteFilePath().toUtf8().constData(), &opened,
@@ -189,7 +192,7 @@ std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path) const {
         throwLastError(opened);
     }
     if (number(opened, QStringLiteral("PRAGMA page_count")) == 0) {
-        return nullptr;  // an empty file, which SQLite would take for a database without tables
+        return nullptr;  // less than a page, which SQLite takes for a database without tables
     }
     requireWholePages(opened, path);
     return std::make_unique<SqliteFile>(std::move(handle));

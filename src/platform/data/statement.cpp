@@ -90,6 +90,27 @@ bool step(sqlite3_stmt* statement) {
     return result == SQLITE_ROW;
 }
 
+QString textOf(const char* utf8, qsizetype length) {
+    constexpr QByteArrayView kMark = "\xEF\xBB\xBF";
+    QByteArrayView rest(utf8, utf8 == nullptr ? 0 : length);
+    qsizetype marks = 0;
+    for (; rest.startsWith(kMark); rest = rest.sliced(kMark.size())) {
+        ++marks;  // QString::fromUtf8() drops the first
+    }
+    const QString text = QString::fromUtf8(rest);
+    return marks == 0 ? text : QString(marks, QChar::ByteOrderMark) + text;
+}
+
+QString columnText(sqlite3_stmt* statement, int column) {
+    const auto* utf8 = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+    return textOf(utf8, sqlite3_column_bytes(statement, column));
+}
+
+QString columnName(sqlite3_stmt* statement, int column) {
+    const char* name = sqlite3_column_name(statement, column);
+    return textOf(name, static_cast<qsizetype>(qstrlen(name)));
+}
+
 void run(sqlite3* database, const QString& text, const Arguments& arguments) {
     const StatementHandle statement = prepare(database, text, arguments);
     while (step(statement.get())) {

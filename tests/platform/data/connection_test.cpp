@@ -75,6 +75,8 @@ TEST(Connection, StoresAndFindsTextsAsTheyAreTyped) {
                              u"'; Drop Table Item; --"_s,
                              u"two\nlines\r\nand\ttabs"_s,
                              u"公式 ΔΣ 😀𝛼"_s,
+                             u"\xFEFF"_s,
+                             u"\xFEFF\xFEFFx\xFEFF"_s,
                              QString(256, u'y'),
                              QString(100000, u'长')};
     ItemDatabase items;

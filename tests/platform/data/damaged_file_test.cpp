@@ -34,9 +34,7 @@ class DamagedFile : public testing::Test {
   protected:
     /// Writes the file and opens it; `use` also reads all of it and writes. True when that worked.
     bool opens(const QByteArray& content, bool use = false) {
-        QFile file(path());
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-        file.close();
+        EXPECT_TRUE(writeFile(path(), content));
         bool opened = true;
         try {
             Connection connection;

@@ -3,6 +3,7 @@
 #include "platform/data/connection.h"
 #include "platform/data/create_database.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 
 namespace varo::data {
@@ -38,5 +39,11 @@ class ItemDatabase {
     QTemporaryDir directory;
     Connection connection;
 };
+
+/// Replaces the content of the file; false when that fails.
+inline bool writeFile(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
 
 }  // namespace varo::data

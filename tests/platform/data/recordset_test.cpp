@@ -19,6 +19,8 @@ TEST(Recordset, GoesFromTheFirstRowToBehindTheLast) {
     EXPECT_EQ(rows.column(u"AMOUNT"), 2);
     EXPECT_EQ(rows.column(u"Weight"), -1);
     EXPECT_EQ(rows.columnName(2), u"Amount"_s);
+    const QString marked = u"\xFEFFName"_s;
+    EXPECT_EQ(items.connection.query(u"Select 1 As [%1]"_s.arg(marked)).columnName(0), marked);
     EXPECT_EQ(rows.integer(u"amount"), 5);
     EXPECT_THROW(rows.integer(u"Weight"), Error);
     EXPECT_THROW(rows.text(4), Error);
@@ -32,20 +34,21 @@ TEST(Recordset, GoesFromTheFirstRowToBehindTheLast) {
 }
 
 TEST(Recordset, ReadsEveryStoredTypeAsNumberAndAsText) {
-    const std::tuple<const char*, qint32, const char*> cases[] = {
-        {"NULL", 0, ""},
-        {"-42", -42, "-42"},
-        {"2147483648", INT32_MAX, "2147483648"},
-        {"-9000000000", INT32_MIN, "-9000000000"},
-        {"2.5", 2, "2.5"},
-        {"'17'", 17, "17"},
-        {"'beam'", 0, "beam"},
-        {"''", 0, ""}};
+    const std::tuple<const char*, qint32, qint64, QString> cases[] = {
+        {"NULL", 0, 0, u""_s},
+        {"-42", -42, -42, u"-42"_s},
+        {"2147483648", INT32_MAX, 2147483648, u"2147483648"_s},
+        {"-9000000000", INT32_MIN, -9000000000, u"-9000000000"_s},
+        {"2.5", 2, 2, u"2.5"_s},
+        {"'17'", 17, 17, u"17"_s},
+        {"'beam'", 0, 0, u"beam"_s},
+        {"''", 0, 0, u""_s}};
     ItemDatabase items;
-    for (const auto& [value, number, text] : cases) {
+    for (const auto& [value, number, longNumber, text] : cases) {
         const Recordset row = items.connection.query(u"Select "_s + QLatin1StringView(value));
         EXPECT_EQ(row.integer(0), number) << value;
-        EXPECT_EQ(row.text(0), QLatin1StringView(text)) << value;
+        EXPECT_EQ(row.integer64(0), longNumber) << value;
+        EXPECT_EQ(row.text(0), text) << value;
         EXPECT_EQ(row.isNull(0), value == std::string("NULL"));
     }
 }

@@ -3,6 +3,7 @@
 #include "platform/data/create_database.h"
 #include "platform/data/item_database.h"
 #include "support/process.h"
+#include "support/test_library.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -68,6 +69,18 @@ TEST_F(Recovery, KeepsTheJournalOfADeletedOrReplacedFileOutOfTheNewOne) {
     expectOneSoundFileWith(u"new"_s);
 }
 
+TEST_F(Recovery, AppliesNoJournalToAFileOfAnotherFormat) {
+    killAWriter();
+    const QByteArray foreign = QByteArray("\0\1\0\0Standard Jet DB\0", 20).leftJustified(8192, 'x');
+    ASSERT_TRUE(writeFile(items.path(), foreign));
+    const QByteArray journal = test::fileContent(items.path() + u"-journal"_s);
+    EXPECT_THROW(items.connection.open(items.path()), Error);
+    EXPECT_EQ(test::fileContent(items.path()), foreign);
+    EXPECT_EQ(test::fileContent(items.path() + u"-journal"_s), journal);
+    EXPECT_THROW(replaceDatabase(items.directory.filePath(u"missing"_s), items.path()), Error);
+    EXPECT_EQ(test::fileContent(items.path()), foreign);
+}
+
 TEST_F(Recovery, ReplacesNoFileThatIsInUse) {
     const QString unfinished = newDatabase(u"unfinished"_s);
     {
@@ -91,6 +104,7 @@ TEST_F(Recovery, KeepsALockWhenTheSameProgramOpensTheFileAgain) {
         second.open(items.path());
         EXPECT_EQ(second.query(u"Select Count(*) From Item"_s).integer(0), 1);
     }
+    EXPECT_THROW(replaceDatabase(items.directory.filePath(u"missing"_s), items.path()), Error);
     test::LibraryProcess other({u"lock"_s, items.path()});
     ASSERT_EQ(other.readLine(), QString());
     EXPECT_EQ(other.wait(), 1);

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace varo::data {
+
+/// The first `length` bytes of the file at `path`, fewer when the file is shorter. Changes nothing:
+/// no journal is looked at. Throws Error when the file cannot be read.
+///
+/// Reads through SQLite's file layer: closing any other handle of a file would take from this
+/// process the locks that SQLite holds on it.
+QByteArray fileStart(const QString& path, int length);
+
+}  // namespace varo::data
