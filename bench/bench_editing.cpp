@@ -4,7 +4,7 @@
 #include "bench_files.h"
 #include "bench_main.h"
 #include "control/varo_calcex.h"
-#include "platform/questions.h"
+#include "platform/questions/questions.h"
 #include "platform/ui/node_view.h"
 #include "store/template.h"
 
