@@ -74,8 +74,6 @@ SubtreeDeletion deleteSubtree(CurrentLibrary& library, qint32 folder) {
         deletion.complete =
             std::ranges::all_of(subtree | std::views::reverse, [&](qint32 each) {
                 return deleteFolder(library, each, deletion.gone);
-            });| std::views::reverse, [&](const FolderRows::Row& each) {
-                return deleteFolder(library, each.id, deletion.gone);
             });
         transaction.commit();
         deletion.committed = true;

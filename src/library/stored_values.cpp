@@ -64,7 +64,7 @@ StoredValue StoredValues::known(const QString& name, qint32 formulaID, bool isRe
         record = library_.variables().Find(name, 0);
     }
     if (record == nullptr) {
-        return {.value = kZero, .isRead = isRead};
+        return {VarSourceTyped, kZero, {}, isRead};
     }
     return {record->VarSourceType, record->VarValue, record->VarMemo, true};
 }
