@@ -34,12 +34,30 @@ function(varo_compile_options target)
   endif()
 endfunction()
 
-# varo_library(NAME SOURCES ... LINKS ...): a static library whose headers are included by their path
-# below src. LINKS are the only project targets that its code may include.
+# varo_room(NAME ROOM): makes the headers of the folder ROOM below src visible to the target NAME and
+# to those that link it, by their path below src, and no other headers.
+function(varo_room name room)
+  string(REPLACE "/" "_" folder "${room}")
+  set(root "${PROJECT_BINARY_DIR}/headers/${folder}")
+  cmake_path(GET room PARENT_PATH above)
+  file(MAKE_DIRECTORY "${root}/${above}")
+  file(CREATE_LINK "${PROJECT_SOURCE_DIR}/src/${room}" "${root}/${room}" SYMBOLIC)
+  get_target_property(type ${name} TYPE)
+  set(scope PUBLIC)
+  if(type STREQUAL "INTERFACE_LIBRARY")
+    set(scope INTERFACE)
+  endif()
+  target_include_directories(${name} ${scope} "$<BUILD_INTERFACE:${root}>")
+endfunction()
+
+# varo_library(NAME [ROOM ...] SOURCES ... LINKS ...): a static library. ROOM is its folder below src.
+# LINKS are the only project targets whose headers its code can include.
 function(varo_library name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "" "ROOM" "SOURCES;LINKS" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
-  target_include_directories(${name} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>")
+  if(ARG_ROOM)
+    varo_room(${name} ${ARG_ROOM})
+  endif()
   target_link_libraries(${name} PUBLIC ${ARG_LINKS})
   varo_compile_options(${name})
 endfunction()

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/data/connection.h"
-#include "platform/questions.h"
+#include "platform/questions/questions.h"
 
 #include <QList>
 #include <QString>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/questions.h"
+#include "platform/questions/questions.h"
 
 #include <QPointer>
 #include <QWidget>
