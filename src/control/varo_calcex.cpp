@@ -12,6 +12,7 @@
 #include "platform/ui/message_boxes.h"
 #include "platform/ui/node_view.h"
 #include "platform/ui/registered_message.h"
+#include "platform/ui/result_box.h"
 #include "platform/ui/wait_cursor.h"
 #include "search/property_locator.h"
 #include "store/keys.h"

@@ -1,10 +1,12 @@
-#include "control/form.h"
+#include "form/form.h"
 
+#include "library/limits.h"
 #include "platform/ui/edit_grid.h"
 #include "platform/ui/focus_label.h"
 #include "platform/ui/fonts.h"
 #include "platform/ui/node_view.h"
 #include "platform/ui/picture_box.h"
+#include "platform/ui/result_box.h"
 
 #include <QBoxLayout>
 #include <QButtonGroup>
@@ -29,7 +31,7 @@ Widget* make(const char* name, QWidget* parent) {
     return widget;
 }
 
-/// A button that gives up the space around its text where the row is narrow.
+/// A button that can shrink to its text where the row is narrow.
 class TightButton : public QPushButton {
   public:
     explicit TightButton(QWidget* parent) : QPushButton(parent) {
@@ -37,9 +39,9 @@ class TightButton : public QPushButton {
     }
 
     QSize minimumSizeHint() const override {
-        constexpr int Frame = 8;
+        constexpr int kFrame = 8;
         const QSize shown = fontMetrics().size(Qt::TextShowMnemonic, text());
-        return {shown.width() + Frame, sizeHint().height()};
+        return {shown.width() + kFrame, sizeHint().height()};
     }
 };
 
@@ -86,7 +88,7 @@ void buildOuterPanes(Form& form, QWidget* parent) {
     form.tvFolder->header()->setStretchLastSection(false);
 }
 
-void buildListAndDescription(Form& form) {
+void buildList(Form& form) {
     QWidget* pane = form.picBackGround;
     form.lvFormula = make<ui::NodeView>("lvFormula", pane);
     form.lvFormula->setAccessibleName(QStringLiteral("公式列表"));
@@ -95,9 +97,11 @@ void buildListAndDescription(Form& form) {
     form.lvFormula->header()->setStretchLastSection(false);
     form.picShowFormulaSepar = makeBar("picShowFormulaSepar", pane);
     form.picFormulaSepar = makeDragBar("picFormulaSepar", pane);
-
     form.picFormula = make<QWidget>("picFormula", pane);
-    form.frmDesc = make<QFrame>("frmDesc", form.picFormula);
+}
+
+void buildDescriptionOptions(DescriptionForm& form, QWidget* panel) {
+    form.frmDesc = make<QFrame>("frmDesc", panel);
     auto* options = new QHBoxLayout(form.frmDesc);
     options->setContentsMargins(6, 2, 6, 2);
     const std::array texts{QStringLiteral("说明"), QStringLiteral("图片")};
@@ -112,8 +116,11 @@ void buildListAndDescription(Form& form) {
     }
     options->addStretch();
     form.optDesc[DescOptionPicture]->setChecked(true);
+}
 
-    form.PicDesc = make<QFrame>("PicDesc", form.picFormula);
+void buildDescription(DescriptionForm& form, QWidget* panel) {
+    buildDescriptionOptions(form, panel);
+    form.PicDesc = make<QFrame>("PicDesc", panel);
     form.txtDesc = make<QPlainTextEdit>("txtDesc", form.PicDesc);
     form.txtDesc->setAccessibleName(QStringLiteral("公式说明"));
     form.txtDesc->setFrameShape(QFrame::NoFrame);
@@ -133,15 +140,15 @@ void buildListAndDescription(Form& form) {
     contents->addWidget(form.txtDesc);
     contents->addWidget(form.imgDesc);
     contents->addWidget(form.lblDesc);
-    auto* rows = new QVBoxLayout(form.picFormula);
+    auto* rows = new QVBoxLayout(panel);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(2);
     rows->addWidget(form.frmDesc);
     rows->addWidget(form.PicDesc, 1);
 }
 
-void buildSymbolBand(Form& form) {
-    form.picSymbol = make<QWidget>("picSymbol", form.picBackGround);
+void buildSymbolBand(SymbolForm& form, QWidget* pane) {
+    form.picSymbol = make<QWidget>("picSymbol", pane);
     form.TabStripSymbol = make<QTabBar>("TabStripSymbol", form.picSymbol);
     form.TabStripSymbol->setAccessibleName(QStringLiteral("符号类别"));
     form.TabStripSymbol->setExpanding(false);
@@ -159,34 +166,35 @@ void buildFormulaBand(Form& form) {
     form.lblFormula = make<QLabel>("lblFormula", form.frmFormula);
     form.lblFormula->setText(QStringLiteral("公式:"));
     form.lblFormula->setFont(ui::songFont());
-    form.txtFormula = make<QLineEdit>("txtFormula", form.frmFormula);
-    form.txtFormula->setAccessibleName(QStringLiteral("公式"));
-    form.txtFormula->setFont(ui::songFont());
-    form.txtFormula->setMaxLength(TextLimit);
-    form.lblFormula->setBuddy(form.txtFormula);
+    auto* box = form.panel.txtFormula = make<QLineEdit>("txtFormula", form.frmFormula);
+    box->setAccessibleName(QStringLiteral("公式"));
+    box->setFont(ui::songFont());
+    box->setMaxLength(kTextLimit);
+    form.lblFormula->setBuddy(box);
     auto* row = new QHBoxLayout(form.frmFormula);
     row->setContentsMargins(4, 2, 4, 2);
     row->addWidget(form.lblFormula);
-    row->addWidget(form.txtFormula, 1);
+    row->addWidget(box, 1);
     auto* band = new QHBoxLayout(form.picInputFormula);
     band->setContentsMargins(0, 0, 0, 0);
     band->addWidget(form.frmFormula);
+}
 
-    auto* grid = make<ui::EditGrid>("MSFEditVarList", form.picBackGround);
+ui::EditGrid* buildVariableGrid(QWidget* pane) {
+    auto* grid = make<ui::EditGrid>("MSFEditVarList", pane);
     grid->setAccessibleName(QStringLiteral("变量"));
     grid->SetCols(2);
     grid->SetRows(1);
-    grid->SetCellText(0, 0, QStringLiteral("变量名称"));
-    grid->SetCellText(0, 1, QStringLiteral("变量值"));
-    grid->SetColEditable(1, true);
-    form.MSFEditVarList = grid;
+    grid->SetCellText(0, kNameColumn, QStringLiteral("变量名称"));
+    grid->SetCellText(0, kValueColumn, QStringLiteral("变量值"));
+    grid->SetColEditable(kValueColumn, true);
+    return grid;
 }
 
-void buildResultArea(Form& form) {
-    QWidget* area = form.picResult = make<QWidget>("picResult", form.picBackGround);
+void buildResultBoxes(ResultForm& form, QWidget* area) {
     form.lblResult = make<QLabel>("lblResult", area);
     form.lblResult->setText(QStringLiteral("结果："));
-    form.txtResult = make<QLineEdit>("txtResult", area);
+    form.txtResult = make<ui::ResultBox>("txtResult", area);
     form.txtResult->setAccessibleName(QStringLiteral("结果"));
     form.txtResult->setFont(ui::songFont());
     form.txtResult->setReadOnly(true);
@@ -201,7 +209,9 @@ void buildResultArea(Form& form) {
     form.lblPrecision->setBuddy(form.UpDownPrecision);
     form.txtPrecision = form.UpDownPrecision->findChild<QLineEdit*>();
     form.txtPrecision->setObjectName(QStringLiteral("txtPrecision"));
+}
 
+void buildResultButtons(ResultForm& form, QWidget* area) {
     form.cmdCalCulate =
         makeButton("cmdCalCulate", QStringLiteral("计算(&U)"), QStringLiteral("计算公式"), area);
     form.cmdSaveResult =
@@ -214,7 +224,12 @@ void buildResultArea(Form& form) {
                               QStringLiteral("把结果复制到剪贴板"), area);
     form.cmdSend = makeButton("cmdSend", QStringLiteral("传递(&P)"),
                               QStringLiteral("把结果传递给主程序"), area);
+}
 
+void buildResultArea(ResultForm& form, QWidget* pane) {
+    QWidget* area = form.picResult = make<QWidget>("picResult", pane);
+    buildResultBoxes(form, area);
+    buildResultButtons(form, area);
     auto* rows = new QVBoxLayout(area);
     rows->setContentsMargins(4, 2, 4, 2);
     rows->setSpacing(3);
@@ -234,24 +249,25 @@ void buildResultArea(Form& form) {
 }
 
 void setTabOrder(const Form& form) {
+    const auto& [description, symbols, txtFormula, MSFEditVarList, result] = form.panel;
     const std::initializer_list<QWidget*> order{form.tvFolder,
                                                 form.lvFormula,
-                                                form.optDesc[DescOptionText],
-                                                form.optDesc[DescOptionPicture],
-                                                form.txtDesc,
-                                                form.imgDesc,
-                                                form.lblDesc,
-                                                form.TabStripSymbol,
-                                                form.txtFormula,
-                                                form.MSFEditVarList,
-                                                form.cmdCalCulate,
-                                                form.txtResult,
-                                                form.UpDownPrecision,
-                                                form.cmdSaveResult,
-                                                form.CmdAddResult,
-                                                form.cmdClearResult,
-                                                form.cmdCopy,
-                                                form.cmdSend};
+                                                description.optDesc[DescOptionText],
+                                                description.optDesc[DescOptionPicture],
+                                                description.txtDesc,
+                                                description.imgDesc,
+                                                description.lblDesc,
+                                                symbols.TabStripSymbol,
+                                                txtFormula,
+                                                MSFEditVarList,
+                                                result.cmdCalCulate,
+                                                result.txtResult,
+                                                result.UpDownPrecision,
+                                                result.cmdSaveResult,
+                                                result.CmdAddResult,
+                                                result.cmdClearResult,
+                                                result.cmdCopy,
+                                                result.cmdSend};
     QWidget* previous = nullptr;
     for (QWidget* widget : order) {
         if (previous != nullptr) {
@@ -266,10 +282,12 @@ void setTabOrder(const Form& form) {
 Form buildForm(QWidget* parent) {
     Form form;
     buildOuterPanes(form, parent);
-    buildListAndDescription(form);
-    buildSymbolBand(form);
+    buildList(form);
+    buildDescription(form.panel.description, form.picFormula);
+    buildSymbolBand(form.panel.symbols, form.picBackGround);
     buildFormulaBand(form);
-    buildResultArea(form);
+    form.panel.MSFEditVarList = buildVariableGrid(form.picBackGround);
+    buildResultArea(form.panel.result, form.picBackGround);
     setTabOrder(form);
     return form;
 }

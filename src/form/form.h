@@ -17,6 +17,7 @@ namespace varo::ui {
 class EditGrid;
 class NodeView;
 class PictureBox;
+class ResultBox;
 }  // namespace varo::ui
 
 namespace varo {
@@ -25,6 +26,10 @@ namespace varo {
 enum DescOption { DescOptionText = 0, DescOptionPicture = 1 };
 
 inline constexpr int kSymbolTabs = 10;
+
+/// Columns of MSFEditVarList.
+inline constexpr int kNameColumn = 0;
+inline constexpr int kValueColumn = 1;
 
 /// The named widgets of the control. Each carries its name as objectName; all are owned by Qt's
 /// parents.
@@ -50,7 +55,7 @@ struct SymbolForm {
 struct ResultForm {
     QWidget* picResult = nullptr;
     QLabel* lblResult = nullptr;
-    QLineEdit* txtResult = nullptr;
+    ui::ResultBox* txtResult = nullptr;
     QLabel* lblPrecision = nullptr;
     QLineEdit* txtPrecision = nullptr;  ///< the text of UpDownPrecision
     QSpinBox* UpDownPrecision = nullptr;

@@ -1,4 +1,4 @@
-#include "control/pane_layout.h"
+#include "form/pane_layout.h"
 
 #include <algorithm>
 
@@ -6,11 +6,11 @@ namespace varo {
 
 namespace {
 
-constexpr int ResultHeight = 1960;
-constexpr int GridHeight = 1980;
-constexpr int GridNameColumn = 800;
-constexpr int MinResultWidth = 2700;
-constexpr int MaxResultWidth = 5400;
+constexpr int kResultHeight = 1960;
+constexpr int kGridHeight = 1980;
+constexpr int kGridNameColumn = 800;
+constexpr int kMinResultWidth = 2700;
+constexpr int kMaxResultWidth = 5400;
 
 /// `usual`, or `needed` if that is more, but then at most half of `room`.
 int widened(int usual, int needed, int room) {
@@ -34,17 +34,17 @@ void PaneLayout::setContentWidths(int gridName, int result) {
 }
 
 void PaneLayout::resizeClient(int width, int height) {
-    width = std::max(width, MinWidth);
-    height = std::max(height, MinHeight);
+    width = std::max(width, kMinWidth);
+    height = std::max(height, kMinHeight);
     if (clientWidth_ == 0) {
         paneHeight_ = height - toolbarHeight_;
-        backgroundWidth_ = width - treeWidth_ - Bar;
+        backgroundWidth_ = width - treeWidth_ - kBar;
     } else {
         paneHeight_ += height - clientHeight_;
         const int wanted = backgroundWidth_ + width - clientWidth_;
-        backgroundWidth_ = std::max(wanted, MinBackground);
-        if (wanted < MinBackground) {
-            treeWidth_ -= MinBackground - wanted;
+        backgroundWidth_ = std::max(wanted, kMinBackground);
+        if (wanted < kMinBackground) {
+            treeWidth_ -= kMinBackground - wanted;
         }
     }
     clientWidth_ = width;
@@ -54,30 +54,30 @@ void PaneLayout::resizeClient(int width, int height) {
 
 void PaneLayout::layOutBands() {
     if (firstLayout_) {
-        listWidth_ = backgroundWidth_ / 2 - Bar;
+        listWidth_ = backgroundWidth_ / 2 - kBar;
     } else {
-        listWidth_ = std::max(backgroundWidth_ - descriptionWidth_ - Bar, MinListOrPanel);
+        listWidth_ = std::max(backgroundWidth_ - descriptionWidth_ - kBar, kMinListOrPanel);
     }
-    descriptionWidth_ = backgroundWidth_ - listWidth_ - Bar;
+    descriptionWidth_ = backgroundWidth_ - listWidth_ - kBar;
 }
 
 int PaneLayout::clampTreeBar(int left) const {
-    return std::max(MinTree, std::min(left, clientWidth_ - MinBackground - Bar));
+    return std::max(kMinTree, std::min(left, clientWidth_ - kMinBackground - kBar));
 }
 
 int PaneLayout::clampListBar(int left) const {
-    return std::max(MinListOrPanel, std::min(left, backgroundWidth_ - MinListOrPanel - Bar));
+    return std::max(kMinListOrPanel, std::min(left, backgroundWidth_ - kMinListOrPanel - kBar));
 }
 
 void PaneLayout::moveTreeBar(int left) {
     treeWidth_ = clampTreeBar(left);
-    backgroundWidth_ = clientWidth_ - treeWidth_ - Bar;
+    backgroundWidth_ = clientWidth_ - treeWidth_ - kBar;
     layOutBands();
 }
 
 void PaneLayout::moveListBar(int left) {
     listWidth_ = clampListBar(left);
-    descriptionWidth_ = backgroundWidth_ - listWidth_ - Bar;
+    descriptionWidth_ = backgroundWidth_ - listWidth_ - kBar;
 }
 
 QRect PaneLayout::toolbar() const {
@@ -85,19 +85,19 @@ QRect PaneLayout::toolbar() const {
 }
 
 QRect PaneLayout::treePane() const {
-    return {0, toolbarHeight_ + Bar, treeWidth_, paneHeight_};
+    return {0, toolbarHeight_ + kBar, treeWidth_, paneHeight_};
 }
 
 QRect PaneLayout::treeBar() const {
-    return {treeWidth_, toolbarHeight_ + Bar, Bar, paneHeight_};
+    return {treeWidth_, toolbarHeight_ + kBar, kBar, paneHeight_};
 }
 
 QRect PaneLayout::background() const {
-    return {treeWidth_ + Bar, toolbarHeight_ + 10, backgroundWidth_, paneHeight_};
+    return {treeWidth_ + kBar, toolbarHeight_ + 10, backgroundWidth_, paneHeight_};
 }
 
 int PaneLayout::listHeight() const {
-    const int lowerBands = inputHeight_ + Bar + ResultHeight + Bar + symbolHeight_ + Bar + 50;
+    const int lowerBands = inputHeight_ + kBar + kResultHeight + kBar + symbolHeight_ + kBar + 50;
     return paneHeight_ - lowerBands;
 }
 
@@ -106,33 +106,33 @@ QRect PaneLayout::list() const {
 }
 
 QRect PaneLayout::listBar() const {
-    return {listWidth_, 0, Bar, listHeight()};
+    return {listWidth_, 0, kBar, listHeight()};
 }
 
 QRect PaneLayout::description() const {
-    return {listWidth_ + Bar, 0, descriptionWidth_, listHeight() - 20};
+    return {listWidth_ + kBar, 0, descriptionWidth_, listHeight() - 20};
 }
 
 QRect PaneLayout::symbol() const {
-    return {0, listHeight() + Bar, backgroundWidth_, symbolHeight_};
+    return {0, listHeight() + kBar, backgroundWidth_, symbolHeight_};
 }
 
 QRect PaneLayout::input() const {
-    return {0, symbol().y() + symbolHeight_ + Bar, backgroundWidth_, inputHeight_};
+    return {0, symbol().y() + symbolHeight_ + kBar, backgroundWidth_, inputHeight_};
 }
 
 QRect PaneLayout::grid() const {
-    return {0, input().y() + inputHeight_ + Bar, backgroundWidth_ - resultWidth() - Bar,
-            GridHeight};
+    return {0, input().y() + inputHeight_ + kBar, backgroundWidth_ - resultWidth() - kBar,
+            kGridHeight};
 }
 
 QRect PaneLayout::result() const {
-    return {grid().width() + Bar, grid().y(), resultWidth(), ResultHeight};
+    return {grid().width() + kBar, grid().y(), resultWidth(), kResultHeight};
 }
 
 int PaneLayout::resultWidth() const {
-    // Messages in place of a result profit from more than the buttons need.
-    const int usual = std::clamp(backgroundWidth_ * 2 / 5, MinResultWidth, MaxResultWidth);
+    // The result box also shows error messages, which need more room than the buttons.
+    const int usual = std::clamp(backgroundWidth_ * 2 / 5, kMinResultWidth, kMaxResultWidth);
     return widened(usual, resultNeeds_, backgroundWidth_);
 }
 
@@ -141,7 +141,7 @@ int PaneLayout::gridColumns() const {
 }
 
 int PaneLayout::gridNameColumn() const {
-    return widened(GridNameColumn, gridNameNeeds_, gridColumns());
+    return widened(kGridNameColumn, gridNameNeeds_, gridColumns());
 }
 
 int PaneLayout::gridValueColumn() const {

@@ -4,29 +4,32 @@
 
 namespace varo {
 
-/// Where the panes of the control lie, in twips, and how they follow a resize or a dragged
-/// splitter. Rectangles of the outer panes count from the control's corner, those of the bands from
-/// the corner of the background pane.
+/// Geometry of the panes of the control, in twips: computes their rectangles for a size of the
+/// control and for positions of the splitter bars. The origin of the outer panes is the control's
+/// top left corner, that of the bands is the background pane's.
 class PaneLayout {
   public:
-    static constexpr int Bar = 30;              ///< width of a splitter bar and of every gap
-    static constexpr int MinWidth = 7000;       ///< of the control
-    static constexpr int MinHeight = 6000;      ///< of the control
-    static constexpr int MinBackground = 4600;  ///< width of the background pane
-    static constexpr int MinTree = 1700;        ///< width of the tree pane while its bar is dragged
-    static constexpr int MinListOrPanel = 1800;  ///< width of the list and of the description panel
+    static constexpr int kBar = 30;              ///< width of a splitter bar and of every gap
+    static constexpr int kMinWidth = 7000;       ///< of the control
+    static constexpr int kMinHeight = 6000;      ///< of the control
+    static constexpr int kMinBackground = 4600;  ///< width of the background pane
+    static constexpr int kMinTree = 1700;  ///< width of the tree pane while its bar is dragged
+    static constexpr int kMinListOrPanel =
+        1800;  ///< width of the list and of the description panel
 
-    /// Heights that the contents need; all bands are laid out anew.
+    /// Sets the heights that the contents need.
     void setContentHeights(int toolbar, int symbol, int input);
 
-    /// Widths that the heading of the grid's first column and the result area need to show their
-    /// texts whole. They get more than their usual widths for it where half of the room is enough.
+    /// Sets the widths that the heading of the grid's first column and the result area need to show
+    /// their texts whole. They are given more than their usual widths where that needs at most half
+    /// of the room.
     void setContentWidths(int gridName, int result);
 
-    /// The client area has this size now; the first call gives the panes their initial sizes.
+    /// Sets the size of the client area; at least kMinWidth by kMinHeight is used. The first call
+    /// gives the panes their initial sizes.
     void resizeClient(int width, int height);
 
-    /// From now on the description panel keeps its width when the background pane changes its own.
+    /// After this the description panel keeps its width when the background pane changes its own.
     void endFirstLayout() { firstLayout_ = false; }
 
     /// The nearest place that a bar may be dragged to.

@@ -1,4 +1,4 @@
-#include "control/panes.h"
+#include "form/panes.h"
 
 #include "platform/ui/edit_grid.h"
 #include "platform/ui/icons.h"
@@ -19,7 +19,7 @@ namespace {
 using ui::toPixels;
 using ui::toTwips;
 
-/// Rounds both edges, so that panes which touch in twips touch in pixels.
+/// Both edges are rounded, so that panes which touch in twips touch in pixels.
 QRect toPixels(const QRect& twips) {
     const QPoint topLeft(toPixels(twips.x()), toPixels(twips.y()));
     const QPoint bottomRight(toPixels(twips.x() + twips.width()),
@@ -28,7 +28,7 @@ QRect toPixels(const QRect& twips) {
 }
 
 constexpr int roundedUpPixels(int twips) {
-    return (twips + ui::TwipsPerPixel - 1) / ui::TwipsPerPixel;
+    return (twips + ui::kTwipsPerPixel - 1) / ui::kTwipsPerPixel;
 }
 
 /// Width in pixels that shows the heading of a grid's column whole.
@@ -40,15 +40,15 @@ int headingWidth(const ui::EditGrid& grid, int column) {
 
 }  // namespace
 
-Panes::Panes(Form& form, QWidget& control)
+Panes::Panes(const Form& form, QWidget& control)
     : form_(form),
       control_(control),
       treeSplitter_{form.picShowTreeSepar, form.picTreeSepar, &PaneLayout::clampTreeBar,
                     &PaneLayout::moveTreeBar},
       listSplitter_{form.picShowFormulaSepar, form.picFormulaSepar, &PaneLayout::clampListBar,
                     &PaneLayout::moveListBar} {
-    control.setMinimumSize(roundedUpPixels(PaneLayout::MinWidth),
-                           roundedUpPixels(PaneLayout::MinHeight));
+    control.setMinimumSize(roundedUpPixels(PaneLayout::kMinWidth),
+                           roundedUpPixels(PaneLayout::kMinHeight));
     form.PicControl->installEventFilter(this);
     form.picShowTreeSepar->installEventFilter(this);
     form.picShowFormulaSepar->installEventFilter(this);
@@ -57,12 +57,12 @@ Panes::Panes(Form& form, QWidget& control)
 void Panes::follow() {
     form_.tbEdit->setIconSize(ui::iconSizeFor(*form_.tbEdit));
     layout_.setContentHeights(toTwips(form_.tbEdit->sizeHint().height()),
-                              toTwips(form_.picSymbol->sizeHint().height()),
+                              toTwips(form_.panel.symbols.picSymbol->sizeHint().height()),
                               toTwips(form_.picInputFormula->sizeHint().height()));
-    // Rows within a layout remember what they needed until it is activated.
-    form_.picResult->layout()->activate();
-    layout_.setContentWidths(toTwips(headingWidth(*form_.MSFEditVarList, 0)),
-                             toTwips(form_.picResult->minimumSizeHint().width()));
+    // The layouts of its rows cache their size hints until it is activated.
+    form_.panel.result.picResult->layout()->activate();
+    layout_.setContentWidths(toTwips(headingWidth(*form_.panel.MSFEditVarList, kNameColumn)),
+                             toTwips(form_.panel.result.picResult->minimumSizeHint().width()));
     layout_.resizeClient(toTwips(control_.width()), toTwips(control_.height()));
     place();
 }
@@ -80,12 +80,12 @@ void Panes::place() {
     form_.lvFormula->header()->resizeSection(0, toPixels(layout_.listColumn()));
     form_.picShowFormulaSepar->setGeometry(toPixels(layout_.listBar()));
     form_.picFormula->setGeometry(toPixels(layout_.description()));
-    form_.picSymbol->setGeometry(toPixels(layout_.symbol()));
+    form_.panel.symbols.picSymbol->setGeometry(toPixels(layout_.symbol()));
     form_.picInputFormula->setGeometry(toPixels(layout_.input()));
-    form_.MSFEditVarList->setGeometry(toPixels(layout_.grid()));
-    form_.MSFEditVarList->SetColWidth(0, layout_.gridNameColumn());
-    form_.MSFEditVarList->SetColWidth(1, layout_.gridValueColumn());
-    form_.picResult->setGeometry(toPixels(layout_.result()));
+    form_.panel.MSFEditVarList->setGeometry(toPixels(layout_.grid()));
+    form_.panel.MSFEditVarList->SetColWidth(kNameColumn, layout_.gridNameColumn());
+    form_.panel.MSFEditVarList->SetColWidth(kValueColumn, layout_.gridValueColumn());
+    form_.panel.result.picResult->setGeometry(toPixels(layout_.result()));
 }
 
 bool Panes::eventFilter(QObject* watched, QEvent* event) {

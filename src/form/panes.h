@@ -1,25 +1,25 @@
 #pragma once
 
-#include "control/form.h"
-#include "control/pane_layout.h"
+#include "form/form.h"
+#include "form/pane_layout.h"
 
 #include <QObject>
 
 namespace varo {
 
-/// Keeps the panes of the form in their places: follows the size of the control and lets the user
-/// drag the two splitter bars.
+/// Lays out the panes of the form in the control and moves the two splitter bars that the user
+/// drags.
 class Panes : public QObject {
     Q_OBJECT
 
   public:
-    /// The form must outlive this; the control that holds it gets its least size.
-    Panes(Form& form, QWidget& control);
+    /// Everything handed in must outlive this. Sets the minimum size of the control.
+    Panes(const Form& form, QWidget& control);
 
-    /// The control has been resized.
+    /// To be called when the control has been resized: lays out all panes.
     void follow();
 
-    /// The control is on screen: from now on the description panel keeps its width.
+    /// To be called when the control is shown: see PaneLayout::endFirstLayout().
     void endFirstLayout() { layout_.endFirstLayout(); }
 
   protected:
@@ -36,7 +36,7 @@ class Panes : public QObject {
     bool dragSplitter(const Splitter& splitter, const QEvent& event);
     void place();
 
-    Form& form_;
+    const Form& form_;
     QWidget& control_;
     PaneLayout layout_;
     Splitter treeSplitter_;

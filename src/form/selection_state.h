@@ -2,8 +2,8 @@
 
 namespace varo {
 
-/// What is selected in tree and list. It says which widgets of the panel accept input and which edit
-/// commands are offered; any other number offers nothing.
+/// What is selected in tree and list. It says which widgets of the panel accept input and which
+/// edit commands are offered; any other number offers nothing.
 enum class SelectionState : int {
     Nothing = 1,
     Library = 2,

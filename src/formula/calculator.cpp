@@ -2,34 +2,21 @@
 
 #include "engine/numbers.h"
 #include "platform/ui/edit_grid.h"
-#include "platform/ui/tool_tip.h"
+#include "platform/ui/result_box.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QLineEdit>
 #include <QPushButton>
+#include <QSpinBox>
 
 namespace varo {
 
-namespace {
+using State = ui::ResultBox::State;
 
-constexpr int ValueColumn = 1;
-
-using engine::CalcEngine;
-
-bool isNumberType(std::int32_t type) {
-    return type == 0 || type == CalcEngine::kNumber;
-}
-
-QString toQt(const std::string& text) {
-    return QString::fromStdString(text);
-}
-
-}  // namespace
-
-Calculator::Calculator(Form& form, CalcEngine& engine) : form_(form), engine_(engine) {
+Calculator::Calculator(ResultForm& form, ui::EditGrid& grid, ParsedFormula& formula)
+    : form_(form), grid_(grid), formula_(formula) {
     connect(form.cmdCalCulate, &QPushButton::clicked, this, [this] {
-        // A value still being typed is stored when its editor loses the focus.
+        // A value that is being typed is stored when its editor loses the focus.
         form_.cmdCalCulate->setFocus();
         calculate();
     });
@@ -42,126 +29,108 @@ Calculator::Calculator(Form& form, CalcEngine& engine) : form_(form), engine_(en
             emit resultSent();
         }
     });
-    // A message in place of a result can be longer than the box.
-    connect(form.txtResult, &QLineEdit::textChanged, form.txtResult,
-            [this](const QString& text) { form_.txtResult->setToolTip(ui::plainToolTip(text)); });
-    connect(form.txtFormula, &QLineEdit::returnPressed, this, &Calculator::calculate);
+}
+
+void Calculator::setEnabled(bool enabled) {
+    isEnabled_ = enabled;
+    const std::initializer_list<QWidget*> widgets{form_.UpDownPrecision, form_.CmdAddResult,
+                                                  form_.cmdClearResult, form_.txtResult,
+                                                  form_.cmdCalCulate};
+    for (QWidget* widget : widgets) {
+        widget->setEnabled(enabled);
+    }
+    setHasResult(hasResult_);
+}
+
+void Calculator::setHasResult(bool hasResult) {
+    hasResult_ = hasResult;
+    for (QPushButton* button : {form_.cmdSaveResult, form_.cmdCopy, form_.cmdSend}) {
+        button->setEnabled(isEnabled_ && hasResult);
+    }
+}
+
+void Calculator::clear() {
+    showsSum_ = false;
+    form_.txtResult->setResult(QString());
+    setHasResult(false);
+}
+
+void Calculator::markStale() {
+    setHasResult(false);
+    if (!showsSum_ && !form_.txtResult->text().isEmpty()) {
+        form_.txtResult->setState(State::Stale, QStringLiteral("公式或变量值已改变，请重新计算"));
+    }
 }
 
 void Calculator::calculate() {
-    setResultButtonsEnabled(false);
-    showResult(QString());
-    if (form_.txtFormula->text().isEmpty()) {
-        return;
+    clear();
+    if (!formula_.text().isEmpty()) {
+        showEvaluation(formula_.evaluate(values()));
     }
-    const std::string formula = form_.txtFormula->text().toStdString();
-    std::int32_t parsed = 0;
-    engine_.ResetEngine();
-    engine_.ParseFormula(formula, parsed);
-    engine_.SetNumVar(CalcEngine::kOutput, "Result", 0.0, formula);
-    if (!giveValues(formula)) {
-        return;
-    }
-    double result = 0;
-    std::int32_t type = 0;
-    std::int32_t success = 0;
-    std::int32_t state = 0;
-    std::int32_t reserved = 0;
-    engine_.BindNumVar("Result", result);
-    engine_.GetResultType(type);
-    engine_.Calculate(formula, success, reserved);
-    if (success == 0) {
-        showResult(wrongArgument());
-        return;
-    }
-    std::string text;
-    engine_.GetCalcState(state);
-    if (state == 0) {
-        engine_.GetErrorText(text);
-        showResult(toQt(text));
-        return;
-    }
-    if (isNumberType(type)) {
-        showResult(formatted(result));
-    } else if (type == CalcEngine::kText) {
-        engine_.GetTextVar("Result", text);
-        showResult(toQt(text));
-    }
-    setResultButtonsEnabled(true);
 }
 
-bool Calculator::giveValues(const std::string& formula) {
-    std::int32_t count = 0;
-    engine_.GetVarCount(count);
-    std::string name;
-    for (std::int32_t i = 1; i <= count; ++i) {
-        std::int32_t type = 0;
-        engine_.GetVarName(i, name);
-        engine_.GetVarType(i, type);
-        const std::string value = form_.MSFEditVarList->GetCellText(i, ValueColumn).toStdString();
-        if (isNumberType(type)) {
-            const auto number = engine::parseNumber(value);
-            if (!number) {
-                showResult(
-                    QStringLiteral("用户为变量“%1”所赋的值与变量类型不符！").arg(toQt(name)));
-                return false;
-            }
-            engine_.SetNumVar(CalcEngine::kInput, name, *number, formula);
-        } else if (type == CalcEngine::kText) {
-            engine_.SetTextVar(CalcEngine::kInput, name, value, formula);
+void Calculator::showEvaluation(const Evaluation& evaluation) {
+    const QString reason = doubts();
+    if (evaluation.kind == Evaluation::Kind::Error) {
+        const State state = evaluation.text.isEmpty() ? State::Normal : State::Error;
+        form_.txtResult->setResult(evaluation.text, state, reason);
+        return;
+    }
+    const bool isNumber = evaluation.kind == Evaluation::Kind::Number;
+    form_.txtResult->setResult(isNumber ? formatted(evaluation.number) : evaluation.text,
+                               reason.isEmpty() ? State::Normal : State::Doubtful, reason);
+    setHasResult(true);
+}
+
+QStringList Calculator::values() const {
+    QStringList values;
+    for (int row = 1; row < grid_.Rows(); ++row) {
+        values.append(grid_.GetCellText(row, kValueColumn));
+    }
+    return values;
+}
+
+/// The notes of the values, a line for each; "" when there is none.
+QString Calculator::doubts() const {
+    QStringList notes;
+    for (int row = 1; row < grid_.Rows(); ++row) {
+        const QString note = grid_.CellNote(row, kValueColumn);
+        if (!note.isEmpty()) {
+            notes.append(
+                QStringLiteral("变量“%1”：%2").arg(grid_.GetCellText(row, kNameColumn), note));
         }
     }
-    return true;
-}
-
-QString Calculator::wrongArgument() {
-    enum Kind { NumberWanted = 1, TextWanted = 2, TooFew = 3 };
-    std::int32_t reserved = 0;
-    std::int32_t kind = 0;
-    std::int32_t position = 0;
-    std::int32_t argument = 0;
-    std::string function;
-    engine_.GetErrorInfo(reserved, kind, position, argument, function);
-    switch (kind) {
-        case NumberWanted:
-            return QStringLiteral("函数“%1”的第%2参量只能被赋予数值型参数。")
-                .arg(toQt(function))
-                .arg(argument);
-        case TextWanted:
-            return QStringLiteral("函数“%1”的第%2参量只能被赋予文本型参数。")
-                .arg(toQt(function))
-                .arg(argument);
-        case TooFew:
-            return QStringLiteral("函数“%1”的参数不足。").arg(toQt(function));
-        default:
-            return {};
-    }
+    return notes.join(u'\n');
 }
 
 QString Calculator::formatted(double value) const {
     const double places = engine::leadingNumber(form_.txtPrecision->text().toStdString());
-    return toQt(engine::formatFixed(value, static_cast<int>(places)));
+    return QString::fromStdString(engine::formatFixed(value, static_cast<int>(places)));
 }
 
+/// "M+": appends a numeric result to the saved ones.
 void Calculator::saveResult() {
     const QString text = form_.txtResult->text();
     if (engine::parseNumber(text.toStdString())) {
         savedResults_.append(text);
-        form_.MSFEditVarList->AddListItem(text);
+        grid_.AddListItem(text);
     }
 }
 
+/// "MR": shows the sum of the saved results.
 void Calculator::recallResults() {
     double sum = 0;
     for (const QString& text : savedResults_) {
         sum += engine::leadingNumber(text.toStdString());
     }
-    showResult(formatted(sum));
+    form_.txtResult->setResult(formatted(sum));
+    showsSum_ = true;
 }
 
+/// "MC": discards the saved results.
 void Calculator::clearResults() {
-    for (int count = form_.MSFEditVarList->GetListCount(); count > 0; --count) {
-        form_.MSFEditVarList->RemoveListItem(0);
+    for (int count = grid_.GetListCount(); count > 0; --count) {
+        grid_.RemoveListItem(0);
     }
     savedResults_.clear();
 }
@@ -169,17 +138,6 @@ void Calculator::clearResults() {
 void Calculator::copyResult() {
     if (!form_.txtResult->text().isEmpty()) {
         QGuiApplication::clipboard()->setText(form_.txtResult->text());
-    }
-}
-
-void Calculator::showResult(const QString& text) {
-    form_.txtResult->setText(text);
-    form_.txtResult->setCursorPosition(0);
-}
-
-void Calculator::setResultButtonsEnabled(bool enabled) {
-    for (QPushButton* button : {form_.cmdSaveResult, form_.cmdCopy, form_.cmdSend}) {
-        button->setEnabled(enabled);
     }
 }
 

@@ -1,7 +1,7 @@
 #include "formula/description_pane.h"
 
-#include "control/formula_reader.h"
-#include "platform/ui/node_view.h"
+#include "library/formula_reader.h"
+#include "library/limits.h"
 #include "platform/ui/picture_box.h"
 
 #include <QFileInfo>
@@ -15,8 +15,9 @@
 
 namespace varo {
 
-DescriptionPane::DescriptionPane(Form& form, ControlState& state, Questions& questions)
-    : form_(form), state_(state), refusal_(questions) {
+DescriptionPane::DescriptionPane(DescriptionForm& form, CurrentLibrary& library,
+                                 const ShownFormula& shown, Questions& questions)
+    : form_(form), library_(library), shown_(shown), refusal_(questions) {
     form.txtDesc->installEventFilter(this);
     for (int i = 0; i < static_cast<int>(form.optDesc.size()); ++i) {
         connect(form.optDesc[static_cast<std::size_t>(i)], &QRadioButton::clicked, this,
@@ -24,32 +25,38 @@ DescriptionPane::DescriptionPane(Form& form, ControlState& state, Questions& que
     }
 }
 
+void DescriptionPane::setEnabled(bool enabled) {
+    for (QRadioButton* option : form_.optDesc) {
+        option->setEnabled(enabled);
+    }
+}
+
 void DescriptionPane::clear() {
     form_.optDesc[DescOptionPicture]->setChecked(true);
     form_.txtDesc->clear();
-    form_.txtDesc->document()->setModified(false);
-    form_.imgDesc->clear();
+    storedText_.clear();
     refusal_.forget();
+    removePicture();
     emit cleared();
 }
 
 void DescriptionPane::show(const clsFormulaInfo& formula) {
     form_.txtDesc->setPlainText(formula.FormulaMemo);
-    form_.txtDesc->document()->setModified(false);
-    if (!formula.FormulaPicPath.isEmpty() && !QFileInfo::exists(formula.FormulaPicPath) &&
-        state_.listsCurrentLibrary()) {
-        // Somebody tidied up. The picture is in the library still.
+    storedText_ = form_.txtDesc->toPlainText();
+    const QString& file = formula.FormulaPicPath;
+    if (file.isEmpty()) {
+        removePicture();
+        return;
+    }
+    if (!QFileInfo::exists(file)) {
         HeldMessages unread;
-        extractPicture(formula.FormulaID, formula.FormulaPicPath, state_.connection, unread);
+        extractPicture(formula.FormulaID, file, library_.connection(), unread);
     }
-    if (formula.FormulaPicPath.isEmpty()) {
-        showNoPicture();
-    } else {
-        showPicture(ui::Picture::read(formula.FormulaPicPath));
-    }
+    showPicture(ui::Picture::read(file));
 }
 
 void DescriptionPane::showPicture(const ui::Picture& picture) {
+    hasPicture_ = true;
     form_.imgDesc->setPicture(picture);
     if (picture.isNull()) {
         form_.imgDesc->setText(QStringLiteral("无法显示图片"));
@@ -57,30 +64,31 @@ void DescriptionPane::showPicture(const ui::Picture& picture) {
     showOnly(form_.imgDesc);
 }
 
-void DescriptionPane::showNoPicture() {
-    showOnly(form_.lblDesc);
+bool DescriptionPane::hasPicture() const {
+    return !form_.imgDesc->picture().isNull();
 }
 
 void DescriptionPane::removePicture() {
+    hasPicture_ = false;
     form_.imgDesc->clear();
-    showNoPicture();
+    showOnly(form_.lblDesc);
 }
 
 void DescriptionPane::showOption(int option) {
-    const QString key = form_.lvFormula->selectedKey();
-    if (!state_.listedFormulas.contains(key)) {
+    if (!shown_.id()) {
         return;
     }
     if (option == DescOptionText) {
         showOnly(form_.txtDesc);
-    } else if (state_.listedFormulas.Item(key).FormulaPicPath.isEmpty()) {
-        showNoPicture();
-    } else {
+    } else if (hasPicture_) {
         showOnly(form_.imgDesc);
+    } else {
+        showOnly(form_.lblDesc);
     }
 }
 
-/// The focus stays here: a content that is hidden would pass it on to the next widget.
+/// Keeps the focus in this area: hiding the widget that has it would move it to the next widget of
+/// the form.
 void DescriptionPane::showOnly(QWidget* content) {
     const std::array<QWidget*, 3> contents{form_.txtDesc, form_.imgDesc, form_.lblDesc};
     const bool focused = std::any_of(contents.begin(), contents.end(),
@@ -95,20 +103,21 @@ void DescriptionPane::showOnly(QWidget* content) {
 }
 
 bool DescriptionPane::eventFilter(QObject* watched, QEvent* event) {
-    const bool gained = event->type() == QEvent::FocusIn;
-    if (gained || event->type() == QEvent::FocusOut) {
-        if (gained) {
+    const bool isGained = event->type() == QEvent::FocusIn;
+    if (isGained || event->type() == QEvent::FocusOut) {
+        if (isGained) {
             refusal_.focusGained(*static_cast<QFocusEvent*>(event));
         }
         const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-        // A menu only borrows the focus, and a window that comes back goes on where it was left.
-        const bool borrowed =
-            reason == Qt::PopupFocusReason || (gained && reason == Qt::ActiveWindowFocusReason);
-        if (gained && !borrowed) {
-            // Behind the box's own handling, which would place the caret.
+        // A menu takes the focus for a moment only; a window that is activated again keeps its
+        // selection.
+        const bool isTemporary =
+            reason == Qt::PopupFocusReason || (isGained && reason == Qt::ActiveWindowFocusReason);
+        if (isGained && !isTemporary) {
+            // After the box's own handling of the event, which sets the caret.
             QMetaObject::invokeMethod(form_.txtDesc, &QPlainTextEdit::selectAll,
                                       Qt::QueuedConnection);
-        } else if (!gained && !borrowed && !store()) {
+        } else if (!isGained && !isTemporary && !store()) {
             QMetaObject::invokeMethod(
                 form_.txtDesc, [this] { form_.txtDesc->setFocus(Qt::ActiveWindowFocusReason); },
                 Qt::QueuedConnection);
@@ -119,27 +128,21 @@ bool DescriptionPane::eventFilter(QObject* watched, QEvent* event) {
 
 bool DescriptionPane::store() {
     const QString text = form_.txtDesc->toPlainText();
-    if (!form_.txtDesc->document()->isModified()) {
+    const auto formula = shown_.id();
+    if (!formula || text == storedText_) {
         return true;
     }
-    if (text.size() > TextLimit) {
+    if (text.size() > kTextLimit) {
         refusal_.tell(text, QStringLiteral("用户输入的说明超过255个字符！"));
         return false;
     }
-    if (!state_.listsCurrentLibrary() ||
-        !state_.listedFormulas.contains(state_.currentFormulaKey)) {
-        return true;
-    }
-    clsFormulaInfo& record = state_.listedFormulas.Item(state_.currentFormulaKey);
-    if (record.FormulaMemo == text) {
-        return true;
-    }
-    if (state_.dbFuncs.EditFormulaMemo(record.FormulaID, text, state_.connection)) {
-        record.FormulaMemo = text;
-        refusal_.forget();
-    } else {
+    if (!library_.funcs().EditFormulaMemo(*formula, text, library_.connection())) {
         refusal_.tell(text, QStringLiteral("无法编辑选定公式的备注！"));
+        return true;
     }
+    storedText_ = text;
+    refusal_.forget();
+    emit stored(*formula, text);
     return true;
 }
 

@@ -1,46 +1,54 @@
 #pragma once
 
-#include "control/form.h"
-#include "control/state.h"
+#include "form/form.h"
 #include "formula/refusal_notice.h"
+#include "formula/shown_formula.h"
+#include "library/current_library.h"
 #include "platform/ui/picture.h"
 
 #include <QObject>
 
 namespace varo {
 
-/// The description area: the selected formula's description or its picture, switched by two
-/// options, and a label where there is no picture. A description that the user changed is stored
-/// when its box loses the focus.
+/// The description area: the shown formula's description or its picture, chosen by two options, or
+/// a label where there is no picture. The description is stored when its box loses the focus and
+/// its text is not the stored one.
 class DescriptionPane : public QObject {
     Q_OBJECT
 
   public:
     /// Everything handed in must outlive this.
-    DescriptionPane(Form& form, ControlState& state, Questions& questions);
+    DescriptionPane(DescriptionForm& form, CurrentLibrary& library, const ShownFormula& shown,
+                    Questions& questions);
 
-    /// Empties box and picture and chooses the picture option.
+    /// Empties box and picture, chooses the picture option and shows the label that there is no
+    /// picture.
     void clear();
 
-    /// Shows a formula's description and picture, after clear().
+    /// Shows the description and the picture of the shown formula, after clear(). A picture file
+    /// that does not exist any more is written again from the library.
     void show(const clsFormulaInfo& formula);
 
-    /// Shows a formula's picture; a null one is said to be none that can be shown.
+    /// Shows a picture as the shown formula's; for a null one, a text that it cannot be shown.
     void showPicture(const ui::Picture& picture);
 
-    /// Shows the label that there is no picture.
-    void showNoPicture();
+    /// Whether the formula has a picture that can be shown.
+    bool hasPicture() const;
 
-    /// Empties the picture and shows that there is none.
+    /// Shows that the formula has no picture.
     void removePicture();
 
-    /// Stores the description as the current formula's if the user has changed it. Returns false
-    /// when it is too long to be stored, which is told once for each text.
+    /// Stores the description if it is not the stored one. Returns false when it is too long to be
+    /// stored. Why it cannot be stored is told once for each text.
     bool store();
 
+    /// Enables the two options.
+    void setEnabled(bool enabled);
+
   signals:
-    /// What was shown of a formula is shown no more.
+    /// The area has been emptied.
     void cleared();
+    void stored(qint32 formulaID, const QString& memo);
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -49,9 +57,12 @@ class DescriptionPane : public QObject {
     void showOption(int option);
     void showOnly(QWidget* content);
 
-    Form& form_;
-    ControlState& state_;
+    DescriptionForm& form_;
+    CurrentLibrary& library_;
+    const ShownFormula& shown_;
     RefusalNotice refusal_;
+    QString storedText_;  ///< as the box gives it, whose line ends may differ from the library's
+    bool hasPicture_ = false;
 };
 
 }  // namespace varo

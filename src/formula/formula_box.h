@@ -1,38 +1,44 @@
 #pragma once
 
-#include "control/form.h"
-#include "control/state.h"
 #include "formula/refusal_notice.h"
+#include "formula/shown_formula.h"
+#include "library/current_library.h"
 
 #include <QObject>
 
+class QLineEdit;
+
 namespace varo {
 
-/// The formula box: shows the text of the selected formula, stores what the user made of it when
-/// the box loses the focus, and lets the symbol tool bars be used while it has it.
+/// The formula box: shows the text of the shown formula and stores it when the box loses the focus
+/// and its text is not the stored one. An empty text is never stored.
 class FormulaBox : public QObject {
     Q_OBJECT
 
   public:
     /// Everything handed in must outlive this.
-    FormulaBox(Form& form, ControlState& state, Questions& questions);
+    FormulaBox(QLineEdit& box, CurrentLibrary& library, const ShownFormula& shown,
+               Questions& questions);
 
-    /// Shows `text` as the stored text of the current formula, whatever its length.
+    /// Shows the stored text of the shown formula, whatever its length, from its beginning.
     void setText(const QString& text);
 
-    /// Stores the text as the current formula's if the user has changed it.
+    /// Stores the text if it is not the stored one. Why it cannot be stored is told once for each
+    /// text.
     void store();
 
   signals:
-    void textChanged(const QString& text);
+    void stored(qint32 formulaID, const QString& text);
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    Form& form_;
-    ControlState& state_;
+    QLineEdit& box_;
+    CurrentLibrary& library_;
+    const ShownFormula& shown_;
     RefusalNotice refusal_;
+    QString storedText_;  ///< as the box gives it
 };
 
 }  // namespace varo

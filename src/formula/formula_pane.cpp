@@ -1,78 +1,72 @@
 #include "formula/formula_pane.h"
 
 #include "platform/ui/edit_grid.h"
-#include "platform/ui/node_view.h"
 
 #include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QSpinBox>
-#include <QTabBar>
-#include <QToolBar>
 
 namespace varo {
 
-FormulaPane::FormulaPane(Form& form, ControlState& state, Questions& questions,
-                         PropertySource& properties)
+FormulaPane::FormulaPane(PanelForm& form, CurrentLibrary& library, PropertySource& properties,
+                         Questions& questions)
     : form_(form),
-      box_(form, state, questions),
-      description_(form, state, questions),
-      variables_(form, state, questions, properties, engine_),
-      calculator_(form, engine_),
-      palette_(form) {
-    connect(&box_, &FormulaBox::textChanged, &variables_, &VariableGrid::rebuild);
+      shown_(library),
+      box_(*form.txtFormula, library, shown_, questions),
+      description_(form.description, library, shown_, questions),
+      variables_(*form.MSFEditVarList, library, shown_, properties, questions),
+      calculator_(form.result, *form.MSFEditVarList, formula_),
+      palette_(form.symbols, *form.txtFormula) {
+    connect(form.txtFormula, &QLineEdit::textChanged, this, &FormulaPane::takeText);
+    connect(form.txtFormula, &QLineEdit::returnPressed, &calculator_, &Calculator::calculate);
+    connect(&variables_, &VariableGrid::valueChanged, &calculator_, &Calculator::markStale);
+    connect(&box_, &FormulaBox::stored, this, &FormulaPane::expressionStored);
+    connect(&description_, &DescriptionPane::stored, this, &FormulaPane::memoStored);
+}
+
+void FormulaPane::takeText(const QString& text) {
+    calculator_.markStale();
+    formula_.setText(text);
+    variables_.rebuild(formula_.variables());
+}
+
+void FormulaPane::show(const clsFormulaInfo& formula) {
+    ClearFormulaPanel();
+    shown_.set(formula.FormulaID);
+    description_.show(formula);
+    SetPanelState(SelectionState::Formula);
+    // Last: filling the grid asks the host, who may show something else.
+    const QString expression = formula.FormulaExpression;
+    if (!expression.isEmpty()) {
+        box_.setText(expression);
+        calculator_.calculate();
+    }
 }
 
 void FormulaPane::ClearFormulaPanel() {
+    shown_.clear();
     description_.clear();
     box_.setText(QString());
-    form_.MSFEditVarList->SetRows(1);
-    form_.txtResult->clear();
+    calculator_.clear();
 }
 
-void FormulaPane::SetPanelState(int state) {
-    const std::initializer_list<QWidget*> withFormula{form_.optDesc[DescOptionText],
-                                                      form_.optDesc[DescOptionPicture],
-                                                      form_.TabStripSymbol,
-                                                      form_.txtFormula,
-                                                      form_.MSFEditVarList,
-                                                      form_.UpDownPrecision,
-                                                      form_.CmdAddResult,
-                                                      form_.cmdClearResult,
-                                                      form_.txtResult,
-                                                      form_.cmdCalCulate};
-    const std::initializer_list<QWidget*> withResult{form_.cmdSaveResult, form_.cmdCopy,
-                                                     form_.cmdSend};
-    const bool formula = state == FormulaSelected;
-    // Each widget gets its new state at once: disabling it in between would take the focus from it.
-    for (QWidget* widget : withFormula) {
-        widget->setEnabled(formula);
-    }
-    for (QWidget* widget : withResult) {
-        widget->setEnabled(false);
-    }
-    for (QToolBar* symbols : form_.tbSymbol) {
-        symbols->setEnabled(formula && form_.txtFormula->hasFocus());
-    }
-    if (state == FolderSelected) {
-        form_.tvFolder->setEnabled(true);
-        form_.lvFormula->setEnabled(true);
-    }
-}
-
-void FormulaPane::showExpression(const clsFormulaInfo& formula) {
-    if (formula.FormulaExpression.isEmpty()) {
-        return;
-    }
-    box_.setText(formula.FormulaExpression);
-    calculator_.calculate();
+void FormulaPane::SetPanelState(SelectionState state) {
+    const bool isFormula = state == SelectionState::Formula;
+    // Each widget gets its new state at once: one that is disabled in between loses the focus.
+    form_.txtFormula->setEnabled(isFormula);
+    form_.MSFEditVarList->setEnabled(isFormula);
+    description_.setEnabled(isFormula);
+    palette_.setEnabled(isFormula);
+    calculator_.setEnabled(isFormula);
 }
 
 bool FormulaPane::storeEdits() {
     form_.MSFEditVarList->commitEdit();
     box_.store();
     return description_.store();
+}
+
+void FormulaPane::refreshPropertyValues() {
+    variables_.refreshPropertyValues();
+    calculator_.calculate();
 }
 
 }  // namespace varo

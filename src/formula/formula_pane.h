@@ -1,11 +1,11 @@
 #pragma once
 
-#include "engine/calc_engine.h"
 #include "form/form.h"
 #include "form/selection_state.h"
 #include "formula/calculator.h"
 #include "formula/description_pane.h"
 #include "formula/formula_box.h"
+#include "formula/parsed_formula.h"
 #include "formula/shown_formula.h"
 #include "formula/symbol_palette.h"
 #include "formula/variable_grid.h"
@@ -28,8 +28,10 @@ class FormulaPane : public QObject {
                 Questions& questions);
 
     /// Shows a formula of the current library: its description and picture, then its text, and
-    /// calculates it, which may ask the host. What was being typed for another formula is dropped;
-    /// see storeEdits().
+    /// calculates it. The widgets accept input then, as SetPanelState(Formula) lets them. What was
+    /// being typed for another formula is dropped; see storeEdits(). Asks the host for values, who
+    /// may show another formula meanwhile, which then stays; `formula` is not used any more by
+    /// then.
     void show(const clsFormulaInfo& formula);
 
     /// Empties the panel: no formula is shown then, and nothing that is typed is stored.
@@ -38,15 +40,15 @@ class FormulaPane : public QObject {
     /// Enables the widgets that accept input in `state`, disables the others.
     void SetPanelState(SelectionState state);
 
-    /// The formula that is shown.
-    const ShownFormula& shown() const { return shown_; }
+    /// Identifier of the shown formula; none while none is shown, and while another library than
+    /// the formula's is the current one.
+    std::optional<qint32> shown() const { return shown_.id(); }
 
     /// Stores what is being typed into the variable grid, the formula box or the description box.
     /// Returns false when the user has to correct something first and must stay where it is.
     bool storeEdits();
 
-    /// Asks the host again for the values that it feeds to the shown formula, and recalculates;
-    /// nothing while the grid does not show the formula's variables.
+    /// Asks the host again for the values that it feeds to the shown formula, and recalculates.
     void refreshPropertyValues();
 
     DescriptionPane& description() { return description_; }
@@ -58,7 +60,16 @@ class FormulaPane : public QObject {
     void memoStored(qint32 formulaID, const QString& memo);
 
   private:
-    // Left to the implementation.
+    void takeText(const QString& text);
+
+    PanelForm& form_;
+    ShownFormula shown_;
+    ParsedFormula formula_;
+    FormulaBox box_;
+    DescriptionPane description_;
+    VariableGrid variables_;
+    Calculator calculator_;
+    SymbolPalette palette_;
 };
 
 }  // namespace varo

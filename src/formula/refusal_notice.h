@@ -8,24 +8,25 @@
 
 namespace varo {
 
-/// Tells why what was typed into a box is not stored. Leaving the box and the command that follows
-/// both try; the user is told once.
+/// Tells the user why what was typed into a box is not stored. Leaving the box and the command that
+/// follows both try to store it; the message is shown once for each text.
 class RefusalNotice {
   public:
     /// `questions` must outlive this.
     explicit RefusalNotice(Questions& questions) : questions_(questions) {}
 
-    /// Shows `message`, unless it was the same text that was told of last.
+    /// Shows `message`, unless the last message was about the same text.
     void tell(const QString& text, const QString& message) {
         if (std::exchange(text_, text) != text) {
             questions_.inform(message);
         }
     }
 
-    /// What is typed from now on is told of again.
+    /// The next message is shown even for the same text.
     void forget() { text_.clear(); }
 
-    /// The user has come back to the box; a window that comes back goes on where it was left.
+    /// To be called when the box gains the focus: as forget(), unless only its window has become
+    /// active again.
     void focusGained(const QFocusEvent& event) {
         if (event.reason() != Qt::ActiveWindowFocusReason) {
             forget();

@@ -5,6 +5,7 @@
 #include "platform/ui/keystrokes.h"
 
 #include <QAction>
+#include <QFocusEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QStackedLayout>
@@ -19,20 +20,20 @@ namespace varo {
 
 namespace {
 
-/// Where the band is narrow a button gives up the space around its label, but a label is shown
-/// whole, and a parenthesis stays wide enough to hit.
+/// The width of a button that shows its whole label and is wide enough to click on.
 int narrowestWidth(const QToolButton& button) {
-    constexpr int Frame = 8;
-    return std::max(button.fontMetrics().horizontalAdvance(button.text()) + Frame,
+    constexpr int kFrame = 8;
+    return std::max(button.fontMetrics().horizontalAdvance(button.text()) + kFrame,
                     button.sizeHint().height() * 5 / 4);
 }
 
 }  // namespace
 
-SymbolPalette::SymbolPalette(Form& form) : form_(form) {
+SymbolPalette::SymbolPalette(SymbolForm& form, QLineEdit& formulaBox)
+    : form_(form), formulaBox_(formulaBox) {
     fillTabStrip();
-    for (int toolBar = 0; toolBar < SymbolTabs; ++toolBar) {
-        fillToolBar(toolBar);
+    for (std::size_t index = 0; index < form.tbSymbol.size(); ++index) {
+        fillToolBar(index);
     }
     layOut();
 
@@ -41,6 +42,7 @@ SymbolPalette::SymbolPalette(Form& form) : form_(form) {
     showToolBar(0);
     tabs->installEventFilter(this);
     form.picSymbol->installEventFilter(this);
+    formulaBox.installEventFilter(this);
     fitFont();
     chooseColors();
     connect(tabs, &QTabBar::currentChanged, this, &SymbolPalette::showToolBar);
@@ -57,29 +59,32 @@ void SymbolPalette::fillTabStrip() {
     }
 }
 
-void SymbolPalette::fillToolBar(int toolBar) {
-    const auto index = static_cast<std::size_t>(toolBar);
+void SymbolPalette::fillToolBar(std::size_t index) {
     const SymbolTab& tab = symbolTabs()[index];
     QToolBar* bar = form_.tbSymbol[index];
     bar->setAccessibleName(tab.caption.toString());
     bar->setMovable(false);
     bar->setToolButtonStyle(Qt::ToolButtonTextOnly);
     for (const SymbolButton& button : tab.buttons) {
-        QAction* action = bar->addAction(button.label.toString());
-        action->setObjectName(button.key);
-        action->setData(button.key.toString());
-        action->setToolTip(button.toolTip.toString());
-        auto* widget = qobject_cast<QToolButton*>(bar->widgetForAction(action));
-        widget->setAccessibleName(action->toolTip());
-        // Without a frame a bare sign does not look like a button.
-        widget->setAutoRaise(false);
+        addButton(*bar, button);
     }
-    // The button that opens what does not fit is one of them.
+    // Includes the button that opens the menu of the actions that do not fit.
     for (QToolButton* button : bar->findChildren<QToolButton*>()) {
         button->setFocusPolicy(Qt::NoFocus);
     }
-    connect(bar, &QToolBar::actionTriggered, this, [this, toolBar](const QAction* action) {
-        typeSymbol(toolBar, action->data().toString());
+}
+
+void SymbolPalette::addButton(QToolBar& bar, const SymbolButton& button) {
+    QAction* action = bar.addAction(button.label.toString());
+    action->setObjectName(button.key);
+    action->setToolTip(button.toolTip.toString());
+    auto* widget = qobject_cast<QToolButton*>(bar.widgetForAction(action));
+    widget->setAccessibleName(action->toolTip());
+    // Without a frame a bare sign does not look like a button.
+    widget->setAutoRaise(false);
+    connect(action, &QAction::triggered, this, [this, keystrokes = button.keystrokes] {
+        formulaBox_.setFocus();
+        ui::typeKeys(formulaBox_, keystrokes);
     });
 }
 
@@ -105,8 +110,8 @@ void SymbolPalette::fitFont() {
     }
 }
 
-/// The tool bars are disabled until the user turns to the formula box; what they offer must be
-/// readable before. Styles tend to make disabled text fainter than that.
+/// Sets the colour of disabled buttons: the tool bars are disabled until the formula box gains the
+/// focus and must be readable before; many styles draw disabled text fainter than that.
 void SymbolPalette::chooseColors() {
     const QPalette& around = form_.picSymbol->palette();
     const QColor text = ui::mixed(around.color(QPalette::Active, QPalette::ButtonText),
@@ -118,28 +123,44 @@ void SymbolPalette::chooseColors() {
     }
 }
 
-int SymbolPalette::bandHeight() const {
-    return form_.picSymbol->sizeHint().height();
-}
-
 void SymbolPalette::showToolBar(int toolBar) {
     toolBars_->setCurrentIndex(toolBar);
 }
 
 void SymbolPalette::returnToFormula() {
-    QLineEdit* box = form_.txtFormula;
-    const int caret = box->hasSelectedText() ? box->selectionStart() : box->cursorPosition();
-    box->setFocus();
-    box->setCursorPosition(caret);
+    const int caret =
+        formulaBox_.hasSelectedText() ? formulaBox_.selectionStart() : formulaBox_.cursorPosition();
+    formulaBox_.setFocus();
+    formulaBox_.setCursorPosition(caret);
 }
 
-void SymbolPalette::typeSymbol(int toolBar, const QString& key) {
-    form_.txtFormula->setFocus();
-    ui::typeKeys(*form_.txtFormula, symbolKeystrokes(toolBar, key));
+void SymbolPalette::setEnabled(bool enabled) {
+    form_.TabStripSymbol->setEnabled(enabled);
+    enableToolBars(enabled && formulaBox_.hasFocus());
+}
+
+void SymbolPalette::enableToolBars(bool enabled) {
+    for (QToolBar* bar : form_.tbSymbol) {
+        bar->setEnabled(enabled);
+    }
+}
+
+void SymbolPalette::followFocus(const QFocusEvent& event) {
+    if (event.gotFocus()) {
+        form_.TabStripSymbol->setEnabled(true);
+        enableToolBars(true);
+    } else if (event.reason() != Qt::PopupFocusReason) {
+        // A popup may be the menu of a tool bar that does not fit, which must stay enabled.
+        enableToolBars(false);
+    }
 }
 
 bool SymbolPalette::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == form_.picSymbol) {
+    if (watched == &formulaBox_) {
+        if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
+            followFocus(static_cast<const QFocusEvent&>(*event));
+        }
+    } else if (watched == form_.picSymbol) {
         switch (event->type()) {
             case QEvent::FontChange:
             case QEvent::StyleChange:
@@ -152,7 +173,7 @@ bool SymbolPalette::eventFilter(QObject* watched, QEvent* event) {
                 break;
         }
     } else if (watched == form_.TabStripSymbol && event->type() == QEvent::KeyPress) {
-        // The arrow keys only go through the tabs; these choose one.
+        // The arrow keys change the tab and leave the focus in the strip.
         switch (static_cast<QKeyEvent*>(event)->key()) {
             case Qt::Key_Return:
             case Qt::Key_Enter:

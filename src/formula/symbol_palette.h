@@ -1,45 +1,48 @@
 #pragma once
 
-#include "control/form.h"
+#include "form/form.h"
 
 #include <QObject>
-#include <QString>
 
+class QFocusEvent;
+class QLineEdit;
 class QStackedLayout;
 
 namespace varo {
 
+struct SymbolButton;
+
 /// The symbol palette: a tab strip and, below it, the tool bar of the selected tab, whose buttons
-/// type operators, functions and constants into the formula box. Nothing here takes the focus from
-/// the formula box while the mouse is used. It does not decide when tabs and tool bars are enabled.
+/// type operators, functions and constants into the formula box. Clicks here leave the focus in the
+/// formula box or give it back. The tool bars are enabled while the formula box has the focus.
 class SymbolPalette : public QObject {
     Q_OBJECT
 
   public:
     /// Fills the tab strip and the tool bars, lays them out in `picSymbol` and shows the first tab.
-    /// The form's widgets must outlive this.
-    explicit SymbolPalette(Form& form);
+    /// Everything handed in must outlive this.
+    SymbolPalette(SymbolForm& form, QLineEdit& formulaBox);
 
-    /// Height in pixels that tab strip and tool bar need at the present font.
-    int bandHeight() const;
-
-    /// Gives the formula box the focus and queues what the button `key` of tool bar `toolBar` (0 to
-    /// 9) types at its caret; types nothing for a key that the tool bar does not have.
-    void typeSymbol(int toolBar, const QString& key);
+    /// Enables the tab strip; the tool bars only if the formula box has the focus.
+    void setEnabled(bool enabled);
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     void fillTabStrip();
-    void fillToolBar(int toolBar);
+    void fillToolBar(std::size_t index);
+    void addButton(QToolBar& bar, const SymbolButton& button);
     void layOut();
     void fitFont();
     void chooseColors();
     void showToolBar(int toolBar);
     void returnToFormula();
+    void enableToolBars(bool enabled);
+    void followFocus(const QFocusEvent& event);
 
-    Form& form_;
+    SymbolForm& form_;
+    QLineEdit& formulaBox_;
     QStackedLayout* toolBars_ = nullptr;
 };
 

@@ -1,19 +1,17 @@
 #include "formula/symbol_table.h"
 
-#include <algorithm>
-
 namespace varo {
 
 namespace {
 
-constexpr SymbolButton OperatorSymbols[] = {
+constexpr SymbolButton kOperatorSymbols[] = {
     {u"左括号", u"左括号", u"{(}", u"("}, {u"右括号", u"右括号", u"{)}", u")"},
     {u"加", u"加", u"{+}", u"+"},         {u"减", u"减", u"{-}", u"−"},
     {u"乘", u"乘", u"{*}", u"×"},         {u"除", u"除", u"{/}", u"÷"},
     {u"乘方", u"乘方", u"{^}", u"xʸ"},    {u"阶乘", u"阶乘", u"{(}{)}{!}{left}{left}", u"n!"},
 };
 
-constexpr SymbolButton TriFunctionSymbols[] = {
+constexpr SymbolButton kTriFunctionSymbols[] = {
     {u"正弦", u"正弦：sin(real)", u"sin{(}{)}{left}", u"sin"},
     {u"余弦", u"余弦：cos(real)", u"cos{(}{)}{left}", u"cos"},
     {u"正切", u"正切：tan(real)", u"tan{(}{)}{left}", u"tan"},
@@ -23,7 +21,7 @@ constexpr SymbolButton TriFunctionSymbols[] = {
     {u"反余切", u"反余切：ctan(real)", u"arcctan{(}{)}{left}", u"arcctan"},
 };
 
-constexpr SymbolButton MathFunctionSymbols[] = {
+constexpr SymbolButton kMathFunctionSymbols[] = {
     {u"开方", u"开方：sqrt(real)", u"sqrt{(}{)}{left}", u"√"},
     {u"自然对数", u"自然对数：ln(real)", u"ln{(}{)}{left}", u"ln"},
     {u"对数", u"对数：log(real)", u"log{(}{)}{left}", u"log"},
@@ -33,20 +31,20 @@ constexpr SymbolButton MathFunctionSymbols[] = {
     {u"求余", u"求余：mod(real,real)", u"mod{(}{)}{left}", u"mod"},
 };
 
-constexpr SymbolButton ConstSymbols[] = {
+constexpr SymbolButton kConstSymbols[] = {
     {u"圆周率", u"圆周率：PI=3.14159265359…", u"pi", u"π"},
     {u"指数", u"指数：exp=2.71828", u"exp", u"e"},
     {u"真", u"真：True=1", u"1", u"True"},
     {u"假", u"假：False=0", u"0", u"False"},
 };
 
-constexpr SymbolButton ConversionSymbols[] = {
+constexpr SymbolButton kConversionSymbols[] = {
     {u"R2s", u"将实数取精度转换成字符串：R2S(real,int)", u"R2S{(}{)}{left}", u"R2S"},
     {u"S2r", u"将字符串转换成实数：S2R(string)", u"S2R{(}{)}{left}", u"S2R"},
     {u"Case", u"转换大小写：StrCase(string,boolean)", u"StrCase{(}{)}{left}", u"StrCase"},
 };
 
-constexpr SymbolButton TreatStringSymbols[] = {
+constexpr SymbolButton kTreatStringSymbols[] = {
     {u"合并字符串", u"合并字符串：StrCat(string,string,…)", u"StrCat{(}{)}{left}", u"StrCat"},
     {u"子串", u"子串：StrSub(string,int,int,boolean)", u"StrSub{(}{)}{left}", u"StrSub"},
     {u"左子串", u"左子串：Left(string,int)", u"Left{(}{)}{left}", u"Left"},
@@ -54,7 +52,7 @@ constexpr SymbolButton TreatStringSymbols[] = {
     {u"部份子串", u"部份子串：StrSubN(string,string,int)", u"StrSubN{(}{)}{left}", u"StrSubN"},
 };
 
-constexpr SymbolButton FindStringSymbols[] = {
+constexpr SymbolButton kFindStringSymbols[] = {
     {u"字符串长度", u"字符串长度：StrLen(string)", u"StrLen{(}{)}{left}", u"StrLen"},
     {u"子串位置", u"子串位置：StrFind(string,string,int)", u"StrFind{(}{)}{left}", u"StrFind"},
     {u"子串次数", u"子串次数：StrFindN(string,string)", u"StrFindN{(}{)}{left}", u"StrFindN"},
@@ -62,7 +60,7 @@ constexpr SymbolButton FindStringSymbols[] = {
      u"StrMismatch{(}{)}{left}", u"StrMismatch"},
 };
 
-constexpr SymbolButton CutStringSymbols[] = {
+constexpr SymbolButton kCutStringSymbols[] = {
     {u"删除子串", u"删除子串：StrTrim(string,string,boolean)", u"StrTrim{(}{)}{left}", u"StrTrim"},
     {u"删除空格", u"删除空格：StrTrimS(string)", u"StrTrimS{(}{)}{left}", u"StrTrimS"},
     {u"替换子串", u"替换子串：StrReplace(str,str,str,int,bool)", u"StrReplace{(}{)}{left}",
@@ -73,13 +71,13 @@ constexpr SymbolButton CutStringSymbols[] = {
      u"StrInsert"},
 };
 
-constexpr SymbolButton LoginSymbols[] = {
+constexpr SymbolButton kLoginSymbols[] = {
     {u"与", u"与", u" And ", u"And"},
     {u"或", u"或", u" Or ", u"Or"},
     {u"非", u"非", u"Not{(}{)}{left}", u"Not"},
 };
 
-constexpr SymbolButton RelationSymbols[] = {
+constexpr SymbolButton kRelationSymbols[] = {
     {u"大于", u"大于", u" > ", u">"},
     {u"小于", u"小于", u" < ", u"<"},
     {u"大于等于", u"大于等于", u" >= ", u"≥"},
@@ -91,29 +89,23 @@ constexpr SymbolButton RelationSymbols[] = {
     {u"条件运算", u"条件运算：If(double,double,double)", u"If{(}{)}{left}", u"If"},
 };
 
-constexpr std::array<SymbolTab, SymbolTabs> Tabs{{
-    {u"运算符", u"Operator", OperatorSymbols},
-    {u"三角函数", u"TriFunction", TriFunctionSymbols},
-    {u"算术函数", u"MathFunction", MathFunctionSymbols},
-    {u"常数", u"Const", ConstSymbols},
-    {u"类型转换", u"Conversion", ConversionSymbols},
-    {u"合并分解", u"TreatString", TreatStringSymbols},
-    {u"大小位置", u"FindString", FindStringSymbols},
-    {u"修剪字符", u"CutString", CutStringSymbols},
-    {u"逻辑运算", u"Login", LoginSymbols},
-    {u"关系运算", u"Relation", RelationSymbols},
+constexpr std::array<SymbolTab, kSymbolTabs> kTabs{{
+    {u"运算符", u"Operator", kOperatorSymbols},
+    {u"三角函数", u"TriFunction", kTriFunctionSymbols},
+    {u"算术函数", u"MathFunction", kMathFunctionSymbols},
+    {u"常数", u"Const", kConstSymbols},
+    {u"类型转换", u"Conversion", kConversionSymbols},
+    {u"合并分解", u"TreatString", kTreatStringSymbols},
+    {u"大小位置", u"FindString", kFindStringSymbols},
+    {u"修剪字符", u"CutString", kCutStringSymbols},
+    {u"逻辑运算", u"Login", kLoginSymbols},
+    {u"关系运算", u"Relation", kRelationSymbols},
 }};
 
 }  // namespace
 
-const std::array<SymbolTab, SymbolTabs>& symbolTabs() {
-    return Tabs;
-}
-
-QStringView symbolKeystrokes(int toolBar, QStringView key) {
-    const std::span buttons = Tabs.at(static_cast<std::size_t>(toolBar)).buttons;
-    const auto button = std::ranges::find(buttons, key, &SymbolButton::key);
-    return button == buttons.end() ? QStringView() : button->keystrokes;
+const std::array<SymbolTab, kSymbolTabs>& symbolTabs() {
+    return kTabs;
 }
 
 }  // namespace varo

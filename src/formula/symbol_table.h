@@ -1,6 +1,6 @@
 #pragma once
 
-#include "control/form.h"
+#include "form/form.h"
 
 #include <QStringView>
 
@@ -25,10 +25,6 @@ struct SymbolTab {
 };
 
 /// The tabs in their order; tab i belongs to tool bar i.
-const std::array<SymbolTab, SymbolTabs>& symbolTabs();
-
-/// What the button `key` of tool bar `toolBar` (0 to 9) types; empty when the tool bar has no such
-/// button.
-QStringView symbolKeystrokes(int toolBar, QStringView key);
+const std::array<SymbolTab, kSymbolTabs>& symbolTabs();
 
 }  // namespace varo

@@ -1,236 +1,99 @@
 #include "formula/variable_grid.h"
 
-#include "engine/numbers.h"
 #include "platform/ui/edit_grid.h"
-#include "platform/ui/node_view.h"
-#include "store/attempt.h"
-#include "store/keys.h"
 
 namespace varo {
 
 namespace {
 
-constexpr int NameColumn = 0;
-constexpr int ValueColumn = 1;
-
 /// Colours of a variable's name by the source of its value, 0x00BBGGRR.
-constexpr quint32 Black = 0x000000;
-constexpr quint32 Blue = 0xFF0000;
-constexpr quint32 Red = 0x0000FF;
+constexpr quint32 kBlack = 0x000000;
+constexpr quint32 kBlue = 0xFF0000;
+constexpr quint32 kRed = 0x0000FF;
 
-const auto Zero = QStringLiteral("0");
-
-bool isZero(const QString& value) {
-    const auto number = engine::parseNumber(value.toStdString());
-    return number.has_value() && *number == 0;
+quint32 colorOf(qint32 source) {
+    switch (source) {
+        case VarSourceProperty:
+            return kBlue;
+        case VarSourceTable:
+            return kRed;
+        default:
+            return kBlack;
+    }
 }
 
-QString orZero(const QString& value) {
-    return value.isEmpty() ? Zero : value;
+bool isKnown(qint32 source) {
+    return source == VarSourceTyped || source == VarSourceProperty || source == VarSourceTable;
 }
 
 }  // namespace
 
-bool LoadVarCache(const QString& name, qint32 formulaID, data::Connection& connection,
-                  colVarInfo& variables, clsDBFuncs& dbFuncs) {
-    if (variables.Find(name, formulaID) != nullptr) {
-        return true;
-    }
-    data::Recordset rs;
-    if (!dbFuncs.GetVarInfoOfFormula(name, formulaID, rs, connection)) {
-        return false;
-    }
-    const bool unownedKnown = variables.Find(name, 0) != nullptr;
-    return attempt([&] {
-        for (; !rs.atEnd(); rs.moveNext()) {
-            const qint32 owner = rs.integer(u"FormulaID");
-            if (owner == 0 && unownedKnown) {
-                continue;
-            }
-            bool added = false;
-            variables.Add(rs.text(u"VarName"), owner, rs.text(u"Value"),
-                          rs.integer(u"VarSourceType"), rs.text(u"VarMemo"), QString(), added);
-        }
-    });
+VariableGrid::VariableGrid(ui::EditGrid& grid, CurrentLibrary& library, const ShownFormula& shown,
+                           PropertySource& properties, Questions& questions)
+    : grid_(grid), shown_(shown), properties_(properties), questions_(questions), stored_(library) {
+    connect(&grid, &ui::EditGrid::CellEdited, this, &VariableGrid::storeValue);
 }
 
-VariableGrid::VariableGrid(Form& form, ControlState& state, Questions& questions,
-                           PropertySource& properties, engine::CalcEngine& engine)
-    : form_(form), state_(state), questions_(questions), properties_(properties), engine_(engine) {
-    connect(form.MSFEditVarList, &ui::EditGrid::CellEdited, this, &VariableGrid::storeValue);
-    connect(form.MSFEditVarList, &ui::EditGrid::CellActivate, this, &VariableGrid::pickValue);
+std::vector<StoredValue> VariableGrid::storedValues() {
+    return stored_.valuesOf(variables_, shown_.id().value_or(0));
 }
 
-void VariableGrid::rebuild(const QString& formula) {
-    if (formula.isEmpty()) {
-        form_.MSFEditVarList->SetRows(1);
-        return;
-    }
-    const qint32 formulaID = formulaIdOf(form_.lvFormula->selectedKey());
-    std::int32_t parsed = 0;
-    std::int32_t count = 0;
-    engine_.ParseFormula(formula.toStdString(), parsed);
-    engine_.GetVarCount(count);
-    form_.MSFEditVarList->SetRows(count + 1);
-    std::string text;
-    bool readable = true;
-    for (std::int32_t i = 1; i <= count; ++i) {
-        engine_.GetVarName(i, text);
-        const QString name = QString::fromStdString(text);
-        // A failed read leaves its variable with the default; a library that is locked is not
-        // waited for once for each variable.
-        readable = readable && load(name, formulaID);
-        showVariable(i, name, formulaID);
-    }
-}
-
-bool VariableGrid::load(const QString& name, qint32 formulaID) {
-    return LoadVarCache(name, formulaID, state_.connection, state_.variables, state_.dbFuncs);
-}
-
-const clsVarInfo* VariableGrid::visibleRecord(const QString& name, qint32 formulaID) {
-    const clsVarInfo* own = state_.variables.Find(name, formulaID);
-    return own != nullptr ? own : state_.variables.Find(name, 0);
-}
-
-QString VariableGrid::hostValue(const clsVarInfo& variable) {
-    return orZero(properties_.propertyValue(variable.VarMemo));
-}
-
-void VariableGrid::showVariable(int row, const QString& name, qint32 formulaID) {
-    const clsVarInfo* record = visibleRecord(name, formulaID);
-    quint32 color = Black;
-    QString value = record == nullptr ? Zero : record->VarValue;
-    switch (record == nullptr ? VarSourceTyped : record->VarSourceType) {
-        case VarSourceTyped:
-            break;
-        case VarSourceProperty:
-            color = Blue;
-            value = hostValue(*record);
-            break;
-        case VarSourceTable:
-            color = Red;
-            break;
-        default:
-            value.clear();
-    }
-    form_.MSFEditVarList->SetCellText(row, NameColumn, name);
-    form_.MSFEditVarList->SetCellForeColor(row, NameColumn, color);
-    form_.MSFEditVarList->SetCellText(row, ValueColumn, value);
-}
-
-bool VariableGrid::refreshPropertyValues() {
-    std::int32_t count = 0;
-    engine_.GetVarCount(count);
-    if (form_.MSFEditVarList->Rows() < count + 1) {
-        return false;
-    }
-    const qint32 formulaID = formulaIdOf(form_.lvFormula->selectedKey());
-    std::string name;
-    for (std::int32_t i = 1; i <= count; ++i) {
-        engine_.GetVarName(i, name);
-        const clsVarInfo* record = visibleRecord(QString::fromStdString(name), formulaID);
-        if (record != nullptr && record->VarSourceType == VarSourceProperty) {
-            form_.MSFEditVarList->SetCellText(i, ValueColumn, hostValue(*record));
+void VariableGrid::rebuild(const QStringList& variables) {
+    ++rebuilds_;
+    variables_ = variables;
+    grid_.SetRows(static_cast<int>(variables.size()) + 1);
+    int row = 0;
+    for (const StoredValue& stored : storedValues()) {
+        ++row;
+        grid_.SetCellText(row, kNameColumn, variables[row - 1]);
+        grid_.SetCellForeColor(row, kNameColumn, colorOf(stored.source));
+        if (!showValue(row, stored)) {
+            return;
         }
     }
+}
+
+/// Returns false when the host, asked for the value, has made the grid show something else.
+bool VariableGrid::showValue(int row, const StoredValue& stored) {
+    QString value = isKnown(stored.source) ? stored.value : QString();
+    if (stored.source == VarSourceProperty) {
+        const int before = rebuilds_;
+        const QString answer = properties_.propertyValue(stored.parameter);
+        if (rebuilds_ != before) {
+            return false;
+        }
+        value = answer.isEmpty() ? QStringLiteral("0") : answer;
+    }
+    grid_.SetCellText(row, kValueColumn, value);
+    grid_.SetCellNote(row, kValueColumn,
+                      stored.isRead ? QString() : QStringLiteral("无法读取存储的值，按“0”计算"));
     return true;
 }
 
-void VariableGrid::storeValue(int row, int column, const QString& text) {
-    const QString selected = form_.lvFormula->selectedKey();
-    if (selected.isEmpty() || !state_.listsCurrentLibrary()) {
-        return;
-    }
-    const qint32 formulaID = formulaIdOf(selected);
-    const QString name = form_.MSFEditVarList->GetCellText(row, NameColumn);
-    const QString value = text.trimmed();
-    if (value.size() > TextLimit) {
-        questions_.inform(QStringLiteral("给定变量的值超过255个字符"));
-        form_.MSFEditVarList->SetCellText(row, column, Zero);
-        return;
-    }
-    if (!load(name, formulaID)) {
-        questions_.inform(QStringLiteral("无法添加新的变量！"));
-    } else if (clsVarInfo* own = state_.variables.Find(name, formulaID)) {
-        changeOwnValue(row, *own, value);
-    } else {
-        addOwnValue(row, name, formulaID, value);
-    }
-}
-
-void VariableGrid::changeOwnValue(int row, clsVarInfo& record, QString value) {
-    if (record.VarValue == value) {
-        return;
-    }
-    if (value.isEmpty()) {
-        value = Zero;
-        form_.MSFEditVarList->SetCellText(row, ValueColumn, value);
-    }
-    if (!state_.dbFuncs.EditFormulaVarValue(record.VarName, record.FormulaID, value,
-                                            state_.connection)) {
-        questions_.inform(QStringLiteral("无法编辑选定变量的值！"));
-        return;
-    }
-    record.VarValue = value;
-}
-
-void VariableGrid::addOwnValue(int row, const QString& name, qint32 formulaID, QString value) {
-    if (isZero(value)) {
-        return;
-    }
-    if (value.isEmpty()) {
-        value = Zero;
-        form_.MSFEditVarList->SetCellText(row, ValueColumn, value);
-    }
-    const auto cannotAdd = [this] { questions_.inform(QStringLiteral("无法添加新的变量！")); };
-    if (clsVarInfo* unowned = state_.variables.Find(name, 0)) {
-        if (!state_.dbFuncs.ChangeVarBelong(unowned->VarName, 0, formulaID, state_.connection,
-                                            value)) {
-            cannotAdd();
+void VariableGrid::refreshPropertyValues() {
+    int row = 0;
+    for (const StoredValue& stored : storedValues()) {
+        ++row;
+        if (stored.source == VarSourceProperty && !showValue(row, stored)) {
             return;
         }
-        unowned->FormulaID = formulaID;
-        unowned->VarValue = value;
-        return;
     }
-    if (!state_.dbFuncs.AddNewVar(name, formulaID, value, state_.connection)) {
-        cannotAdd();
-        return;
-    }
-    bool added = false;
-    state_.variables.Add(name, formulaID, value, VarSourceTyped, QString(), QString(), added);
 }
 
-void VariableGrid::pickValue(int row) {
-    const QString selected = form_.lvFormula->selectedKey();
-    const QString name = form_.MSFEditVarList->GetCellText(row, NameColumn);
-    const clsVarInfo* shown = state_.variables.Find(name, formulaIdOf(selected));
-    if (picker_ == nullptr || selected.isEmpty() || shown == nullptr ||
-        shown->VarSourceType != VarSourceTable) {
+void VariableGrid::storeValue(int row, int column, const QString& text) {
+    grid_.SetCellNote(row, column, QString());
+    const auto formula = shown_.id();
+    if (!formula) {
+        emit valueChanged();
         return;
     }
-    const QString library = state_.currentLibrary();
-    const QString source = shown->VarMemo;
-    const auto separator = source.indexOf(KeySeparator);
-    const auto picked =
-        picker_->pick(state_.currentLibraryPath, source.first(std::max(separator, qsizetype{0})),
-                      separator < 0 ? QString() : source.sliced(separator + KeySeparator.size()));
-    // The picker is modal to the user, not to the host, which may have turned to something else
-    // meanwhile.
-    clsVarInfo* record = state_.variables.Find(name, formulaIdOf(selected));
-    if (!picked || record == nullptr || form_.lvFormula->selectedKey() != selected ||
-        state_.currentLibrary() != library ||
-        form_.MSFEditVarList->GetCellText(row, NameColumn) != name) {
-        return;
+    const StoredEdit edit = stored_.store(grid_.GetCellText(row, kNameColumn), *formula, text);
+    grid_.SetCellText(row, column, edit.shown);
+    emit valueChanged();
+    // Last: the message is modal, and the host may rebuild the grid while it is shown.
+    if (!edit.failure.isEmpty()) {
+        questions_.inform(edit.failure);
     }
-    form_.MSFEditVarList->SetCellText(row, ValueColumn, *picked);
-    if (!state_.dbFuncs.EditFormulaVarValue(record->VarName, record->FormulaID, *picked,
-                                            state_.connection)) {
-        questions_.inform(QStringLiteral("无法编辑选定变量的值！"));
-        return;
-    }
-    record->VarValue = *picked;
 }
 
 }  // namespace varo

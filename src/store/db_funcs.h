@@ -32,8 +32,9 @@ class clsDBFuncs {
     /// this.
     explicit clsDBFuncs(Questions& questions) : questions_(&questions) {}
 
-    /// True when the file has the structure of a library (tables Formula, RecentVar and Tree with
-    /// their columns).
+    /// True when the file has the structure of a library: tables Formula, RecentVar and Tree with
+    /// their columns, and whatever table is there keeps what is stored in it (see
+    /// library_structure.h).
     bool CheckNewDB(data::Connection& conn);
 
     // Folders and formulas: listing. The listings of formulas have every column but Pic; a picture

@@ -1,5 +1,5 @@
 #include "store/db_funcs.h"
-#include "store/library_connection.h"
+#include "store/library_structure.h"
 #include "store/statements.h"
 
 #include <optional>
@@ -101,11 +101,13 @@ void exchangeOrder(qint32 ID1, qint32 ID2, const QString& table, data::Connectio
 }  // namespace
 
 bool clsDBFuncs::CheckNewDB(data::Connection& conn) {
+    bool keeps = false;
     return opens(conn, QStringLiteral("Select ID,Name,Formula,Memo,Pic,PicType,PID,OrderID "
                                       "From Formula Limit 1")) &&
            opens(conn, QStringLiteral("Select VarName,Value,VarSourceType,VarMemo "
                                       "From RecentVar Limit 1")) &&
-           opens(conn, QStringLiteral("Select ID,Name,PID,OrderID From Tree Limit 1"));
+           opens(conn, QStringLiteral("Select ID,Name,PID,OrderID From Tree Limit 1")) &&
+           attempt([&] { keeps = keepsRows(conn); }) && keeps;
 }
 
 // Listing

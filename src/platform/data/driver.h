@@ -1,9 +1,12 @@
 #pragma once
 
+#include "platform/data/table_structure.h"
+
 #include <QString>
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 #include <span>
 #include <sqlite3.h>
 #include <vector>
@@ -53,10 +56,9 @@ class LongBinary {
 /// on handle(), if need be as virtual tables of a database in memory. Long-binary fields have a way
 /// of their own, since not every format offers them there.
 ///
-/// Its users lean on more than SQL: in every table rowid is a number of the row, and its order is
-/// the order in which the rows were inserted; a column ID of folders and formulas is given by the
-/// database and never again, not even when its row has been deleted; text compares without regard
-/// to ASCII letter case.
+/// In every table rowid is a number of the row, its order is the order in which the rows were
+/// inserted, and text compares without regard to ASCII letter case. What else a table keeps,
+/// structure() tells.
 class DatabaseFile {
   public:
     DatabaseFile() = default;
@@ -70,6 +72,10 @@ class DatabaseFile {
     /// no such row.
     virtual std::shared_ptr<LongBinary> field(const QString& table, const QString& column,
                                               qint32 id) = 0;
+
+    /// How the file keeps the table with this name, letter case ignored; nothing when there is
+    /// none. Reads no rows. Throws Error when that cannot be told.
+    virtual std::optional<TableStructure> structure(const QString& table) = 0;
 
     /// What the driver's own check of the whole file finds wrong, a line each. Throws Error when
     /// the check cannot be made.

@@ -8,7 +8,7 @@ namespace varo::ui {
 namespace {
 
 /// Pure red on white has 4.
-constexpr double LeastContrast = 3.5;
+constexpr double kLeastContrast = 3.5;
 
 /// Share of the light of white that the eye sees in a colour.
 double luminance(const QColor& color) {
@@ -41,7 +41,7 @@ QColor mixed(const QColor& color, const QColor& other, int percent) {
 QColor readable(const QColor& color, const QPalette& palette) {
     QColor shown = color;
     for (int percent = 10;
-         contrast(shown, palette.color(QPalette::Base)) < LeastContrast && percent <= 100;
+         contrast(shown, palette.color(QPalette::Base)) < kLeastContrast && percent <= 100;
          percent += 10) {
         shown = mixed(color, palette.color(QPalette::Text), percent);
     }

@@ -15,10 +15,10 @@ namespace varo::ui {
 
 namespace {
 
-constexpr int ColorRole = Qt::UserRole;
-constexpr int StyleRole = Qt::UserRole + 1;
+constexpr int kColorRole = Qt::UserRole;
+constexpr int kStyleRole = Qt::UserRole + 1;
 
-constexpr int CellPadding = 8;
+constexpr int kCellPadding = 8;
 
 QColor toColor(quint32 color) {
     return QColor(color & 0xFF, (color >> 8) & 0xFF, (color >> 16) & 0xFF);
@@ -52,7 +52,7 @@ void EditGrid::changeEvent(QEvent* event) {
 }
 
 void EditGrid::fitRows() {
-    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + CellPadding);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kCellPadding);
 }
 
 int EditGrid::Cols() const {
@@ -60,7 +60,7 @@ int EditGrid::Cols() const {
 }
 
 void EditGrid::SetCols(int count) {
-    giveUpEdit();
+    discardEdit();
     setColumnCount(std::max(count, 0));
     columns_.resize(static_cast<size_t>(columnCount()));
     fillWithItems();
@@ -71,12 +71,12 @@ int EditGrid::Rows() const {
 }
 
 void EditGrid::SetRows(int count) {
-    giveUpEdit();
+    discardEdit();
     setRowCount(std::max(count, 1) - 1);
     fillWithItems();
 }
 
-/// Gives every cell an item, so that the rest need not ask whether there is one.
+/// Gives every cell an item, so that cell() is null only outside the grid.
 void EditGrid::fillWithItems() {
     for (int column = 0; column < columnCount(); ++column) {
         if (!horizontalHeaderItem(column)) {
@@ -123,14 +123,26 @@ void EditGrid::SetColEditable(int Col, bool Editable) {
 
 void EditGrid::SetCellForeColor(int Row, int Col, quint32 Color) {
     if (auto* found = cell(Row, Col)) {
-        found->setData(ColorRole, Color);
+        found->setData(kColorRole, Color);
         found->setData(Qt::ForegroundRole, Color == 0 ? QVariant() : QBrush(toColor(Color)));
     }
 }
 
 quint32 EditGrid::CellForeColor(int Row, int Col) const {
     const auto* found = cell(Row, Col);
-    return found ? found->data(ColorRole).toUInt() : 0;
+    return found ? found->data(kColorRole).toUInt() : 0;
+}
+
+void EditGrid::SetCellNote(int Row, int Col, const QString& Text) {
+    if (auto* found = cell(Row, Col)) {
+        // The delegate draws the sign and shows the tool tip.
+        found->setData(Qt::AccessibleDescriptionRole, Text.isEmpty() ? QVariant() : Text);
+    }
+}
+
+QString EditGrid::CellNote(int Row, int Col) const {
+    const auto* found = cell(Row, Col);
+    return found ? found->data(Qt::AccessibleDescriptionRole).toString() : QString();
 }
 
 void EditGrid::SetColEditStyle(int Col, EditStyle Style) {
@@ -142,12 +154,12 @@ void EditGrid::SetColEditStyle(int Col, EditStyle Style) {
 
 void EditGrid::SetCellEditStyle(int Row, int Col, EditStyle Style) {
     if (auto* found = cell(Row, Col)) {
-        found->setData(StyleRole, static_cast<int>(Style));
+        found->setData(kStyleRole, static_cast<int>(Style));
     }
 }
 
 EditStyle EditGrid::styleOf(const QModelIndex& index) const {
-    const QVariant own = index.data(StyleRole);
+    const QVariant own = index.data(kStyleRole);
     return own.isValid() ? static_cast<EditStyle>(own.toInt())
                          : columns_[static_cast<size_t>(index.column())].style;
 }
@@ -181,7 +193,7 @@ bool EditGrid::offersChoices(const QModelIndex& index) const {
 bool EditGrid::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
     const bool wasEditing = state() == EditingState;
     if (trigger != SelectedClicked) {
-        forgetClick();
+        cancelDelayedEdit();
     }
     if (!QTableWidget::edit(index, trigger, event)) {
         return false;
@@ -196,10 +208,10 @@ bool EditGrid::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event
     return true;
 }
 
-/// A click on the selected cell edits it once it is clear that no double click follows. Until then
-/// the view would edit for no other reason, and afterwards it would, whatever had the focus by
-/// then.
-void EditGrid::forgetClick() {
+/// A click on the selected cell makes the base class start a timer of the double-click interval,
+/// at whose end it edits the cell, even when the grid has lost the focus; meanwhile it ignores
+/// every other trigger. An edit for another trigger stops the timer.
+void EditGrid::cancelDelayedEdit() {
     QTableWidget::edit(currentIndex(), CurrentChanged, nullptr);
 }
 
@@ -215,7 +227,7 @@ void EditGrid::showChoices() {
     }
 }
 
-void EditGrid::giveUpEdit() {
+void EditGrid::discardEdit() {
     QWidget* editor = state() == EditingState ? indexWidget(edited_) : nullptr;
     if (editor) {
         QTableWidget::closeEditor(editor, QAbstractItemDelegate::RevertModelCache);
@@ -247,15 +259,15 @@ void EditGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint h
     if ((forward || backward) && next.isValid() && currentIndex() == cell) {
         setCurrentIndex(next);
     }
-    // Told only now, because a handler may show a window or rebuild the grid, which an editor that
-    // is still being closed would not survive.
+    // Raised last: a handler may show a window or rebuild the grid, which would destroy an editor
+    // that is still being closed.
     if (std::exchange(textChanged_, false) && cell.isValid()) {
         emit CellEdited(cell.row() + 1, cell.column(), cell.data().toString());
     }
 }
 
 void EditGrid::activate(const QModelIndex& index) {
-    forgetClick();
+    cancelDelayedEdit();
     if (styleOf(index) == EditStyle::Button) {
         emit CellButtonClick(index.row() + 1, index.column());
     } else {
@@ -264,7 +276,7 @@ void EditGrid::activate(const QModelIndex& index) {
 }
 
 void EditGrid::focusOutEvent(QFocusEvent* event) {
-    forgetClick();
+    cancelDelayedEdit();
     QTableWidget::focusOutEvent(event);
 }
 
@@ -317,8 +329,8 @@ void EditGrid::mouseReleaseEvent(QMouseEvent* event) {
         return;
     }
     QTableWidget::mouseReleaseEvent(event);
-    // The drop-down of a double-clicked cell waits for the button to come up, or letting go of the
-    // button would already choose.
+    // The drop-down of a double-clicked cell opens when the button is released; opened before, it
+    // would take the release as a choice.
     if (state() == EditingState && styleOf(edited_) == EditStyle::DropDown) {
         showChoices();
     }
@@ -331,7 +343,7 @@ void EditGrid::mouseDoubleClickEvent(QMouseEvent* event) {
     const QPersistentModelIndex index = indexAt(event->position().toPoint());
     if (event->button() == Qt::LeftButton && index.isValid()) {
         const QString before = index.data().toString();
-        forgetClick();
+        cancelDelayedEdit();
         emit CellActivate(index.row() + 1, index.column());
         if (!index.isValid() || index.data().toString() != before) {
             return;

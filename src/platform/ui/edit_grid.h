@@ -18,7 +18,7 @@ enum class EditStyle { Plain = 0, DropDown = 2, Button = 3 };
 ///
 /// The user edits a cell by typing, F2, a double click, or a click on the cell that is selected
 /// already. Enter, Tab, and leaving the cell store the text, the first two going on to the next
-/// row; Esc gives it up. What the program changes raises no signal.
+/// row; Esc discards it. What the program changes raises no signal.
 class EditGrid : public QTableWidget {
     Q_OBJECT
 
@@ -29,7 +29,7 @@ class EditGrid : public QTableWidget {
     void SetCols(int count);
     /// Number of rows, the header row included; at least 1.
     int Rows() const;
-    /// Rows that stay keep their cells, rows that come are empty. An edit in progress is given up.
+    /// Rows that stay keep their cells, new rows are empty. An edit in progress is discarded.
     void SetRows(int count);
 
     void SetCellText(int Row, int Col, const QString& Text);
@@ -41,6 +41,12 @@ class EditGrid : public QTableWidget {
     void SetColEditable(int Col, bool Editable);
     void SetCellForeColor(int Row, int Col, quint32 Color);
     quint32 CellForeColor(int Row, int Col) const;
+    /// Marks a cell below the header row with a sign before its text and gives it `Text` as its
+    /// tool tip, above the cell's own text; "" takes the mark away. The note stays with the cell
+    /// until the cell's row is removed, whatever text the cell gets.
+    void SetCellNote(int Row, int Col, const QString& Text);
+    /// The note of a cell; "" when it has none.
+    QString CellNote(int Row, int Col) const;
     void SetColEditStyle(int Col, EditStyle Style);
     /// Takes the place of the column's style for this cell, until the cell's row is removed.
     void SetCellEditStyle(int Row, int Col, EditStyle Style);
@@ -56,8 +62,8 @@ class EditGrid : public QTableWidget {
 
   signals:
     /// The user has changed a cell; `Text` is the new text, already shown in the cell. Not raised
-    /// when the text came out as it was. No editor is open any more, so the handler may do what it
-    /// likes.
+    /// when the text is the same as before. Raised when no editor is open any more, so that the
+    /// handler may rebuild the grid or show a window.
     void CellEdited(int Row, int Col, const QString& Text);
     /// The user asks to pick a value for a cell: a double click, F4, or, where a cell offers no
     /// drop-down items, Alt+Down. After a double click editing starts unless the handler has set
@@ -96,8 +102,8 @@ class EditGrid : public QTableWidget {
     void openChoices(const QModelIndex& index);
     void showChoices();
     void activate(const QModelIndex& index);
-    void giveUpEdit();
-    void forgetClick();
+    void discardEdit();
+    void cancelDelayedEdit();
 
     std::vector<Column> columns_;
     QStringList listItems_;

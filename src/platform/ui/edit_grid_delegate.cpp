@@ -1,6 +1,7 @@
 #include "platform/ui/edit_grid_delegate.h"
 
 #include "platform/ui/colors.h"
+#include "platform/ui/icons.h"
 #include "platform/ui/tool_tip.h"
 
 #include <QApplication>
@@ -30,12 +31,21 @@ void EditGrid::Delegate::initStyleOption(QStyleOptionViewItem* option,
                                          const QModelIndex& index) const {
     QStyledItemDelegate::initStyleOption(option, index);
     if (!option->state.testFlag(QStyle::State_Enabled)) {
-        // A cell's own colour would make it look alive in a disabled grid.
+        // A cell's own colour would make it look enabled.
         option->palette = grid_.palette();
     } else if (index.data(Qt::ForegroundRole).isValid()) {
         const QColor shown = readable(option->palette.color(QPalette::Text), grid_.palette());
         option->palette.setColor(QPalette::Text, shown);
     }
+    if (!noteOf(index).isEmpty()) {
+        option->features |= QStyleOptionViewItem::HasDecoration;
+        option->icon = ownIcon(QStringLiteral("warning"));
+        option->decorationSize = iconSizeFor(grid_);
+    }
+}
+
+QString EditGrid::Delegate::noteOf(const QModelIndex& index) {
+    return index.data(Qt::AccessibleDescriptionRole).toString();
 }
 
 void EditGrid::Delegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
@@ -63,7 +73,9 @@ bool EditGrid::Delegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
     }
     const QString text = index.data().toString();
     const bool isCut = sizeHint(option, index).width() > textRect(option.rect, index).width();
-    QToolTip::showText(event->globalPos(), isCut ? plainToolTip(text) : QString(), view);
+    const QString note = noteOf(index);
+    const QString shown = note.isEmpty() ? (isCut ? text : QString()) : note + u'\n' + text;
+    QToolTip::showText(event->globalPos(), plainToolTip(shown), view);
     return true;
 }
 

@@ -32,6 +32,7 @@ class EditGrid::Delegate : public QStyledItemDelegate {
 
   private:
     QWidget* createChoiceEditor(QWidget* parent, bool freeText) const;
+    static QString noteOf(const QModelIndex& index);
     /// The part of a cell that holds its text.
     QRect textRect(const QRect& cell, const QModelIndex& index) const;
 

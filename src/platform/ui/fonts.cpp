@@ -8,14 +8,14 @@ namespace varo::ui {
 namespace {
 
 QString songFamily() {
-    static const QStringList Preferred = {
+    static const QStringList preferred = {
         QStringLiteral("宋体"),           QStringLiteral("SimSun"),
         QStringLiteral("NSimSun"),        QStringLiteral("Noto Serif CJK SC"),
         QStringLiteral("AR PL UMing CN"), QStringLiteral("Source Han Serif SC"),
         QStringLiteral("FandolSong"),
     };
     const QStringList chinese = QFontDatabase::families(QFontDatabase::SimplifiedChinese);
-    for (const QString& family : Preferred) {
+    for (const QString& family : preferred) {
         if (chinese.contains(family)) {
             return family;
         }

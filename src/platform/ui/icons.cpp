@@ -21,52 +21,8 @@ namespace varo::ui {
 
 namespace {
 
-QIcon ownIcon(const QString& name) {
-    static const bool ready = (initIconResources(), true);
-    QIcon icon;
-    if (ready && !name.isEmpty()) {
-        const QString file = QStringLiteral(":/varo/icons/%1.svg").arg(name);
-        icon.addFile(file);
-        // Styles would tint the picture of a selected item until it cannot be told apart.
-        icon.addFile(file, {}, QIcon::Selected);
-    }
-    return icon;
-}
-
-QString fileOf(NodeImage image) {
-    switch (image) {
-        case NodeImage::Library:
-            return QStringLiteral("library");
-        case NodeImage::Folder:
-            return QStringLiteral("folder");
-        case NodeImage::FolderOpen:
-            return QStringLiteral("folder-open");
-        case NodeImage::LibraryWithProperty:
-            return QStringLiteral("library-property");
-        case NodeImage::FolderWithProperty:
-            return QStringLiteral("folder-property");
-        case NodeImage::FolderWithPropertyOpen:
-            return QStringLiteral("folder-open-property");
-        case NodeImage::FolderLocated:
-            return QStringLiteral("folder-located");
-    }
-    return {};
-}
-
-QString fileOf(FormulaImage image) {
-    switch (image) {
-        case FormulaImage::Formula:
-            return QStringLiteral("formula");
-        case FormulaImage::FormulaWithProperty:
-            return QStringLiteral("formula-property");
-        case FormulaImage::FormulaLocated:
-            return QStringLiteral("formula-located");
-    }
-    return {};
-}
-
-/// Shows an icon faintly where it is disabled. The platform's way, towards grey, leaves light lines
-/// on a dark background as they are.
+/// Draws a disabled icon half transparent. The platform's way, mixing with grey, does not change
+/// light lines on a dark background.
 class FadingIcon : public QIconEngine {
   public:
     explicit FadingIcon(const QIcon& icon) : icon_(icon) {}
@@ -137,12 +93,16 @@ void chooseBreeze() {
 
 }  // namespace
 
-QIcon nodeIcon(NodeImage image) {
-    return ownIcon(fileOf(image));
-}
-
-QIcon formulaIcon(FormulaImage image) {
-    return ownIcon(fileOf(image));
+QIcon ownIcon(const QString& name) {
+    [[maybe_unused]] static const bool isReady = (initIconResources(), true);
+    QIcon icon;
+    if (!name.isEmpty()) {
+        const QString file = QStringLiteral(":/varo/icons/%1.svg").arg(name);
+        icon.addFile(file);
+        // Styles tint the icon of a selected item so strongly that icons look alike.
+        icon.addFile(file, {}, QIcon::Selected);
+    }
+    return icon;
 }
 
 QSize iconSizeFor(const QWidget& widget) {

@@ -7,21 +7,9 @@ class QWidget;
 
 namespace varo::ui {
 
-/// The pictures of tree nodes and list items, by the index under which the component knows them.
-enum class NodeImage {
-    Library = 1,
-    Folder = 2,
-    FolderOpen = 3,
-    LibraryWithProperty = 4,
-    FolderWithProperty = 5,
-    FolderWithPropertyOpen = 6,
-    FolderLocated = 7,
-};
-enum class FormulaImage { Formula = 2, FormulaWithProperty = 12, FormulaLocated = 13 };
-
-/// Icons drawn here, sharp at every scale; an index that has none gives an empty icon.
-QIcon nodeIcon(NodeImage image);
-QIcon formulaIcon(FormulaImage image);
+/// The icon of the resource :/varo/icons/NAME.svg, sharp at every scale and the same for selected
+/// items; an empty icon for an empty name.
+QIcon ownIcon(const QString& name);
 
 /// Size of the icons beside the text of a widget: they grow with its font, in steps that keep their
 /// lines sharp.

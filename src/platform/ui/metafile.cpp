@@ -13,19 +13,19 @@ namespace varo::ui {
 
 namespace {
 
-constexpr qsizetype PlacementSize = 22;
-constexpr qsizetype HeaderSize = 18;
-constexpr qsizetype RecordHeaderSize = 6;
-constexpr qreal PixelsPerInch = 96;
+constexpr qsizetype kPlacementSize = 22;
+constexpr qsizetype kHeaderSize = 18;
+constexpr qsizetype kRecordHeaderSize = 6;
+constexpr qreal kPixelsPerInch = 96;
 
 /// A drawing without placement says no unit; its longer side gets this many pixels.
-constexpr qreal UnplacedSide = 640;
+constexpr qreal kUnplacedSide = 640;
 
-constexpr qsizetype FileLimit = 16 * 1024 * 1024;
-constexpr std::size_t RecordLimit = 200'000;
+constexpr qsizetype kFileLimit = 16 * 1024 * 1024;
+constexpr std::size_t kRecordLimit = 200'000;
 
 /// Milliseconds that a drawing may take.
-constexpr qint64 TimeLimit = 2000;
+constexpr qint64 kTimeLimit = 2000;
 
 template <typename Number>
 Number numberAt(QByteArrayView data, qsizetype at) {
@@ -52,15 +52,15 @@ bool Metafile::isMetafile(QByteArrayView data) {
         return true;
     }
     // In memory or on disk, a header of nine words, of version 1 or 3.
-    return data.size() >= HeaderSize && (data[0] == 1 || data[0] == 2) && data[1] == 0 &&
-           numberAt<quint16>(data, 2) == HeaderSize / 2 && data[4] == 0 &&
+    return data.size() >= kHeaderSize && (data[0] == 1 || data[0] == 2) && data[1] == 0 &&
+           numberAt<quint16>(data, 2) == kHeaderSize / 2 && data[4] == 0 &&
            (data[5] == 1 || data[5] == 3);
 }
 
 std::optional<Metafile> Metafile::read(const QByteArray& data) {
     Metafile result;
     result.data_ = data;
-    if (data.size() > FileLimit || !result.readHeader()) {
+    if (data.size() > kFileLimit || !result.readHeader()) {
         return std::nullopt;
     }
     return result;
@@ -68,10 +68,10 @@ std::optional<Metafile> Metafile::read(const QByteArray& data) {
 
 bool Metafile::readHeader() {
     if (!isPlaced(data_)) {
-        return readRecords(HeaderSize) && findWindow();
+        return readRecords(kHeaderSize) && findWindow();
     }
-    if (data_.size() < PlacementSize + HeaderSize ||
-        !isMetafile(QByteArrayView(data_).sliced(PlacementSize))) {
+    if (data_.size() < kPlacementSize + kHeaderSize ||
+        !isMetafile(QByteArrayView(data_).sliced(kPlacementSize))) {
         return false;
     }
     const auto left = numberAt<qint16>(data_, 6);
@@ -83,24 +83,25 @@ bool Metafile::readHeader() {
         return false;
     }
     window_ = QRectF(left, top, right - left, bottom - top);
-    size_ = QSizeF(std::abs(right - left), std::abs(bottom - top)) * PixelsPerInch / unitsPerInch;
-    return readRecords(PlacementSize + HeaderSize);
+    size_ = QSizeF(std::abs(right - left), std::abs(bottom - top)) * kPixelsPerInch / unitsPerInch;
+    return readRecords(kPlacementSize + kHeaderSize);
 }
 
 /// Goes from record to record up to the one that ends the drawing. What the header says of their
 /// number and sizes is not needed.
 bool Metafile::readRecords(qsizetype at) {
-    while (at + RecordHeaderSize <= data_.size()) {
+    while (at + kRecordHeaderSize <= data_.size()) {
         const qint64 size = 2 * qint64{numberAt<quint32>(data_, at)};
         const int function = numberAt<quint16>(data_, at + 4);
         if (function == 0) {
             return true;
         }
-        if (size < RecordHeaderSize || at + size > data_.size() || records_.size() == RecordLimit) {
+        if (size < kRecordHeaderSize || at + size > data_.size() ||
+            records_.size() == kRecordLimit) {
             return false;
         }
-        records_.emplace_back(
-            function, QByteArrayView(data_).sliced(at + RecordHeaderSize, size - RecordHeaderSize));
+        records_.emplace_back(function, QByteArrayView(data_).sliced(at + kRecordHeaderSize,
+                                                                     size - kRecordHeaderSize));
         at += size;
     }
     return false;
@@ -120,7 +121,7 @@ bool Metafile::findWindow() {
         }
     }
     const QSizeF units(std::abs(window_.width()), std::abs(window_.height()));
-    size_ = units.scaled(UnplacedSide, UnplacedSide, Qt::KeepAspectRatio);
+    size_ = units.scaled(kUnplacedSide, kUnplacedSide, Qt::KeepAspectRatio);
     return units.width() > 0 && units.height() > 0;
 }
 
@@ -135,7 +136,7 @@ QImage Metafile::image(QSize size) const {
     MetafilePlayer player(image, window_);
     for (const MetafileRecord& record : records_) {
         player.play(record);
-        if (timer.hasExpired(TimeLimit)) {
+        if (timer.hasExpired(kTimeLimit)) {
             return {};
         }
     }

@@ -11,12 +11,12 @@ namespace varo::ui {
 
 namespace {
 
-constexpr std::size_t SavedLimit = 256;
-constexpr std::size_t ObjectLimit = 65536;
+constexpr std::size_t kSavedLimit = 256;
+constexpr std::size_t kObjectLimit = 65536;
 
 /// Bytes that all patterns of a drawing may take, those deleted too: a saved state may have them
 /// still.
-constexpr qsizetype PatternLimit = 64 * 1024 * 1024;
+constexpr qsizetype kPatternLimit = 64 * 1024 * 1024;
 
 }  // namespace
 
@@ -28,7 +28,7 @@ struct MetafilePlayer::Function {
 
 const MetafilePlayer::Function* MetafilePlayer::functionOf(int code) {
     using Player = MetafilePlayer;
-    static constexpr std::array Functions = {
+    static constexpr std::array kFunctions = {
         Function{0x001E, 0, &Player::save},
         Function{0x00F7, 0, &Player::createUnused},  // a palette
         Function{0x0102, 1, &Player::setBackgroundMode},
@@ -71,9 +71,9 @@ const MetafilePlayer::Function* MetafilePlayer::functionOf(int code) {
         Function{0x0D33, 9, &Player::setBits},
         Function{0x0F43, 11, &Player::stretchBits},
     };
-    const auto* found = std::find_if(Functions.begin(), Functions.end(),
+    const auto* found = std::find_if(kFunctions.begin(), kFunctions.end(),
                                      [code](const Function& each) { return each.code == code; });
-    return found == Functions.end() ? nullptr : found;
+    return found == kFunctions.end() ? nullptr : found;
 }
 
 MetafilePlayer::MetafilePlayer(QImage& image, const QRectF& window)
@@ -102,7 +102,7 @@ qreal MetafilePlayer::scaleY() const {
 /// In the middle of a pixel, so that level and upright lines are sharp.
 QPointF MetafilePlayer::toPixels(QPointF units) const {
     const auto pixel = [](qreal place) {
-        return std::clamp(std::floor(place), -FarthestPixel, FarthestPixel) + 0.5;
+        return std::clamp(std::floor(place), -kFarthestPixel, kFarthestPixel) + 0.5;
     };
     const QPointF from = units - state_.window.topLeft();
     return {pixel(from.x() * scaleX()), pixel(from.y() * scaleY())};
@@ -182,7 +182,7 @@ void MetafilePlayer::setTextAlign(Record record) {
 }
 
 void MetafilePlayer::save(Record) {
-    if (saved_.size() < SavedLimit) {
+    if (saved_.size() < kSavedLimit) {
         saved_.push_back(state_);
     }
 }
@@ -219,27 +219,27 @@ void MetafilePlayer::add(Object object) {
     if (!free_.empty()) {
         objects_[*free_.begin()] = std::move(object);
         free_.erase(free_.begin());
-    } else if (objects_.size() < ObjectLimit) {
+    } else if (objects_.size() < kObjectLimit) {
         objects_.push_back(std::move(object));
     }
 }
 
 void MetafilePlayer::createPen(Record record) {
-    constexpr std::array Styles = {Qt::SolidLine,   Qt::DashLine,       Qt::DotLine,
-                                   Qt::DashDotLine, Qt::DashDotDotLine, Qt::NoPen};
+    constexpr std::array kStyles = {Qt::SolidLine,   Qt::DashLine,       Qt::DotLine,
+                                    Qt::DashDotLine, Qt::DashDotDotLine, Qt::NoPen};
     const auto style = static_cast<std::size_t>(record.word(0) & 0xF);
     add(QPen(record.color(3), std::abs(record.number(1)),
-             style < Styles.size() ? Styles[style] : Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+             style < kStyles.size() ? kStyles[style] : Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
 }
 
 void MetafilePlayer::createBrush(Record record) {
-    constexpr int Hatched = 2;
-    constexpr std::array Hatches = {Qt::HorPattern,   Qt::VerPattern,   Qt::FDiagPattern,
-                                    Qt::BDiagPattern, Qt::CrossPattern, Qt::DiagCrossPattern};
+    constexpr int kHatched = 2;
+    constexpr std::array kHatches = {Qt::HorPattern,   Qt::VerPattern,   Qt::FDiagPattern,
+                                     Qt::BDiagPattern, Qt::CrossPattern, Qt::DiagCrossPattern};
     const auto hatch = static_cast<std::size_t>(record.word(3));
     const int style = record.word(0);
-    if (style == Hatched && hatch < Hatches.size()) {
-        add(QBrush(record.color(1), Hatches[hatch]));
+    if (style == kHatched && hatch < kHatches.size()) {
+        add(QBrush(record.color(1), kHatches[hatch]));
     } else {
         add(style == 0 ? QBrush(record.color(1)) : QBrush(Qt::NoBrush));
     }
@@ -259,7 +259,7 @@ void MetafilePlayer::createFont(Record record) {
 }
 
 void MetafilePlayer::createPattern(Record record) {
-    const QImage pattern = patternBytes_ < PatternLimit ? bitmapIn(record.bytesFrom(2)) : QImage();
+    const QImage pattern = patternBytes_ < kPatternLimit ? bitmapIn(record.bytesFrom(2)) : QImage();
     patternBytes_ += pattern.sizeInBytes();
     add(pattern.isNull() ? QBrush(Qt::NoBrush) : QBrush(pattern));
 }

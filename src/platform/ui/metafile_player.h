@@ -30,7 +30,7 @@ class MetafilePlayer {
 
   private:
     /// Farthest place that is drawn to, in pixels; beyond it nothing is ever seen.
-    static constexpr qreal FarthestPixel = 32000;
+    static constexpr qreal kFarthestPixel = 32000;
 
     /// An object that is known by its number; of those that draw nothing only the number counts.
     struct Unused {};

@@ -13,7 +13,7 @@ namespace varo::ui {
 
 namespace {
 
-constexpr qsizetype LongestText = 1024;
+constexpr qsizetype kLongestText = 1024;
 
 quint32 operationOf(const MetafileRecord& record) {
     return static_cast<quint32>(record.word(0)) | static_cast<quint32>(record.word(1)) << 16;
@@ -56,11 +56,11 @@ qreal angleOf(QPointF place, const QRectF& ellipse) {
 
 /// Lines are as wide as those of a print at least, however small the image is.
 void MetafilePlayer::prepareShape(bool filled) {
-    constexpr qreal ThinLinesToASide = 800;
+    constexpr qreal kThinLinesToASide = 800;
     const qreal thin =
-        std::max({1.0, size_.width() / ThinLinesToASide, size_.height() / ThinLinesToASide});
+        std::max({1.0, size_.width() / kThinLinesToASide, size_.height() / kThinLinesToASide});
     QPen pen = state_.pen;
-    pen.setWidthF(std::clamp(pen.widthF() * std::abs(scaleX()), thin, FarthestPixel));
+    pen.setWidthF(std::clamp(pen.widthF() * std::abs(scaleX()), thin, kFarthestPixel));
     painter_.setPen(pen);
     QBrush brush = filled ? state_.brush : QBrush(Qt::NoBrush);
     const bool hatched = brush.style() >= Qt::HorPattern && brush.style() <= Qt::DiagCrossPattern;
@@ -77,23 +77,23 @@ void MetafilePlayer::prepareShape(bool filled) {
 /// at all.
 void MetafilePlayer::drawShape(const QPolygonF& points, bool filled,
                                const std::function<void()>& draw) {
-    constexpr qreal LeastSide = 500;
-    constexpr qreal Crossings = 10000;
-    constexpr qreal FineCrossings = 20;
-    constexpr qreal RoundingLimit = 50000;
-    const qreal side = std::max({size_.width(), size_.height(), LeastSide});
+    constexpr qreal kLeastSide = 500;
+    constexpr qreal kCrossings = 10000;
+    constexpr qreal kFineCrossings = 20;
+    constexpr qreal kRoundingLimit = 50000;
+    const qreal side = std::max({size_.width(), size_.height(), kLeastSide});
     qreal length = 0;
     for (qsizetype i = 1; i < points.size(); ++i) {
         length += (points[i] - points[i - 1]).manhattanLength();
     }
-    if (length > Crossings * side) {
+    if (length > kCrossings * side) {
         return;
     }
     prepareShape(filled);
     QPen pen = painter_.pen();
-    const bool fine = length <= FineCrossings * side;
+    const bool fine = length <= kFineCrossings * side;
     // Each point is a corner that the pen goes around.
-    const qreal widest = fine ? RoundingLimit / static_cast<qreal>(points.size()) : 0;
+    const qreal widest = fine ? kRoundingLimit / static_cast<qreal>(points.size()) : 0;
     if (pen.style() != Qt::NoPen && pen.widthF() > widest) {
         pen.setStyle(Qt::SolidLine);
         pen.setWidthF(widest < 1 ? 0 : widest);
@@ -134,19 +134,19 @@ void MetafilePlayer::ellipse(Record record) {
 /// From the first place to the second one, against the clock: an arc, a piece of cake or a part cut
 /// off by a line.
 void MetafilePlayer::arc(Record record) {
-    constexpr int Pie = 0x081A;
-    constexpr int Chord = 0x0830;
-    constexpr int UnitsPerDegree = 16;
+    constexpr int kPie = 0x081A;
+    constexpr int kChord = 0x0830;
+    constexpr int kUnitsPerDegree = 16;
     const QRectF ellipse = rectAt(record, 4);
     const qreal start = angleOf(pointAt(record, 2), ellipse);
     qreal span = angleOf(pointAt(record, 0), ellipse) - start;
     span = span <= 0 ? span + 360 : span;
-    const int from = qRound(start * UnitsPerDegree);
-    const int length = qRound(span * UnitsPerDegree);
-    prepareShape(record.function() == Pie || record.function() == Chord);
-    if (record.function() == Pie) {
+    const int from = qRound(start * kUnitsPerDegree);
+    const int length = qRound(span * kUnitsPerDegree);
+    prepareShape(record.function() == kPie || record.function() == kChord);
+    if (record.function() == kPie) {
         painter_.drawPie(ellipse, from, length);
-    } else if (record.function() == Chord) {
+    } else if (record.function() == kChord) {
         painter_.drawChord(ellipse, from, length);
     } else {
         painter_.drawArc(ellipse, from, length);
@@ -205,7 +205,7 @@ void MetafilePlayer::polygons(Record record) {
 /// A text beyond `LongestText` bytes is cut.
 void MetafilePlayer::drawText(QByteArrayView bytes, std::vector<qreal> advances, QPointF at) {
     MetafileText text;
-    text.bytes = bytes.first(std::min(bytes.size(), LongestText));
+    text.bytes = bytes.first(std::min(bytes.size(), kLongestText));
     text.advances = std::move(advances);
     const bool follows = (state_.align & AlignUpdatesPosition) != 0;
     text.at = toPixels(follows ? state_.position : at);
@@ -233,17 +233,17 @@ void MetafilePlayer::textOut(Record record) {
 /// The place, the number of bytes, options, a rectangle if they ask for it, the bytes filled up to
 /// words, and perhaps the advance of each byte.
 void MetafilePlayer::extendedTextOut(Record record) {
-    constexpr int Filled = 2;
-    constexpr int Clipped = 4;
+    constexpr int kFilled = 2;
+    constexpr int kClipped = 4;
     const int length = record.word(2);
     const int options = record.word(3);
-    const bool hasRect = (options & (Filled | Clipped)) != 0;
+    const bool hasRect = (options & (kFilled | kClipped)) != 0;
     const int start = hasRect ? 8 : 4;
     const int end = start + (length + 1) / 2;
     if (record.words() < end) {
         return;
     }
-    if ((options & Filled) != 0) {
+    if ((options & kFilled) != 0) {
         // Left and top come first here.
         const QRectF rect(toPixels(QPointF(record.number(4), record.number(5))),
                           toPixels(QPointF(record.number(6), record.number(7))));
@@ -299,12 +299,12 @@ void MetafilePlayer::drawBits(Record record, int bitsIndex, quint32 operation, c
 }
 
 void MetafilePlayer::bitBlt(Record record) {
-    constexpr int WithoutBitmap = 9;
+    constexpr int kWithoutBitmap = 9;
     const auto sourceOf = [&](int extent) {
         return QRectF(record.number(3), record.number(2), std::abs(record.number(extent + 1)),
                       std::abs(record.number(extent)));
     };
-    if (record.words() > WithoutBitmap) {
+    if (record.words() > kWithoutBitmap) {
         drawBits(record, 8, operationOf(record), extentAt(record, 4), sourceOf(4), false);
     }
 }

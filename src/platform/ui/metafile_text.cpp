@@ -11,22 +11,22 @@ namespace varo::ui {
 
 namespace {
 
-constexpr int SymbolCharset = 2;
-constexpr qreal DefaultPixels = 14;
-constexpr qreal MaxPixels = 1000;
+constexpr int kSymbolCharset = 2;
+constexpr qreal kDefaultPixels = 14;
+constexpr qreal kMaxPixels = 1000;
 
 /// Characters of one text times their height in pixels; what goes beyond is cut.
-constexpr int PixelsOfText = 100'000;
+constexpr int kPixelsOfText = 100'000;
 
 /// Greek letters in the places of A to Z and a to z.
-constexpr QStringView SymbolCapitals = u"ΑΒΧΔΕΦΓΗΙϑΚΛΜΝΟΠΘΡΣΤΥςΩΞΨΖ";
-constexpr QStringView SymbolSmalls = u"αβχδεφγηιϕκλμνοπθρστυϖωξψζ";
+constexpr QStringView kSymbolCapitals = u"ΑΒΧΔΕΦΓΗΙϑΚΛΜΝΟΠΘΡΣΤΥςΩΞΨΖ";
+constexpr QStringView kSymbolSmalls = u"αβχδεφγηιϕκλμνοπθρστυϖωξψζ";
 
 struct SymbolSign {
     uchar byte;
     char16_t sign;
 };
-constexpr std::array SymbolSigns = {
+constexpr std::array kSymbolSigns = {
     SymbolSign{0xA3, u'≤'}, SymbolSign{0xA5, u'∞'}, SymbolSign{0xAC, u'←'}, SymbolSign{0xAD, u'↑'},
     SymbolSign{0xAE, u'→'}, SymbolSign{0xAF, u'↓'}, SymbolSign{0xB0, u'°'}, SymbolSign{0xB1, u'±'},
     SymbolSign{0xB3, u'≥'}, SymbolSign{0xB4, u'×'}, SymbolSign{0xB8, u'÷'}, SymbolSign{0xB9, u'≠'},
@@ -54,23 +54,23 @@ const char* encodingOf(int charset) {
 }
 
 bool isTwoByteCharset(int charset) {
-    return charset != SymbolCharset && charset != 161 && charset != 204;
+    return charset != kSymbolCharset && charset != 161 && charset != 204;
 }
 
 QString symbolOf(uchar byte) {
     if (byte >= 'A' && byte <= 'Z') {
-        return SymbolCapitals.sliced(byte - 'A', 1).toString();
+        return kSymbolCapitals.sliced(byte - 'A', 1).toString();
     }
     if (byte >= 'a' && byte <= 'z') {
-        return SymbolSmalls.sliced(byte - 'a', 1).toString();
+        return kSymbolSmalls.sliced(byte - 'a', 1).toString();
     }
-    const auto* found = std::find_if(SymbolSigns.begin(), SymbolSigns.end(),
+    const auto* found = std::find_if(kSymbolSigns.begin(), kSymbolSigns.end(),
                                      [byte](const SymbolSign& each) { return each.byte == byte; });
-    return QString(found == SymbolSigns.end() ? QChar(byte) : QChar(found->sign));
+    return QString(found == kSymbolSigns.end() ? QChar(byte) : QChar(found->sign));
 }
 
 QString decoded(QByteArrayView bytes, int charset) {
-    if (charset == SymbolCharset) {
+    if (charset == kSymbolCharset) {
         return symbolOf(static_cast<uchar>(bytes[0]));
     }
     if (bytes.size() == 1 && static_cast<uchar>(bytes[0]) < 0x80) {
@@ -108,8 +108,8 @@ QFont fontOf(const MetafileFont& description, qreal scale) {
     font.setItalic(description.italic);
     font.setUnderline(description.underline);
     font.setStrikeOut(description.strikeOut);
-    qreal pixels = description.height == 0 ? DefaultPixels : std::abs(description.height) * scale;
-    pixels = std::clamp(pixels, 1.0, MaxPixels);
+    qreal pixels = description.height == 0 ? kDefaultPixels : std::abs(description.height) * scale;
+    pixels = std::clamp(pixels, 1.0, kMaxPixels);
     font.setPixelSize(std::max(1, qRound(pixels)));
     if (description.height > 0) {
         const qreal line = QFontMetricsF(font).height();
@@ -138,7 +138,7 @@ qreal drawMetafileText(QPainter& painter, const MetafileText& text, const Metafi
     const QFont font = fontOf(description, scale);
     const QFontMetricsF metrics(font);
     std::vector<Character> characters = charactersOf(text.bytes, description.charset);
-    const int longest = PixelsOfText / font.pixelSize();
+    const int longest = kPixelsOfText / font.pixelSize();
     characters.resize(std::min(characters.size(), static_cast<std::size_t>(longest)));
     std::vector<qreal> advances;
     std::size_t byte = 0;

@@ -15,10 +15,11 @@ class NodeView : public QTreeView {
     Q_OBJECT
 
   public:
-    /// Role under which a model gives an item's key.
-    static constexpr int KeyRole = Qt::UserRole;
-    /// Role under which a model gives the picture of an item while it is selected; optional.
-    static constexpr int SelectedIconRole = Qt::UserRole + 1;
+    /// Roles under which a model answers.
+    enum Role {
+        KeyRole = Qt::UserRole,  ///< the item's key
+        SelectedIconRole,        ///< the icon of the item while it is selected; optional
+    };
 
     explicit NodeView(QWidget* parent = nullptr);
 

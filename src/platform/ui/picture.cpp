@@ -10,10 +10,10 @@ namespace varo::ui {
 namespace {
 
 /// Pixels of the longer side that no window on screen shows more of, as a rule.
-constexpr int EnoughPixels = 2048;
+constexpr int kEnoughPixels = 2048;
 
 /// A side of the image that a drawing is tried on.
-constexpr int TrialSide = 256;
+constexpr int kTrialSide = 256;
 
 }  // namespace
 
@@ -25,7 +25,7 @@ Picture Picture::read(const QString& path, qint64 pixelLimit) {
     const QByteArray data = file.readAll();
     Picture picture;
     if (!Metafile::isMetafile(data)) {
-        RasterPicture raster = readRaster(data, pixelLimit, EnoughPixels);
+        RasterPicture raster = readRaster(data, pixelLimit, kEnoughPixels);
         if (!raster.image.isNull()) {
             picture.size_ = raster.size;
             picture.pixels_ = std::move(raster.image);
@@ -41,7 +41,7 @@ Picture Picture::read(const QString& path, qint64 pixelLimit) {
         return {};
     }
     picture.size_ = size.toSize().expandedTo({1, 1});
-    const QSize trial = picture.size_.scaled(TrialSide, TrialSide, Qt::KeepAspectRatio);
+    const QSize trial = picture.size_.scaled(kTrialSide, kTrialSide, Qt::KeepAspectRatio);
     picture.pixels_ = picture.drawing_->image(trial.expandedTo({1, 1}));
     return picture.pixels_.isNull() ? Picture() : picture;
 }

@@ -17,7 +17,7 @@ class Picture {
 
     /// Null when the file holds no picture, ends early, or would take more than `pixelLimit`
     /// pixels. The file is not kept open.
-    static Picture read(const QString& path, qint64 pixelLimit = PixelLimit);
+    static Picture read(const QString& path, qint64 pixelLimit = kPixelLimit);
 
     bool isNull() const { return size_.isEmpty(); }
 
@@ -29,7 +29,7 @@ class Picture {
     QImage image(QSize size) const;
 
     /// Most pixels that a picture may have.
-    static constexpr qint64 PixelLimit = 100'000'000;
+    static constexpr qint64 kPixelLimit = 100'000'000;
 
   private:
     QSize size_;

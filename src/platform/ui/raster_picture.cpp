@@ -14,8 +14,8 @@ namespace {
 
 /// Room for the widest pixels a reader makes (four 16-bit channels), and for what a file says
 /// besides.
-constexpr int BytesPerPixel = 8;
-constexpr qint64 FileOverhead = 16 * 1024 * 1024;
+constexpr int kBytesPerPixel = 8;
+constexpr qint64 kFileOverhead = 16 * 1024 * 1024;
 
 /// Raises the readers' common limit on memory while one picture is read.
 class AllocationLimit {
@@ -44,7 +44,7 @@ Number littleEndianAt(QByteArrayView data, qsizetype at) {
     return qFromLittleEndian<Number>(data.sliced(at, sizeof(Number)).data());
 }
 
-constexpr QByteArrayView PngSignature = "\x89PNG\r\n\x1A\n";
+constexpr QByteArrayView kPngSignature = "\x89PNG\r\n\x1A\n";
 
 /// The format that the content begins like, empty when it is none of the three. Asked to find it
 /// out, Qt would hand the content to every reader that is installed, and some take all the memory
@@ -56,7 +56,7 @@ QByteArray formatOf(QByteArrayView data) {
     if (data.startsWith("\xFF\xD8\xFF")) {
         return "jpeg";
     }
-    return data.startsWith(PngSignature) ? "png" : "";
+    return data.startsWith(kPngSignature) ? "png" : "";
 }
 
 // The readers fill up a picture whose file ends early and call that a success, so the end of the
@@ -65,11 +65,11 @@ QByteArray formatOf(QByteArrayView data) {
 /// The png up to its end, without its texts, which gigabytes may be packed in. Empty unless its
 /// chunks lead to a complete IEND chunk.
 QByteArray withoutTexts(QByteArrayView png) {
-    constexpr qint64 ChunkFrame = 12;
-    QByteArray result = PngSignature.toByteArray();
-    qint64 at = PngSignature.size();
-    while (at + ChunkFrame <= png.size()) {
-        const qint64 size = ChunkFrame + bigEndianAt<quint32>(png, at);
+    constexpr qint64 kChunkFrame = 12;
+    QByteArray result = kPngSignature.toByteArray();
+    qint64 at = kPngSignature.size();
+    while (at + kChunkFrame <= png.size()) {
+        const qint64 size = kChunkFrame + bigEndianAt<quint32>(png, at);
         if (at + size > png.size()) {
             break;
         }
@@ -90,10 +90,10 @@ QByteArray withoutTexts(QByteArrayView png) {
 /// marker. An end marker inside a segment belongs to a thumbnail. Each scan goes through all of the
 /// picture, however little it brings: one with more scans than any sensible writer makes is none.
 bool isWholeJpeg(QByteArrayView data) {
-    constexpr int ScanLimit = 32;
-    constexpr uchar Prefix = 0xFF;
-    constexpr uchar EndOfImage = 0xD9;
-    constexpr uchar StartOfScan = 0xDA;
+    constexpr int kScanLimit = 32;
+    constexpr uchar kPrefix = 0xFF;
+    constexpr uchar kEndOfImage = 0xD9;
+    constexpr uchar kStartOfScan = 0xDA;
     const auto byteAt = [&](qsizetype at) { return static_cast<uchar>(data[at]); };
     const auto standsAlone = [](uchar marker) {
         return marker == 0x00 || marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8);
@@ -101,20 +101,20 @@ bool isWholeJpeg(QByteArrayView data) {
     int scans = 0;
     qsizetype at = 2;
     while (at + 1 < data.size()) {
-        if (byteAt(at) != Prefix || byteAt(at + 1) == Prefix) {
+        if (byteAt(at) != kPrefix || byteAt(at + 1) == kPrefix) {
             ++at;
             continue;
         }
         const uchar marker = byteAt(at + 1);
-        if (marker == EndOfImage) {
+        if (marker == kEndOfImage) {
             return true;
         }
         at += 2;
         if (standsAlone(marker)) {
             continue;
         }
-        scans += marker == StartOfScan ? 1 : 0;
-        if (at + 2 > data.size() || scans > ScanLimit) {
+        scans += marker == kStartOfScan ? 1 : 0;
+        if (at + 2 > data.size() || scans > kScanLimit) {
             return false;
         }
         at += bigEndianAt<quint16>(data, at);
@@ -124,25 +124,25 @@ bool isWholeJpeg(QByteArrayView data) {
 
 /// A bmp is whole when it holds all the pixel bytes that its header speaks of.
 bool isWholeBmp(QByteArrayView data, QSize size) {
-    constexpr qsizetype PixelOffset = 10;
-    constexpr qsizetype HeaderSize = 14;
-    constexpr qsizetype BitCount = 28;
-    constexpr qsizetype Compression = 30;
-    constexpr qsizetype PixelBytes = 34;
-    constexpr quint32 OldHeaderSize = 12;
-    constexpr qsizetype OldBitCount = 24;
-    if (data.size() < PixelBytes + 4) {
+    constexpr qsizetype kPixelOffset = 10;
+    constexpr qsizetype kHeaderSize = 14;
+    constexpr qsizetype kBitCount = 28;
+    constexpr qsizetype kCompression = 30;
+    constexpr qsizetype kPixelBytes = 34;
+    constexpr quint32 kOldHeaderSize = 12;
+    constexpr qsizetype kOldBitCount = 24;
+    if (data.size() < kPixelBytes + 4) {
         return false;
     }
-    const qint64 start = littleEndianAt<quint32>(data, PixelOffset);
-    const bool isOld = littleEndianAt<quint32>(data, HeaderSize) == OldHeaderSize;
-    const quint32 compression = isOld ? 0 : littleEndianAt<quint32>(data, Compression);
+    const qint64 start = littleEndianAt<quint32>(data, kPixelOffset);
+    const bool isOld = littleEndianAt<quint32>(data, kHeaderSize) == kOldHeaderSize;
+    const quint32 compression = isOld ? 0 : littleEndianAt<quint32>(data, kCompression);
     if (compression == 1 || compression == 2) {
-        const qint64 coded = littleEndianAt<quint32>(data, PixelBytes);
+        const qint64 coded = littleEndianAt<quint32>(data, kPixelBytes);
         return coded > 0 && start + coded <= data.size();
     }
     const qint64 rowBits =
-        qint64{size.width()} * littleEndianAt<quint16>(data, isOld ? OldBitCount : BitCount);
+        qint64{size.width()} * littleEndianAt<quint16>(data, isOld ? kOldBitCount : kBitCount);
     const qint64 rowBytes = (rowBits + 31) / 32 * 4;
     return start + rowBytes * size.height() <= data.size();
 }
@@ -180,7 +180,7 @@ RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough) {
         (format == "bmp" && !isWholeBmp(data, size))) {
         return {};
     }
-    const AllocationLimit limit(pixelLimit * BytesPerPixel);
+    const AllocationLimit limit(pixelLimit * kBytesPerPixel);
     if (const QSize wanted = reduced(size, enough); wanted != size) {
         reader.setScaledSize(wanted);
     }
@@ -189,7 +189,7 @@ RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough) {
 }
 
 qint64 rasterFileLimit(qint64 pixelLimit) {
-    return pixelLimit * BytesPerPixel + FileOverhead;
+    return pixelLimit * kBytesPerPixel + kFileOverhead;
 }
 
 }  // namespace varo::ui
