@@ -2,7 +2,6 @@
 
 #include "library/folders.h"
 #include "library/open_libraries.h"
-#include "library/properties.h"
 #include "library/property_search.h"
 #include "library/stored_values.h"
 #include "support/file_limit.h"
@@ -13,13 +12,13 @@
 namespace varo::test {
 namespace {
 
-class Obstacles;
+class Trial;
 
 /// Does something with the library. Returns whether all of it was done; what the contract says
 /// otherwise is checked within.
 struct Operation {
     const char* name;
-    bool (*run)(Obstacles& on);
+    bool (*run)(Trial& on);
 };
 
 void PrintTo(const Operation& operation, std::ostream* out) {
@@ -28,11 +27,9 @@ void PrintTo(const Operation& operation, std::ostream* out) {
 
 /// The first library with pictures, properties and values; 梁 and 剪切 have been copied, and so has
 /// a picture. Nobody waits for locks.
-class Obstacles : private NoWaiting,
-                  public testing::TestWithParam<Operation>,
-                  public OpenLibraries {
+class Trial : private NoWaiting, public testing::TestWithParam<Operation>, public OpenLibraries {
   public:
-    Obstacles() {
+    Trial() {
         first.addPicture(bending, pictureBytes(7000));
         first.addPicture(deflection, pictureBytes(7000));
         first.addProperty(1, u"形"_s, 0, simple, NodeTypeFolder);
@@ -47,11 +44,9 @@ class Obstacles : private NoWaiting,
         EXPECT_TRUE(pictures.copyOut(*listed));
     }
 
-    bool store(qint32 formula) {
-        PictureCopy copy(pictures.fileOf(formula));
-        return copy.take(chosen) && pictures.store(formula, copy, messages);
-    }
-
+    clsDBFuncs& funcs = library.funcs();
+    data::Connection& opened = library.connection();
+    qint32 newId = 0;
     Clipboard copiedFormula{files};
     QString chosen;
     std::unique_ptr<clsFormulaInfo> listed;
@@ -101,8 +96,8 @@ Obstacle noReading(const QString& library) {
     return {nullptr, [=](void*) { EXPECT_TRUE(QDir().rmdir(journal)); }};
 }
 
-class Writing : public Obstacles {};
-class Reading : public Obstacles {};
+class Writing : public Trial {};
+class Reading : public Trial {};
 
 const struct {
     const char* name;
@@ -187,135 +182,122 @@ bool insertedWhole(InsertedFormula inserted) {
     return inserted == InsertedFormula::Whole;
 }
 
+bool insertFormula(Trial& on) {
+    clsFormulaInfo formula;
+    return insertedWhole(varo::insertFormula(on.library, on.funcs, formula, formula.FormulaID));
+}
+
+bool storeValue(Trial& on, const QString& variable) {
+    return StoredValues(on.library).store(variable, on.bending, u"2"_s).failure.isEmpty();
+}
+
+bool deleteFolder(Trial& on) {
+    const SubtreeDeletion deletion = deleteSubtree(on.library, on.beams);
+    EXPECT_EQ(deletion.gone.size(), deletion.complete ? 3U : 0U);
+    EXPECT_TRUE(deletion.committed || !deletion.complete);
+    return deletion.complete;
+}
+
+bool deleteFormula(Trial& on) {
+    const DeletedFormula deleted = varo::deleteFormula(on.library, on.shear);
+    EXPECT_NE(deleted, DeletedFormula::WithoutProperties);
+    return deleted == DeletedFormula::Whole;
+}
+
+bool moveFolder(Trial& on) {
+    FolderOrder order;
+    const QString failure = exchangeFolders(on.library, on.beams, on.columns, order);
+    EXPECT_TRUE(failure.isEmpty() || failure == u"移动公式夹失败！"_s);
+    return failure.isEmpty();
+}
+
+bool pasteFolder(Trial& on) {
+    const auto pasted =
+        on.clipboard.insertFolders(on.library, on.columns, true, kMaxFolderDepth, on.messages);
+    EXPECT_EQ(pasted.rows.rows().size(), pasted.complete ? 3U : 0U);
+    return pasted.complete;
+}
+
+bool pasteFormula(Trial& on) {
+    return insertedWhole(
+        on.copiedFormula.insertFormula(on.library, on.beams, on.messages).inserted);
+}
+
+bool storePicture(Trial& on, qint32 formula) {
+    PictureCopy copy(on.pictures.fileOf(formula));
+    return copy.take(on.chosen) && on.pictures.store(formula, copy, on.messages);
+}
+
 const Operation kWrites[] = {
-    {"NewFolder",
-     [](Obstacles& on) {
-         qint32 id = 0;
-         return on.library.funcs().AddNewFolder(on.beams, u"拱"_s, id, on.library.connection());
-     }},
-    {"NewFormula",
-     [](Obstacles& on) {
-         clsFormulaInfo formula;
-         return insertedWhole(
-             insertFormula(on.library, on.library.funcs(), formula, formula.FormulaID));
-     }},
-    {"RenameFolder",
-     [](Obstacles& on) {
-         return on.library.funcs().RenameFolder(on.beams, u"拱"_s, on.library.connection());
-     }},
-    {"RenameFormula",
-     [](Obstacles& on) {
-         return on.library.funcs().RenameFormula(on.shear, u"切"_s, on.library.connection());
-     }},
-    {"EditFormula",
-     [](Obstacles& on) {
-         return on.library.funcs().EditFormulaExpression(on.shear, u"1"_s, on.library.connection());
-     }},
-    {"EditValue",
-     [](Obstacles& on) {
-         return StoredValues(on.library).store(u"M"_s, on.bending, u"2"_s).failure.isEmpty();
-     }},
-    {"NewValue",
-     [](Obstacles& on) {
-         return StoredValues(on.library).store(u"W"_s, on.bending, u"3"_s).failure.isEmpty();
-     }},
-    {"DeleteFolder",
-     [](Obstacles& on) {
-         const SubtreeDeletion deletion = deleteSubtree(on.library, on.beams);
-         EXPECT_EQ(deletion.gone.size(), deletion.complete ? 3U : 0U);
-         EXPECT_TRUE(deletion.committed || !deletion.complete);
-         return deletion.complete;
-     }},
-    {"DeleteFormula",
-     [](Obstacles& on) {
-         const DeletedFormula deleted = deleteFormula(on.library, on.shear);
-         EXPECT_NE(deleted, DeletedFormula::WithoutProperties);
-         return deleted == DeletedFormula::Whole;
-     }},
-    {"MoveFolder",
-     [](Obstacles& on) {
-         FolderOrder order;
-         const QString failure = exchangeFolders(on.library, on.beams, on.columns, order);
-         EXPECT_TRUE(failure.isEmpty() || failure == u"移动公式夹失败！"_s);
-         return failure.isEmpty();
-     }},
+    {"NewFolder", [](Trial& on) { return on.funcs.AddNewFolder(1, u"拱"_s, on.newId, on.opened); }},
+    {"NewFormula", insertFormula},
+    {"RenameFolder", [](Trial& on) { return on.funcs.RenameFolder(1, u"拱"_s, on.opened); }},
+    {"RenameFormula", [](Trial& on) { return on.funcs.RenameFormula(1, u"切"_s, on.opened); }},
+    {"EditFormula", [](Trial& on) { return on.funcs.EditFormulaExpression(1, u"1"_s, on.opened); }},
+    {"EditMemo", [](Trial& on) { return on.funcs.EditFormulaMemo(1, u"1"_s, on.opened); }},
+    {"EditValue", [](Trial& on) { return storeValue(on, u"M"_s); }},
+    {"NewValue", [](Trial& on) { return storeValue(on, u"W"_s); }},
+    {"DeleteFolder", deleteFolder},
+    {"DeleteFormula", deleteFormula},
+    {"MoveFolder", moveFolder},
     {"MoveFormula",
-     [](Obstacles& on) {
-         return on.library.funcs().ExchangeOrderID(on.bending, on.shear, u"Formula"_s,
-                                                   on.library.connection());
-     }},
-    {"PasteFolder",
-     [](Obstacles& on) {
-         const PastedFolders pasted =
-             on.clipboard.insertFolders(on.library, on.columns, true, kMaxFolderDepth, on.messages);
-         EXPECT_EQ(pasted.rows.rows().size(), pasted.complete ? 3U : 0U);
-         return pasted.complete;
-     }},
-    {"PasteFormula",
-     [](Obstacles& on) {
-         return insertedWhole(
-             on.copiedFormula.insertFormula(on.library, on.beams, on.messages).inserted);
-     }},
-    {"AddPicture", [](Obstacles& on) { return on.store(on.shear); }},
-    {"ReplacePicture", [](Obstacles& on) { return on.store(on.bending); }},
-    {"DeletePicture", [](Obstacles& on) { return on.pictures.remove(*on.listed); }},
+     [](Trial& on) { return on.funcs.ExchangeOrderID(1, 2, u"Formula"_s, on.opened); }},
+    {"PasteFolder", pasteFolder},
+    {"PasteFormula", pasteFormula},
+    {"AddPicture", [](Trial& on) { return storePicture(on, on.shear); }},
+    {"ReplacePicture", [](Trial& on) { return storePicture(on, on.bending); }},
+    {"DeletePicture", [](Trial& on) { return on.pictures.remove(*on.listed); }},
 };
 
-const Operation kReads[] = {
-    {"Open",
-     [](Obstacles& on) {
-         on.library.close();
-         const bool opened = on.library.open(1);
-         EXPECT_EQ(opened, on.library.isOpen());
-         return opened;
-     }},
-    {"CopyFolder",
-     [](Obstacles& on) {
-         const bool copied = on.clipboard.captureFolders(on.library, on.beams, on.messages);
-         EXPECT_EQ(on.clipboard.holdsFolders(), copied);
-         return copied;
-     }},
-    {"ReadFolders",
-     [](Obstacles& on) {
-         FolderRows rows;
-         return readFolders(on.library, rows) && rows.rows().size() == 5;
-     }},
-    {"ReadProperties",
-     [](Obstacles& on) {
-         std::vector<qint32> nodes;
-         return readNodesWithProperty(on.library, NodeTypeFolder, nodes);
-     }},
-    {"ReadFormulas",
-     [](Obstacles& on) {
-         colFormulaInfo formulas;
-         FormulaReader reader(on.library, on.files, &WorkingFiles::listedPicture, on.messages);
-         return reader.read(on.beams, formulas) && formulas.Count() == 3;
-     }},
-    {"ReadValues",
-     [](Obstacles& on) {
-         on.library.variables().Clear();
-         const auto values = StoredValues(on.library).valuesOf({u"M"_s, u"W"_s}, on.bending);
-         EXPECT_EQ(values[0].isRead, values[1].isRead);
-         EXPECT_EQ(values[0].value, values[0].isRead ? u"1"_s : u"0"_s);
-         return values[0].isRead;
-     }},
-    {"CopyPicture",
-     [](Obstacles& on) {
-         clsFormulaInfo withoutFile = *on.listed;
-         withoutFile.FormulaPicPath.clear();
-         return on.pictures.copyOut(withoutFile);
-     }},
-    {"Locate",
-     [](Obstacles& on) {
-         struct : PropertySource {
-             QString propertyValue(const QString&) override { return {}; }
-         } host;
-         colLocateProp located;
-         const QString failure = PropertySearch(on.libraries, host).run(u"形"_s, located);
-         EXPECT_EQ(located.Count(), failure.isEmpty() ? 2 : 0);
-         return failure.isEmpty();
-     }},
-};
+bool open(Trial& on) {
+    on.library.close();
+    const bool opened = on.library.open(1);
+    EXPECT_EQ(opened, on.library.isOpen());
+    return opened;
+}
+
+bool copyFolder(Trial& on) {
+    const bool copied = on.clipboard.captureFolders(on.library, on.beams, on.messages);
+    EXPECT_EQ(on.clipboard.holdsFolders(), copied);
+    return copied;
+}
+
+bool readValues(Trial& on) {
+    on.library.variables().Clear();
+    const auto values = StoredValues(on.library).valuesOf({u"M"_s, u"W"_s}, on.bending);
+    EXPECT_EQ(values[0].isRead, values[1].isRead);
+    EXPECT_EQ(values[0].value, values[0].isRead ? u"1"_s : u"0"_s);
+    return values[0].isRead;
+}
+
+bool readFormulas(Trial& on) {
+    colFormulaInfo formulas;
+    FormulaReader reader(on.library, on.files, &WorkingFiles::listedPicture, on.messages);
+    return reader.read(on.beams, formulas) && formulas.Count() == 3;
+}
+
+bool copyPicture(Trial& on) {
+    clsFormulaInfo withoutFile = *on.listed;
+    withoutFile.FormulaPicPath.clear();
+    return on.pictures.copyOut(withoutFile);
+}
+
+bool locate(Trial& on) {
+    struct : PropertySource {
+        QString propertyValue(const QString&) override { return {}; }
+    } host;
+    colLocateProp located;
+    const QString failure = PropertySearch(on.libraries, host).run(u"形"_s, located);
+    EXPECT_EQ(located.Count(), failure.isEmpty() ? 2 : 0);
+    return failure.isEmpty();
+}
+
+const Operation kReads[] = {{"Open", open},
+                            {"CopyFolder", copyFolder},
+                            {"ReadFormulas", readFormulas},
+                            {"ReadValues", readValues},
+                            {"CopyPicture", copyPicture},
+                            {"Locate", locate}};
 
 INSTANTIATE_TEST_SUITE_P(Rules, Writing, testing::ValuesIn(kWrites),
                          [](const auto& each) { return each.param.name; });
