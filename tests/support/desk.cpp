@@ -136,11 +136,7 @@ QStringList Desk::listTexts() {
 }
 
 QStringList Desk::gridTexts() {
-    QStringList result;
-    for (int row = 1; row < grid().Rows(); ++row) {
-        result.append(grid().GetCellText(row, 0) + u'=' + grid().GetCellText(row, 1));
-    }
-    return result;
+    return textsOf(grid());
 }
 
 void Desk::clickNode(const QString& text) {
@@ -206,38 +202,12 @@ void Desk::typeLabel(const QString& text, Qt::Key key) {
 }
 
 QString Desk::value(const QString& variable) {
-    for (int row = 1; row < grid().Rows(); ++row) {
-        if (grid().GetCellText(row, 0) == variable) {
-            return grid().GetCellText(row, 1);
-        }
-    }
-    throw std::logic_error("no such variable in the grid");
+    return grid().GetCellText(rowOf(grid(), variable), 1);
 }
 
 void Desk::typeValue(const QString& variable, const QString& value) {
-    for (int row = 1; row < grid().Rows(); ++row) {
-        if (grid().GetCellText(row, 0) != variable) {
-            continue;
-        }
-        const QModelIndex cell = grid().model()->index(row - 1, 1);
-        grid().setFocus();
-        grid().setCurrentIndex(cell);
-        QTest::keyClick(&grid(), Qt::Key_F2);
-        auto* editor = qobject_cast<QLineEdit*>(QApplication::focusWidget());
-        if (editor == nullptr) {
-            throw std::logic_error("the cell opened no editor");
-        }
-        editor->selectAll();
-        if (value.isEmpty()) {
-            QTest::keyClick(editor, Qt::Key_Delete);
-        } else {
-            editor->insert(value);
-        }
-        QTest::keyClick(editor, Qt::Key_Return);
-        settle();
-        return;
-    }
-    throw std::logic_error("no such variable in the grid");
+    QTest::keyClick(&beginTyping(grid(), variable, value), Qt::Key_Return);
+    settle();
 }
 
 void Desk::type(QWidget& widget, const QString& text) {

@@ -3,6 +3,7 @@
 #include "control/varo_calcex.h"
 #include "platform/ui/edit_grid.h"
 #include "platform/ui/node_view.h"
+#include "support/grid_input.h"
 #include "support/recording_questions.h"
 #include "support/test_library.h"
 
