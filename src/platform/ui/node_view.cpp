@@ -18,7 +18,7 @@ namespace varo::ui {
 
 namespace {
 
-/// Draws a selected item with the picture that its model gives for that state, and knows the editor
+/// Draws a selected item with the icon that its model has for that state, and creates the editor
 /// of a label.
 class NodeDelegate : public QStyledItemDelegate {
   public:
@@ -125,7 +125,7 @@ void NodeView::selectItem(const QModelIndex& index) {
 
 QModelIndex NodeView::itemAt(const QPoint& position) const {
     const QModelIndex index = indexAt(position);
-    // The plus or minus sign beside an item only opens and closes it.
+    // The area of the plus or minus sign is not part of the item.
     return visualRect(index).contains(position) ? index : QModelIndex();
 }
 
@@ -201,7 +201,7 @@ void NodeView::changeEvent(QEvent* event) {
 void NodeView::initViewItemOption(QStyleOptionViewItem* option) const {
     QTreeView::initViewItemOption(option);
     if (!hasFocus() && state() != EditingState) {
-        // Still seen, but not taken for what the keyboard acts on.
+        // Paler than in the view that has the keyboard focus.
         QPalette& colors = option->palette;
         colors.setColor(QPalette::Highlight,
                         mixed(colors.color(QPalette::Base), colors.color(QPalette::Highlight), 35));
@@ -215,7 +215,7 @@ void NodeView::drawBranches(QPainter* painter, const QRect& rect, const QModelIn
             return node.sibling(node.row() + 1, 0).isValid();
         };
         const int middle = rect.center().y();
-        // Room for the sign that opens and closes the node.
+        // The plus or minus sign is drawn here.
         const int gap = model()->hasChildren(index) ? 5 : 0;
         int x = rect.right() - indentation() / 2;
         painter->save();
