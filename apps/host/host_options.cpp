@@ -101,7 +101,9 @@ QString optionsHelp() {
     QString text = QStringLiteral(
         "varo-host [OPTION]...\n"
         "An application that embeds the formula calculator. With --screenshot or --quit it does "
-        "its\njob without the user: messages are printed, and questions are answered yes.\n\n");
+        "its\njob without the user: messages are printed, and questions are answered yes.\n"
+        "It ends with 0, with 1 when the control reported a failure while it started, and with 2 "
+        "for\nwrong options.\n\n");
     for (const Option& option : Options) {
         const QString usage = QStringLiteral("  %1 %2").arg(option.name, option.value);
         QString help = option.help;

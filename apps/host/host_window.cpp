@@ -155,7 +155,7 @@ void HostWindow::buildFileMenu() {
 }
 
 void HostWindow::buildControlMenu() {
-    QMenu* menu = menuBar()->addMenu(QStringLiteral("控件(&C)"));
+    QMenu* menu = menuBar()->addMenu(QStringLiteral("控件(&K)"));
     // An entry that asks for the method's argument; `keyOf` is the view whose selected key is
     // offered.
     const auto addCall = [this, menu](const QString& method, const QString& argument,
