@@ -1,8 +1,8 @@
 #include "engine/calc_engine.h"
 
 #include "engine/formula.h"
-#include "engine/variable_table.h"
-#include "engine/vocabulary.h"
+#include "engine/language/variable_table.h"
+#include "engine/language/vocabulary.h"
 
 #include <cmath>
 #include <optional>

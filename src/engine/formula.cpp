@@ -1,13 +1,13 @@
 #include "engine/formula.h"
 
-#include "engine/fast_steps.h"
-#include "engine/interpreter.h"
-#include "engine/program.h"
-#include "engine/program_builder.h"
-#include "engine/row_block.h"
-#include "engine/text_machine.h"
-#include "engine/unicode.h"
-#include "engine/vocabulary.h"
+#include "engine/language/vocabulary.h"
+#include "engine/machine/fast_steps.h"
+#include "engine/machine/interpreter.h"
+#include "engine/machine/row_block.h"
+#include "engine/machine/text_machine.h"
+#include "engine/program/program.h"
+#include "engine/program/program_builder.h"
+#include "engine/text/unicode.h"
 
 #include <algorithm>
 #include <cmath>

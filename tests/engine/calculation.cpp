@@ -1,7 +1,7 @@
 #include "engine/calculation.h"
 
 #include "engine/numbers.h"
-#include "engine/unicode.h"
+#include "engine/text/unicode.h"
 
 #include <gtest/gtest.h>
 #include <limits>

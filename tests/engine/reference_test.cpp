@@ -3,8 +3,8 @@
 // where the result is a number, a text between single quotes, or the message of an error.
 
 #include "engine/formula.h"
+#include "engine/language/vocabulary.h"
 #include "engine/numbers.h"
-#include "engine/vocabulary.h"
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,5 @@
 #include "engine/calculation.h"
-#include "engine/text_search.h"
+#include "engine/text/text_search.h"
 
 #include <gtest/gtest.h>
 
