@@ -30,16 +30,7 @@ bool Parser::operand(const Token& token) {
             emit(NodeKind::Result, token);
             return true;
         case TokenKind::Operator:
-            switch (token.op) {
-                case Operator::Add:
-                    return openPrefix(Operator::Plus, token);
-                case Operator::Subtract:
-                    return openPrefix(Operator::Minus, token);
-                case Operator::Not:
-                    return openPrefix(Operator::Not, token);
-                default:
-                    return fail(ErrorCode::BadCharacter, token.offset);
-            }
+            return prefixOperator(token);
         case TokenKind::LeftParenthesis:
             return open({Pending::Kind::Group, 0, {}, {}, token.offset});
         case TokenKind::Function:
@@ -55,9 +46,11 @@ bool Parser::operand(const Token& token) {
             return fail(ErrorCode::UnclosedText, token.offset);
         case TokenKind::End:
             return fail(ErrorCode::Incomplete, token.offset);
-        default:
-            return fail(ErrorCode::BadCharacter, token.offset);
+        case TokenKind::Comma:
+        case TokenKind::BadCharacter:
+            break;
     }
+    return fail(ErrorCode::BadCharacter, token.offset);
 }
 
 bool Parser::afterOperand(const Token& token) {
@@ -82,9 +75,16 @@ bool Parser::afterOperand(const Token& token) {
             return fail(ErrorCode::UnclosedText, token.offset);
         case TokenKind::End:
             return openParentheses_ > 0 && fail(ErrorCode::Parentheses, token.offset);
-        default:
-            return fail(ErrorCode::BadCharacter, token.offset);
+        case TokenKind::Number:
+        case TokenKind::Text:
+        case TokenKind::Variable:
+        case TokenKind::Result:
+        case TokenKind::Function:
+        case TokenKind::LeftParenthesis:
+        case TokenKind::BadCharacter:
+            break;
     }
+    return fail(ErrorCode::BadCharacter, token.offset);
 }
 
 bool Parser::binaryOperator(const Token& token) {
@@ -123,7 +123,13 @@ bool Parser::closeParenthesis(const Token& token) {
     return true;
 }
 
-bool Parser::openPrefix(Operator op, const Token& token) {
+bool Parser::prefixOperator(const Token& token) {
+    if (token.op != Operator::Add && token.op != Operator::Subtract && token.op != Operator::Not) {
+        return fail(ErrorCode::BadCharacter, token.offset);
+    }
+    const Operator op = token.op == Operator::Add        ? Operator::Plus
+                        : token.op == Operator::Subtract ? Operator::Minus
+                                                         : Operator::Not;
     return open({Pending::Kind::Prefix, infoOf(op).level, op, {}, token.offset});
 }
 
@@ -199,9 +205,8 @@ void Parser::completeArgument() {
 void Parser::closeTop() {
     const Pending& top = *top_;
     if (top.kind == Pending::Kind::Call) {
-        const std::size_t wanted = infoOf(top.function).parameters.size();
-        if (top.arguments != wanted || worksOnText(top.function) ||
-            top.function == Function::Unknown) {
+        const FunctionInfo& info = infoOf(top.function);
+        if (top.arguments != info.parameters.size() || !info.isOfNumbers()) {
             isPlainlyNumeric_ = false;
         }
         tree_.push_back({NodeKind::Call, {}, top.function, top.offset, {}});

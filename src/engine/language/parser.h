@@ -58,7 +58,7 @@ class Parser {
     bool binaryOperator(const Token& token);
     bool closeParenthesis(const Token& token);
     bool open(const Pending& pending);
-    bool openPrefix(Operator op, const Token& token);
+    bool prefixOperator(const Token& token);
     TokenKind skipToken();
     bool fail(ErrorCode code, std::uint32_t offset);
     void complete();

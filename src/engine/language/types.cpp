@@ -138,45 +138,58 @@ void TypeInference::argument(const Node& node) {
     if (node.function == Function::Unknown) {
         return;
     }
+    const FunctionInfo& info = infoOf(node.function);
+    const std::uint32_t number = node.extent.first;
+    if (!info.takes(number)) {
+        report(ErrorCode::TooManyArguments, node);
+        return;
+    }
     const Class given = operands_.back();
-    switch (infoOf(node.function).parameter(node.extent.first)) {
-        case 'n':
+    switch (info.parameter(number)) {
+        case ParameterType::Number:
             if (!join(given, kNumber)) {
-                report(ErrorCode::NumberWanted, node, node.extent.first);
+                report(ErrorCode::NumberWanted, node, number);
             }
             break;
-        case 't':
+        case ParameterType::Text:
             if (!join(given, kText)) {
-                report(ErrorCode::TextWanted, node, node.extent.first);
+                report(ErrorCode::TextWanted, node, number);
             }
             break;
-        case 'a': {
-            const bool isFirst = infoOf(node.function).parameter(node.extent.first - 1) != 'a';
+        case ParameterType::Any: {
+            const bool isFirst = number == 1 || info.parameter(number - 1) != ParameterType::Any;
             const Class before = isFirst ? given : operands_[operands_.size() - 2];
             if (!join(before, given)) {
                 report(find(before) == kText ? ErrorCode::TextWanted : ErrorCode::NumberWanted,
-                       node, node.extent.first);
+                       node, number);
             }
             break;
         }
-        default:
-            report(ErrorCode::TooManyArguments, node);
-            break;
     }
 }
 
 void TypeInference::call(const Node& node) {
     const FunctionInfo& info = infoOf(node.function);
-    if (node.function != Function::Unknown && node.extent.first < info.parameters.size()) {
+    const std::size_t given = node.extent.first;
+    const std::size_t wanted = info.parameters.size();
+    if (given < wanted) {
         report(ErrorCode::TooFewArguments, node, node.extent.first + 1);
     }
     Class result = kAnything;
-    if (info.result != 'a') {
-        result = info.result == 't' ? kText : kNumber;
-    } else if (node.function != Function::Unknown && node.extent.first >= info.parameters.size()) {
-        result = operands_[operands_.size() - node.extent.first + (info.parameters.size() - 1)];
+    switch (info.result) {
+        case ParameterType::Number:
+            result = kNumber;
+            break;
+        case ParameterType::Text:
+            result = kText;
+            break;
+        case ParameterType::Any:
+            if (wanted > 0 && given >= wanted) {
+                result = operands_[operands_.size() - given + (wanted - 1)];
+            }
+            break;
     }
-    operands_.resize(operands_.size() - node.extent.first);
+    operands_.resize(operands_.size() - given);
     operands_.push_back(result);
 }
 

@@ -10,7 +10,6 @@ struct Entry {
     Word word;
 };
 
-constexpr std::size_t kFunctionCount = static_cast<std::size_t>(Function::Unknown);
 constexpr std::size_t kOtherWords = 9;
 
 constexpr Word operatorWord(Operator op) {
@@ -22,8 +21,8 @@ constexpr Word constantWord(double number) {
 }
 
 /// Every name that means something.
-constexpr std::array<Entry, kFunctionCount + kOtherWords> kWords = [] {
-    std::array<Entry, kFunctionCount + kOtherWords> words{{
+constexpr std::array<Entry, kOtherWords + kFunctionCount - 1> kWords = [] {
+    std::array<Entry, kOtherWords + kFunctionCount - 1> words{{
         {"And", operatorWord(Operator::And)},
         {"Or", operatorWord(Operator::Or)},
         {"Not", operatorWord(Operator::Not)},
@@ -34,9 +33,9 @@ constexpr std::array<Entry, kFunctionCount + kOtherWords> kWords = [] {
         {"exp", constantWord(kE)},
         {"Result", {Word::Kind::Result}},
     }};
-    for (std::size_t i = 0; i < kFunctionCount; ++i) {
-        words[kOtherWords + i] = {kFunctions[i].name,
-                                  {Word::Kind::None, {}, static_cast<Function>(i)}};
+    for (std::size_t i = 1; i < kFunctionCount; ++i) {
+        words[kOtherWords + i - 1] = {kFunctions[i].name,
+                                      {Word::Kind::None, {}, static_cast<Function>(i)}};
     }
     return words;
 }();

@@ -43,7 +43,7 @@ struct Registers : WatchedRow<Registers> {
     double result() const { return accumulatorValue - poison; }
 
     /// The value of the program from instruction `at` on.
-    [[gnu::always_inline]] double goOn() const {
+    [[gnu::always_inline]] double dispatchNext() const {
         return at->step(at, variables, temporaries, accumulatorValue, poison, kept);
     }
 };
@@ -65,7 +65,7 @@ template <Kind kind>
         return registers.result();
     } else {
         ++registers.at;
-        return registers.goOn();
+        return registers.dispatchNext();
     }
 }
 
@@ -81,12 +81,12 @@ double step(const Instruction* at, const double* variables, double* temporaries,
 
 /// For the arguments that a kernel cannot serve. A step of its own, so that the kernels have
 /// nothing to save on the stack.
-template <Unary operation, Kind kind>
+template <Kernel kernel, Kind kind>
 [[gnu::noinline]] double libraryStep(const Instruction* at, const double* variables,
                                      double* temporaries, double argument, double poison,
                                      double kept) {
     Registers registers(at, variables, temporaries, argument, poison, kept);
-    return finishStep<kind>(registers, libraryValue<operation>(argument));
+    return finishStep<kind>(registers, libraryValue<kernel>(argument));
 }
 
 template <Opcode opcode, Kind kind, class Arithmetic>
@@ -95,13 +95,13 @@ template <Opcode opcode, Kind kind, class Arithmetic>
     if constexpr (storesFirst(kind)) {
         registers.store(storedTemporary(opcode, at));
     }
-    constexpr Unary operation = unaryOf(opcode);
+    constexpr Kernel kKernel = kernelOf(unaryOf(opcode));
     const double x =
         isOfVariable(opcode) ? registers.variable(at.a).value : registers.accumulatorValue;
     double value = 0;
-    if (!compute<operation, Arithmetic>(x, value)) [[unlikely]] {
-        return libraryStep<operation, kind>(&at, registers.variables, registers.temporaries, x,
-                                            registers.poison, registers.kept);
+    if (!compute<kKernel, Arithmetic>(x, value)) [[unlikely]] {
+        return libraryStep<kKernel, kind>(&at, registers.variables, registers.temporaries, x,
+                                          registers.poison, registers.kept);
     }
     return finishStep<kind>(registers, value);
 }
@@ -136,7 +136,7 @@ double control(const Instruction* at, const double* variables, double* temporari
         registers.require(accumulator);
         registers.at += (accumulator != 0) == jumpsIfTrue ? at->index : 1;
     }
-    return registers.goOn();
+    return registers.dispatchNext();
 }
 
 double returnStep(const Instruction* at, const double* variables, double* temporaries,
@@ -150,10 +150,10 @@ struct MakeStep {
 
     template <Opcode opcode>
     static constexpr Step make() {
-        constexpr bool exists = givesNumber(opcode) && (!storesFirst(kind) || isFresh(opcode));
-        if constexpr (exists && isUnary(opcode) && hasKernel(unaryOf(opcode))) {
+        constexpr bool isDefined = givesNumber(opcode) && (!storesFirst(kind) || isFresh(opcode));
+        if constexpr (isDefined && isUnary(opcode) && kernelOf(unaryOf(opcode)) != Kernel::None) {
             return fused ? fusedKernelStep<opcode, kind> : plainKernelStep<opcode, kind>;
-        } else if constexpr (exists) {
+        } else if constexpr (isDefined) {
             return step<opcode, kind>;
         } else if constexpr (opcode >= opcodeOf(Other::Store) &&
                              opcode <= opcodeOf(Other::JumpIfTrue)) {
@@ -186,9 +186,7 @@ void linkFastSteps(std::span<Instruction> program) {
     // What comes before Return returns at once.
     if (program.size() > 1) {
         Instruction& last = program[program.size() - 2];
-        if (givesNumber(last.opcode % kStoresFirst)) {
-            last.step = stepOf(steps, last.opcode, Kind::Last, Kind::LastStoresFirst);
-        }
+        last.step = stepOf(steps, last.opcode, Kind::Last, Kind::LastStoresFirst);
     }
 }
 

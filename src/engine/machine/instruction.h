@@ -48,14 +48,13 @@ enum class Shape : std::uint8_t {
 };
 
 /// A number for every operation: those of shapes and operators, then those of one operand, then the
-/// others.
+/// functions of two numbers, then the others.
 using Opcode = std::uint16_t;
 
 inline constexpr Opcode kOpcodesPerShape = 16;
 inline constexpr Opcode kUnaryOpcodes = (static_cast<Opcode>(Shape::T_AV) + 1) * kOpcodesPerShape;
-inline constexpr Opcode kUnaryCount = static_cast<Opcode>(Unary::Deci) + 1;
-inline constexpr Opcode kOtherOpcodes = kUnaryOpcodes + 2 * kUnaryCount;
-inline constexpr Opcode kOpcodeCount = kOtherOpcodes + 14;
+inline constexpr Opcode kCallOpcodes = kUnaryOpcodes + 2 * kUnaryCount;
+inline constexpr Opcode kOtherOpcodes = kCallOpcodes + kFunctionCount;
 
 /// The other operations, and which fields of the instruction they use.
 enum class Other : std::uint8_t {
@@ -63,8 +62,6 @@ enum class Other : std::uint8_t {
     LoadVariable,   ///< variable `index`
     LoadConstant,   ///< number
     LoadTemporary,  ///< temporary a
-    Mod,            ///< of temporary a and the accumulator
-    Preci,          ///< of temporary a and the accumulator
 
     Store,         ///< the accumulator into temporary a
     Jump,          ///< to the instruction `index` further on
@@ -76,6 +73,8 @@ enum class Other : std::uint8_t {
     CallText,      ///< Function b with `index` arguments; its numbers are temporaries from a on
     Return,
 };
+
+inline constexpr Opcode kOpcodeCount = kOtherOpcodes + static_cast<Opcode>(Other::Return) + 1;
 
 constexpr Opcode opcodeOf(Shape shape, Operator op) {
     return static_cast<Opcode>(static_cast<Opcode>(shape) * kOpcodesPerShape +
@@ -89,6 +88,10 @@ constexpr Opcode opcodeOf(Shape shape, Operator first, Operator second) {
 constexpr Opcode opcodeOf(Unary operation, bool ofVariable = false) {
     return static_cast<Opcode>(kUnaryOpcodes + static_cast<Opcode>(operation) +
                                (ofVariable ? kUnaryCount : 0));
+}
+/// A function of two numbers, temporary a and the accumulator.
+constexpr Opcode opcodeOf(Function function) {
+    return static_cast<Opcode>(kCallOpcodes + static_cast<Opcode>(function));
 }
 constexpr Opcode opcodeOf(Other operation) {
     return static_cast<Opcode>(kOtherOpcodes + static_cast<Opcode>(operation));
@@ -113,13 +116,20 @@ struct Instruction {
 };
 
 constexpr bool isUnary(Opcode opcode) {
-    return opcode >= kUnaryOpcodes && opcode < kOtherOpcodes;
+    return opcode >= kUnaryOpcodes && opcode < kCallOpcodes;
 }
 constexpr bool isOfVariable(Opcode opcode) {
     return isUnary(opcode) && opcode >= kUnaryOpcodes + kUnaryCount;
 }
 constexpr Unary unaryOf(Opcode opcode) {
     return static_cast<Unary>((opcode - kUnaryOpcodes) % kUnaryCount);
+}
+
+constexpr bool isCall(Opcode opcode) {
+    return opcode >= kCallOpcodes && opcode < kOtherOpcodes;
+}
+constexpr Function functionOf(Opcode opcode) {
+    return static_cast<Function>(opcode - kCallOpcodes);
 }
 
 /// An instruction that takes nothing from the accumulator may store it first; its opcode is then

@@ -37,8 +37,7 @@ class Machine {
     double apply(double x, double y) {
         const double value = engine::apply<function>(x, y);
         if (!std::isfinite(value)) {
-            fail(function == Function::Mod && y == 0 ? ErrorCode::DivisionByZero
-                                                     : ErrorCode::OutOfRange);
+            fail(infoOf(function).failure, function);
         }
         return value;
     }
@@ -91,8 +90,8 @@ bool Machine::run(const Instruction* at) {
         if (opcode != at->opcode) {
             temporaries_[storedTemporary(opcode, *at)] = accumulator_;
         }
-        if (givesNumber(opcode)) {
-            (this->*kSteps[opcode])(*at);
+        if (const auto step = kSteps[opcode]) {
+            (this->*step)(*at);
             ++at;
         } else {
             at = control(at);
@@ -126,9 +125,14 @@ const Instruction* Machine::control(const Instruction* at) {
         case Other::TextRelation:
             fail(texts_->relation(static_cast<Operator>(at->b), accumulator_));
             break;
-        default:  // CallText
+        case Other::CallText:
             fail(texts_->call(static_cast<Function>(at->b), at->index, temporaries_ + at->a,
                               accumulator_, failure_.subject));
+            break;
+        case Other::LoadVariable:
+        case Other::LoadConstant:
+        case Other::LoadTemporary:
+        case Other::Return:
             break;
     }
     return at + 1;

@@ -3,15 +3,15 @@
 namespace varo::engine {
 namespace {
 
-template <Unary operation, class Arithmetic>
+template <Kernel kernel, class Arithmetic>
 [[gnu::always_inline]] inline double valueWith(double x) {
     double value = 0;
-    return compute<operation, Arithmetic>(x, value) ? value : libraryValue<operation>(x);
+    return compute<kernel, Arithmetic>(x, value) ? value : libraryValue<kernel>(x);
 }
 
-template <Unary operation>
+template <Kernel kernel>
 VARO_FUSED double fusedValue(double x) {
-    return valueWith<operation, FusedArithmetic>(x);
+    return valueWith<kernel, FusedArithmetic>(x);
 }
 
 }  // namespace
@@ -26,15 +26,14 @@ bool usesFusedArithmetic() {
 #endif
 }
 
-template <Unary operation>
+template <Kernel kernel>
 double kernelValue(double x) {
-    return usesFusedArithmetic() ? fusedValue<operation>(x)
-                                 : valueWith<operation, PlainArithmetic>(x);
+    return usesFusedArithmetic() ? fusedValue<kernel>(x) : valueWith<kernel, PlainArithmetic>(x);
 }
 
-template double kernelValue<Unary::Fourth>(double x);
-template double kernelValue<Unary::PowerOfE>(double x);
-template double kernelValue<Unary::Sin>(double x);
-template double kernelValue<Unary::Cos>(double x);
+template double kernelValue<Kernel::Fourth>(double x);
+template double kernelValue<Kernel::PowerOfE>(double x);
+template double kernelValue<Kernel::Sine>(double x);
+template double kernelValue<Kernel::Cosine>(double x);
 
 }  // namespace varo::engine

@@ -11,11 +11,6 @@
 /// turn into vector code. Each is within one unit in the last place of the C library's value.
 namespace varo::engine {
 
-constexpr bool hasKernel(Unary operation) {
-    return operation == Unary::Fourth || operation == Unary::PowerOfE || operation == Unary::Sin ||
-           operation == Unary::Cos;
-}
-
 /// The constant 1.5·2^52. A number below 2^51 that it is added to is rounded to a whole number,
 /// which the lowest bits of the sum then hold.
 inline constexpr double kRounder = 6755399441055744.0;
@@ -147,35 +142,34 @@ template <class Arithmetic>
     return square * square + 2 * square * lost;
 }
 
-/// Puts the value of an operation with a kernel into `value`. False for arguments that only
-/// libraryValue() can serve; all that are not finite are among them, or give what is not.
-template <Unary operation, class Arithmetic>
+/// Puts the value of a kernel into `value`. False for arguments that only libraryValue() can serve;
+/// all that are not finite are among them, or give what is not.
+template <Kernel kernel, class Arithmetic>
 [[gnu::always_inline]] inline bool compute(double x, double& value) {
-    if constexpr (operation == Unary::Sin) {
+    if constexpr (kernel == Kernel::Sine) {
         return computeSine<Arithmetic>(x, 0, value);
-    } else if constexpr (operation == Unary::Cos) {
+    } else if constexpr (kernel == Kernel::Cosine) {
         return computeSine<Arithmetic>(x, 1, value);
-    } else if constexpr (operation == Unary::PowerOfE) {
+    } else if constexpr (kernel == Kernel::PowerOfE) {
         return computePowerOfE<Arithmetic>(x, value);
     } else {
-        static_assert(operation == Unary::Fourth);
+        static_assert(kernel == Kernel::Fourth);
         value = computeFourth<Arithmetic>(x);
         return true;
     }
 }
 
-/// The value of an operation with a kernel for any argument, from the C library. Not finite when
-/// the argument is not.
-template <Unary operation>
+/// The value of a kernel for any argument, from the C library. Not finite when the argument is not.
+template <Kernel kernel>
 double libraryValue(double x) {
-    if constexpr (operation == Unary::Sin) {
+    if constexpr (kernel == Kernel::Sine) {
         return std::sin(x);
-    } else if constexpr (operation == Unary::Cos) {
+    } else if constexpr (kernel == Kernel::Cosine) {
         return std::cos(x);
-    } else if constexpr (operation == Unary::PowerOfE) {
+    } else if constexpr (kernel == Kernel::PowerOfE) {
         return std::pow(kE, x) + (x - x);  // a power of -∞ would be 0
     } else {
-        static_assert(operation == Unary::Fourth);
+        static_assert(kernel == Kernel::Fourth);
         return computeFourth<PlainArithmetic>(x);
     }
 }

@@ -23,14 +23,29 @@ constexpr std::array<double, kLargestFactorial + 1> kFactorials = [] {
     return values;
 }();
 
-template <std::size_t... index>
-double valueOf(Unary operation, double x, std::index_sequence<index...>) {
-    double value = 0;
-    (void)((static_cast<std::size_t>(operation) == index &&
-            (value = apply<static_cast<Unary>(index)>(x), true)) ||
-           ...);
-    return value;
+using OfNumber = double (*)(double);
+using OfTwoNumbers = double (*)(double, double);
+
+template <Unary operation>
+constexpr OfNumber implementation() {
+    if constexpr (exists(operation)) {
+        return apply<operation>;
+    } else {
+        return nullptr;
+    }
 }
+
+/// By their Unary.
+constexpr auto kOfNumber = []<std::size_t... index>(std::index_sequence<index...>) {
+    return std::array{implementation<static_cast<Unary>(index)>()...};
+}
+(std::make_index_sequence<kUnaryCount>());
+
+/// By their Operator.
+constexpr auto kOfTwoNumbers = []<std::size_t... index>(std::index_sequence<index...>) {
+    return std::array<OfTwoNumbers, sizeof...(index)>{apply<static_cast<Operator>(index)>...};
+}
+(std::make_index_sequence<static_cast<std::size_t>(Operator::GreaterOrSame) + 1>());
 
 }  // namespace
 
@@ -45,44 +60,12 @@ double power(double base, double exponent) {
     return std::pow(base, exponent);
 }
 
-double modulo(double dividend, double divisor) {
-    const double quotient = dividend / divisor;
-    constexpr double mostExactWhole = 9007199254740992;  // 2^53
-    // Beyond that the quotient has lost its last places, and with it the remainder.
-    return std::fabs(quotient) < mostExactWhole ? dividend - divisor * std::trunc(quotient)
-                                                : std::fmod(dividend, divisor);
-}
-
 double apply(Operator op, double x, double y) {
-    switch (op) {
-        case Operator::Add:
-            return apply<Operator::Add>(x, y);
-        case Operator::Subtract:
-            return apply<Operator::Subtract>(x, y);
-        case Operator::Multiply:
-            return apply<Operator::Multiply>(x, y);
-        case Operator::Divide:
-            return apply<Operator::Divide>(x, y);
-        case Operator::Power:
-            return apply<Operator::Power>(x, y);
-        case Operator::Same:
-            return apply<Operator::Same>(x, y);
-        case Operator::Different:
-            return apply<Operator::Different>(x, y);
-        case Operator::Less:
-            return apply<Operator::Less>(x, y);
-        case Operator::LessOrSame:
-            return apply<Operator::LessOrSame>(x, y);
-        case Operator::Greater:
-            return apply<Operator::Greater>(x, y);
-        default:
-            return apply<Operator::GreaterOrSame>(x, y);
-    }
+    return kOfTwoNumbers[static_cast<std::size_t>(op)](x, y);
 }
 
 double apply(Unary operation, double x) {
-    constexpr auto count = static_cast<std::size_t>(Unary::Deci) + 1;
-    return valueOf(operation, x, std::make_index_sequence<count>());
+    return kOfNumber[static_cast<std::size_t>(operation)](x);
 }
 
 ErrorCode explain(Operator op, double x, double y) {
@@ -96,20 +79,23 @@ ErrorCode explain(Operator op, double x, double y) {
 }
 
 ErrorCode explain(Unary operation) {
+    if (const Function function = functionOf(operation); function != Function::Unknown) {
+        return infoOf(function).failure;
+    }
     switch (operation) {
         case Unary::Factorial:
             return ErrorCode::Factorial;
         case Unary::SquareRoot:
             return ErrorCode::Power;
-        case Unary::Arcsin:
-        case Unary::Arccos:
-        case Unary::Sqrt:
-        case Unary::Ln:
-        case Unary::Log:
-            return ErrorCode::OutsideDomain;
-        default:
-            return ErrorCode::OutOfRange;
+        case Unary::Not:
+        case Unary::Truth:
+        case Unary::Square:
+        case Unary::Cube:
+        case Unary::Fourth:
+        case Unary::PowerOfE:
+            break;
     }
+    return ErrorCode::OutOfRange;
 }
 
 }  // namespace varo::engine

@@ -2,7 +2,6 @@
 
 #include "engine/error.h"
 #include "engine/language/vocabulary.h"
-#include "engine/numbers.h"
 
 #include <cmath>
 #include <cstddef>
@@ -12,7 +11,7 @@
 /// is not finite; explain() then tells why. Arguments are finite unless said otherwise.
 namespace varo::engine {
 
-/// The operations on one number. Those from Sin on are functions, in the order of Function.
+/// The operations on one number. Those of operators have names; the functions follow.
 enum class Unary : std::uint8_t {
     Factorial,
     Not,
@@ -22,31 +21,39 @@ enum class Unary : std::uint8_t {
     Fourth,      ///< x^4
     SquareRoot,  ///< x^0.5
     PowerOfE,    ///< e^x, where e is the constant that `exp` stands for
-    Sin,
-    Cos,
-    Tan,
-    Arcsin,
-    Arccos,
-    Arctan,
-    Arcctan,
-    Ctan,
-    Sqrt,
-    Ln,
-    Log,
-    Int,
-    Deci,
 };
 
+inline constexpr std::size_t kUnaryFunctions = static_cast<std::size_t>(Unary::PowerOfE) + 1;
+inline constexpr std::size_t kUnaryCount = kUnaryFunctions + kFunctionCount;
+
 constexpr Unary unaryOf(Function function) {
-    return static_cast<Unary>(static_cast<std::uint8_t>(Unary::Sin) +
-                              static_cast<std::uint8_t>(function));
+    return static_cast<Unary>(kUnaryFunctions + static_cast<std::size_t>(function));
 }
 
-/// The function that an operation is; Function::Unknown for the others.
+/// The function that an operation is; Function::Unknown for those of operators.
 constexpr Function functionOf(Unary operation) {
-    return operation < Unary::Sin ? Function::Unknown
-                                  : static_cast<Function>(static_cast<std::uint8_t>(operation) -
-                                                          static_cast<std::uint8_t>(Unary::Sin));
+    const auto index = static_cast<std::size_t>(operation);
+    return index < kUnaryFunctions ? Function::Unknown
+                                   : static_cast<Function>(index - kUnaryFunctions);
+}
+
+constexpr bool isOfNumber(Function function) {
+    return infoOf(function).computation.kind == Computation::Kind::OfNumber;
+}
+constexpr bool isOfTwoNumbers(Function function) {
+    return infoOf(function).computation.kind == Computation::Kind::OfTwoNumbers;
+}
+
+/// False for the numbers of Unary that belong to functions of anything but one number.
+constexpr bool exists(Unary operation) {
+    return static_cast<std::size_t>(operation) < kUnaryFunctions ||
+           isOfNumber(functionOf(operation));
+}
+
+constexpr Kernel kernelOf(Unary operation) {
+    return operation == Unary::Fourth     ? Kernel::Fourth
+           : operation == Unary::PowerOfE ? Kernel::PowerOfE
+                                          : infoOf(functionOf(operation)).computation.kernel;
 }
 
 /// By how much the natural logarithm of kE, which is a double, falls short of 1.
@@ -54,10 +61,9 @@ inline constexpr double kLogarithmShortfall = 5.3182377066058914e-17;
 
 double factorial(double value);
 double power(double base, double exponent);
-double modulo(double dividend, double divisor);
 
-/// The value of an operation with a kernel; see kernels.h.
-template <Unary operation>
+/// The value of a kernel, from the C library where the kernel has none; see kernels.h.
+template <Kernel kernel>
 double kernelValue(double x);
 
 /// `x op y` for the operators from Operator::Add to Operator::GreaterOrSame.
@@ -103,43 +109,17 @@ double apply(double x) {
         return x * x * x;
     } else if constexpr (operation == Unary::SquareRoot) {
         return std::sqrt(x) + 0.0;  // the power of -0 is 0
-    } else if constexpr (operation == Unary::Fourth || operation == Unary::PowerOfE ||
-                         operation == Unary::Sin || operation == Unary::Cos) {
-        return kernelValue<operation>(x);
-    } else if constexpr (operation == Unary::Tan) {
-        return std::tan(x);
-    } else if constexpr (operation == Unary::Arcsin) {
-        return std::asin(x);
-    } else if constexpr (operation == Unary::Arccos) {
-        return std::acos(x);
-    } else if constexpr (operation == Unary::Arctan) {
-        return std::atan(x);
-    } else if constexpr (operation == Unary::Arcctan || operation == Unary::Ctan) {
-        // The angle of the point (x, 1): keeps its precision for large x, and lies in (0, π).
-        return std::atan2(1.0, x);
-    } else if constexpr (operation == Unary::Sqrt) {
-        return std::sqrt(x);
-    } else if constexpr (operation == Unary::Ln) {
-        return std::log(x);
-    } else if constexpr (operation == Unary::Log) {
-        return std::log10(x);
-    } else if constexpr (operation == Unary::Int) {
-        return std::trunc(x);
+    } else if constexpr (kernelOf(operation) != Kernel::None) {
+        return kernelValue<kernelOf(operation)>(x);
     } else {
-        static_assert(operation == Unary::Deci);
-        return x - std::trunc(x);
+        return infoOf(functionOf(operation)).computation.ofNumber(x);
     }
 }
 
-/// Function::Mod and Function::Preci.
+/// A function of two numbers.
 template <Function function>
 double apply(double x, double y) {
-    if constexpr (function == Function::Mod) {
-        return modulo(x, y);
-    } else {
-        static_assert(function == Function::Preci);
-        return roundDecimals(x, y);
-    }
+    return infoOf(function).computation.ofTwoNumbers(x, y);
 }
 
 /// True for the operations whose result may be finite although an argument is not, so that the
@@ -148,8 +128,10 @@ constexpr bool hidesInfinity(Operator op) {
     return op == Operator::Divide || op == Operator::Power || isRelation(op);
 }
 constexpr bool hidesInfinity(Unary operation) {
-    return operation == Unary::Not || operation == Unary::Truth || operation == Unary::Arctan ||
-           operation == Unary::Arcctan || operation == Unary::Ctan;
+    if (functionOf(operation) == Function::Unknown) {
+        return operation == Unary::Not || operation == Unary::Truth;
+    }
+    return kernelOf(operation) == Kernel::None && !infoOf(functionOf(operation)).needsFinite;
 }
 
 /// The same for an operation that is known only when the program runs.

@@ -53,24 +53,24 @@ VARO_FUSED void wideStep(Registers& registers, const Instruction& at) {
 }
 
 /// The values of a kernel for all rows; false when some of the arguments need the library.
-template <Unary operation, class Arithmetic>
+template <Kernel kernel, class Arithmetic>
 [[gnu::always_inline]] inline bool computeRows(const double* arguments, double* values,
                                                std::size_t rows) {
     std::uint64_t unusable = 0;
     VARO_EACH_ROW(std::size_t i = 0; i < rows; ++i) {
         double value = 0;
-        const bool usable = compute<operation, Arithmetic>(arguments[i], value);
+        const bool usable = compute<kernel, Arithmetic>(arguments[i], value);
         values[i] = value;
         unusable |= usable ? std::uint64_t{0} : std::uint64_t{1};
     }
     return unusable == 0;
 }
 
-template <Unary operation, class Arithmetic>
+template <Kernel kernel, class Arithmetic>
 [[gnu::always_inline]] inline void useKernel(Registers& registers, const double* arguments) {
     double* const values = registers.spare;
-    if (!computeRows<operation, Arithmetic>(arguments, values, registers.rows)) {
-        std::transform(arguments, arguments + registers.rows, values, kernelValue<operation>);
+    if (!computeRows<kernel, Arithmetic>(arguments, values, registers.rows)) {
+        std::transform(arguments, arguments + registers.rows, values, kernelValue<kernel>);
     }
     std::swap(registers.accumulator, registers.spare);
 }
@@ -82,12 +82,14 @@ const double* argumentsOf(const Registers& registers, const Instruction& at) {
 
 template <Opcode opcode>
 void plainKernelStep(Registers& registers, const Instruction& at) {
-    useKernel<unaryOf(opcode), PlainArithmetic>(registers, argumentsOf<opcode>(registers, at));
+    useKernel<kernelOf(unaryOf(opcode)), PlainArithmetic>(registers,
+                                                          argumentsOf<opcode>(registers, at));
 }
 
 template <Opcode opcode>
 VARO_FUSED void fusedKernelStep(Registers& registers, const Instruction& at) {
-    useKernel<unaryOf(opcode), FusedArithmetic>(registers, argumentsOf<opcode>(registers, at));
+    useKernel<kernelOf(unaryOf(opcode)), FusedArithmetic>(registers,
+                                                          argumentsOf<opcode>(registers, at));
 }
 
 template <bool fused>
@@ -96,12 +98,12 @@ struct MakeStep {
 
     template <Opcode opcode>
     static constexpr Step make() {
-        if constexpr (isUnary(opcode) && hasKernel(unaryOf(opcode))) {
-            return fused ? fusedKernelStep<opcode> : plainKernelStep<opcode>;
-        } else if constexpr (givesNumber(opcode)) {
-            return fused ? wideStep<opcode> : plainStep<opcode>;
-        } else {
+        if constexpr (!givesNumber(opcode)) {
             return nullptr;
+        } else if constexpr (isUnary(opcode) && kernelOf(unaryOf(opcode)) != Kernel::None) {
+            return fused ? fusedKernelStep<opcode> : plainKernelStep<opcode>;
+        } else {
+            return fused ? wideStep<opcode> : plainStep<opcode>;
         }
     }
 };
@@ -224,8 +226,8 @@ RowBlock::Outcome RowBlock::run(std::size_t first, std::size_t rows) {
         if (opcode != at->opcode) {
             store(registers_, storedTemporary(opcode, *at));
         }
-        if (givesNumber(opcode)) {
-            steps[opcode](registers_, *at);
+        if (const auto step = steps[opcode]) {
+            step(registers_, *at);
             ++at;
         } else if (opcode == opcodeOf(Other::Store)) {
             store(registers_, at->a);

@@ -27,7 +27,13 @@ constexpr bool givesNumber(Opcode opcode) {
     if (opcode < opcodeOf(Shape::AVV, {}, {})) {
         return opcode % kOpcodesPerShape <= static_cast<Opcode>(Operator::GreaterOrSame);
     }
-    return opcode <= opcodeOf(Other::Preci);
+    if (isUnary(opcode)) {
+        return exists(unaryOf(opcode));
+    }
+    if (isCall(opcode)) {
+        return isOfTwoNumbers(functionOf(opcode));
+    }
+    return opcode <= opcodeOf(Other::LoadTemporary);
 }
 
 /// The apply() of rows that do not look at every result: what may be hidden by a finite one is
@@ -53,6 +59,7 @@ struct WatchedRow {
     }
     template <Function function>
     double apply(double x, double y) {
+        watch(x);
         watch(y);
         return engine::apply<function>(x, y);
     }
@@ -158,17 +165,15 @@ double resultOf(Row& row, const Instruction& at) {
         return row.template apply<unaryOf(opcode)>(row.variable(at.a));
     } else if constexpr (isUnary(opcode)) {
         return row.template apply<unaryOf(opcode)>(row.accumulator());
+    } else if constexpr (isCall(opcode)) {
+        return row.template apply<functionOf(opcode)>(row.temporary(at.a), row.accumulator());
     } else if constexpr (opcode == opcodeOf(Other::LoadVariable)) {
         return row.variable(at.index).value;
     } else if constexpr (opcode == opcodeOf(Other::LoadConstant)) {
         return at.number;
-    } else if constexpr (opcode == opcodeOf(Other::LoadTemporary)) {
-        return row.temporary(at.a);
-    } else if constexpr (opcode == opcodeOf(Other::Mod)) {
-        return row.template apply<Function::Mod>(row.temporary(at.a), row.accumulator());
     } else {
-        static_assert(opcode == opcodeOf(Other::Preci));
-        return row.template apply<Function::Preci>(row.temporary(at.a), row.accumulator());
+        static_assert(opcode == opcodeOf(Other::LoadTemporary));
+        return row.temporary(at.a);
     }
 }
 

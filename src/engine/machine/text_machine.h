@@ -30,7 +30,7 @@ class TextMachine {
 
     /// Calls a text function with so many arguments: its texts are taken away, its numbers stand at
     /// `numbers`. A text result is pushed, a number is put into `result`. `subject` becomes the
-    /// text that S2R failed on.
+    /// text of ErrorCode::NotANumber.
     ErrorCode call(Function function, std::uint32_t arguments, const double* numbers,
                    double& result, std::string& subject);
 
@@ -41,21 +41,9 @@ class TextMachine {
     std::string_view top() const { return stack_.back(); }
 
   private:
-    /// The arguments of a call: its texts and its numbers, each in their order.
-    struct Arguments {
-        std::span<const std::string_view> texts;
-        const double* numbers;
-    };
-
     bool spend(std::size_t bytes);
     std::string_view keep(std::string text);
     std::string_view pop();
-    ErrorCode callToNumber(Function function, const Arguments& arguments, double& result,
-                           std::string& subject);
-    ErrorCode callToText(Function function, const Arguments& arguments, std::string_view& result);
-    std::string_view concatenate(std::span<const std::string_view> texts);
-    ErrorCode replace(std::string_view text, std::string_view wanted, std::string_view replacement,
-                      double index, bool ignoreCase, std::string_view& result);
 
     const Code& code_;
     std::span<const std::string> values_;

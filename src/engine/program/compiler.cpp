@@ -2,7 +2,6 @@
 
 #include "engine/machine/fast_steps.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace varo::engine {
@@ -59,8 +58,10 @@ void Compiler::visit(const Node& node) {
         case NodeKind::Call:
             call(node.function, node.extent.first);
             break;
-        default:
-            break;
+        case NodeKind::Result:
+        case NodeKind::Missing:
+        case NodeKind::UnknownFunction:
+            break;  // only in wrong formulas
     }
 }
 
@@ -100,7 +101,19 @@ void Compiler::apply(Operator op) {
         case Operator::Or:
             closeLogical(op);
             break;
-        default:
+        case Operator::Add:
+        case Operator::Subtract:
+        case Operator::Multiply:
+        case Operator::Divide:
+        case Operator::Power:
+        case Operator::Same:
+        case Operator::Different:
+        case Operator::Less:
+        case Operator::LessOrSame:
+        case Operator::Greater:
+        case Operator::GreaterOrSame:
+        case Operator::Like:
+        case Operator::Equal:
             if (writer_.isText()) {
                 textRelation(op);
             } else {
@@ -120,38 +133,49 @@ void Compiler::textRelation(Operator op) {
 
 /// Arguments that functions find among the temporaries are stored as soon as they are complete.
 void Compiler::argument(Function function, std::uint32_t number) {
-    if (function == Function::If) {
-        conditionalArgument(number);
-        return;
-    }
-    const bool isFirstOfTwo =
-        (function == Function::Mod || function == Function::Preci) && number == 1;
-    const bool isStored =
-        isFirstOfTwo ? !writer_.isConstant() : worksOnText(function) && !writer_.isText();
-    if (isStored) {
-        writer_.storeTop();
+    switch (infoOf(function).computation.kind) {
+        case Computation::Kind::OfNumber:
+        case Computation::Kind::None:
+            break;
+        case Computation::Kind::OfTwoNumbers:
+            if (number == 1 && !writer_.isConstant()) {
+                writer_.storeTop();
+            }
+            break;
+        case Computation::Kind::OfTexts:
+            if (!writer_.isText()) {
+                writer_.storeTop();
+            }
+            break;
+        case Computation::Kind::Condition:
+            conditionalArgument(number);
+            break;
     }
 }
 
 void Compiler::call(Function function, std::uint32_t arguments) {
-    if (function == Function::If) {
-        closeConditional();
-    } else if (worksOnText(function)) {
-        callText(function, arguments);
-    } else if (arguments == 1) {
-        writer_.unary(unaryOf(function));
-    } else {
-        callOfTwo(function);
+    switch (infoOf(function).computation.kind) {
+        case Computation::Kind::OfNumber:
+            writer_.unary(unaryOf(function));
+            break;
+        case Computation::Kind::OfTwoNumbers:
+            callOfTwo(function);
+            break;
+        case Computation::Kind::OfTexts:
+            callText(function, arguments);
+            break;
+        case Computation::Kind::Condition:
+            closeConditional();
+            break;
+        case Computation::Kind::None:
+            break;
     }
 }
 
 void Compiler::callOfTwo(Function function) {
-    const bool isMod = function == Function::Mod;
     if (writer_.isConstant(1) && writer_.isConstant()) {
-        const double x = writer_.top(1).number;
-        const double y = writer_.top().number;
         const double value =
-            isMod ? engine::apply<Function::Mod>(x, y) : engine::apply<Function::Preci>(x, y);
+            infoOf(function).computation.ofTwoNumbers(writer_.top(1).number, writer_.top().number);
         if (std::isfinite(value)) {
             writer_.replaceByConstant(2, value);
             return;
@@ -161,22 +185,22 @@ void Compiler::callOfTwo(Function function) {
         writer_.storeTop(1);
     }
     writer_.loadTop();
-    writer_.emit(opcodeOf(isMod ? Other::Mod : Other::Preci)).a = writer_.top(1).slot;
+    writer_.emit(opcodeOf(function)).a = writer_.top(1).slot;
     writer_.computed(2);
 }
 
 void Compiler::callText(Function function, std::uint32_t arguments) {
     const FunctionInfo& info = infoOf(function);
-    const auto numbers =
-        static_cast<std::size_t>(std::count(info.parameters.begin(), info.parameters.end(), 'n'));
+    const std::size_t numbers = info.numberCount;
     writer_.freeAccumulator();
     Instruction& instruction = writer_.emit(opcodeOf(Other::CallText));
     instruction.a = numbers > 0 ? writer_.top(numbers - 1).slot : std::uint16_t{0};
     instruction.b = static_cast<std::uint16_t>(function);
     instruction.index = arguments;
     usesText_ = true;
-    writer_.replace(
-        arguments, {info.result == 't' ? CodeWriter::Place::Text : CodeWriter::Place::Accumulator});
+    writer_.replace(arguments,
+                    {info.result == ParameterType::Text ? CodeWriter::Place::Text
+                                                        : CodeWriter::Place::Accumulator});
 }
 
 // Conditions

@@ -76,10 +76,26 @@ Diagnosis describe(const Misuse& misuse, std::string_view formula, std::string& 
         case ErrorCode::MixedOperands:
             subject = infoOf(misuse.op).spelling;
             break;
-        case ErrorCode::ResultRead:
-            break;
-        default:
+        case ErrorCode::NumberWanted:
+        case ErrorCode::TextWanted:
+        case ErrorCode::TooFewArguments:
+        case ErrorCode::TooManyArguments:
             subject = infoOf(misuse.function).name;
+            break;
+        case ErrorCode::None:
+        case ErrorCode::BadCharacter:
+        case ErrorCode::Incomplete:
+        case ErrorCode::Parentheses:
+        case ErrorCode::UnclosedText:
+        case ErrorCode::NestedTooDeeply:
+        case ErrorCode::ResultRead:
+        case ErrorCode::NoValue:
+        case ErrorCode::DivisionByZero:
+        case ErrorCode::OutsideDomain:
+        case ErrorCode::Factorial:
+        case ErrorCode::Power:
+        case ErrorCode::OutOfRange:
+        case ErrorCode::NotANumber:
             break;
     }
     return {misuse.code, positionOf(formula, misuse.offset), misuse.argument, subject};

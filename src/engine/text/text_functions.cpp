@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <utility>
 
 namespace varo::engine {
 namespace {
@@ -76,9 +77,8 @@ void forEachFoldedOccurrence(std::string_view text, std::string_view wanted, Vis
 /// Copies a text piece by piece, with some parts replaced.
 class Replacer {
   public:
-    Replacer(std::string_view text, std::string_view replacement, double index, std::size_t limit,
-             std::string& result)
-        : text_(text), replacement_(replacement), index_(index), limit_(limit), result_(result) {}
+    Replacer(std::string_view text, std::string_view replacement, double index, ByteLimit limit)
+        : text_(text), replacement_(replacement), index_(index), limit_(limit.bytes) {}
 
     /// To be called for each occurrence in turn; false when no further one matters.
     bool occurrence(const Part& part) {
@@ -92,9 +92,10 @@ class Replacer {
         return index_ == 0 && result_.size() <= limit_;
     }
 
-    bool finish() {
+    /// The whole copy; nothing when it is too long.
+    std::optional<std::string> finish() {
         result_ += text_.substr(copied_);
-        return result_.size() <= limit_;
+        return result_.size() <= limit_ ? std::optional(std::move(result_)) : std::nullopt;
     }
 
   private:
@@ -102,7 +103,7 @@ class Replacer {
     std::string_view replacement_;
     double index_;
     std::size_t limit_;
-    std::string& result_;
+    std::string result_;
     std::size_t count_ = 0;
     std::size_t copied_ = 0;
 };
@@ -111,6 +112,19 @@ class Replacer {
 
 bool contains(std::string_view text, std::string_view wanted) {
     return wanted.empty() || TextSearch<char>(wanted).find(text, 0) != kNowhere;
+}
+
+std::string concatenate(std::span<const std::string_view> texts) {
+    std::size_t size = 0;
+    for (const std::string_view text : texts) {
+        size += text.size();
+    }
+    std::string joined;
+    joined.reserve(size);
+    for (const std::string_view text : texts) {
+        joined += text;
+    }
+    return joined;
 }
 
 std::string changeCase(std::string_view text, bool upper) {
@@ -217,9 +231,10 @@ std::string_view trimText(std::string_view text, std::string_view wanted, bool a
     return text;
 }
 
-bool replaceText(std::string_view text, std::string_view wanted, std::string_view replacement,
-                 double index, bool ignoreCase, std::size_t limit, std::string& result) {
-    Replacer replacer(text, replacement, std::trunc(index), limit, result);
+std::optional<std::string> replaceText(std::string_view text, std::string_view wanted,
+                                       std::string_view replacement, double index, bool ignoreCase,
+                                       ByteLimit limit) {
+    Replacer replacer(text, replacement, std::trunc(index), limit);
     if (!wanted.empty() && ignoreCase) {
         forEachFoldedOccurrence(text, wanted,
                                 [&](const Part& part) { return replacer.occurrence(part); });
@@ -229,6 +244,11 @@ bool replaceText(std::string_view text, std::string_view wanted, std::string_vie
         });
     }
     return replacer.finish();
+}
+
+std::optional<std::string> deleteText(std::string_view text, std::string_view wanted,
+                                      ByteLimit limit) {
+    return replaceText(text, wanted, {}, 0, false, limit);
 }
 
 std::string insertText(std::string_view text, std::string_view added, double start) {

@@ -1,6 +1,9 @@
 #pragma once
 
-#include <cstddef>
+#include "engine/text/text_call.h"
+
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -10,6 +13,8 @@
 namespace varo::engine {
 
 bool contains(std::string_view text, std::string_view wanted);
+
+std::string concatenate(std::span<const std::string_view> texts);
 
 std::string changeCase(std::string_view text, bool upper);
 
@@ -35,10 +40,15 @@ double countMatching(std::string_view left, std::string_view right, double leftS
 /// `text` without every `wanted` at its start, or at its end.
 std::string_view trimText(std::string_view text, std::string_view wanted, bool atStart);
 
-/// Puts into `result` `text` with occurrence number `index` of `wanted` replaced, or all of them
-/// when `index` is 0. False when the result would be longer than `limit` bytes.
-bool replaceText(std::string_view text, std::string_view wanted, std::string_view replacement,
-                 double index, bool ignoreCase, std::size_t limit, std::string& result);
+/// `text` with occurrence number `index` of `wanted` replaced, or all of them when `index` is 0.
+/// Nothing when that would be longer than `limit`.
+std::optional<std::string> replaceText(std::string_view text, std::string_view wanted,
+                                       std::string_view replacement, double index, bool ignoreCase,
+                                       ByteLimit limit);
+
+/// `text` without any `wanted`; nothing when it is longer than `limit`.
+std::optional<std::string> deleteText(std::string_view text, std::string_view wanted,
+                                      ByteLimit limit);
 
 /// `text` with `added` before position `start`; one past the end appends.
 std::string insertText(std::string_view text, std::string_view added, double start);
