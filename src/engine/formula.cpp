@@ -269,7 +269,7 @@ std::size_t Formula::evaluateRows(std::span<const Column> columns, std::span<dou
             continue;
         }
         for (std::size_t i = 0; i < count; ++i) {
-            if (outcome == RowBlock::Outcome::Parted || !std::isfinite(block.results()[i])) {
+            if (outcome == RowBlock::Outcome::Diverged || !std::isfinite(block.results()[i])) {
                 evaluateRow(first + i);
             } else {
                 results[first + i] = block.results()[i];

@@ -184,11 +184,11 @@ void Lexer::number(Token& token) {
     start(token, TokenKind::Number);
     token.number = 0;
     const char* const after = scanNumber(at_, end_, token.number);
-    // The number may go on in full width; so may an exponent that has not come.
-    const bool mayGoOn =
+    // The number may continue in full-width characters, and so may an exponent after it.
+    const bool mayContinue =
         after == at_ ||
         (after != end_ && (classOf(*after) == Class::Wide || *after == 'e' || *after == 'E'));
-    if (mayGoOn) {
+    if (mayContinue) {
         return wideNumber(token);
     }
     at_ = after;
@@ -272,7 +272,7 @@ void Lexer::name(Token& token) {
         found = at != end_ ? classOf(*at) : Class::Blank;
     }
     if (found == Class::Wide) {
-        return wideName(token);  // the name may go on
+        return wideName(token);  // the name may continue
     }
     const std::string_view spelled(at_, static_cast<std::size_t>(at - at_));
     at_ = at;

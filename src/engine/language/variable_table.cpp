@@ -10,7 +10,7 @@
 namespace varo::engine {
 namespace {
 
-/// Another start in every process, so that nobody can choose names that all fall on one slot.
+/// Different in every process, so that no formula can be written whose names all hash to one slot.
 std::uint64_t hashSeed() {
     static const std::uint64_t seed = [] {
         std::random_device device;

@@ -111,13 +111,13 @@ constexpr std::array<Slot, kSlots> kTable = [] {
 }  // namespace
 
 const Word& wordNamed(std::string_view foldedName) {
-    static constexpr Word nothing;
+    static constexpr Word kNothing;
     if (foldedName.size() < kShortest || foldedName.size() > kLongest) {
-        return nothing;
+        return kNothing;
     }
     const Slot& slot = kTable[kHash(foldedName)];
     const bool same = std::string_view(slot.spelling.data(), slot.size) == foldedName;
-    return same ? slot.word : nothing;
+    return same ? slot.word : kNothing;
 }
 
 }  // namespace varo::engine

@@ -3,8 +3,8 @@
 /// Multiplication and addition, in one operation where the machine has that.
 namespace varo::engine {
 
-/// True when this machine multiplies and adds in one operation. Then whatever can profit does it
-/// that way, so that a value does not depend on who asks for it.
+/// True when this machine multiplies and adds in one operation. Then every computation
+/// that can use it does, so that a value does not depend on how it is asked for.
 bool usesFusedArithmetic();
 
 /// x * y + z, rounded once.

@@ -6,7 +6,7 @@
 namespace varo::engine {
 namespace {
 
-/// The registers of the machine: what one step hands to the next.
+/// The registers of the machine, which one step passes to the next.
 struct Registers : WatchedRow<Registers> {
     const Instruction* at;
     const double* variables;
@@ -131,10 +131,10 @@ double control(const Instruction* at, const double* variables, double* temporari
     } else if constexpr (opcode == opcodeOf(Other::Jump)) {
         registers.at += at->index;
     } else {
-        constexpr bool jumpsIfTrue = opcode == opcodeOf(Other::JumpIfTrue);
-        static_assert(jumpsIfTrue || opcode == opcodeOf(Other::JumpIfFalse));
+        constexpr bool kJumpsIfTrue = opcode == opcodeOf(Other::JumpIfTrue);
+        static_assert(kJumpsIfTrue || opcode == opcodeOf(Other::JumpIfFalse));
         registers.require(accumulator);
-        registers.at += (accumulator != 0) == jumpsIfTrue ? at->index : 1;
+        registers.at += (accumulator != 0) == kJumpsIfTrue ? at->index : 1;
     }
     return registers.dispatchNext();
 }
@@ -150,10 +150,10 @@ struct MakeStep {
 
     template <Opcode opcode>
     static constexpr Step make() {
-        constexpr bool isDefined = givesNumber(opcode) && (!storesFirst(kind) || isFresh(opcode));
-        if constexpr (isDefined && isUnary(opcode) && kernelOf(unaryOf(opcode)) != Kernel::None) {
+        constexpr bool kIsDefined = givesNumber(opcode) && (!storesFirst(kind) || isFresh(opcode));
+        if constexpr (kIsDefined && isUnary(opcode) && kernelOf(unaryOf(opcode)) != Kernel::None) {
             return fused ? fusedKernelStep<opcode, kind> : plainKernelStep<opcode, kind>;
-        } else if constexpr (isDefined) {
+        } else if constexpr (kIsDefined) {
             return step<opcode, kind>;
         } else if constexpr (opcode >= opcodeOf(Other::Store) &&
                              opcode <= opcodeOf(Other::JumpIfTrue)) {

@@ -35,23 +35,23 @@ struct ReducedAngle {
     /// False for large angles, and for those so near a multiple of π/2 that too few digits are
     /// left.
     [[gnu::always_inline]] bool isUsable(double angle) const {
-        constexpr double largest = 1e5;
-        constexpr double smallestRemainder = 1e-4;
-        return std::fabs(angle) <= largest && std::fabs(high) >= smallestRemainder;
+        constexpr double kLargest = 1e5;
+        constexpr double kSmallestRemainder = 1e-4;
+        return std::fabs(angle) <= kLargest && std::fabs(high) >= kSmallestRemainder;
     }
 };
 
 template <class Arithmetic>
 [[gnu::always_inline]] inline ReducedAngle reduceAngle(double angle) {
-    constexpr double twoByPi = 0.63661977236758138;
+    constexpr double kTwoByPi = 0.63661977236758138;
     // π/2 in two parts; the first has 33 bits, so that its multiples are exact.
-    constexpr double first = 0x1.921fb544p0;
-    constexpr double second = 6.077100506506192e-11;
-    const double shifted = Arithmetic::multiplyAdd(angle, twoByPi, kRounder);
+    constexpr double kFirst = 0x1.921fb544p0;
+    constexpr double kSecond = 6.077100506506192e-11;
+    const double shifted = Arithmetic::multiplyAdd(angle, kTwoByPi, kRounder);
     const double count = shifted - kRounder;
-    const double afterFirst = Arithmetic::multiplyAdd(-count, first, angle);
-    const double high = Arithmetic::multiplyAdd(-count, second, afterFirst);
-    const double low = Arithmetic::multiplyAdd(-count, second, afterFirst - high);
+    const double afterFirst = Arithmetic::multiplyAdd(-count, kFirst, angle);
+    const double high = Arithmetic::multiplyAdd(-count, kSecond, afterFirst);
+    const double low = Arithmetic::multiplyAdd(-count, kSecond, afterFirst - high);
     return {high, low, std::bit_cast<std::uint64_t>(shifted)};
 }
 
@@ -97,15 +97,15 @@ template <class Arithmetic>
 /// 2^-57.
 template <class Arithmetic>
 [[gnu::always_inline]] inline bool computePowerOfE(double x, double& value) {
-    constexpr double byLogarithmOfTwo = 1.4426950408889634;
+    constexpr double kByLogarithmOfTwo = 1.4426950408889634;
     // ln 2 in two parts; the first has 33 bits, so that its multiples are exact.
-    constexpr double first = 0.69314718060195446;
-    constexpr double second = -4.2009150726810846e-11;
-    constexpr double largest = 700;
-    const double shifted = Arithmetic::multiplyAdd(x, byLogarithmOfTwo, kRounder);
+    constexpr double kFirst = 0.69314718060195446;
+    constexpr double kSecond = -4.2009150726810846e-11;
+    constexpr double kLargest = 700;
+    const double shifted = Arithmetic::multiplyAdd(x, kByLogarithmOfTwo, kRounder);
     const double count = shifted - kRounder;
-    const double high = Arithmetic::multiplyAdd(-count, first, x);
-    const double low = Arithmetic::multiplyAdd(-count, second, -kLogarithmShortfall * x);
+    const double high = Arithmetic::multiplyAdd(-count, kFirst, x);
+    const double low = Arithmetic::multiplyAdd(-count, kSecond, -kLogarithmShortfall * x);
     const double r = high + low;
     const double rest = (high - r) + low;
     const double square = r * r;
@@ -121,7 +121,7 @@ template <class Arithmetic>
     const double power = one + (Arithmetic::multiplyAdd(square, sum, rest) + lost);
     const std::uint64_t exponent = std::bit_cast<std::uint64_t>(shifted) << 52;
     value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(power) + exponent);
-    return std::fabs(x) <= largest;
+    return std::fabs(x) <= kLargest;
 }
 
 /// x^4: the part of x*x that rounding took away is brought back. Squaring twice may be two units
@@ -133,8 +133,8 @@ template <class Arithmetic>
     if constexpr (std::is_same_v<Arithmetic, FusedArithmetic>) {
         lost = Arithmetic::multiplyAdd(x, x, -square);
     } else {
-        constexpr double splitter = 134217729;  // 2^27 + 1: cuts a number into halves of 26 bits
-        const double scaled = splitter * x;
+        constexpr double kSplitter = 134217729;  // 2^27 + 1: cuts a number into halves of 26 bits
+        const double scaled = kSplitter * x;
         const double high = scaled - (scaled - x);
         const double low = x - high;
         lost = ((high * high - square) + 2 * high * low) + low * low;

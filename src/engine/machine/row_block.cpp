@@ -116,7 +116,7 @@ void store(Registers& registers, std::uint32_t temporary) {
     std::swap(registers.accumulator, registers.temporaries[temporary]);
 }
 
-/// The instruction after a jump; null when the rows part there.
+/// The instruction after a jump; null when the rows diverge there.
 const Instruction* jump(const Registers& registers, const Instruction& at) {
     const Instruction* const target = &at + at.index;
     if (at.opcode == opcodeOf(Other::Jump)) {
@@ -235,7 +235,7 @@ RowBlock::Outcome RowBlock::run(std::size_t first, std::size_t rows) {
         } else {
             at = jump(registers_, *at);
             if (at == nullptr) {
-                return Outcome::Parted;
+                return Outcome::Diverged;
             }
         }
     }

@@ -23,13 +23,13 @@ class RowBlock {
     enum class Outcome {
         Complete,
         SomeFailed,  ///< their results are not finite; or a number in their columns is not
-        Parted,      ///< the rows take different branches and have to be evaluated one by one
+        Diverged,    ///< the rows take different branches and have to be evaluated one by one
     };
 
     /// Evaluates so many rows from `first` on, kRows at most.
     Outcome run(std::size_t first, std::size_t rows);
 
-    /// After run(): the results of its rows, unless they parted.
+    /// After run(): the results of its rows, unless they diverged.
     std::span<const double> results() const { return {registers_.accumulator, registers_.rows}; }
 
     /// For the steps: where the values of all rows are.

@@ -97,7 +97,7 @@ void CodeWriter::binary(Operator op) {
         return;
     }
     if (op == Operator::Divide && isPowerOfTwo(top())) {
-        op = Operator::Multiply;  // by the reciprocal: the same value, sooner
+        op = Operator::Multiply;  // by the reciprocal: the same value in less time
         topForChange().number = 1 / top().number;
     }
     if (top(1).isLeaf() && top().isLeaf()) {
@@ -172,8 +172,8 @@ bool CodeWriter::combineWithPair(Operator op) {
                                 : opcodeOf(shapeFor(Shape::A_VV, pair.place), op, pair.op);
         emit(parts);
     } else if (other.place == Place::Variable && pairIsLeft) {
-        constexpr std::array shapes{Shape::VVV, Shape::VKV, Shape::KVV};
-        parts.opcode = opcodeOf(shapes[kindOf(pair.place)], pair.op, op);
+        constexpr std::array kShapes{Shape::VVV, Shape::VKV, Shape::KVV};
+        parts.opcode = opcodeOf(kShapes[kindOf(pair.place)], pair.op, op);
         (pair.place == Place::VV ? parts.c : parts.b) = other.a;
         emitFresh(parts);
     } else if (other.place == Place::Variable) {
@@ -196,12 +196,12 @@ bool CodeWriter::combineWithPair(Operator op) {
 
 /// True for a constant whose reciprocal is exact.
 bool CodeWriter::isPowerOfTwo(const Operand& operand) {
-    constexpr double smallest = 0x1p-1022;
-    constexpr double largest = 0x1p1022;
+    constexpr double kSmallest = 0x1p-1022;
+    constexpr double kLargest = 0x1p1022;
     const double size = std::fabs(operand.number);
-    constexpr std::uint64_t fraction = (std::uint64_t{1} << 52) - 1;
-    return operand.place == Place::Constant && size >= smallest && size <= largest &&
-           (std::bit_cast<std::uint64_t>(size) & fraction) == 0;
+    constexpr std::uint64_t kFraction = (std::uint64_t{1} << 52) - 1;
+    return operand.place == Place::Constant && size >= kSmallest && size <= kLargest &&
+           (std::bit_cast<std::uint64_t>(size) & kFraction) == 0;
 }
 
 /// One operand is in the accumulator; the other is a variable, a constant or a temporary.
@@ -348,12 +348,12 @@ bool CodeWriter::fuse(Operator op, const Operand& other) {
     return true;
 }
 
-void CodeWriter::land(std::uint32_t jump) {
+void CodeWriter::setTarget(std::uint32_t jump) {
     instructions_[jump].index = here() - jump;
-    seal();
+    placeLabel();
 }
 
-std::uint32_t CodeWriter::seal() {
+std::uint32_t CodeWriter::placeLabel() {
     label_ = instructions_.size();
     fusable_ = kNone;
     return here();

@@ -11,8 +11,8 @@
 
 namespace varo::engine {
 
-/// Writes instructions for one operand, operator or call after the other, and knows where the
-/// values are that the running code has at hand.
+/// Writes instructions for one operand, operator or call after the other, and keeps track of
+/// where the running code has their values.
 ///
 /// Variables, constants and one operator on two of them are not loaded before it is known what is
 /// done with them, so that one instruction can do all at once. A value in the accumulator that
@@ -95,13 +95,13 @@ class CodeWriter {
     Instruction& emit(Opcode opcode);
 
     /// Makes `jump` lead to what comes next.
-    void land(std::uint32_t jump);
+    void setTarget(std::uint32_t jump);
 
     /// Keeps what comes next from becoming part of the last instruction, or the other way round;
     /// returns where it will be.
-    std::uint32_t seal();
+    std::uint32_t placeLabel();
 
-    /// Forgets the instructions from `begin` on, which seal() or a jump came before.
+    /// Forgets the instructions from `begin` on, which placeLabel() or a jump came before.
     void dropCode(std::uint32_t begin);
 
     std::span<Instruction> instructions() { return instructions_; }
@@ -136,7 +136,7 @@ class CodeWriter {
     std::vector<Operand> operands_;
     std::size_t accumulator_ = kNone;  // which operand is there
     std::size_t fusable_ = kNone;  // the number of instructions when the last is A • V or A • K
-    std::size_t label_ = kNone;    // where the last sealed instruction ends
+    std::size_t label_ = kNone;    // the number of instructions before the last label
     std::uint32_t numbers_ = 0;    // among the operands
     std::uint32_t temporaries_ = 0;
     std::uint32_t textDepth_ = 0;

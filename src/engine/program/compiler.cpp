@@ -209,7 +209,7 @@ void Compiler::callText(Function function, std::uint32_t arguments) {
 void Compiler::openBranch(Other jump) {
     if (writer_.isConstant()) {
         writer_.freeAccumulator();
-        branches_.push_back({writer_.top().number != 0, writer_.seal(), 0});
+        branches_.push_back({writer_.top().number != 0, writer_.placeLabel(), 0});
         return;
     }
     writer_.loadTop();
@@ -229,7 +229,7 @@ void Compiler::closeLogical(Operator op) {
     }
     if (!branch.known) {
         writer_.loadTop();
-        writer_.land(branch.jump);
+        writer_.setTarget(branch.jump);
     }
     writer_.unary(Unary::Truth);
     writer_.replace(2, CodeWriter::Operand(writer_.top()));
@@ -252,7 +252,7 @@ void Compiler::conditionalArgument(std::uint32_t argument) {
         } else if (argument == 2) {
             writer_.freeAccumulator();
         }
-        branch.begin = writer_.seal();
+        branch.begin = writer_.placeLabel();
         return;
     }
     if (isNumber) {
@@ -261,13 +261,13 @@ void Compiler::conditionalArgument(std::uint32_t argument) {
     if (argument == 2) {
         const std::uint32_t end = writer_.here();
         writer_.emit(opcodeOf(Other::Jump));
-        writer_.land(branch.jump);
+        writer_.setTarget(branch.jump);
         branch.jump = end;
         if (isNumber) {
             writer_.replaceByConstant(1, 0);
         }
     } else {
-        writer_.land(branch.jump);
+        writer_.setTarget(branch.jump);
     }
 }
 

@@ -34,10 +34,10 @@ struct Workspace {
 
 /// The workspace, empty, for a formula of that size. What a huge one took up is given back.
 Workspace& workspace(std::size_t formulaSize) {
-    constexpr std::size_t large = 65536;
+    constexpr std::size_t kLarge = 65536;
     thread_local Workspace space;
     thread_local std::size_t lastSize = 0;
-    if (lastSize > large) {
+    if (lastSize > kLarge) {
         space = {};
     }
     lastSize = formulaSize;

@@ -52,10 +52,10 @@ const char* scanExponent(const char* first, const char* last, std::ptrdiff_t& ex
         return first;
     }
     // Large enough to outweigh any number of digits in memory, small enough not to overflow.
-    constexpr std::ptrdiff_t limit = std::numeric_limits<std::ptrdiff_t>::max() / 100;
+    constexpr std::ptrdiff_t kLimit = std::numeric_limits<std::ptrdiff_t>::max() / 100;
     std::ptrdiff_t magnitude = 0;
     for (; at != last && isDigit(*at); ++at) {
-        magnitude = std::min(limit, magnitude * 10 + (*at - '0'));
+        magnitude = std::min(kLimit, magnitude * 10 + (*at - '0'));
     }
     exponent = negative ? -magnitude : magnitude;
     return at;
@@ -64,12 +64,12 @@ const char* scanExponent(const char* first, const char* last, std::ptrdiff_t& ex
 /// Products and quotients of whole numbers below 2^53 and exact powers of ten are rounded once,
 /// correctly.
 bool exactValue(const Scan& scan, double& value) {
-    constexpr auto most = static_cast<std::ptrdiff_t>(kPowersOfTen.size()) - 1;
+    constexpr auto kMost = static_cast<std::ptrdiff_t>(kPowersOfTen.size()) - 1;
     if (scan.significant == 0) {
         value = 0;
         return true;
     }
-    if (scan.significant > kMostExactDigits || scan.scale < -most || scan.scale > most) {
+    if (scan.significant > kMostExactDigits || scan.scale < -kMost || scan.scale > kMost) {
         return false;
     }
     const auto digits = static_cast<double>(scan.digits);

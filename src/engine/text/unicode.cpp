@@ -47,33 +47,33 @@ Decoded decodeBeyondAscii(const char* text, const char* end) {
     const auto byteAt = [text](int index) { return static_cast<unsigned char>(text[index]); };
     const unsigned char lead = byteAt(0);
     const auto available = end - text;
-    constexpr Decoded malformed{kReplacementCharacter, 1};
+    constexpr Decoded kMalformed{kReplacementCharacter, 1};
     if (lead >= 0xC2 && lead <= 0xDF) {
         if (available < 2 || !isContinuation(byteAt(1))) {
-            return malformed;
+            return kMalformed;
         }
         return {static_cast<char32_t>((lead & 0x1F) << 6 | (byteAt(1) & 0x3F)), 2};
     }
     if (lead >= 0xE0 && lead <= 0xEF) {
         if (available < 3 || !isContinuation(byteAt(1)) || !isContinuation(byteAt(2))) {
-            return malformed;
+            return kMalformed;
         }
         const auto character = static_cast<char32_t>((lead & 0x0F) << 12 | (byteAt(1) & 0x3F) << 6 |
                                                      (byteAt(2) & 0x3F));
         const bool isSurrogate = character >= 0xD800 && character <= 0xDFFF;
-        return character < 0x800 || isSurrogate ? malformed : Decoded{character, 3};
+        return character < 0x800 || isSurrogate ? kMalformed : Decoded{character, 3};
     }
     if (lead >= 0xF0 && lead <= 0xF4) {
         if (available < 4 || !isContinuation(byteAt(1)) || !isContinuation(byteAt(2)) ||
             !isContinuation(byteAt(3))) {
-            return malformed;
+            return kMalformed;
         }
         const auto character =
             static_cast<char32_t>((lead & 0x07) << 18 | (byteAt(1) & 0x3F) << 12 |
                                   (byteAt(2) & 0x3F) << 6 | (byteAt(3) & 0x3F));
-        return character < 0x10000 || character > 0x10FFFF ? malformed : Decoded{character, 4};
+        return character < 0x10000 || character > 0x10FFFF ? kMalformed : Decoded{character, 4};
     }
-    return malformed;
+    return kMalformed;
 }
 
 void appendCharacter(std::string& text, char32_t character) {
