@@ -17,16 +17,17 @@ CalcOutcome outcomeOf(QProcess& program) {
     return {ended ? program.exitCode() : -1, program.readAllStandardOutput().toStdString(), err};
 }
 
-CalcOutcome runCalc(const QStringList& arguments, const std::string& input) {
-    QProcess program;
-    program.start(QStringLiteral(VARO_CALC_PROGRAM), arguments);
+CalcOutcome runCalc(QProcess& program, const char* arguments, const std::string& input) {
+    program.start(QStringLiteral(VARO_CALC_PROGRAM),
+                  QProcess::splitCommand(QString::fromUtf8(arguments)));
     program.write(QByteArray::fromStdString(input));
     program.closeWriteChannel();
     return outcomeOf(program);
 }
 
 CalcOutcome runCalc(const char* arguments, const std::string& input) {
-    return runCalc(QProcess::splitCommand(QString::fromUtf8(arguments)), input);
+    QProcess program;
+    return runCalc(program, arguments, input);
 }
 
 }  // namespace varo::test

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QProcess>
-#include <QStringList>
 
 #include <string>
 
@@ -17,11 +16,11 @@ struct CalcOutcome {
 /// Waits for the end of a program.
 CalcOutcome outcomeOf(QProcess& program);
 
-/// Runs varo-calc with these arguments and this standard input.
-CalcOutcome runCalc(const QStringList& arguments, const std::string& input = {});
-
-/// The same with the arguments in one text, separated by blanks; double quotes keep blanks
-/// together.
+/// Runs varo-calc with these arguments, separated by blanks, and this standard input; double quotes
+/// keep blanks together.
 CalcOutcome runCalc(const char* arguments, const std::string& input = {});
+
+/// The same with a process that was prepared.
+CalcOutcome runCalc(QProcess& program, const char* arguments, const std::string& input);
 
 }  // namespace varo::test

@@ -10,6 +10,8 @@
 namespace varo::test {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 /// A command of the guide and what it shows as printed by it.
 struct Example {
     QString command;
@@ -48,12 +50,8 @@ TEST(Guide, ItsExamplesAreWhatTheProgramPrints) {
         QProcess shell;
         shell.setWorkingDirectory(folder.path());
         shell.setProcessChannelMode(QProcess::MergedChannels);
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("PATH"),
-                           QFileInfo(QStringLiteral(VARO_CALC_PROGRAM)).path() + u':' +
-                               environment.value(QStringLiteral("PATH")));
-        shell.setProcessEnvironment(environment);
-        shell.start(QStringLiteral("sh"), {QStringLiteral("-c"), example.command});
+        const QString path = QFileInfo(QStringLiteral(VARO_CALC_PROGRAM)).path();
+        shell.start(u"sh"_s, {u"-c"_s, u"PATH="_s + path + u":$PATH; "_s + example.command});
         ASSERT_TRUE(shell.waitForFinished());
         EXPECT_EQ(QString::fromUtf8(shell.readAll()).toStdString(), example.output.toStdString())
             << qPrintable(example.command);

