@@ -57,7 +57,7 @@ QLineEdit* openEditor(ui::EditGrid& grid, int row) {
 }  // namespace
 
 void selectKey(Varo_CalcEx& control, const QString& key) {
-    const bool isFormula = key.startsWith(FormulaKeyPrefix);
+    const bool isFormula = key.startsWith(kFormulaKeyPrefix);
     const auto& view = namedWidget<ui::NodeView>(control, isFormula ? "lvFormula" : "tvFolder");
     if (!hasItem(view, key)) {
         throw UsageError{

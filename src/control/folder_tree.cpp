@@ -272,7 +272,7 @@ QString FolderTree::key(Node node) const {
 }
 
 QStringView FolderTree::tag(Node node) const {
-    return isLibrary(node) ? RootNodeTag : FolderTag;
+    return isLibrary(node) ? kRootNodeTag : kFolderTag;
 }
 
 FolderTree::Node FolderTree::find(QStringView key) const {

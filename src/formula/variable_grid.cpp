@@ -212,10 +212,10 @@ void VariableGrid::pickValue(int row) {
     }
     const QString library = state_.currentLibrary();
     const QString source = shown->VarMemo;
-    const auto separator = source.indexOf(KeySeparator);
+    const auto separator = source.indexOf(kKeySeparator);
     const auto picked =
         picker_->pick(state_.currentLibraryPath, source.first(std::max(separator, qsizetype{0})),
-                      separator < 0 ? QString() : source.sliced(separator + KeySeparator.size()));
+                      separator < 0 ? QString() : source.sliced(separator + kKeySeparator.size()));
     // The picker is modal to the user, not to the host, which may have turned to something else
     // meanwhile.
     clsVarInfo* record = state_.variables.Find(name, formulaIdOf(selected));
