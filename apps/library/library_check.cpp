@@ -284,9 +284,9 @@ class Check {
             {QStringLiteral("DBVersion")});
         if (rs.atEnd()) {
             add(QStringLiteral("the version record DBVersion is missing"));
-        } else if (rs.text(0).trimmed() != QLatin1String(TemplateVersion)) {
+        } else if (rs.text(0).trimmed() != QLatin1String(kTemplateVersion)) {
             add(QStringLiteral("the version record DBVersion is \"%1\", not \"%2\"")
-                    .arg(rs.text(0), QLatin1String(TemplateVersion)));
+                    .arg(rs.text(0), QLatin1String(kTemplateVersion)));
         }
     }
 

@@ -20,12 +20,6 @@ QString addLibrary(colFormulaDB& libraries, const QString& name) {
     return success ? key : u"failed"_s;
 }
 
-void addVariable(colVarInfo& variables, const QString& name, qint32 formula, const QString& value) {
-    bool success = false;
-    variables.Add(name, formula, value, VarSourceTyped, {}, {}, success);
-    EXPECT_TRUE(success);
-}
-
 void addFormula(colFormulaInfo& formulas, qint32 id, qint32 parent, const QString& picture = {}) {
     formulas.Add(id, u"name"_s, u"a+b"_s, u"memo"_s, picture, 0, parent, {});
 }
@@ -116,31 +110,31 @@ TEST(Properties, AreFoundAndRemovedByIdentifierAndKind) {
     EXPECT_EQ(properties.FindItemCount(1), 1);
 }
 
-TEST(Variables, AreFoundByNameInAnyLetterCaseUntilTheyAreRemoved) {
+TEST(Variables, AreFoundByNameInAnyLetterCaseUntilTheyAreRemovedAndChangeTogether) {
     colVarInfo variables;
-    addVariable(variables, u"Größe"_s, 1, u"5"_s);
-    addVariable(variables, u"größe"_s, 1, u"7"_s);
+    bool success = false;
+    qint32 formula = 1;
+    for (const QString& name : {u"Größe"_s, u"größe"_s, u"y"_s}) {
+        variables.Add(name, formula++, name, VarSourceTyped, {}, {}, success);
+        EXPECT_TRUE(success);
+    }
     EXPECT_EQ(variables.Find(u"GRÖßE"_s, 1), &variables.Item(u"TheVar0"_s));
-    EXPECT_EQ(variables.Find(u"größe"_s, 2), nullptr);
+    EXPECT_EQ(variables.Find(u"größe"_s, 3), nullptr);
     EXPECT_EQ(variables.Find(u"grösse"_s, 1), nullptr) << "letter case alone is ignored";
+    QString value;
+    variables.GetVarValueByVarName(u"GRÖßE"_s, value);
+    variables.GetVarValueByVarName(u"z"_s, value);
+    EXPECT_EQ(value, u"größe"_s) << "the last one counts";
+    variables.ChangeVarValue(u"GRÖßE"_s, u"5"_s);
+    EXPECT_EQ(variables.Item(1).VarValue + variables.Item(2).VarValue, u"55"_s);
+    EXPECT_EQ(variables.Item(3).VarValue, u"y"_s);
     variables.Remove(1);
-    EXPECT_EQ(variables.Find(u"GRÖßE"_s, 1), &variables.Item(1));
+    EXPECT_EQ(variables.FindVarCount(u"GRÖßE"_s), 1);
+    EXPECT_EQ(variables.Find(u"GRÖßE"_s, 2), &variables.Item(1));
     variables.Clear();
     EXPECT_EQ(variables.FindVarCount(u"größe"_s), 0);
-}
-
-TEST(Variables, OfOneNameChangeTogether) {
-    colVarInfo variables;
-    addVariable(variables, u"x"_s, 1, u"1"_s);
-    addVariable(variables, u"X"_s, 2, u"2"_s);
-    addVariable(variables, u"y"_s, 1, u"3"_s);
-    QString value;
-    variables.GetVarValueByVarName(u"x"_s, value);
-    variables.GetVarValueByVarName(u"z"_s, value);
-    EXPECT_EQ(value, u"2"_s) << "the last one counts";
-    variables.ChangeVarValue(u"X"_s, u"5"_s);
-    EXPECT_EQ(variables.Item(1).VarValue + variables.Item(2).VarValue, u"55"_s);
-    EXPECT_EQ(variables.Item(3).VarValue, u"3"_s);
+    variables.Add(u"z"_s, 1, {}, VarSourceTyped, {}, {}, success);
+    EXPECT_EQ(variables.Item(1).Key, u"TheVar3"_s);
 }
 
 }  // namespace

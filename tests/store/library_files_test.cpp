@@ -105,7 +105,7 @@ TEST_F(LibraryFile, IsNeverReplacedByANewOne) {
 }
 
 TEST(Template, GivesItsVersionAndLeavesAMissingItemAlone) {
-    test::TestLibrary library{QLatin1StringView(TemplateFileName)};
+    test::TestLibrary library{QLatin1StringView(kTemplateFileName)};
     const auto version = [&](const QString& folder) {
         QString value = u"untouched"_s;
         QString error;
