@@ -102,7 +102,7 @@ int runHost(const HostOptions& options, QTextStream& out, QTextStream& err) {
     out.flush();
     if (!Configuration::exists(options.deployFolder)) {
         throw UsageError{QStringLiteral("there is no %1 in '%2'")
-                             .arg(QString::fromLatin1(ConfigFileName), options.deployFolder)};
+                             .arg(QString::fromLatin1(kConfigFileName), options.deployFolder)};
     }
     return started ? 0 : 1;
 }

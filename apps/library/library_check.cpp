@@ -262,7 +262,7 @@ class Check {
     QByteArray pictureHead(qint32 formula) {
         data::BlobField field =
             connection_.field(QStringLiteral("Formula"), QStringLiteral("Pic"), formula);
-        QByteArray head(std::min(field.size(), qint64{PictureHead}), Qt::Uninitialized);
+        QByteArray head(std::min(field.size(), qint64{kPictureHead}), Qt::Uninitialized);
         field.getChunk(std::span(head.data(), static_cast<size_t>(head.size())));
         return head;
     }

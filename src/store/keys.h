@@ -67,7 +67,7 @@ inline qint32 folderIdOf(QStringView key) {
 
 /// Number of the library with this key; 0 for any other key.
 inline int libraryNumberOf(QStringView key) {
-    return key.startsWith(LibraryKeyPrefix) ? key.sliced(LibraryKeyPrefix.size()).toInt() : 0;
+    return key.startsWith(kLibraryKeyPrefix) ? key.sliced(kLibraryKeyPrefix.size()).toInt() : 0;
 }
 
 /// Key of the library that the node with this key belongs to.
