@@ -8,7 +8,7 @@
 #include <vector>
 
 /// Variables by their names, with their values.
-using Given = std::vector<std::pair<std::string_view, varo::engine::Value>>;
+using Given = std::vector<std::pair<std::string, varo::engine::Value>>;
 
 /// What evaluating a formula gives: its value, unless there is an error.
 struct Outcome {

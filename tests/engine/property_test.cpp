@@ -170,8 +170,11 @@ std::string written(const Expression& expression, const Style& style, int looses
 
 /// A value as a formula spells it.
 std::string spelled(const Value& value) {
-    const auto* text = std::get_if<std::string>(&value);
-    return text != nullptr ? '"' + *text + '"' : '(' + shortest(std::get<double>(value)) + ')';
+    if (const auto* const text = std::get_if<std::string>(&value)) {
+        return '"' + *text + '"';
+    }
+    const double number = std::get<double>(value);
+    return number == 0 && std::signbit(number) ? "(-0)" : '(' + shortest(number) + ')';
 }
 
 /// Writes random expressions in the plain style, in `style`, and with constants for the variables,

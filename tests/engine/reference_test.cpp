@@ -35,13 +35,11 @@ struct Line {
 /// `text` as the values of variables: `a=1`，`s="x"`. What is no number must be between quotes.
 Given givenIn(const std::string& text) {
     static const std::regex value("`([^=`]*)=(\"?)([^`]*?)\\2`");
-    static std::set<std::string> names;  // outlive the views in what is returned
     Given given;
     for (std::sregex_iterator at(text.begin(), text.end(), value), end; at != end; ++at) {
-        const std::string& name = *names.insert((*at)[1]).first;
         const std::optional<double> number = parseNumber((*at)[3].str());
         EXPECT_NE((*at)[2].length() != 0, number.has_value()) << text;
-        given.emplace_back(name, number ? Value(*number) : Value((*at)[3].str()));
+        given.emplace_back((*at)[1], number ? Value(*number) : Value((*at)[3].str()));
     }
     return given;
 }

@@ -55,7 +55,7 @@ constexpr Computation textComputation(Result (*)(Parameters...)) {
 
 /// What computes a function that takes or gives texts.
 template <auto function>
-inline constexpr Computation kText = textComputation<function>(function);
+inline constexpr Computation kTextFunction = textComputation<function>(function);
 
 /// One of two values, of which only that one is evaluated.
 inline constexpr Computation kCondition{Computation::Kind::Condition, nullptr, "naa", 'a'};
@@ -73,7 +73,8 @@ struct FunctionInfo {
     std::string_view parameters;
     ParameterType result = ParameterType::Any;
     Computation computation;
-    ErrorCode failure = ErrorCode::None;  ///< why there may be no value
+    /// Why there may be no value; ErrorCode::NotANumber is about the first text.
+    ErrorCode failure = ErrorCode::None;
     bool needsFinite = false;
     bool repeatsLast = false;      ///< any number of further arguments like the last
     std::uint8_t numberCount = 0;  ///< of the parameters
@@ -128,8 +129,10 @@ struct FunctionInfo {
     }
 };
 
+/// The name, the parameters, the result, what computes it, and if that may fail in another way than
+/// by a number that is too large: why.
 inline constexpr auto kFunctions = std::to_array<FunctionInfo>({
-    {},
+    {},  // Function::Unknown
     {"sin", "n", 'n', Kernel::Sine},
     {"cos", "n", 'n', Kernel::Cosine},
     {"tan", "n", 'n', tangent, ErrorCode::OutOfRange, kNeedsFinite},
@@ -145,23 +148,23 @@ inline constexpr auto kFunctions = std::to_array<FunctionInfo>({
     {"deci", "n", 'n', fractionalPart, ErrorCode::OutOfRange, kNeedsFinite},
     {"preci", "nn", 'n', roundDecimals},
     {"mod", "nn", 'n', modulo, ErrorCode::DivisionByZero},
-    {"R2S", "nn", 't', kText<formatRounded>},
-    {"S2R", "t", 'n', kText<parseNumber>, ErrorCode::NotANumber},
-    {"StrCase", "tn", 't', kText<changeCase>},
-    {"StrCat", "tt+", 't', kText<concatenate>},
-    {"StrSub", "tnnn", 't', kText<subText>},
-    {"Left", "tn", 't', kText<leftText>},
-    {"Right", "tn", 't', kText<rightText>},
-    {"StrSubN", "ttn", 't', kText<piece>},
-    {"StrLen", "t", 'n', kText<characterCount>},
-    {"StrFind", "ttn", 'n', kText<findText>},
-    {"StrFindN", "tt", 'n', kText<countText>},
-    {"StrMismatch", "ttnnn", 'n', kText<countMatching>},
-    {"StrTrim", "ttn", 't', kText<trimText>},
-    {"StrTrimS", "t", 't', kText<trimBlanks>},
-    {"StrReplace", "tttnn", 't', kText<replaceText>},
-    {"StrDelete", "tt", 't', kText<deleteText>},
-    {"StrInsert", "ttn", 't', kText<insertText>},
+    {"R2S", "nn", 't', kTextFunction<formatRounded>},
+    {"S2R", "t", 'n', kTextFunction<parseNumber>, ErrorCode::NotANumber},
+    {"StrCase", "tn", 't', kTextFunction<changeCase>},
+    {"StrCat", "tt+", 't', kTextFunction<concatenate>},
+    {"StrSub", "tnnn", 't', kTextFunction<subText>},
+    {"Left", "tn", 't', kTextFunction<leftText>},
+    {"Right", "tn", 't', kTextFunction<rightText>},
+    {"StrSubN", "ttn", 't', kTextFunction<piece>},
+    {"StrLen", "t", 'n', kTextFunction<characterCount>},
+    {"StrFind", "ttn", 'n', kTextFunction<findText>},
+    {"StrFindN", "tt", 'n', kTextFunction<countText>},
+    {"StrMismatch", "ttnnn", 'n', kTextFunction<countMatching>},
+    {"StrTrim", "ttn", 't', kTextFunction<trimText>},
+    {"StrTrimS", "t", 't', kTextFunction<trimBlanks>},
+    {"StrReplace", "tttnn", 't', kTextFunction<replaceText>},
+    {"StrDelete", "tt", 't', kTextFunction<deleteText>},
+    {"StrInsert", "ttn", 't', kTextFunction<insertText>},
     {"If", "naa", 'a', kCondition},
 });
 

@@ -125,10 +125,13 @@ const Instruction* Machine::control(const Instruction* at) {
         case Other::TextRelation:
             fail(texts_->relation(static_cast<Operator>(at->b), accumulator_));
             break;
-        case Other::CallText:
-            fail(texts_->call(static_cast<Function>(at->b), at->index, temporaries_ + at->a,
-                              accumulator_, failure_.subject));
+        case Other::CallText: {
+            const auto function = static_cast<Function>(at->b);
+            fail(texts_->call(function, at->index, temporaries_ + at->a, accumulator_,
+                              failure_.subject),
+                 function);
             break;
+        }
         case Other::LoadVariable:
         case Other::LoadConstant:
         case Other::LoadTemporary:
