@@ -21,11 +21,11 @@ class Records : public LibraryTest {
     }
 
     QString subfolders(qint32 parent) {
-        return funcs.GetChildFormulaNode(parent, rs, connection) ? listed() : u"failed"_s;
+        return listed(funcs.GetChildFormulaNode(parent, rs, connection));
     }
 
     QString foundFolders(const QString& text, int mode) {
-        return funcs.FindFolder(text, rs, connection, mode) ? sorted(listed()) : u"failed"_s;
+        return sorted(listed(funcs.FindFolder(text, rs, connection, mode)));
     }
 
     static QString sorted(const QString& texts) {
@@ -62,8 +62,7 @@ TEST_F(Records, AreAddedWithAllTheirFields) {
     ASSERT_TRUE(funcs.AddNewFormula(7, u"beam"_s, u"q*l^2/8"_s, u"moment"_s, 2, id, connection));
     EXPECT_EQ(rows(u"Select ID,Name,Formula,Memo,PicType,PID,OrderID From Formula"_s),
               u"%1|beam|q*l^2/8|moment|2|7|1"_s.arg(id));
-    ASSERT_TRUE(funcs.GetFormulaByID(id, rs, connection));
-    EXPECT_EQ(listed(), u"beam"_s);
+    EXPECT_EQ(listed(funcs.GetFormulaByID(id, rs, connection)), u"beam"_s);
     ASSERT_TRUE(funcs.GetFormulaByID(99, rs, connection));
     EXPECT_TRUE(rs.isOpen() && rs.atEnd());
 }
@@ -75,18 +74,15 @@ TEST_F(Records, KeepTextsAndAreFoundByThemAsTheyWereTyped) {
         const qint32 formula = library.addFormula(folder, text, text, text);
         for (const int mode : {FindContains, FindEquals}) {
             EXPECT_EQ(foundFolders(text, mode), sorted(text));
-            ASSERT_TRUE(funcs.FindFormula(text, rs, connection, mode));
-            EXPECT_EQ(listed(u"Formula"_s), text);
-            ASSERT_TRUE(funcs.FindFormulaByMemo(text, rs, connection, mode));
-            EXPECT_EQ(listed(u"ID"_s), QString::number(formula));
+            EXPECT_EQ(listed(funcs.FindFormula(text, rs, connection, mode), u"Formula"_s), text);
+            EXPECT_EQ(listed(funcs.FindFormulaByMemo(text, rs, connection, mode), u"ID"_s),
+                      QString::number(formula));
         }
         library.addValue(text, 3, text);
-        ASSERT_TRUE(funcs.GetVarInfoByVarName(text, rs, connection));
-        EXPECT_EQ(listed(u"Value"_s), text);
+        EXPECT_EQ(listed(funcs.GetVarInfoByVarName(text, rs, connection), u"Value"_s), text);
     }
     const Statement elsewhere{u"Select * From Tree Where Name = ?"_s, {u"it's"_s}};
-    ASSERT_TRUE(funcs.FindShowFolder(elsewhere, rs, connection));
-    EXPECT_EQ(listed(), u"it's"_s);
+    EXPECT_EQ(listed(funcs.FindShowFolder(elsewhere, rs, connection)), u"it's"_s);
 }
 
 TEST_F(Records, AreFoundByPartOfTheNameOrAllOfIt) {
@@ -188,8 +184,7 @@ TEST_F(Records, WithAPictureAreListedInOrderOfAClause) {
     library.addFormula(1, u"none"_s);
     ASSERT_TRUE(funcs.DelPicture(3, connection));
     for (const auto& [order, names] : {std::pair(u"Name"_s, u"a b"_s), {u"ID"_s, u"b a"_s}}) {
-        ASSERT_TRUE(funcs.GetFormulaByOrder(order, rs, connection));
-        EXPECT_EQ(listed(), names);
+        EXPECT_EQ(listed(funcs.GetFormulaByOrder(order, rs, connection)), names);
     }
 }
 
@@ -198,10 +193,9 @@ TEST_F(Records, OfVariablesAreSeenByTheirFormulaAndUnownedOnesByAllInAnyLetterCa
     library.addValue(u"σ"_s, 7, u"own"_s);
     library.addValue(u"Σ"_s, 0, u"unowned"_s);
     library.addValue(u"Δx"_s, 7, u"step"_s);
-    ASSERT_TRUE(funcs.GetVarInfoOfFormula(u"Σ"_s, 7, rs, connection));
-    EXPECT_EQ(sorted(listed(u"Value"_s)), u"own unowned"_s);
-    ASSERT_TRUE(funcs.GetVarInfoOfFormula(u"δX"_s, 7, rs, connection));
-    EXPECT_EQ(listed(u"Value"_s), u"step"_s);
+    EXPECT_EQ(sorted(listed(funcs.GetVarInfoOfFormula(u"Σ"_s, 7, rs, connection), u"Value"_s)),
+              u"own unowned"_s);
+    EXPECT_EQ(listed(funcs.GetVarInfoOfFormula(u"δX"_s, 7, rs, connection), u"Value"_s), u"step"_s);
 }
 
 TEST_F(Records, OfPropertiesAreListedByNodeAndByKindAndLocateTheirNodes) {
@@ -211,10 +205,10 @@ TEST_F(Records, OfPropertiesAreListedByNodeAndByKindAndLocateTheirNodes) {
     library.addProperty(3, u"c"_s, 0, 6, NodeTypeFolder);
     library.addProperty(1, u"a"_s, 11, kept, NodeTypeFormula);
     library.addProperty(1, u"a"_s, 12, 99, NodeTypeFormula);
-    ASSERT_TRUE(funcs.GetProperty(5, NodeTypeFolder, rs, connection));
-    EXPECT_EQ(listed(u"PropName"_s), u"A b"_s);
-    ASSERT_TRUE(funcs.GetAllPropertyByType(NodeTypeFolder, rs, connection));
-    EXPECT_EQ(listed(u"PropName"_s), u"A b c"_s);
+    EXPECT_EQ(listed(funcs.GetProperty(5, NodeTypeFolder, rs, connection), u"PropName"_s),
+              u"A b"_s);
+    EXPECT_EQ(listed(funcs.GetAllPropertyByType(NodeTypeFolder, rs, connection), u"PropName"_s),
+              u"A b c"_s);
     ASSERT_TRUE(funcs.GetLocateInfoByPropName(u"a"_s, NodeTypeFolder, rs, connection));
     EXPECT_EQ(test::remainingRows(rs), QStringList{u"0|5|1"_s});
     ASSERT_TRUE(funcs.GetLocateInfoByPropName(u"a"_s, NodeTypeFormula, rs, connection));
@@ -226,10 +220,8 @@ TEST_F(Records, OfConditionsAreListedByParentAndOfComparisonsByCondition) {
     connection.execute(u"Insert Into FilterCond Values(3,9,0,1),(2,9,0,4),(4,9,3,4),(5,8,0,4)"_s);
     connection.execute(
         u"Insert Into FilterExpressions(FilterID,ExpID,TheConst) Values(9,2,'it''s'),(9,1,'no')"_s);
-    ASSERT_TRUE(funcs.GetResFilterCondByParentID(9, 0, rs, connection));
-    EXPECT_EQ(listed(u"ID"_s), u"2 3"_s);
-    ASSERT_TRUE(funcs.GetResExpressions(9, 2, rs, connection));
-    EXPECT_EQ(listed(u"TheConst"_s), u"it's"_s);
+    EXPECT_EQ(listed(funcs.GetResFilterCondByParentID(9, 0, rs, connection), u"ID"_s), u"2 3"_s);
+    EXPECT_EQ(listed(funcs.GetResExpressions(9, 2, rs, connection), u"TheConst"_s), u"it's"_s);
 }
 
 TEST_F(Records, OutOfReachFailEveryOperationWithoutATrace) {
