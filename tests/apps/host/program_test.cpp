@@ -86,10 +86,10 @@ TEST_F(HostProgram, WhatIsNotThereOrNotUnderstoodIsNamedAndEndsWithTwo) {
     EXPECT_EQ(runHost({u"--quit"_s, u"--deploy"_s}).code, 2);
 }
 
-TEST_F(HostProgram, AMissingConfigurationEndsWithTwoAndABadOneWithItsMessage) {
+TEST_F(HostProgram, AMissingConfigurationEndsWithTwoAndABadOneWithOne) {
     configuration_.write(test::pictureBytes(5000));
     Outcome outcome = run(u"--quit"_s);
-    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.code, 1);
     EXPECT_TRUE(outcome.lines.first().startsWith(u"message: "));
     configuration_.removeFile();
     outcome = run(u"--quit"_s);
