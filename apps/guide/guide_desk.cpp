@@ -16,7 +16,7 @@ namespace varo::guide {
 
 namespace {
 
-constexpr QSize WindowSize(960, 640);
+constexpr QSize kWindowSize(960, 640);
 
 /// What the host of the pictures answers.
 const QHash<QString, QString>& hostProperties() {
@@ -31,7 +31,7 @@ void copyFiles(const QString& from, const QString& to) {
     const QStringList names = QDir(from).entryList(QDir::Files);
     for (const QString& name : names) {
         if (!QFile::copy(QDir(from).filePath(name), QDir(to).filePath(name))) {
-            throw SceneError(QStringLiteral("'%1' cannot be copied").arg(name));
+            throw DriverError(QStringLiteral("'%1' cannot be copied").arg(name));
         }
     }
 }
@@ -46,74 +46,41 @@ void drawWindow(QPainter& painter, QWidget& shown, QPoint position) {
 
 }  // namespace
 
-GuideDesk::GuideDesk(const QString& configurationFolder) : control_(new Varo_CalcEx(this)) {
+GuideDesk::GuideDesk(const QString& configurationFolder) {
+    setControl(*new Varo_CalcEx(this));
     copyFiles(configurationFolder, configuration_.path());
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(control_);
-    connect(control_, &Varo_CalcEx::GetPropValue, this,
+    layout->addWidget(&control());
+    connect(&control(), &Varo_CalcEx::GetPropValue, this,
             [this](const QString& name, bool& answered) {
                 answered = hostProperties().contains(name);
                 if (answered) {
-                    control_->SetSelPropValue(hostProperties().value(name));
+                    control().SetSelPropValue(hostProperties().value(name));
                 }
             });
     // Nothing is drawn as if the pointer were on it.
     QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight());
-    resize(WindowSize);
+    resize(kWindowSize);
     show();
     activateWindow();
     if (!QTest::qWaitForWindowActive(this)) {
-        throw SceneError(QStringLiteral("the window does not become active"));
+        throw DriverError(QStringLiteral("the window does not become active"));
     }
-    control_->setWorkFolder(work_.path());
-    control_->SetDeployFolder(configuration_.path());
-    control_->RunCalc();
+    control().setWorkFolder(work_.path());
+    control().SetDeployFolder(configuration_.path());
+    control().RunCalc();
     settle();
 }
 
 GuideDesk::~GuideDesk() {
     // It stores what is being edited, in files that go with this.
-    delete control_;
-}
-
-void GuideDesk::click(QWidget& target, Qt::MouseButton button, QPoint place) {
-    if (!target.isVisible() || !target.isEnabled()) {
-        throw SceneError(QStringLiteral("'%1' cannot be clicked").arg(target.objectName()));
-    }
-    QTest::mouseClick(&target, button, {}, place);
-    settle();
+    delete &control();
 }
 
 void GuideDesk::clickItem(ui::NodeView& view, const QString& text, Qt::MouseButton button) {
-    const QModelIndex item = view.model()
-                                 ->match(view.model()->index(0, 0), Qt::DisplayRole, text, 1,
-                                         Qt::MatchExactly | Qt::MatchRecursive)
-                                 .value(0);
-    if (!item.isValid()) {
-        throw SceneError(QStringLiteral("'%1' has no '%2'").arg(view.objectName(), text));
-    }
-    view.scrollTo(item);
-    settle();
-    const QRect place = view.visualRect(item);
-    // In the name, at a place that menus leave most of it to be seen.
-    constexpr int AlongTheName = 130;
-    const int along = std::min(place.width() / 2, AlongTheName);
-    QTest::mouseClick(view.viewport(), button, {}, {place.left() + along, place.center().y()});
-    settle();
-}
-
-void GuideDesk::pressKey(Qt::Key key) {
-    QTest::keyClick(QApplication::focusWidget(), key);
-    settle();
-}
-
-void GuideDesk::type(const QString& text) {
-    for (const QChar character : text) {
-        QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_unknown,
-                            QString(character), Qt::NoModifier);
-    }
-    settle();
+    constexpr int kAlongTheName = 130;
+    ControlDriver::clickItem(view, find(view, text), button, kAlongTheName);
 }
 
 void GuideDesk::pointAt(const QString& entry) {
@@ -121,7 +88,7 @@ void GuideDesk::pointAt(const QString& entry) {
     const QList<QAction*> actions = menu == nullptr ? QList<QAction*>() : menu->actions();
     const auto found = std::ranges::find(actions, entry, &QAction::text);
     if (found == actions.end()) {
-        throw SceneError(QStringLiteral("no open menu has '%1'").arg(entry));
+        throw DriverError(QStringLiteral("no open menu has '%1'").arg(entry));
     }
     QTest::mouseMove(menu, menu->actionGeometry(*found).center());
     settle();
@@ -141,7 +108,7 @@ QImage GuideDesk::pictureOfQuestion(const std::function<void()>& ask) {
     whileAsked.start(0);
     ask();
     if (taken.isNull()) {
-        throw SceneError(QStringLiteral("nothing was asked"));
+        throw DriverError(QStringLiteral("nothing was asked"));
     }
     return taken;
 }
@@ -149,7 +116,7 @@ QImage GuideDesk::pictureOfQuestion(const std::function<void()>& ask) {
 QImage GuideDesk::pictureOfPopup() {
     QWidget* popup = QApplication::activePopupWidget();
     if (popup == nullptr) {
-        throw SceneError(QStringLiteral("no popup is open"));
+        throw DriverError(QStringLiteral("no popup is open"));
     }
     const QImage taken = grabWithPopups();
     popup->close();
@@ -170,19 +137,11 @@ QImage GuideDesk::grabWithPopups() {
 }
 
 QRect GuideDesk::place(const QString& name) {
-    return place(part(name));
+    return place(child(name));
 }
 
 QRect GuideDesk::place(const QWidget& target) const {
     return {target.mapTo(this, QPoint(0, 0)), target.size()};
-}
-
-void settle() {
-    // What was queued may have queued more.
-    for (int round = 0; round < 3; ++round) {
-        QCoreApplication::sendPostedEvents();
-        QCoreApplication::processEvents();
-    }
 }
 
 }  // namespace varo::guide

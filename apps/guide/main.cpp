@@ -21,14 +21,14 @@
 namespace varo::guide {
 namespace {
 
-constexpr int MarkSize = 22;
+constexpr int kMarkSize = 22;
 
 /// Tool bar, tree, list and the box of a question, which opens in the middle of the window.
-constexpr QRect QuestionCrop(0, 0, 640, 400);
+constexpr QRect kQuestionCrop(0, 0, 640, 400);
 
 /// A number in a disc, which the text of the guide refers to.
 void mark(QPainter& painter, QPoint centre, int number) {
-    QRect disc(0, 0, MarkSize, MarkSize);
+    QRect disc(0, 0, kMarkSize, kMarkSize);
     disc.moveCenter(centre);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
@@ -40,27 +40,27 @@ void mark(QPainter& painter, QPoint centre, int number) {
 
 /// Both pictures, one beside the other.
 QImage sideBySide(const QImage& left, const QImage& right) {
-    constexpr int Gap = 24;
-    QImage both(left.width() + Gap + right.width(), std::max(left.height(), right.height()),
+    constexpr int kGap = 24;
+    QImage both(left.width() + kGap + right.width(), std::max(left.height(), right.height()),
                 QImage::Format_RGB32);
     both.fill(Qt::white);
     QPainter painter(&both);
     painter.drawImage(0, 0, left);
-    painter.drawImage(left.width() + Gap, 0, right);
+    painter.drawImage(left.width() + kGap, 0, right);
     return both;
 }
 
 bool areAlike(QRgb one, QRgb other) {
-    constexpr int Difference = 6;
-    return std::abs(qRed(one) - qRed(other)) <= Difference &&
-           std::abs(qGreen(one) - qGreen(other)) <= Difference &&
-           std::abs(qBlue(one) - qBlue(other)) <= Difference;
+    constexpr int kDifference = 6;
+    return std::abs(qRed(one) - qRed(other)) <= kDifference &&
+           std::abs(qGreen(one) - qGreen(other)) <= kDifference &&
+           std::abs(qBlue(one) - qBlue(other)) <= kDifference;
 }
 
 /// The picture in its most frequent colors, none of them like another, which makes a small file and
 /// looks the same.
 QImage withFewColors(const QImage& image) {
-    constexpr qsizetype MostColors = 256;
+    constexpr qsizetype kMostColors = 256;
     QHash<QRgb, int> counts;
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
@@ -72,7 +72,7 @@ QImage withFewColors(const QImage& image) {
                       [&](QRgb color) { return std::pair(counts.value(color), color); });
     QList<QRgb> colors;
     for (const QRgb color : byFrequency) {
-        if (colors.size() < MostColors &&
+        if (colors.size() < kMostColors &&
             std::ranges::none_of(colors, [&](QRgb taken) { return areAlike(taken, color); })) {
             colors.append(color);
         }
@@ -106,23 +106,23 @@ QImage overview(GuideDesk& desk) {
 
 /// The buttons of the tool bar with a number below each.
 QImage toolBar(GuideDesk& desk) {
-    const auto& bar = desk.part<QToolBar>(QStringLiteral("tbEdit"));
+    const auto& bar = desk.child<QToolBar>(QStringLiteral("tbEdit"));
     desk.clickItem(desk.tree(), QStringLiteral("扭转"));
     const QImage shown = desk.picture();
     QRect crop;
     for (const auto* button : bar.findChildren<QToolButton*>()) {
         crop |= button->isVisible() ? desk.place(*button) : QRect();
     }
-    QImage image(crop.width() + MarkSize, crop.height() + MarkSize + 4, QImage::Format_RGB32);
+    QImage image(crop.width() + kMarkSize, crop.height() + kMarkSize + 4, QImage::Format_RGB32);
     image.fill(Qt::white);
     QPainter painter(&image);
-    painter.drawImage(0, 0, shown, crop.left() - MarkSize / 2, crop.top(), image.width(),
+    painter.drawImage(0, 0, shown, crop.left() - kMarkSize / 2, crop.top(), image.width(),
                       crop.height());
     int number = 0;
     for (const QAction* action : bar.actions()) {
         if (!action->isSeparator()) {
             const QRect place = desk.place(action->text()).translated(-crop.topLeft());
-            mark(painter, {place.center().x() + MarkSize / 2, crop.height() + MarkSize / 2 + 2},
+            mark(painter, {place.center().x() + kMarkSize / 2, crop.height() + kMarkSize / 2 + 2},
                  ++number);
         }
     }
@@ -136,7 +136,7 @@ QImage calculation(GuideDesk& desk) {
         desk.clickItem(desk.list(), QString::fromUtf8(formula));
         desk.clickButton(QStringLiteral("cmdSaveResult"));
     }
-    auto& grid = desk.part<ui::EditGrid>(QStringLiteral("MSFEditVarList"));
+    auto& grid = desk.child<ui::EditGrid>(QStringLiteral("MSFEditVarList"));
     const QPoint cell = grid.visualItemRect(grid.item(0, 1)).center();
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, cell);
     desk.pressKey(Qt::Key_F2);
@@ -152,10 +152,10 @@ QImage palette(GuideDesk& desk) {
     desk.clickButton(QStringLiteral("txtFormula"));
     desk.pressKey(Qt::Key_End);
     desk.type(QStringLiteral("*"));
-    auto& tabs = desk.part<QTabBar>(QStringLiteral("TabStripSymbol"));
+    auto& tabs = desk.child<QTabBar>(QStringLiteral("TabStripSymbol"));
     QTest::mouseClick(&tabs, Qt::LeftButton, {}, tabs.tabRect(1).center());
-    const auto& functions = desk.part<QToolBar>(QStringLiteral("tbSymbol1"));
-    desk.click(*functions.widgetForAction(&desk.part<QAction>(QStringLiteral("余弦"))));
+    const auto& functions = desk.child<QToolBar>(QStringLiteral("tbSymbol1"));
+    desk.click(*functions.widgetForAction(&desk.child<QAction>(QStringLiteral("余弦"))));
     return desk.picture().copy(desk.place(QStringLiteral("picSymbol")) |
                                desk.place(QStringLiteral("picInputFormula")));
 }
@@ -176,8 +176,8 @@ QImage menus(GuideDesk& desk) {
 QImage rename(GuideDesk& desk) {
     desk.clickItem(desk.tree(), QStringLiteral("弯曲"));
     desk.pressKey(Qt::Key_F2);
-    if (QApplication::focusWidget() != &desk.part(QStringLiteral("labelEditor"))) {
-        throw SceneError(QStringLiteral("no label is being edited"));
+    if (QApplication::focusWidget() != &desk.child(QStringLiteral("labelEditor"))) {
+        throw DriverError(QStringLiteral("no label is being edited"));
     }
     desk.type(QStringLiteral("梁的弯曲"));
     return desk.picture().copy(0, 0, 300, 200);
@@ -186,14 +186,14 @@ QImage rename(GuideDesk& desk) {
 QImage deletion(GuideDesk& desk) {
     desk.clickItem(desk.tree(), QStringLiteral("弯曲"));
     return desk.pictureOfQuestion([&] { desk.clickButton(QStringLiteral("删除")); })
-        .copy(QuestionCrop);
+        .copy(kQuestionCrop);
 }
 
 QImage pictureMenu(GuideDesk& desk) {
     desk.clickItem(desk.tree(), QStringLiteral("轴向拉伸与压缩"));
     desk.clickItem(desk.list(), QStringLiteral("轴向拉压杆的变形"));
     const QPoint aboveTheDrawing(140, 12);
-    desk.click(desk.part(QStringLiteral("imgDesc")), Qt::RightButton, aboveTheDrawing);
+    desk.click(desk.child(QStringLiteral("imgDesc")), Qt::RightButton, aboveTheDrawing);
     desk.pointAt(QStringLiteral("替换"));
     return desk.pictureOfPopup().copy(desk.place(QStringLiteral("picFormula")));
 }
@@ -203,7 +203,7 @@ QImage copying(GuideDesk& desk) {
     desk.clickButton(QStringLiteral("复制"));
     desk.clickItem(desk.tree(), QStringLiteral("电工学"));
     return desk.pictureOfQuestion([&] { desk.clickButton(QStringLiteral("粘贴")); })
-        .copy(QuestionCrop);
+        .copy(kQuestionCrop);
 }
 
 void makePictures(const QString& configuration, const QDir& folder) {
@@ -219,7 +219,7 @@ void makePictures(const QString& configuration, const QDir& folder) {
         GuideDesk desk(configuration);
         const QString file = folder.filePath(QStringLiteral("guide-%1.png").arg(scene.name));
         if (!withFewColors(scene.make(desk)).save(file, "PNG", 0)) {
-            throw SceneError(QStringLiteral("'%1' cannot be written").arg(file));
+            throw DriverError(QStringLiteral("'%1' cannot be written").arg(file));
         }
     }
 }
@@ -254,7 +254,7 @@ int main(int argc, char** argv) {
     });
     try {
         varo::guide::makePictures(arguments.at(1), QDir(arguments.at(2)));
-    } catch (const varo::guide::SceneError& error) {
+    } catch (const varo::DriverError& error) {
         err << "varo-guide-pictures: " << error.what() << Qt::endl;
         return 1;
     }

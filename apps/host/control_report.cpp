@@ -1,9 +1,6 @@
 #include "host/control_report.h"
 
-#include "control/varo_calcex.h"
-#include "host/named_widget.h"
-#include "platform/ui/edit_grid.h"
-#include "platform/ui/node_view.h"
+#include "driver/control_driver.h"
 #include "platform/ui/picture_box.h"
 
 #include <QLineEdit>
@@ -16,20 +13,16 @@ namespace {
 
 /// The source of a variable's value, as the colour of its name tells it (0x00BBGGRR).
 QString sourceName(quint32 color) {
-    constexpr quint32 Blue = 0xFF0000;
-    constexpr quint32 Red = 0x0000FF;
+    constexpr quint32 kBlue = 0xFF0000;
+    constexpr quint32 kRed = 0x0000FF;
     switch (color) {
-        case Blue:
+        case kBlue:
             return QStringLiteral("property");
-        case Red:
+        case kRed:
             return QStringLiteral("table");
         default:
             return QStringLiteral("typed");
     }
-}
-
-QModelIndex selectedItem(const ui::NodeView& view) {
-    return view.selectionModel()->selectedIndexes().value(0);
 }
 
 QString pictureSize(const ui::PictureBox& box) {
@@ -49,10 +42,11 @@ QString oneLine(const QString& text) {
     return QString(text).replace(lineEnd, QStringLiteral("\\n"));
 }
 
-QStringList shownLines(const Varo_CalcEx& control) {
-    const auto& grid = namedWidget<ui::EditGrid>(control, "MSFEditVarList");
-    const QModelIndex node = selectedItem(namedWidget<ui::NodeView>(control, "tvFolder"));
-    const QModelIndex formula = selectedItem(namedWidget<ui::NodeView>(control, "lvFormula"));
+QStringList shownLines(Varo_CalcEx& control) {
+    const ControlDriver driver(control);
+    const ui::EditGrid& grid = driver.grid();
+    const QModelIndex node = driver.tree().selectedIndex();
+    const QModelIndex formula = driver.list().selectedIndex();
     QModelIndex library = node;
     while (library.parent().isValid()) {
         library = library.parent();
@@ -61,11 +55,9 @@ QStringList shownLines(const Varo_CalcEx& control) {
         line(QStringLiteral("library"), library.data().toString()),
         line(QStringLiteral("folder"), node == library ? QString() : node.data().toString()),
         line(QStringLiteral("formula"), formula.data().toString()),
-        line(QStringLiteral("expression"), namedWidget<QLineEdit>(control, "txtFormula").text()),
-        line(QStringLiteral("description"),
-             namedWidget<QPlainTextEdit>(control, "txtDesc").toPlainText()),
-        line(QStringLiteral("picture"),
-             pictureSize(namedWidget<ui::PictureBox>(control, "imgDesc"))),
+        line(QStringLiteral("expression"), driver.formulaBox().text()),
+        line(QStringLiteral("description"), driver.child<QPlainTextEdit>("txtDesc").toPlainText()),
+        line(QStringLiteral("picture"), pictureSize(driver.child<ui::PictureBox>("imgDesc"))),
     };
     for (int row = 1; row < grid.Rows(); ++row) {
         lines.append(line(QStringLiteral("variable"),
@@ -73,8 +65,7 @@ QStringList shownLines(const Varo_CalcEx& control) {
                               .arg(grid.GetCellText(row, 0), grid.GetCellText(row, 1),
                                    sourceName(grid.CellForeColor(row, 0)))));
     }
-    lines.append(
-        line(QStringLiteral("result"), namedWidget<QLineEdit>(control, "txtResult").text()));
+    lines.append(line(QStringLiteral("result"), driver.result()));
     return lines;
 }
 

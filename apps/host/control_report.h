@@ -11,7 +11,7 @@ namespace varo::host {
 
 /// What the control shows, a line each: library, folder, formula, expression, description, picture,
 /// variables, result.
-QStringList shownLines(const Varo_CalcEx& control);
+QStringList shownLines(Varo_CalcEx& control);
 
 /// `text` on one line: each line break becomes the two characters `\n`.
 QString oneLine(const QString& text);

@@ -1,11 +1,11 @@
 #include "host/host_run.h"
 
 #include "control/configuration.h"
-#include "host/control_driver.h"
+#include "driver/control_driver.h"
 #include "host/control_report.h"
 #include "host/host_window.h"
 #include "host/property_table.h"
-#include "platform/questions.h"
+#include "platform/questions/questions.h"
 
 #include <QApplication>
 
@@ -18,7 +18,13 @@ class PrintingQuestions : public Questions {
   public:
     explicit PrintingQuestions(QTextStream& out) : out_(out) {}
 
-    void inform(const QString& text) override { print(text); }
+    void inform(const QString& text) override {
+        informed_ = true;
+        print(text);
+    }
+
+    /// Whether the control has reported something.
+    bool informed() const { return informed_; }
 
     bool confirm(const QString& text, Choice) override {
         print(text);
@@ -34,26 +40,39 @@ class PrintingQuestions : public Questions {
     void print(const QString& text) { out_ << "message: " << oneLine(text) << Qt::endl; }
 
     QTextStream& out_;
+    bool informed_ = false;
 };
 
-void followOptions(const HostOptions& options, HostWindow& window) {
-    window.openFolder(options.deployFolder);
-    for (const QString& key : options.selections) {
-        selectKey(window.control(), key);
+/// Selects the tree node, or the formula of the selected node, with this key.
+void selectKey(ControlDriver& driver, const QString& key) {
+    const bool isFormula = key.startsWith(QStringLiteral("LvFormulaKey"));
+    const ui::NodeView& view = isFormula ? driver.list() : driver.tree();
+    if (!ControlDriver::findKey(view, key).isValid()) {
+        throw UsageError{
+            QStringLiteral("there is no %1 with the key '%2'")
+                .arg(isFormula ? QStringLiteral("formula") : QStringLiteral("node"), key)};
     }
-    for (const NamedValue& value : options.values) {
-        typeVariable(window.control(), value.name, value.value);
-    }
-    if (!options.values.isEmpty()) {
-        pressCalculate(window.control());
+    if (isFormula) {
+        driver.control().SelFormula(key);
+    } else {
+        driver.control().ClickTreeNode(key);
     }
 }
 
-/// Lets everything be laid out: a layout that has settled may ask for another one around it.
-void settle() {
-    for (int round = 0; round < 3; ++round) {
-        QCoreApplication::sendPostedEvents();
-        QCoreApplication::processEvents();
+void followOptions(const HostOptions& options, HostWindow& window) {
+    ControlDriver driver(window.control());
+    for (const QString& key : options.selections) {
+        selectKey(driver, key);
+    }
+    try {
+        for (const NamedValue& value : options.values) {
+            driver.typeValue(value.name, value.value);
+        }
+        if (!options.values.isEmpty()) {
+            driver.clickButton("cmdCalCulate");
+        }
+    } catch (const DriverError& error) {
+        throw UsageError{QString::fromUtf8(error.what())};
     }
 }
 
@@ -66,6 +85,8 @@ int runHost(const HostOptions& options, QTextStream& out, QTextStream& err) {
         window.properties().setValue(property.name, property.value);
     }
     window.show();
+    window.openFolder(options.deployFolder);
+    const bool started = !printing.informed();
     followOptions(options, window);
     if (!options.reports()) {
         return QApplication::exec();
@@ -81,9 +102,9 @@ int runHost(const HostOptions& options, QTextStream& out, QTextStream& err) {
     out.flush();
     if (!Configuration::exists(options.deployFolder)) {
         throw UsageError{QStringLiteral("there is no %1 in '%2'")
-                             .arg(QString::fromLatin1(ConfigFileName), options.deployFolder)};
+                             .arg(QString::fromLatin1(kConfigFileName), options.deployFolder)};
     }
-    return 0;
+    return started ? 0 : 1;
 }
 
 }  // namespace varo::host

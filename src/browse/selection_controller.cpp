@@ -176,7 +176,7 @@ void SelectionController::makeNodeCurrent() {
 }
 
 void SelectionController::makeFormulaCurrent() {
-    if (const ShownFormula selected = formula()) {
+    if (const auto selected = formula()) {
         current_ = *selected;
         setState(SelectionState::Formula);
     } else {

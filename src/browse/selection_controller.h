@@ -79,7 +79,7 @@ class SelectionController : public QObject {
     }
 
     /// The formula that is selected and shown.
-    const ShownFormula& formula() const { return pane_.shown(); }
+    std::optional<qint32> formula() const { return pane_.shown(); }
 
     /// The last thing that was selected, or that a menu was opened on.
     const Item& currentItem() const { return current_; }

@@ -12,6 +12,7 @@
 #include "platform/ui/message_boxes.h"
 #include "platform/ui/node_view.h"
 #include "platform/ui/registered_message.h"
+#include "platform/ui/result_box.h"
 #include "platform/ui/wait_cursor.h"
 #include "search/property_locator.h"
 #include "store/keys.h"
@@ -103,7 +104,7 @@ Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
     : control(owner),
       boxes(&owner),
       questions(given == nullptr ? boxes : *given),
-      calcMessage(ui::registerWindowMessage(QString::fromLatin1(CalcMessage))),
+      calcMessage(ui::registerWindowMessage(QString::fromLatin1(kCalcMessage))),
       configuration(libraries),
       library(libraries, questions),
       clipboard(files),

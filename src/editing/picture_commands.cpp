@@ -20,7 +20,7 @@ PictureCommands::PictureCommands(SelectionController& selection, FormulaList& li
       questions_(questions) {}
 
 const clsFormulaInfo* PictureCommands::selected() const {
-    const ShownFormula id = selection_.formula();
+    const auto id = selection_.formula();
     return id ? list_.model().find(*id) : nullptr;
 }
 
@@ -31,7 +31,7 @@ void PictureCommands::choosePicture() {
     for (const QString& extension : kExtensions) {
         filters.append(QStringLiteral("(*%1)").arg(extension));
     }
-    const ShownFormula id = selection_.formula();
+    const auto id = selection_.formula();
     const NodeId folder = selection_.listedNode();
     if (!id) {
         return;
@@ -112,7 +112,7 @@ void PictureCommands::deletePicture() {
 
 void PictureCommands::showLarge() {
     const clsFormulaInfo* formula = selected();
-    if (formula == nullptr || !description_.showsPicture() ||
+    if (formula == nullptr || !description_.hasPicture() ||
         !QFileInfo(formula->FormulaPicPath).isFile()) {
         return;
     }

@@ -64,6 +64,10 @@ void DescriptionPane::showPicture(const ui::Picture& picture) {
     showOnly(form_.imgDesc);
 }
 
+bool DescriptionPane::hasPicture() const {
+    return !form_.imgDesc->picture().isNull();
+}
+
 void DescriptionPane::removePicture() {
     hasPicture_ = false;
     form_.imgDesc->clear();

@@ -32,6 +32,9 @@ class DescriptionPane : public QObject {
     /// Shows a picture as the shown formula's; for a null one, a text that it cannot be shown.
     void showPicture(const ui::Picture& picture);
 
+    /// Whether the formula has a picture that can be shown.
+    bool hasPicture() const;
+
     /// Shows that the formula has no picture.
     void removePicture();
 

@@ -69,7 +69,8 @@ SubtreeDeletion deleteSubtree(CurrentLibrary& library, qint32 folder) {
             subtree.push_back(row.id);
         }
         if (subtree.empty()) {
-            subtree.push_back(folder);  // another program has deleted its row; its formulas may be there
+            // Another program has deleted its row; its formulas may still be there.
+            subtree.push_back(folder);
         }
         deletion.complete =
             std::ranges::all_of(subtree | std::views::reverse, [&](qint32 each) {

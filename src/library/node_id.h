@@ -13,7 +13,7 @@ struct NodeId {
     std::optional<qint32> folder;  ///< identifier of the folder; none for the library itself
 
     bool isValid() const { return library > 0; }
-    bool isFolder() const { return folder.has_value(); }
+    constexpr bool isFolder() const { return folder.has_value(); }
     /// Identifier under which what the node contains is stored: 0 is the library's top level.
     qint32 parentId() const { return folder.value_or(0); }
 

@@ -35,7 +35,7 @@ void PropertyLocator::locate(const QString& property) {
         questions_.inform(failure);
     }
     library_.variables().Clear();
-    if (const ShownFormula formula = selection_.formula()) {
+    if (const auto formula = selection_.formula()) {
         selection_.showFormula(*formula);
     }
     if (failure.isEmpty() && located_.Count() > 0) {

@@ -1,5 +1,7 @@
 #include "store/library_connection.h"
 
+#include "store/library_structure.h"
+
 #include <QDir>
 
 namespace varo {
@@ -8,14 +10,17 @@ bool ConnectLibrary(const QString& folder, const QString& fileName, data::Connec
                     const QString& password) {
     connection.close();
     if (!password.isEmpty()) {
-        return false;  // no format that is read knows passwords
+        return false;  // none of the formats that are read has passwords
     }
     try {
         connection.open(normalisedFolder(folder) + fileName);
-    } catch (const data::Error&) {
-        return false;
+        if (keepsRows(connection)) {
+            return true;
+        }
+    } catch (const data::Error&) {  // the same as a file that is no library
     }
-    return true;
+    connection.close();
+    return false;
 }
 
 void CloseRecordset(data::Recordset& recordSet) noexcept {

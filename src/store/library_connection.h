@@ -7,8 +7,9 @@
 namespace varo {
 
 /// Points `connection` at the library `fileName` in `folder` (with its trailing separator) and
-/// opens it, closing what was open. Returns false on any failure, with the connection closed; shows
-/// nothing.
+/// opens it, closing what was open. Returns false, with the connection closed, on any failure and
+/// for a file whose tables do not keep what is stored in them (see library_structure.h); a file
+/// that lacks a table opens. Shows nothing.
 bool ConnectLibrary(const QString& folder, const QString& fileName, data::Connection& connection,
                     const QString& password);
 

@@ -168,7 +168,7 @@ TEST_F(PictureCommands, WhatIsNoPictureReplacesNone) {
 
 TEST_F(PictureCommands, AFileThatNoLibraryTakesIsNotEvenCopied) {
     QFile huge(addFile(QStringLiteral("x.bmp"), red));
-    ASSERT_TRUE(huge.resize((PictureChunkLimit + 1) * PictureChunk));
+    ASSERT_TRUE(huge.resize((kPictureChunkLimit + 1) * kPictureChunk));
     PictureCopy copy(workFile(QStringLiteral("copy")));
     EXPECT_FALSE(copy.take(huge.fileName()));
     EXPECT_FALSE(QFile::exists(copy.path()));

@@ -4,32 +4,37 @@
 
 #include <QDir>
 
+#include <sqlite3.h>
+
 namespace varo {
 namespace {
 
 using LibraryFile = LibraryTest;
 
-TEST_F(LibraryFile, TakesTheConnectionFromAnother) {
-    test::TestLibrary other;
-    other.addFolder(0, u"in the other"_s);
-    const QString folder = other.folder().chopped(1).replace(u'/', u'\\');
-    ASSERT_TRUE(ConnectLibrary(folder, other.fileName(), connection, {}));
-    ASSERT_TRUE(funcs.GetNodeInfo(rs, connection));
-    EXPECT_EQ(listed(), u"in the other"_s);
-    CloseRecordset(rs);
-    EXPECT_FALSE(rs.isOpen());
+/// Runs statements on the file, as a program does that knows nothing of libraries.
+void run(const QString& path, const char* statements) {
+    sqlite3* file = nullptr;
+    EXPECT_EQ(sqlite3_open(path.toUtf8().constData(), &file), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(file, statements, nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(file);
 }
 
-TEST_F(LibraryFile, ThatIsNoneClosesTheConnection) {
-    library.addFile(u"notes.txt"_s, "not a library");
-    library.addFile(u"empty.vdb"_s, {});
+TEST_F(LibraryFile, TakesTheConnectionFromAnotherAndAFileThatIsNoneClosesIt) {
+    test::TestLibrary other;
+    other.addFolder(0, u"in the other"_s);
+    other.addFile(u"notes.txt"_s, "not a library");
+    other.addFile(u"empty.vdb"_s, {});
+    const QString folder = other.folder().chopped(1).replace(u'/', u'\\');
     for (const QString& name : {u"missing.vdb"_s, u"notes.txt"_s, u"empty.vdb"_s, u""_s}) {
-        ASSERT_TRUE(ConnectLibrary(library.folder(), library.fileName(), connection, {}));
-        EXPECT_FALSE(ConnectLibrary(library.folder(), name, connection, {})) << qPrintable(name);
+        ASSERT_TRUE(ConnectLibrary(folder, other.fileName(), connection, {}));
+        EXPECT_EQ(listed(funcs.GetNodeInfo(rs, connection)), u"in the other"_s);
+        CloseRecordset(rs);
+        EXPECT_FALSE(rs.isOpen());
+        EXPECT_FALSE(ConnectLibrary(folder, name, connection, {})) << qPrintable(name);
         EXPECT_FALSE(connection.isOpen());
     }
-    EXPECT_FALSE(ConnectLibrary(library.folder(), library.fileName(), connection, u"secret"_s));
-    EXPECT_FALSE(QFile::exists(library.pathOf(u"missing.vdb"_s)));
+    EXPECT_FALSE(ConnectLibrary(folder, other.fileName(), connection, u"secret"_s));
+    EXPECT_FALSE(QFile::exists(other.pathOf(u"missing.vdb"_s)));
 }
 
 TEST(Paths, AreWrittenWithThePlatformsSeparators) {
@@ -45,29 +50,49 @@ TEST(Paths, AreWrittenWithThePlatformsSeparators) {
     EXPECT_EQ(folder + u'|' + fileName, native(u"/libraries/steel/"_s) + u"|beams.vdb"_s);
 }
 
-TEST_F(LibraryFile, IsALibraryWhileItHasTheNeededTablesAndColumns) {
-    for (const QString& table : {u"Property"_s, u"FilterCond"_s, u"TableInfo"_s}) {
-        connection.execute(u"Drop Table "_s + table);
-        EXPECT_TRUE(funcs.CheckNewDB(connection));
+TEST_F(LibraryFile, IsRefusedWhenItWouldLoseOrInventRows) {
+    enum Answer { Library, Openable, Refused };
+    const std::tuple<Answer, const char*> cases[] = {
+        {Library, "Drop Table Property; Drop Table FilterCond; Drop Table TableInfo"},
+        {Library, "Create Trigger T After Update On TableInfo Begin Delete From Formula; End"},
+        {Library,
+         "Drop Table RecentVar; Create Table RecentVar (VarName, FormulaID, Value Blob, "
+         "VarSourceType Real, VarMemo Varchar(9), Extra Unique On Conflict Abort)"},
+        {Openable, "Drop Table Formula"},
+        {Openable, "Drop Table RecentVar"},
+        {Openable, "Drop Table Tree"},
+        {Openable, "Alter Table Formula Drop Memo"},
+        {Refused, "Create Trigger T After Update On tree Begin Delete From Formula; End"},
+        {Refused, "Create Trigger T Before Insert On Property Begin Select Raise(Ignore); End"},
+        {Refused, "Drop Table Tree; Create Table Tree (ID Integer, Name Text, PID, OrderID)"},
+        {Refused,
+         "Drop Table Tree; Create Table Tree (ID Integer Primary Key, Name, PID, OrderID)"},
+        {Refused, "Alter Table Formula Rename ID To Number; Alter Table Formula Add ID Integer"},
+        {Refused, "Alter Table Tree Rename To T; Create View Tree As Select * From T"},
+        {Refused,
+         "Drop Table RecentVar; Create Table RecentVar (VarName Memo, FormulaID, Value, "
+         "VarSourceType, VarMemo)"},
+        {Refused, "Drop Table Property; Create Table Property (PropID Text, PropName)"},
+        {Refused,
+         "Drop Table Property; Create Table Property (PropID, PropName, FilterID, NodeID,"
+         "NodeType, Unique (NodeID) on /* a */ conflict -- b\n Replace)"},
+    };
+    for (const auto& [answer, change] : cases) {
+        SCOPED_TRACE(change);
+        test::TestLibrary changed;
+        data::Connection& conn = changed.connection();
+        conn.close();
+        run(changed.path(), change);
+        conn.open(changed.path());
+        EXPECT_EQ(funcs.CheckNewDB(conn), answer == Library);
+        EXPECT_EQ(ConnectLibrary(changed.folder(), changed.fileName(), conn, {}),
+                  answer != Refused);
+        EXPECT_EQ(conn.isOpen(), answer != Refused);
     }
-    for (const char* damage : {"Drop Table Formula", "Drop Table RecentVar", "Drop Table Tree",
-                               "Alter Table Formula Drop Memo"}) {
-        test::TestLibrary damaged;
-        damaged.connection().execute(QLatin1StringView(damage));
-        EXPECT_FALSE(damaged.funcs().CheckNewDB(damaged.connection())) << damage;
-    }
-}
-
-TEST_F(LibraryFile, IsNeverReplacedByANewOne) {
-    const QByteArray before = test::fileContent(library.path());
-    EXPECT_THROW(createEmptyLibrary(library.path()), data::Error);
-    EXPECT_EQ(test::fileContent(library.path()), before);
-    EXPECT_THROW(createEmptyLibrary(library.pathOf(u"no/folder/new.vdb"_s)), data::Error);
-    EXPECT_EQ(QDir(library.folder()).entryList(QDir::Files), QStringList{library.fileName()});
 }
 
 TEST(Template, GivesItsVersionAndLeavesAMissingItemAlone) {
-    test::TestLibrary library{QLatin1StringView(TemplateFileName)};
+    test::TestLibrary library{QLatin1StringView(kTemplateFileName)};
     const auto version = [&](const QString& folder) {
         QString value = u"untouched"_s;
         QString error;

@@ -1,6 +1,6 @@
 #include "support/stored_view.h"
 
-#include "control/folder_tree_model.h"
+#include "browse/folder_tree_model.h"
 
 #include <QIcon>
 

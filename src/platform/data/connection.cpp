@@ -123,6 +123,11 @@ BlobField Connection::field(const QString& table, const QString& column, qint32 
     return BlobField(state_->file->field(table, column, id), state_->replacements);
 }
 
+std::optional<TableStructure> Connection::structure(const QString& table) {
+    opened(state_).handle();
+    return state_->file->structure(table);
+}
+
 QStringList Connection::damages() {
     opened(state_).handle();
     return state_->file->damages();

@@ -3,11 +3,13 @@
 #include "platform/data/blob_field.h"
 #include "platform/data/error.h"
 #include "platform/data/recordset.h"
+#include "platform/data/table_structure.h"
 
 #include <QString>
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <variant>
 #include <vector>
@@ -62,6 +64,10 @@ class Connection {
     /// The long-binary field `column` of the row of `table` whose identifier is `id`. Throws Error
     /// when there is no such row.
     BlobField field(const QString& table, const QString& column, qint32 id);
+
+    /// How the file keeps the table with this name, letter case ignored; nothing when there is
+    /// none.
+    std::optional<TableStructure> structure(const QString& table);
 
     /// Goes through the whole file and returns what is wrong with it, a line each and not more than
     /// a hundred; empty when it is sound.

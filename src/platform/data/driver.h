@@ -1,9 +1,12 @@
 #pragma once
 
+#include "platform/data/table_structure.h"
+
 #include <QString>
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 #include <span>
 #include <sqlite3.h>
 #include <vector>
@@ -12,7 +15,7 @@ namespace varo::data {
 
 class DatabaseFile;
 
-/// Something that refers to the handle of an open file, and lets go of it before the handle closes.
+/// An object that uses the handle of an open file and is told to release it before it closes.
 class HandleUser {
   public:
     explicit HandleUser(DatabaseFile& file);
@@ -53,10 +56,9 @@ class LongBinary {
 /// on handle(), if need be as virtual tables of a database in memory. Long-binary fields have a way
 /// of their own, since not every format offers them there.
 ///
-/// Its users lean on more than SQL: in every table rowid is a number of the row, and its order is
-/// the order in which the rows were inserted; a column ID of folders and formulas is given by the
-/// database and never again, not even when its row has been deleted; text compares without regard
-/// to ASCII letter case.
+/// In every table rowid is a number of the row, its order is the order in which the rows were
+/// inserted, and text compares without regard to ASCII letter case. What else a table keeps,
+/// structure() tells.
 class DatabaseFile {
   public:
     DatabaseFile() = default;
@@ -71,11 +73,15 @@ class DatabaseFile {
     virtual std::shared_ptr<LongBinary> field(const QString& table, const QString& column,
                                               qint32 id) = 0;
 
+    /// How the file keeps the table with this name, letter case ignored; nothing when there is
+    /// none. Reads no rows. Throws Error when that cannot be told.
+    virtual std::optional<TableStructure> structure(const QString& table) = 0;
+
     /// What the driver's own check of the whole file finds wrong, a line each. Throws Error when
     /// the check cannot be made.
     virtual QStringList damages() = 0;
 
-    /// Makes every user of the handle let go; to be called before destruction.
+    /// Makes every user release the handle; to be called before destruction.
     void releaseUsers() noexcept;
 
     /// Makes every user give back what does not outlive a transaction that is being undone.
@@ -98,13 +104,13 @@ class Driver {
     virtual std::unique_ptr<DatabaseFile> open(const QString& path) const = 0;
 };
 
-/// Opens the file at `path` with the driver that knows its content. Throws Error when the file is
-/// missing, no driver knows it, or that driver cannot open it.
+/// Opens the file at `path` with the driver for its format. Throws Error when the file is missing,
+/// in no format that a driver reads, or cannot be opened.
 ///
-/// The file may be one that this process has open already: every lock on it stays. SQLite comes
-/// first and another driver sees only what is not SQLite's: closing any handle of a file takes from
-/// this process the locks that SQLite holds on it, so that nothing but SQLite and fileStart() may
-/// open an SQLite file.
+/// The file may be one that this process has open already: every lock on it stays. SQLite's
+/// driver is asked first and another one only for files that are not SQLite's: closing any handle
+/// of a file takes from this process the locks that SQLite holds on it, so that nothing but SQLite
+/// and fileStart() may open an SQLite file.
 std::unique_ptr<DatabaseFile> openDatabaseFile(const QString& path);
 
 }  // namespace varo::data

@@ -4,6 +4,7 @@
 #include "platform/data/statement.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 namespace varo::data {
 
@@ -25,6 +26,7 @@ class SqliteFile final : public DatabaseFile {
     sqlite3* handle() const noexcept override { return handle_.get(); }
     std::shared_ptr<LongBinary> field(const QString& table, const QString& column,
                                       qint32 id) override;
+    std::optional<TableStructure> structure(const QString& table) override;
     QStringList damages() override;
 
   private:
@@ -122,6 +124,66 @@ std::shared_ptr<LongBinary> SqliteFile::field(const QString& table, const QStrin
     return std::make_shared<SqliteBlob>(*this, table, column, id);
 }
 
+// How SQLite derives what a column converts from the type that it was declared with.
+ColumnKind kindOf(QByteArray declaredType) {
+    declaredType = declaredType.toUpper();
+    const auto hasPart = [&](const char* part) { return declaredType.contains(part); };
+    if (hasPart("INT")) {
+        return ColumnKind::Number;
+    }
+    if (hasPart("CHAR") || hasPart("CLOB") || hasPart("TEXT")) {
+        return ColumnKind::Text;
+    }
+    return declaredType.isEmpty() || hasPart("BLOB") ? ColumnKind::Any : ColumnKind::Number;
+}
+
+// Whether the statement that created a table has a constraint by which a row that breaks it is left
+// out, or another row is deleted, without an error.
+bool dropsRows(const QString& creation) {
+    static const QString blank = QStringLiteral(R"((?:\s|--.*\n|/\*[\s\S]*?\*/)+)");
+    static const QRegularExpression clause(
+        QStringLiteral(R"(\bON%1CONFLICT%1(?:REPLACE|IGNORE)\b)").arg(blank),
+        QRegularExpression::CaseInsensitiveOption);
+    return creation.contains(clause);
+}
+
+std::optional<TableStructure> SqliteFile::structure(const QString& table) {
+    TableStructure found;
+    bool exists = false;
+    const StatementHandle parts =
+        prepare(handle(),
+                QStringLiteral("Select type,rootpage,sql From sqlite_schema "
+                               "Where tbl_name = ? Collate NoCase"),
+                {table});
+    while (step(parts.get())) {
+        const QString type = columnText(parts.get(), 0);
+        if (type == QLatin1StringView("trigger")) {
+            found.changesAsTold = false;
+        } else if (type != QLatin1StringView("index")) {
+            exists = true;
+            const bool isStoredTable = sqlite3_column_int64(parts.get(), 1) > 0;
+            found.changesAsTold =
+                found.changesAsTold && isStoredTable && !dropsRows(columnText(parts.get(), 2));
+        }
+    }
+    if (!exists) {
+        return std::nullopt;
+    }
+    const StatementHandle row = prepare(handle(), QStringLiteral("Select * From ") + quoted(table));
+    for (int column = 0; column < sqlite3_column_count(row.get()); ++column) {
+        found.columns.append(
+            {columnName(row.get(), column), kindOf(sqlite3_column_decltype(row.get(), column))});
+        int isAutoNumber = 0;
+        sqlite3_table_column_metadata(handle(), "main", table.toUtf8().constData(),
+                                      sqlite3_column_name(row.get(), column), nullptr, nullptr,
+                                      nullptr, nullptr, &isAutoNumber);
+        if (isAutoNumber != 0) {
+            found.autoNumber = found.columns.last().name;
+        }
+    }
+    return found;
+}
+
 QStringList SqliteFile::damages() {
     QStringList lines;
     const StatementHandle check = prepare(handle(), QStringLiteral("PRAGMA integrity_check"));
@@ -165,8 +227,8 @@ void requireWholePages(sqlite3* database, const QString& path) {
 }  // namespace
 
 bool isSqliteFile(const QString& path) {
-    const QByteArray signature("SQLite format 3", 16);
-    return fileStart(path, static_cast<int>(signature.size())) == signature;
+    const QByteArray kSignature("SQLite format 3", 16);
+    return fileStart(path, static_cast<int>(kSignature.size())) == kSignature;
 }
 
 std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path) const {
@@ -181,7 +243,7 @@ std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path) const {
     if (result != SQLITE_OK) {
         throw Error(QStringLiteral("%1: %2").arg(path, QString::fromUtf8(sqlite3_errstr(result))));
     }
-    sqlite3_busy_timeout(opened, LockTimeout);
+    sqlite3_busy_timeout(opened, kLockTimeout);
     distrustContent(opened);
     const int read =
         sqlite3_exec(opened, "Select count(*) From sqlite_schema", nullptr, nullptr, nullptr);

@@ -22,11 +22,11 @@ namespace varo::deploy {
 
 namespace {
 
-constexpr qint64 SizeLimit = 16 * 1024 * 1024;
+constexpr qint64 kSizeLimit = 16 * 1024 * 1024;
 
 /// The parser drops a comment that nothing follows. A section of this name, which no text can hold,
 /// is put after everything while the file is in memory, so that the comment belongs to it.
-constexpr char EndMark[] = "[\x01]\n";
+constexpr char kEndMark[] = "[\x01]\n";
 
 bool isBlank(char c) {
     return c == ' ' || c == '\t';
@@ -96,7 +96,7 @@ struct DeployFileLib::Data {
 };
 
 bool DeployFileLib::Data::parse(const QString& text) {
-    const QByteArray utf8 = text.toUtf8() + '\n' + EndMark;
+    const QByteArray utf8 = text.toUtf8() + '\n' + kEndMark;
     if (ini.LoadData(utf8.constData(), static_cast<size_t>(utf8.size())) < 0) {
         return fail(QStringLiteral("没有足够的内存读取配置文件“%1”！").arg(path()));
     }
@@ -117,11 +117,11 @@ bool DeployFileLib::Data::load() {
     if (!file.open(QIODevice::ReadOnly)) {
         return fail(QStringLiteral("无法打开配置文件“%1”：%2").arg(path(), file.errorString()));
     }
-    const QByteArray bytes = file.read(SizeLimit + 1);
+    const QByteArray bytes = file.read(kSizeLimit + 1);
     if (file.error() != QFileDevice::NoError) {
         return fail(QStringLiteral("无法读取配置文件“%1”：%2").arg(path(), file.errorString()));
     }
-    if (bytes.size() > SizeLimit) {
+    if (bytes.size() > kSizeLimit) {
         return fail(QStringLiteral("配置文件“%1”太大！").arg(path()));
     }
     const auto text = decodeText(bytes);
@@ -250,7 +250,7 @@ bool DeployFileLib::save() {
         return data_->fail(QStringLiteral("没有足够的内存写入配置文件“%1”！").arg(data_->path()));
     }
     QByteArray bytes = QByteArray::fromStdString(text);
-    bytes.replace(EndMark, QByteArray());
+    bytes.replace(kEndMark, QByteArray());
     bytes = bytes.trimmed() + '\n';
 
     QSaveFile file(data_->path());

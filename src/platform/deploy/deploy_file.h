@@ -7,7 +7,8 @@
 namespace varo::deploy {
 
 /// A configuration file of sections and keys. Reads UTF-8 (with or without a mark), UTF-16 with a
-/// mark, and, when the bytes are none of these, GB18030. A value is read as it stands, with its
+/// mark, and, when the bytes are none of these, GB18030 or GBK. An end-of-file mark (0x1A) at the
+/// end is ignored, and a form feed reads as a blank. A value is read as it stands, with its
 /// backslashes, percent signs and semicolons; only the blanks around it and one pair of double
 /// quotes around what is left are taken off. Section and key names compare without regard to ASCII
 /// letter case; of a key that is there twice the first counts. Writes UTF-8 and keeps the comments,

@@ -6,13 +6,17 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QMetaProperty>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
 #include <QScopedValueRollback>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
+
+#include <algorithm>
 
 namespace varo::ui {
 
@@ -163,6 +167,40 @@ void NodeView::mouseReleaseEvent(QMouseEvent* event) {
     }
 }
 
+void NodeView::fitFirstColumn() {
+    fitsColumn_ = true;
+    header()->setStretchLastSection(false);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &NodeView::fitColumn);
+    fitColumn();
+}
+
+void NodeView::updateGeometries() {
+    QTreeView::updateGeometries();
+    fitColumn();
+}
+
+void NodeView::fitColumn() {
+    if (!fitsColumn_ || header()->count() == 0) {
+        return;
+    }
+    constexpr int kReadableCharacters = 12;
+    const int readable = kReadableCharacters * fontMetrics().averageCharWidth() + iconSize().width();
+    int width = viewport()->width();
+    QModelIndex index = indexAt({0, 0});
+    for (; index.isValid() && visualRect(index).top() < viewport()->height();
+         index = indexBelow(index)) {
+        int indent = indentation();
+        for (QModelIndex above = index.parent(); above.isValid(); above = above.parent()) {
+            indent += indentation();
+        }
+        width = std::max(width, indent + std::min(readable, sizeHintForIndex(index).width()));
+    }
+    // Resizing calls back until nothing changes any more.
+    if (header()->sectionSize(0) != width) {
+        header()->resizeSection(0, width);
+    }
+}
+
 void NodeView::focusInEvent(QFocusEvent* event) {
     comesByMouse_ = event->reason() == Qt::MouseFocusReason;
     QTreeView::focusInEvent(event);
@@ -280,7 +318,8 @@ void NodeView::keyPressEvent(QKeyEvent* event) {
                          event->key() == Qt::Key_Enter;
     const QPersistentModelIndex before = currentIndex();
     {
-        const QScopedValueRollback acting(userActs_, true);
+        // The key that opens all nodes below one selects none of them.
+        const QScopedValueRollback acting(userActs_, event->key() != Qt::Key_Asterisk);
         QTreeView::keyPressEvent(event);
     }
     const QModelIndex after = currentIndex();

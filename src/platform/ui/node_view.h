@@ -39,6 +39,10 @@ class NodeView : public QTreeView {
     /// which is then dropped.
     bool commitEdit();
 
+    /// Keeps the first column as wide as the view, so that longer texts are cut and end in "…"; only
+    /// items far to the right, of which too little could be read, make it wider.
+    void fitFirstColumn();
+
     /// Keys that raise commandKeyPressed() while the view, and not the editor of a label, has the
     /// focus; the shortcuts of windows around the view do not get them.
     void setCommandKeys(const QList<QKeySequence>& keys) { commandKeys_ = keys; }
@@ -65,6 +69,7 @@ class NodeView : public QTreeView {
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
+    void updateGeometries() override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -77,6 +82,7 @@ class NodeView : public QTreeView {
 
   private:
     QModelIndex itemAt(const QPoint& position) const;
+    void fitColumn();
     bool isCommandKey(const QKeyEvent& event) const;
 
     QList<QKeySequence> commandKeys_;
@@ -85,6 +91,7 @@ class NodeView : public QTreeView {
     bool comesByMouse_ = false;     ///< the press under way gave the view the focus
     QBasicTimer labelDelay_;        ///< runs between the second click on an item and its editor
     bool userActs_ = false;
+    bool fitsColumn_ = false;
 };
 
 }  // namespace varo::ui

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+namespace varo::data {
+
+/// The values that a column keeps as they are given; it may convert others, as a column of numbers
+/// makes 7 of the text "007".
+enum class ColumnKind { Any, Text, Number };
+
+/// What a database does with the rows of a table.
+struct TableStructure {
+    struct Column {
+        QString name;
+        ColumnKind kind;
+    };
+    QList<Column> columns;
+
+    /// Name of the column in which the database gives each new row a number that no row of the
+    /// table has had before; "" when there is none.
+    QString autoNumber;
+
+    /// A statement that inserts, changes or deletes rows does what it says or fails: it is a table
+    /// of the file and no view, nothing stored in the file runs with the statement (a trigger), and
+    /// no row is left out or gives way to another without an error.
+    bool changesAsTold = true;
+};
+
+}  // namespace varo::data

@@ -1,0 +1,57 @@
+#include "store/library_structure.h"
+
+#include <QStringView>
+
+#include <algorithm>
+
+namespace varo {
+
+namespace {
+
+/// A table that the operations change.
+struct ChangedTable {
+    QLatin1StringView name;
+    QLatin1StringView identifier;  ///< the column that the database fills; "" when there is none
+    QLatin1StringView texts;       ///< the other columns, separated by blanks
+    QLatin1StringView numbers;
+};
+
+constexpr ChangedTable kChangedTables[] = {
+    {QLatin1StringView("Tree"), QLatin1StringView("ID"), QLatin1StringView("Name"),
+     QLatin1StringView("PID OrderID")},
+    {QLatin1StringView("Formula"), QLatin1StringView("ID"), QLatin1StringView("Name Formula Memo"),
+     QLatin1StringView("PicType PID OrderID")},
+    {QLatin1StringView("RecentVar"), QLatin1StringView(),
+     QLatin1StringView("VarName Value VarMemo"), QLatin1StringView("FormulaID VarSourceType")},
+    {QLatin1StringView("Property"), QLatin1StringView(), QLatin1StringView("PropName"),
+     QLatin1StringView("PropID FilterID NodeID NodeType")},
+};
+
+bool contains(QLatin1StringView names, const QString& name) {
+    const QStringList list = QString(names).split(u' ');
+    return list.contains(name, Qt::CaseInsensitive);
+}
+
+bool keepsRows(const ChangedTable& expected, const data::TableStructure& found) {
+    return found.changesAsTold &&
+           (expected.identifier.isEmpty() ||
+            found.autoNumber.compare(expected.identifier, Qt::CaseInsensitive) == 0) &&
+           std::none_of(found.columns.begin(), found.columns.end(), [&](const auto& column) {
+               return (column.kind == data::ColumnKind::Number &&
+                       contains(expected.texts, column.name)) ||
+                      (column.kind == data::ColumnKind::Text &&
+                       contains(expected.numbers, column.name));
+           });
+}
+
+}  // namespace
+
+bool keepsRows(data::Connection& connection) {
+    return std::all_of(std::begin(kChangedTables), std::end(kChangedTables),
+                       [&](const ChangedTable& table) {
+                           const auto found = connection.structure(table.name);
+                           return !found || keepsRows(table, *found);
+                       });
+}
+
+}  // namespace varo
