@@ -1,11 +1,9 @@
 #include "platform/ui/registered_message.h"
 #include "support/desk.h"
 
-#include <QAction>
 #include <QHeaderView>
 #include <QMouseEvent>
 #include <QTest>
-#include <QToolBar>
 
 #include <array>
 #include <gtest/gtest.h>
@@ -13,15 +11,17 @@
 namespace varo::test {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 /// A library whose one formula takes an area from the host and a force from the user.
 class HostProtocol : public testing::Test {
   protected:
     HostProtocol() {
-        formula = library.addFormula(0, QStringLiteral("应力"), QStringLiteral("F/A"));
-        library.addValue(QStringLiteral("F"), formula, QStringLiteral("1000"));
-        library.addValue(QStringLiteral("A"), formula, QStringLiteral("1"));
-        EXPECT_TRUE(library.funcs().EditFormulaVarPara(
-            QStringLiteral("A"), formula, 1, QStringLiteral("截面面积"), library.connection()));
+        formula = library.addFormula(0, u"应力"_s, u"F/A"_s);
+        library.addValue(u"F"_s, formula, u"1000"_s);
+        library.addValue(u"A"_s, formula, u"1"_s);
+        EXPECT_TRUE(library.funcs().EditFormulaVarPara(u"A"_s, formula, 1, u"截面面积"_s,
+                                                       library.connection()));
     }
 
     TestLibrary library;
@@ -29,56 +29,38 @@ class HostProtocol : public testing::Test {
     qint32 formula = 0;
 };
 
-TEST_F(HostProtocol, AVariableFedByAPropertyShowsTheHostsAnswer) {
+TEST_F(HostProtocol, AVariableFedByAPropertyShowsTheHostsAnswerAndAsksAgainOnSetCellInfo) {
+    const auto cell = [](const Varo_CalcEx& control) {
+        std::array<qint32, 6> is{9, 9, 9, 9, 9, 9};
+        control.GetCellInfo(is[0], is[1], is[2], is[3], is[4], is[5]);
+        return is;
+    };
     Desk desk;
-    desk.properties[QStringLiteral("截面面积")] = QStringLiteral("250");
+    EXPECT_EQ(cell(desk.control()), (std::array<qint32, 6>{}));
     desk.run(configuration.folder());
-    EXPECT_EQ(desk.askedProperties, QStringList{QStringLiteral("截面面积")});
-    EXPECT_EQ(desk.value(QStringLiteral("A")), QStringLiteral("250"));
-    EXPECT_EQ(desk.result(), QStringLiteral("4.00"));
+    EXPECT_EQ(desk.askedProperties, QStringList{u"截面面积"_s});
+    EXPECT_EQ(desk.value(u"A"_s), u"0"_s) << "a host without an answer";
+    EXPECT_EQ(desk.result(), u"除数不能为零！"_s);
+    EXPECT_FALSE(desk.isEnabled("cmdCopy"));
+    desk.properties[u"截面面积"_s] = u"250"_s;
+    desk.control().SetCellInfo(1, 2, 3, -4, 5, 2147483647);
+    EXPECT_EQ(desk.value(u"A"_s), u"250"_s);
+    EXPECT_EQ(desk.result(), u"4.00"_s);
+    EXPECT_EQ(cell(desk.control()), (std::array<qint32, 6>{1, 2, 3, -4, 5, 2147483647}));
     EXPECT_EQ(desk.grid().CellForeColor(2, 0), 0xFF0000U) << "blue";
     EXPECT_EQ(desk.grid().CellForeColor(1, 0), 0U) << "black";
-}
-
-TEST_F(HostProtocol, AHostWithoutAnswerGivesZero) {
-    Desk desk(configuration.folder());
-    EXPECT_EQ(desk.value(QStringLiteral("A")), QStringLiteral("0"));
-    EXPECT_EQ(desk.result(), QStringLiteral("除数不能为零！"));
-    EXPECT_FALSE(desk.isEnabled("cmdCopy"));
-}
-
-TEST_F(HostProtocol, SetCellInfoAsksAgainAndRecalculates) {
-    Desk desk;
-    desk.properties[QStringLiteral("截面面积")] = QStringLiteral("250");
-    desk.run(configuration.folder());
-    desk.properties[QStringLiteral("截面面积")] = QStringLiteral("500");
-    desk.control().SetCellInfo(1, 2, 3, -4, 5, 2147483647);
-    EXPECT_EQ(desk.value(QStringLiteral("A")), QStringLiteral("500"));
-    EXPECT_EQ(desk.result(), QStringLiteral("2.00"));
-    std::array<qint32, 6> cell{};
-    desk.control().GetCellInfo(cell[0], cell[1], cell[2], cell[3], cell[4], cell[5]);
-    EXPECT_EQ(cell, (std::array<qint32, 6>{1, 2, 3, -4, 5, 2147483647}));
-}
-
-TEST_F(HostProtocol, SetCellInfoOnlyStoresWhileNoFormulaIsShown) {
-    Desk desk;
-    std::array<qint32, 6> cell{9, 9, 9, 9, 9, 9};
-    desk.control().GetCellInfo(cell[0], cell[1], cell[2], cell[3], cell[4], cell[5]);
-    EXPECT_EQ(cell, (std::array<qint32, 6>{}));
-    desk.run(configuration.folder());
     desk.clickEmptySpace(desk.list());
     desk.askedProperties.clear();
     desk.control().SetCellInfo(1, 2, 3, 4, 5, 6);
-    EXPECT_TRUE(desk.askedProperties.isEmpty());
-    desk.control().GetCellInfo(cell[0], cell[1], cell[2], cell[3], cell[4], cell[5]);
-    EXPECT_EQ(cell, (std::array<qint32, 6>{1, 2, 3, 4, 5, 6}));
+    EXPECT_TRUE(desk.askedProperties.isEmpty()) << "no formula is shown";
+    EXPECT_EQ(cell(desk.control()), (std::array<qint32, 6>{1, 2, 3, 4, 5, 6}));
 }
 
 TEST_F(HostProtocol, ThePassedResultArrivesAtTheHostsWindowWithItsHandle) {
     class Receiver : public QObject {
       public:
         bool eventFilter(QObject*, QEvent* event) override {
-            if (event->type() == ui::registerWindowMessage(QStringLiteral("WM_CALCMSG"))) {
+            if (event->type() == ui::registerWindowMessage(u"WM_CALCMSG"_s)) {
                 const auto* message = static_cast<ui::RegisteredMessage*>(event);
                 words.append(message->wParam);
                 texts.append(ui::windowText(message->lParam));
@@ -89,37 +71,14 @@ TEST_F(HostProtocol, ThePassedResultArrivesAtTheHostsWindowWithItsHandle) {
         QStringList texts;
     } receiver;
     Desk desk;
-    desk.properties[QStringLiteral("截面面积")] = QStringLiteral("250");
+    desk.properties[u"截面面积"_s] = u"250"_s;
     desk.run(configuration.folder());
     desk.installEventFilter(&receiver);
     QTest::mouseClick(&desk.child<QPushButton>("cmdSend"), Qt::LeftButton);
     EXPECT_TRUE(receiver.texts.isEmpty()) << "posted, not sent";
     settle();
-    EXPECT_EQ(receiver.texts, QStringList{QStringLiteral("4.00")});
+    EXPECT_EQ(receiver.texts, QStringList{u"4.00"_s});
     EXPECT_EQ(receiver.words, QList<quintptr>{0});
-}
-
-TEST_F(HostProtocol, TheToolBarOffersOnlyWhatWorks) {
-    Desk desk(configuration.folder());
-    auto& bar = desk.child<QToolBar>("tbEdit");
-    QStringList keys;
-    QStringList enabled;
-    for (const QAction* action : bar.actions()) {
-        if (!action->isSeparator()) {
-            keys.append(action->text());
-            EXPECT_FALSE(action->icon().isNull()) << action->text().toStdString();
-            EXPECT_EQ(action->toolTip(), action->text());
-            if (action->isEnabled()) {
-                enabled.append(action->text());
-            }
-        }
-    }
-    EXPECT_EQ(keys.join(u' '),
-              QStringLiteral(
-                  "新建公式夹 新建公式 复制 粘贴 删除 上移 下移 查找 查找下一个 查找上一个 帮助"));
-    EXPECT_TRUE(enabled.contains(QStringLiteral("帮助")));
-    desk.clickEditButton(QStringLiteral("帮助"));
-    EXPECT_EQ(desk.messages(), QStringList{QStringLiteral("无法找到帮助文件！")});
 }
 
 TEST_F(HostProtocol, TheResultBoxHasNoContextMenu) {
@@ -168,11 +127,15 @@ TEST_F(HostProtocol, TheSplittersMoveThePanesWithinTheirLimits) {
     EXPECT_NEAR(panel().width(), 1800 / 15 + 100, 2);
     EXPECT_EQ(panel().right(), desk.child<QWidget>("picBackGround").width() - 1);
     EXPECT_FALSE(desk.isShown("picFormulaSepar"));
+
+    const Desk small(configuration.folder(), {300, 200});
+    EXPECT_GE(small.control().width(), 7000 / 15);
+    EXPECT_GE(small.control().height(), 6000 / 15);
 }
 
 TEST_F(HostProtocol, NoFontCutsTheTextsOfTheLowerBands) {
     Desk desk(configuration.folder(), {640, 480});
-    desk.clickNode(QStringLiteral("库1"));
+    desk.clickNode(u"库1"_s);
     for (const int points : {8, 9, 12, 16}) {
         QFont font = desk.font();
         font.setPointSize(points);
@@ -194,12 +157,6 @@ TEST_F(HostProtocol, NoFontCutsTheTextsOfTheLowerBands) {
             EXPECT_EQ(header.sectionSize(0), 800 / 15) << "the usual width is kept";
         }
     }
-}
-
-TEST_F(HostProtocol, TheControlIsNeverSmallerThanItsLeastSize) {
-    Desk desk(configuration.folder(), {300, 200});
-    EXPECT_GE(desk.control().width(), 7000 / 15);
-    EXPECT_GE(desk.control().height(), 6000 / 15);
 }
 
 }  // namespace

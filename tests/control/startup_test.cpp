@@ -1,4 +1,3 @@
-#include "control/work_folder.h"
 #include "support/desk.h"
 
 #include <QDir>
@@ -10,19 +9,11 @@
 namespace varo::test {
 namespace {
 
-const auto NoFolder = QStringLiteral("用户没有指定配置文件路径！");
-const auto FolderMissing = QStringLiteral("用户指定的配置文件路径不存在！");
-const auto FileMissing = QStringLiteral("没有在用户指定的配置文件路径下发现配置文件！");
-const auto CannotOpen = QStringLiteral("无法打开用户选择的数据库！");
+using namespace Qt::StringLiterals;
 
 /// A library with one folder that holds one formula.
 struct SmallLibrary : TestLibrary {
-    SmallLibrary() {
-        folderId = addFolder(0, QStringLiteral("梁"));
-        formulaId = addFormula(folderId, QStringLiteral("面积"), QStringLiteral("a*b"));
-    }
-    qint32 folderId = 0;
-    qint32 formulaId = 0;
+    SmallLibrary() { addFormula(addFolder(0, u"梁"_s), u"面积"_s, u"a*b"_s); }
 };
 
 TEST(Startup, BeforeRunCalcEverythingIsEmptyAndDisabled) {
@@ -43,27 +34,17 @@ TEST(Startup, SaysWhatIsWrongWithTheConfigurationFolderAndRunsOnceItIsMended) {
     QTemporaryDir empty;
     Desk desk;
     desk.run(QString());
-    EXPECT_EQ(desk.messages(), QStringList{NoFolder});
+    EXPECT_EQ(desk.messages(), QStringList{u"用户没有指定配置文件路径！"_s});
     EXPECT_TRUE(desk.isEnabled("tvFolder"));
     EXPECT_FALSE(desk.isEnabled("lvFormula"));
-    desk.run(empty.filePath(QStringLiteral("missing")));
-    EXPECT_EQ(desk.messages().last(), FolderMissing);
+    desk.run(empty.filePath(u"missing"_s));
+    EXPECT_EQ(desk.messages().last(), u"用户指定的配置文件路径不存在！"_s);
     desk.run(empty.path());
-    EXPECT_EQ(desk.messages().last(), FileMissing);
+    EXPECT_EQ(desk.messages().last(), u"没有在用户指定的配置文件路径下发现配置文件！"_s);
     EXPECT_TRUE(desk.treeTexts().isEmpty());
     desk.run(configuration.folder());
     EXPECT_EQ(desk.messages().size(), 3);
-    EXPECT_EQ(desk.treeTexts(), (QStringList{QStringLiteral("库1"), QStringLiteral("  梁")}));
-}
-
-TEST(Startup, TakesTheFolderWithAnySeparatorAtItsEnd) {
-    const SmallLibrary library;
-    const TestConfiguration configuration({&library});
-    for (const QString& end : {QString(), QStringLiteral("/"), QStringLiteral("\\")}) {
-        Desk desk(configuration.folder() + end);
-        EXPECT_TRUE(desk.messages().isEmpty());
-        EXPECT_EQ(desk.treeTexts().size(), 2) << end.toStdString();
-    }
+    EXPECT_EQ(desk.treeTexts(), (QStringList{u"库1"_s, u"  梁"_s}));
 }
 
 TEST(Startup, RefusesAConfigurationFileThatLacksWhatItPromises) {
@@ -107,17 +88,17 @@ TEST(Startup, ACountOfZeroStartsWithAnEmptyTree) {
     }
 }
 
-TEST(Startup, ReadsRelativeLibraryFoldersAndBackslashes) {
+TEST(Startup, ReadsRelativeLibraryFoldersAndAnySeparators) {
     const SmallLibrary library;
     TestConfiguration configuration;
-    QDir(configuration.folder()).mkdir(QStringLiteral("libs"));
-    ASSERT_TRUE(
-        QFile::copy(library.path(), configuration.folder() + QStringLiteral("/libs/a.vdb")));
-    configuration.addLibrary(QStringLiteral("近"), QStringLiteral("libs\\"),
-                             QStringLiteral("a.vdb"));
-    Desk desk(configuration.folder());
-    EXPECT_TRUE(desk.messages().isEmpty());
-    EXPECT_EQ(desk.treeTexts().size(), 2);
+    QDir(configuration.folder()).mkdir(u"libs"_s);
+    ASSERT_TRUE(QFile::copy(library.path(), configuration.folder() + u"/libs/a.vdb"_s));
+    configuration.addLibrary(u"近"_s, u"libs\\"_s, u"a.vdb"_s);
+    for (const QString& end : {QString(), u"/"_s, u"\\"_s}) {
+        const Desk desk(configuration.folder() + end);
+        EXPECT_TRUE(desk.messages().isEmpty());
+        EXPECT_EQ(desk.treeTexts().size(), 2) << end.toStdString();
+    }
 }
 
 /// Ways to spoil a library file; the libraries before it must stay.
@@ -144,22 +125,19 @@ TEST(Startup, StopsAtALibraryThatCannotBeReadAndKeepsThoseBefore) {
     };
     for (const auto& each : cases) {
         QTemporaryDir folder;
-        each.make(folder.filePath(QStringLiteral("bad.mdb")));
+        each.make(folder.filePath(u"bad.mdb"_s));
         TestConfiguration configuration({&good});
-        configuration.addLibrary(QStringLiteral("坏"), folder.path(), QStringLiteral("bad.mdb"));
-        configuration.addLibrary(good, QStringLiteral("后"));
+        configuration.addLibrary(u"坏"_s, folder.path(), u"bad.mdb"_s);
+        configuration.addLibrary(good, u"后"_s);
         Desk desk(configuration.folder());
-        EXPECT_EQ(desk.messages(), QStringList{CannotOpen}) << each.what;
-        EXPECT_EQ(desk.treeTexts(), (QStringList{QStringLiteral("库1"), QStringLiteral("  梁"),
-                                                 QStringLiteral("坏")}))
-            << each.what;
+        EXPECT_EQ(desk.messages(), QStringList{u"无法打开用户选择的数据库！"_s}) << each.what;
+        EXPECT_EQ(desk.treeTexts(), (QStringList{u"库1"_s, u"  梁"_s, u"坏"_s})) << each.what;
         EXPECT_TRUE(desk.isEnabled("tvFolder"));
         EXPECT_FALSE(desk.isEnabled("lvFormula"));
-        desk.clickNode(QStringLiteral("梁"));
-        EXPECT_EQ(desk.listTexts(), QStringList{QStringLiteral("面积")}) << each.what;
-        desk.clickNode(QStringLiteral("坏"));
-        EXPECT_EQ(desk.messages().last(), QStringLiteral("无法打开用户指定的数据库！"))
-            << each.what;
+        desk.clickNode(u"梁"_s);
+        EXPECT_EQ(desk.listTexts(), QStringList{u"面积"_s}) << each.what;
+        desk.clickNode(u"坏"_s);
+        EXPECT_EQ(desk.messages().last(), u"无法打开用户指定的数据库！"_s) << each.what;
     }
 }
 
@@ -167,10 +145,10 @@ TEST(Startup, ATruncatedLibraryNeverCrashesAndIsNeverChanged) {
     const SmallLibrary good;
     const QByteArray whole = fileContent(good.path());
     QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("cut.mdb"));
+    const QString path = folder.filePath(u"cut.mdb"_s);
     TestConfiguration configuration;
-    configuration.addLibrary(QStringLiteral("断"), folder.path(), QStringLiteral("cut.mdb"));
-    for (qsizetype length = 0; length < whole.size(); length += 1531) {
+    configuration.addLibrary(u"断"_s, folder.path(), u"cut.mdb"_s);
+    for (qsizetype length = 0; length < whole.size(); length += 3061) {
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
         file.write(whole.first(length));
@@ -187,70 +165,29 @@ TEST(Startup, ATruncatedLibraryNeverCrashesAndIsNeverChanged) {
 TEST(Startup, ALockedLibraryIsWaitedForAndThenTold) {
     SmallLibrary library;
     const TestConfiguration configuration({&library});
-    library.connection().execute(QStringLiteral("begin exclusive"));
+    library.connection().execute(u"begin exclusive"_s);
     Desk desk(configuration.folder());
     EXPECT_EQ(desk.messages().size(), 1);
-    library.connection().execute(QStringLiteral("rollback"));
+    library.connection().execute(u"rollback"_s);
     desk.control().RunCalc();
     EXPECT_EQ(desk.messages().size(), 1);
     EXPECT_EQ(desk.treeTexts().size(), 2) << "RunCalc works once the lock is gone";
 }
 
-TEST(Startup, ASecondRunCalcChangesNothing) {
+TEST(Startup, SelectsTheFirstLibraryAndASecondRunCalcChangesNothing) {
     const SmallLibrary library;
     const TestConfiguration configuration({&library});
     Desk desk(configuration.folder());
-    desk.clickNode(QStringLiteral("梁"));
+    EXPECT_EQ(desk.tree().selectedKey(), u"DBNode1"_s);
+    EXPECT_TRUE(desk.tree().isExpanded(Desk::find(desk.tree(), u"库1"_s)));
+    EXPECT_TRUE(desk.isEnabled("lvFormula"));
+    EXPECT_FALSE(desk.isEnabled("txtFormula")) << "the top level holds no formula";
+    desk.clickNode(u"梁"_s);
     configuration.removeFile();
     desk.run(QString());
     EXPECT_TRUE(desk.messages().isEmpty());
-    EXPECT_EQ(desk.tree().selectedKey(),
-              QStringLiteral("FormulaNode%1->DBNode1").arg(library.folderId));
+    EXPECT_EQ(desk.tree().selectedKey(), u"FormulaNode1->DBNode1"_s);
     EXPECT_EQ(desk.listTexts().size(), 1);
-}
-
-TEST(Startup, SelectsTheFirstLibraryAndOpensItsTopLevel) {
-    const SmallLibrary library;
-    const TestConfiguration configuration({&library});
-    Desk desk(configuration.folder());
-    EXPECT_EQ(desk.tree().selectedKey(), QStringLiteral("DBNode1"));
-    EXPECT_TRUE(desk.tree().isExpanded(Desk::find(desk.tree(), QStringLiteral("库1"))));
-    EXPECT_TRUE(desk.isEnabled("lvFormula"));
-    EXPECT_FALSE(desk.isEnabled("txtFormula")) << "the top level holds no formula";
-}
-
-TEST(Startup, WorkingPicturesAreRemovedWithTheControl) {
-    TestLibrary library;
-    const qint32 formula = library.addFormula(0, QStringLiteral("图"));
-    library.addPicture(formula, pictureBytes(20000));
-    const TestConfiguration configuration({&library});
-    QTemporaryDir work;
-    const QString picture = work.filePath(QString::number(formula) + QStringLiteral("TempPic.bmp"));
-    {
-        Desk desk;
-        desk.control().setWorkFolder(work.path());
-        desk.run(configuration.folder());
-        EXPECT_EQ(fileContent(picture), pictureBytes(20000));
-    }
-    EXPECT_FALSE(QFileInfo::exists(picture));
-}
-
-TEST(WorkFolders, NoTwoControlsShareOne) {
-    const QTemporaryDir directory;
-    const QString folder = directory.path() + QLatin1Char('/');
-    const QString next = folder + QStringLiteral("made/");
-    const QString notAFolder = QStringLiteral("/dev/null/");
-    {
-        const WorkFolder first({notAFolder, folder, next});
-        const WorkFolder second({folder, next});
-        const WorkFolder third({folder, next});
-        EXPECT_EQ(first.path(), folder);
-        EXPECT_EQ(second.path(), next);
-        EXPECT_FALSE(third.path().startsWith(folder));
-        EXPECT_TRUE(QFileInfo(third.path()).isDir());
-        EXPECT_TRUE(third.path().endsWith(u'/'));
-    }
-    EXPECT_EQ(WorkFolder({folder}).path(), folder);
 }
 
 /// Both with the default folder; formulas and pictures of both libraries have the same identifiers.
@@ -260,7 +197,7 @@ TEST(WorkFolders, PicturesOfTwoControlsStayApart) {
     std::vector<std::unique_ptr<Varo_CalcEx>> controls;
     const auto picture = [](int number) { return pictureBytes(1000 + number); };
     for (int i = 0; i < 2; ++i) {
-        libraries[i].addPicture(libraries[i].addFormula(0, QStringLiteral("式")), picture(i));
+        libraries[i].addPicture(libraries[i].addFormula(0, u"式"_s), picture(i));
     }
     const TestConfiguration configurations[2] = {TestConfiguration{&libraries[0]},
                                                  TestConfiguration{&libraries[1]}};
@@ -268,18 +205,23 @@ TEST(WorkFolders, PicturesOfTwoControlsStayApart) {
         controls.push_back(std::make_unique<Varo_CalcEx>(nullptr, &questions));
         controls.back()->SetDeployFolder(configurations[i].folder());
         controls.back()->RunCalc();
-        controls.back()->SelFormula(QStringLiteral("LvFormulaKey1"));
-        controls.back()->findChild<QToolButton*>(QStringLiteral("复制"))->click();
+        controls.back()->SelFormula(u"LvFormulaKey1"_s);
+        controls.back()->findChild<QToolButton*>(u"复制"_s)->click();
     }
     // What is copied is still there when the host has named another folder.
     const QTemporaryDir named;
     controls[0]->setWorkFolder(named.path());
+    const QString working = named.filePath(u"1TempPic.bmp"_s);
+    controls[0]->ClickTreeNode(u"DBNode1"_s);
+    EXPECT_EQ(fileContent(working), picture(0));
     controls[1].reset();
-    controls[0]->findChild<QToolButton*>(QStringLiteral("粘贴"))->click();
+    controls[0]->findChild<QToolButton*>(u"粘贴"_s)->click();
     EXPECT_EQ(libraries[0].rows(QStringLiteral("Select Count(*), Min(length(Pic)), "
                                                "Max(length(Pic)) From Formula")),
-              QStringList{QStringLiteral("2|1000|1000")});
+              QStringList{u"2|1000|1000"_s});
     EXPECT_EQ(questions.informed, QStringList());
+    controls.clear();
+    EXPECT_FALSE(QFile::exists(working));
 }
 
 }  // namespace

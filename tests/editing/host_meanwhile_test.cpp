@@ -1,4 +1,4 @@
-#include "editing/beam_desk.h"
+#include "support/beam_desk.h"
 
 #include <QDir>
 
@@ -10,117 +10,71 @@ class HostMeanwhile : public BeamDesk {
   protected:
     /// What the host does, once.
     void atTheNextQuestion(std::function<void()> act) {
-        desk.questions().meanwhile = [act = std::move(act), asked = 0]() mutable {
-            if (asked++ == 0) {
+        desk->questions().meanwhile = [act = std::move(act), count = 0]() mutable {
+            if (count++ == 0) {
                 act();
             }
         };
     }
-    QStringList content() {
-        QStringList rows;
-        for (TestLibrary* library : {&first, &second}) {
-            rows += library->rows(QStringLiteral("Select ID, Name, PID From Tree"));
-            rows += library->rows(QStringLiteral("Select ID, Name, PID From Formula"));
-        }
-        return rows;
-    }
+    void toOtherLibrary() { desk->control().ClickTreeNode(u"FormulaNode1->DBNode2"_s); }
 };
 
-TEST_F(HostMeanwhile, ACommandIsGivenUpWhenItsItemIsNoLongerShown) {
-    const auto otherLibrary = [this] {
-        desk.control().ClickTreeNode(QStringLiteral("FormulaNode1->DBNode2"));
-    };
-    const auto otherFolder = [this] { desk.control().ClickTreeNode(folder(columns)); };
-    const auto otherFormula = [this] {
-        desk.control().SelFormula(QStringLiteral("LvFormulaKey%1").arg(torsion));
-    };
-    struct {
-        const char* formula;  ///< to be selected; null to stay on the folder
-        const char* button;
+TEST_F(HostMeanwhile, ACommandEndsWhenItsItemIsNoLongerShown) {
+    const auto otherLibrary = [this] { toOtherLibrary(); };
+    const auto otherFolder = [this] { desk->control().ClickTreeNode(folder(columns)); };
+    const auto otherFormula = [this] { desk->control().SelFormula(u"LvFormulaKey3"_s); };
+    const struct {
+        QString formula;  ///< to be selected; "" to stay on the folder
+        QString button;
         std::function<void()> act;
-    } const cases[] = {
-        {nullptr, "删除", otherLibrary}, {nullptr, "删除", otherFolder},
-        {"剪切", "删除", otherLibrary},  {"剪切", "删除", otherFolder},
-        {"剪切", "删除", otherFormula},  {nullptr, "粘贴", otherLibrary},
-        {nullptr, "粘贴", otherFolder},
+    } cases[] = {
+        {{}, u"删除"_s, otherLibrary},        {{}, u"删除"_s, otherFolder},
+        {u"剪切"_s, u"删除"_s, otherLibrary}, {u"剪切"_s, u"删除"_s, otherFolder},
+        {u"剪切"_s, u"删除"_s, otherFormula}, {{}, u"粘贴"_s, otherLibrary},
+        {{}, u"粘贴"_s, otherFolder},
     };
-    const QStringList before = content();
-    desk.clickNode(QStringLiteral("梁"));
-    desk.clickEditButton(QStringLiteral("复制"));
+    const QStringList before = first.content() + second.content();
+    select(u"梁"_s);
+    press(u"复制"_s);
     for (const auto& each : cases) {
-        desk.clickNode(QStringLiteral("梁"));
-        if (each.formula != nullptr) {
-            desk.clickFormula(QString::fromUtf8(each.formula));
-        }
-        desk.questions().asked.clear();
-        desk.questions().answers = {true};
+        select(u"梁"_s, each.formula);
         atTheNextQuestion(each.act);
-        desk.clickEditButton(QString::fromUtf8(each.button));
-        EXPECT_EQ(desk.questions().asked.size(), 1);
-        EXPECT_EQ(content(), before) << each.button;
-        EXPECT_TRUE(showsWhatIsStored(desk)) << each.button;
+        press(each.button);
+        EXPECT_FALSE(asked().isEmpty());
+        EXPECT_EQ(first.content() + second.content(), before);
+        EXPECT_TRUE(showsWhatIsStored(*desk)) << each.button.toStdString();
     }
 }
 
 /// Pictures that cannot be written are told when a folder is listed.
 TEST_F(HostMeanwhile, AListingThatIsToldAboutLeavesTheOneThatTheHostWants) {
     first.addPicture(bending, pictureBytes(100));
-    const QTemporaryDir work;
-    QDir(work.path()).mkdir(QStringLiteral("%1TempPic.bmp").arg(bending));
-    desk.clickNode(QStringLiteral("柱"));
-    desk.control().setWorkFolder(work.path());
-    atTheNextQuestion(
-        [this] { desk.control().ClickTreeNode(QStringLiteral("FormulaNode1->DBNode2")); });
-    desk.clickNode(QStringLiteral("梁"));
-    EXPECT_EQ(desk.messages().size(), 1);
-    EXPECT_EQ(desk.listTexts(), QStringList{QStringLiteral("流量")});
-    desk.clickEditButton(QStringLiteral("新建公式"));
-    EXPECT_EQ(second.rows(QStringLiteral("Select PID From Formula Where Name = '新建公式'")),
-              QStringList{"1"});
-    EXPECT_TRUE(showsWhatIsStored(desk));
+    QDir(work.path()).mkdir(u"%1TempPic.bmp"_s.arg(bending));
+    atTheNextQuestion([this] { toOtherLibrary(); });
+    select(u"梁"_s);
+    EXPECT_FALSE(told().isEmpty());
+    EXPECT_EQ(desk->listTexts(), QStringList{u"流量"_s});
+    press(u"新建公式"_s);
+    EXPECT_EQ(outline(second), u"管(流量,新建公式)"_s);
 }
 
 TEST_F(HostMeanwhile, NothingIsHeldWhileACopyOrPasteIsToldAbout) {
     first.addPicture(bending, pictureBytes(100));
     first.addPicture(shear, pictureBytes(100));
-    const QTemporaryDir work;
-    desk.control().setWorkFolder(work.path());
-    const QString copies = work.filePath(QStringLiteral("%1PastePic.bmp"));
-    const auto write = [this] {
-        first.connection().execute(QStringLiteral("Update Tree Set Name = Name"));
-    };
-    desk.clickNode(QStringLiteral("梁"));
-    // A folder in the place of one copied picture leaves the others.
+    const auto write = [this] { first.connection().execute(u"Update Tree Set Name = Name"_s); };
+    const QString copies = work.filePath(u"%1PastePic.bmp"_s);
     ASSERT_TRUE(QDir().mkdir(copies.arg(bending)));
-    for (const char* formula : {static_cast<const char*>(nullptr), "弯曲"}) {
-        desk.questions().informed.clear();
-        if (formula != nullptr) {
-            desk.clickFormula(QString::fromUtf8(formula));
-        }
-        EXPECT_EQ(QFile::exists(copies.arg(shear)), formula != nullptr);
-        atTheNextQuestion(write);
-        desk.clickEditButton(QStringLiteral("复制"));
-        EXPECT_EQ(desk.messages().size(), 1);
-        desk.clickNode(QStringLiteral("梁"));
+    desk->questions().meanwhile = write;
+    for (const QString& formula : {u"弯曲"_s, QString()}) {
+        select(u"梁"_s, formula);
+        press(u"复制"_s);
+        EXPECT_EQ(desk->messages().size(), 1);
+        told();
     }
-    desk.clickEditButton(QStringLiteral("复制"));
-    QFile copy(copies.arg(shear));
-    ASSERT_TRUE(copy.resize(16384LL * 32768));
-    desk.questions().informed.clear();
-    desk.questions().answers = {false};
-    desk.questions().meanwhile = write;
-    desk.clickNode(QStringLiteral("柱"));
-    desk.clickEditButton(QStringLiteral("粘贴"));
-    EXPECT_EQ(desk.messages().size(), 1) << "a file too long for a picture";
-}
-
-TEST_F(HostMeanwhile, ALocatedFolderThatIsNotShownLeavesTheLibraryThatIs) {
-    second.addProperty(1, QStringLiteral("形"), 0, 99, NodeTypeFolder);
-    desk.clickNode(QStringLiteral("柱"));
-    desk.control().SetDesignProp(QStringLiteral("形"));
-    desk.clickEditButton(QStringLiteral("新建公式夹"));
-    EXPECT_EQ(first.rows(QStringLiteral("Select PID From Tree Where Name = '新建公式夹'")),
-              QStringList{QString::number(columns)});
+    ASSERT_TRUE(QFile(copies.arg(shear)).resize(16384LL * 32768)) << "too long for a picture";
+    select(u"柱"_s);
+    press(u"粘贴"_s, false);
+    EXPECT_EQ(desk->messages().size(), 1);
 }
 
 }  // namespace

@@ -1,17 +1,16 @@
 #pragma once
 
 #include "platform/ui/picture_box.h"
-#include "support/desk.h"
+#include "support/beam_desk.h"
 #include "support/wmf_builder.h"
 
 #include <QBuffer>
-#include <QFile>
+#include <QDir>
 #include <QMenu>
-#include <QTest>
-
-#include <gtest/gtest.h>
 
 namespace varo::test {
+
+inline const auto kNotStored = u"处理图形文件失败！"_s;
 
 inline QByteArray imageBytes(QSize size, const QColor& color, const char* format) {
     QImage image(size, QImage::Format_RGB32);
@@ -22,29 +21,25 @@ inline QByteArray imageBytes(QSize size, const QColor& color, const char* format
     return bytes;
 }
 
-/// A library with two formulas, the first one with a red picture and selected, and a control whose
-/// working files are at hand.
-class PictureDesk : public testing::Test {
+/// The beam libraries, where 弯曲 has a red picture and is selected, and 剪切 has none.
+class PictureDesk : public BeamDesk {
   protected:
     PictureDesk() {
-        first = library.addFormula(0, QStringLiteral("一"), QStringLiteral("a+b"));
-        second = library.addFormula(0, QStringLiteral("二"), QStringLiteral("c"));
-        library.addPicture(first, red);
-        start();
+        first.addPicture(bending, red);
+        restart();
     }
 
-    void start() {
-        desk = std::make_unique<Desk>();
-        desk->control().setWorkFolder(work.path());
-        desk->run(configuration.folder());
+    void restart() {
+        start();
+        select(u"梁"_s, u"弯曲"_s);
     }
 
     ui::PictureBox& picture() { return desk->child<ui::PictureBox>("imgDesc"); }
-    QWidget& label() { return desk->child<QWidget>("lblDesc"); }
+    QWidget& label() { return desk->child("lblDesc"); }
     QMenu& menu() { return desk->child<QMenu>("PopPicMnu"); }
 
     /// Opens the menu with the right button; returns what menuEntries() does.
-    QStringList openMenu(QWidget& on) {
+    QString openMenu(QWidget& on) {
         QTest::mouseClick(&on, Qt::RightButton);
         settle();
         return menuEntries();
@@ -52,15 +47,15 @@ class PictureDesk : public testing::Test {
 
     /// The entries that the user sees, those not offered in parentheses, or nothing when the menu
     /// is closed.
-    QStringList menuEntries() {
+    QString menuEntries() {
         QStringList entries;
         for (const QAction* action : menu().actions()) {
             if (menu().isVisible() && action->isVisible()) {
-                const QString text = action->isSeparator() ? QStringLiteral("-") : action->text();
+                const QString text = action->isSeparator() ? u"-"_s : action->text();
                 entries.append(action->isEnabled() ? text : u'(' + text + u')');
             }
         }
-        return entries;
+        return entries.join(u' ');
     }
 
     /// Clicks an entry of the menu that a right click on a widget opens.
@@ -68,9 +63,7 @@ class PictureDesk : public testing::Test {
         openMenu(on);
         for (QAction* action : menu().actions()) {
             if (action->isVisible() && action->text() == caption) {
-                QTest::mouseClick(&menu(), Qt::LeftButton, {},
-                                  menu().actionGeometry(action).center());
-                settle();
+                desk->click(menu(), Qt::LeftButton, menu().actionGeometry(action).center());
                 return;
             }
         }
@@ -83,20 +76,15 @@ class PictureDesk : public testing::Test {
         choose(on, caption);
     }
 
-    QString addFile(const QString& name, const QByteArray& content) {
-        return library.addFile(name, content);
-    }
     QString workFile(const QString& name) const { return work.filePath(name); }
     QString pictureFile(qint32 formula) const {
-        return workFile(QString::number(formula) + QStringLiteral("TempPic.bmp"));
+        return workFile(QString::number(formula) + u"TempPic.bmp"_s);
     }
     QStringList workFiles() const { return QDir(work.path()).entryList(QDir::Files); }
 
-    /// Type and bytes of the picture in the library.
+    /// Kind and bytes of the picture in the library.
     QString stored(qint32 formula) {
-        return library
-            .rows(
-                QStringLiteral("select PicType, hex(Pic) from Formula where ID = %1").arg(formula))
+        return first.rows(u"Select PicType, hex(Pic) From Formula Where ID = %1"_s.arg(formula))
             .value(0);
     }
     static QString storedAs(int type, const QByteArray& bytes) {
@@ -112,13 +100,7 @@ class PictureDesk : public testing::Test {
 
     const QByteArray red = imageBytes({60, 40}, Qt::red, "bmp");
     const QByteArray blue = imageBytes({40, 60}, Qt::blue, "png");
-
-    QTemporaryDir work;
-    TestLibrary library;
-    TestConfiguration configuration{&library};
-    std::unique_ptr<Desk> desk;
-    qint32 first = 0;
-    qint32 second = 0;
+    const QString newPicture = first.addFile(u"new.bmp"_s, blue);
 };
 
 }  // namespace varo::test

@@ -1,6 +1,4 @@
-#include "editing/beam_desk.h"
-
-#include <QTest>
+#include "support/beam_desk.h"
 
 #include <random>
 
@@ -81,10 +79,8 @@ class RandomUser {
     }
 
     std::string button() {
-        static const QString keys[] = {QStringLiteral("新建公式夹"), QStringLiteral("新建公式"),
-                                       QStringLiteral("删除"),       QStringLiteral("上移"),
-                                       QStringLiteral("下移"),       QStringLiteral("复制"),
-                                       QStringLiteral("粘贴")};
+        static const QString keys[] = {u"新建公式夹"_s, u"新建公式"_s, u"删除"_s, u"上移"_s,
+                                       u"下移"_s,       u"复制"_s,     u"粘贴"_s};
         const QString& key = keys[below(7)];
         return give([&] { desk_.clickEditButton(key); }, key.toStdString());
     }
@@ -109,8 +105,7 @@ class RandomUser {
         desk_.questions().answers = {below(3) == 0};
         command();
         if (desk_.labelEditor() != nullptr && below(4) != 0) {
-            static const QString names[] = {QStringLiteral("甲"), QStringLiteral("乙'丙"),
-                                            QStringLiteral(" "), QString(30, u'丁')};
+            static const QString names[] = {u"甲"_s, u"乙'丙"_s, u" "_s, QString(30, u'丁')};
             desk_.typeLabel(names[below(4)], below(4) == 0 ? Qt::Key_Escape : Qt::Key_Return);
         }
         return name;
@@ -123,14 +118,14 @@ class RandomUser {
 class RandomCommands : public BeamDesk, public testing::WithParamInterface<unsigned> {};
 
 TEST_P(RandomCommands, LeaveTreeAndListAsTheLibrariesAreStored) {
-    RandomUser user(desk, GetParam());
+    RandomUser user(*desk, GetParam());
     std::string done;
     for (int step = 0; step < 80; ++step) {
         done += user.act() + " ";
-        ASSERT_TRUE(showsWhatIsStored(desk)) << done;
+        ASSERT_TRUE(showsWhatIsStored(*desk)) << done;
     }
-    for (const QString& message : desk.messages()) {
-        EXPECT_TRUE(message.contains(QStringLiteral("名称"))) << message.toStdString();
+    for (const QString& message : desk->messages()) {
+        EXPECT_TRUE(message.contains(u"名称"_s)) << message.toStdString();
     }
 }
 

@@ -59,6 +59,34 @@ void TestLibrary::addPicture(qint32 formula, const QByteArray& bytes) {
     QFile::remove(file);
 }
 
+void TestLibrary::refuse(const char* step, const char* table, const QString& when) {
+    connection_.execute(QStringLiteral("Create Trigger Refuse Before %1 On %2 When %3 Begin "
+                                       "Select Raise(Abort, 'refused'); End")
+                            .arg(QLatin1StringView(step), QLatin1StringView(table), when));
+}
+
+void TestLibrary::allow() {
+    connection_.execute(QStringLiteral("Drop Trigger Refuse"));
+}
+
+void MissingColumn::rename(const char* from, const char* to) {
+    library_.connection().execute(
+        QStringLiteral("Alter Table %1 Rename Column %2 To %3")
+            .arg(QLatin1StringView(table_), QLatin1StringView(from), QLatin1StringView(to)));
+}
+
+QStringList TestLibrary::content() {
+    QStringList lines = rows(QStringLiteral("Select * From Tree")) +
+                        rows(QStringLiteral("Select * From RecentVar")) +
+                        rows(QStringLiteral("Select * From Property"));
+    const QString formula = QStringLiteral("Select %1 From Formula");
+    lines += rows(formula.arg(QStringLiteral("ID,Name,Formula,Memo,PicType,PID,OrderID")));
+    for (const QString& picture : rows(formula.arg(QStringLiteral("hex(Pic)")))) {
+        lines.append(QString::number(qHash(picture)));
+    }
+    return lines;
+}
+
 QStringList TestLibrary::rows(const QString& query) {
     data::Recordset recordset = connection_.query(query);
     return remainingRows(recordset);

@@ -42,6 +42,13 @@ class TestLibrary {
                      NodeType nodeType);
     void addPicture(qint32 formula, const QByteArray& bytes);
 
+    /// Lets a step ("Insert") on a table fail, for rows of which `when` is true, until allow().
+    void refuse(const char* step, const char* table, const QString& when = QStringLiteral("1"));
+    void allow();
+
+    /// Everything that is stored.
+    QStringList content();
+
     /// One string for each row of a query made of the test's own text: its fields, joined by "|".
     QStringList rows(const QString& query);
 
@@ -51,6 +58,25 @@ class TestLibrary {
     RecordingQuestions questions_;
     clsDBFuncs funcs_{questions_};
     data::Connection connection_;
+};
+
+/// While it lives, a table of a library lacks one of its columns.
+class MissingColumn {
+  public:
+    MissingColumn(TestLibrary& library, const char* table, const char* column)
+        : library_(library), table_(table), column_(column) {
+        rename(column, "Away");
+    }
+    ~MissingColumn() { rename("Away", column_); }
+    MissingColumn(const MissingColumn&) = delete;
+    MissingColumn& operator=(const MissingColumn&) = delete;
+
+  private:
+    void rename(const char* from, const char* to);
+
+    TestLibrary& library_;
+    const char* table_;
+    const char* column_;
 };
 
 /// The rows of a record set from the current one on, their fields joined by "|".

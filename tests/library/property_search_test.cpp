@@ -1,0 +1,215 @@
+#include "library/property_search.h"
+
+#include "library/condition.h"
+#include "library/open_libraries.h"
+
+namespace varo::test {
+namespace {
+
+/// A stored condition node; leaves carry their comparison.
+struct Row {
+    int id, parent, type;
+    QString field = {};
+    int comparison = 0;
+    QString constant = {};
+};
+
+constexpr int kAnd = 1;
+constexpr int kOr = 2;
+constexpr int kNot = 3;
+constexpr int kLeaf = 4;
+
+void addCondition(TestLibrary& library, int filter, const std::vector<Row>& rows) {
+    for (const Row& row : rows) {
+        library.connection().execute(
+            u"insert into FilterCond(ID,UserID,ParentID,Type) values(?,?,?,?)"_s,
+            {row.id, filter, row.parent, row.type});
+        if (row.type == kLeaf) {
+            library.connection().execute(
+                u"insert into FilterExpressions(FilterID,ExpID,FieldName,CompareType,TheConst) "
+                "values(?,?,?,?,?)"_s,
+                {filter, row.id, row.field, row.comparison, row.constant});
+        }
+    }
+}
+
+struct Host : PropertySource {
+    QString propertyValue(const QString& name) override {
+        asked.append(name);
+        return values.value(name);
+    }
+    QHash<QString, QString> values{{u"d"_s, u"12"_s},
+                                   {u"mixed"_s, u" 12mm"_s},
+                                   {u"text"_s, u"工字钢"_s},
+                                   {u"padded"_s, u"  x "_s}};
+    QStringList asked;
+};
+
+TEST(Condition, ComparesTheHostsValueAndCombines) {
+    const auto leaf = [](int id, int parent, bool holds) {
+        return Row{id, parent, kLeaf, u"d"_s, 0, holds ? u"12"_s : u"1"_s};
+    };
+    const auto one = [](const QString& field, int comparison, const QString& constant) {
+        return std::vector{Row{1, 0, kLeaf, field, comparison, constant}};
+    };
+    const auto pair = [&](int type, bool left, bool right) {
+        return std::vector{Row{1, 0, type}, leaf(2, 1, left), leaf(3, 1, right)};
+    };
+    const struct {
+        const char* what;
+        std::vector<Row> rows;
+        bool holds;
+        bool before = false;  ///< what the result was
+    } cases[] = {
+        {"equal numbers", one(u"d"_s, 0, u"12.0"_s), true},
+        {"letters behind the number", one(u"mixed"_s, 0, u"12"_s), true},
+        {"no number counts as 0", one(u"text"_s, 0, u"0"_s), true},
+        {"not equal", one(u"d"_s, 1, u"12"_s), false},
+        {"not equal", one(u"d"_s, 1, u"12.5"_s), true},
+        {"less", one(u"d"_s, 2, u"12"_s), false},
+        {"less", one(u"d"_s, 2, u"12.1"_s), true},
+        {"less or equal", one(u"d"_s, 3, u"12"_s), true},
+        {"less or equal", one(u"d"_s, 3, u"11.9"_s), false},
+        {"greater", one(u"d"_s, 4, u"11.9"_s), true},
+        {"greater", one(u"d"_s, 4, u"12"_s), false},
+        {"greater or equal", one(u"d"_s, 5, u"12"_s), true},
+        {"greater or equal", one(u"d"_s, 5, u"12.1"_s), false},
+        {"contains", one(u"text"_s, 6, u"字钢"_s), true},
+        {"contains, case counts", one(u"mixed"_s, 6, u"MM"_s), false},
+        {"same text, blanks around removed", one(u"padded"_s, 7, u"x"_s), true},
+        {"same text, not same number", one(u"d"_s, 7, u"12.0"_s), false},
+        {"unknown property", one(u"none"_s, 7, u"x"_s), false},
+        {"unknown comparison", one(u"d"_s, 9, u"12"_s), false},
+        {"unknown comparison", one(u"d"_s, 9, u"12"_s), true, true},
+        {"and", pair(kAnd, true, true), true},
+        {"and", pair(kAnd, true, false), false},
+        {"and", pair(kAnd, false, true), false},
+        {"and of one", {{1, 0, kAnd}, leaf(2, 1, true)}, true},
+        {"or", pair(kOr, true, false), true},
+        {"or", pair(kOr, false, true), true},
+        {"or", pair(kOr, false, false), false, true},
+        {"not", {{1, 0, kNot}, leaf(2, 1, true)}, false, true},
+        {"not", {{1, 0, kNot}, leaf(2, 1, false)}, true},
+        {"not takes the last of several as it is", pair(kNot, false, true), true},
+        {"not takes the last of several as it is", pair(kNot, true, false), false},
+        {"nested", {{1, 0, kNot}, {2, 1, kAnd}, leaf(3, 2, true), leaf(4, 2, false)}, true},
+        {"by identifier, not as stored", {{1, 0, kNot}, leaf(3, 1, true), leaf(2, 1, false)}, true},
+        {"the last root decides", {leaf(1, 0, true), leaf(2, 0, false)}, false},
+        {"the last root decides", {leaf(1, 0, false), leaf(2, 0, true)}, true},
+        {"no rows", {}, false},
+        {"no rows", {}, true, true},
+        {"unknown kind", {{1, 0, 9}, leaf(2, 1, true)}, false},
+    };
+    for (const auto& each : cases) {
+        TestLibrary library;
+        addCondition(library, 7, each.rows);
+        addCondition(library, 8, {leaf(1, 0, !each.holds)});
+        Host host;
+        bool holds = each.before;
+        EXPECT_TRUE(Condition(library.connection(), library.funcs(), host).evaluate(7, holds));
+        EXPECT_EQ(holds, each.holds) << each.what;
+    }
+}
+
+TEST(Condition, IsNestedAHundredLevelsAtMost) {
+    for (const int levels : {Condition::kMaxDepth, Condition::kMaxDepth + 1}) {
+        TestLibrary library;
+        std::vector<Row> rows;
+        for (int id = 1; id <= levels; ++id) {
+            rows.push_back({id, id - 1, kAnd});
+        }
+        rows.push_back({levels + 1, levels, kLeaf, u"d"_s, 0, u"12"_s});
+        addCondition(library, 7, rows);
+        addCondition(library, 8, {{1, 0, kAnd}, {2, 1, kOr}, {2, 2, kOr}});
+        Host host;
+        Condition condition(library.connection(), library.funcs(), host);
+        bool holds = false;
+        EXPECT_EQ(condition.evaluate(7, holds), levels == Condition::kMaxDepth);
+        EXPECT_EQ(holds, levels == Condition::kMaxDepth);
+        EXPECT_FALSE(condition.evaluate(8, holds)) << "it contains itself";
+    }
+}
+
+class Search : public testing::Test, protected OpenLibraries {
+  protected:
+    /// Finds what has the property 用途; keys of the items, with the folders of formulas.
+    QStringList found() {
+        colLocateProp located;
+        failure = PropertySearch(libraries, host).run(u"用途"_s, located);
+        QStringList items;
+        for (const clsLocateProp& item : located) {
+            items.append(item.Key + u" in "_s + QString::number(item.PID));
+        }
+        return items;
+    }
+    void mark(TestLibrary& in, int filter, qint32 node, NodeType type) {
+        in.addProperty(++properties, u"用途"_s, filter, node, type);
+    }
+
+    Host host;
+    QString failure;
+    int properties = 0;
+};
+
+TEST_F(Search, FindsFormulasThenFoldersLibraryByLibrary) {
+    mark(first, 0, beams, NodeTypeFolder);
+    mark(first, 0, shear, NodeTypeFormula);
+    mark(first, 0, shear, NodeTypeFormula);
+    mark(first, 0, 999, NodeTypeFormula);
+    mark(first, 0, 999, NodeTypeFolder);
+    first.addProperty(9, u"别的"_s, 0, columns, NodeTypeFolder);
+    mark(second, 0, 0, NodeTypeFolder);
+    mark(second, 0, flow, NodeTypeFormula);
+    const QStringList wanted{u"0->2->2->DBNode1 in 1"_s, u"0->1->1->DBNode1 in 0"_s,
+                             u"0->999->1->DBNode1 in 0"_s, u"0->1->2->DBNode2 in 1"_s,
+                             u"0->0->1->DBNode2 in 0"_s};
+    EXPECT_EQ(found(), wanted);
+    EXPECT_EQ(found(), wanted) << "each time anew";
+    EXPECT_EQ(failure, QString());
+    EXPECT_TRUE(host.asked.isEmpty());
+}
+
+TEST_F(Search, KeepsWhatHasNoConditionOrOneThatHolds) {
+    const auto is = [](const QString& constant) {
+        return std::vector{Row{1, 0, kLeaf, u"d"_s, 0, constant}};
+    };
+    addCondition(first, 0, is(u"1"_s));
+    addCondition(first, 7, is(u"12"_s));
+    addCondition(first, 8, is(u"1"_s));
+    addCondition(second, 7, is(u"1"_s));
+    for (const int filter : {0, 7, 8}) {
+        mark(first, filter, shear, NodeTypeFormula);
+        mark(first, filter, beams, NodeTypeFolder);
+    }
+    mark(second, 7, flow, NodeTypeFormula);
+    EXPECT_EQ(found(), (QStringList{u"0->2->2->DBNode1 in 1"_s, u"7->2->2->DBNode1 in 1"_s,
+                                    u"0->1->1->DBNode1 in 0"_s, u"7->1->1->DBNode1 in 0"_s}));
+}
+
+TEST_F(Search, AFailureEndsItWithWhatWasFoundBefore) {
+    mark(first, 0, shear, NodeTypeFormula);
+    mark(second, 7, flow, NodeTypeFormula);
+    addCondition(second, 7, {{1, 0, kAnd}, {2, 1, kLeaf, u"d"_s, 0, u"12"_s}});
+    const struct {
+        const char* table;
+        const char* column;
+        QString failure;
+    } cases[] = {
+        {"Property", "PropName", u"无法读取用户指定属性“用途”的信息！"_s},
+        {"FilterCond", "Type", u"无法形成合成后的查找条件！"_s},
+        {"FilterExpressions", "TheConst", u"无法形成合成后的查找条件！"_s},
+    };
+    const QString item = u"0->2->2->DBNode1 in 1"_s;
+    for (const auto& each : cases) {
+        const MissingColumn missing(second, each.table, each.column);
+        EXPECT_EQ(found().value(0), item);
+        EXPECT_EQ(failure, each.failure);
+    }
+    EXPECT_EQ(found(), (QStringList{item, u"7->1->2->DBNode2 in 1"_s}));
+    ASSERT_TRUE(QFile::remove(second.path()));
+    EXPECT_EQ(found(), QStringList{item});
+    EXPECT_EQ(failure, u"无法打开用户选择的数据库！"_s);
+}
+
+}  // namespace
+}  // namespace varo::test
