@@ -1,9 +1,9 @@
 #pragma once
 
 #include "form/panes.h"
+#include "driver/grid_driver.h"
 #include "formula/formula_pane.h"
 #include "platform/ui/result_box.h"
-#include "support/grid_input.h"
 #include "support/recording_questions.h"
 #include "support/test_library.h"
 
