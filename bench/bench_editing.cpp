@@ -21,8 +21,8 @@ namespace {
 
 using varo::Varo_CalcEx;
 
-constexpr int Folders = 1000;
-constexpr int FormulasEach = 10;
+constexpr int kFolders = 1000;
+constexpr int kFormulasEach = 10;
 
 /// Wants everything that it is asked for, and is told of no failure.
 class Agreeing : public varo::Questions {
@@ -38,7 +38,7 @@ class Agreeing : public varo::Questions {
 class Desk {
   public:
     Desk() {
-        varo::bench::makeSubtree(source_, Folders, FormulasEach);
+        varo::bench::makeSubtree(source_, kFolders, kFormulasEach);
         varo::createEmptyLibrary(target_);
         varo::bench::makeConfiguration(folder_.path(), {source_, target_});
         control_ = std::make_unique<Varo_CalcEx>(nullptr, &questions_);
@@ -116,16 +116,16 @@ void insertBare(const QString& path) {
         sqlite3_bind_text(statement, position, value.constData(), -1, SQLITE_TRANSIENT);
     };
     execute(database, "begin immediate");
-    for (int id = 1; id <= Folders; ++id) {
+    for (int id = 1; id <= kFolders; ++id) {
         const varo::bench::FolderRow row = varo::bench::subtreeFolder(id);
         sqlite3_bind_int(folder, 1, id);
         text(folder, 2, row.name.toUtf8());
         sqlite3_bind_int(folder, 3, row.parent);
         sqlite3_bind_int(folder, 4, row.order);
         run(folder);
-        for (int number = 1; number <= FormulasEach; ++number) {
+        for (int number = 1; number <= kFormulasEach; ++number) {
             const varo::bench::FormulaRow each = varo::bench::subtreeFormula(id, number);
-            sqlite3_bind_int(formula, 1, (id - 1) * FormulasEach + number);
+            sqlite3_bind_int(formula, 1, (id - 1) * kFormulasEach + number);
             text(formula, 2, each.name.toUtf8());
             text(formula, 3, each.expression.toUtf8());
             text(formula, 4, each.memo.toUtf8());
@@ -160,7 +160,7 @@ void PasteSubtree(benchmark::State& state) {
         state.ResumeTiming();
         desk->paste();
         state.PauseTiming();
-        if (count(desk->target(), "select count(*) from Formula") != Folders * FormulasEach) {
+        if (count(desk->target(), "select count(*) from Formula") != kFolders * kFormulasEach) {
             state.SkipWithError("the subtree was not pasted");
         }
         desk.reset();

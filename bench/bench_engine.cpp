@@ -14,7 +14,7 @@ namespace {
 using varo::engine::Column;
 using varo::engine::Formula;
 
-constexpr std::array References{
+constexpr std::array kReferences{
     "a+b*c",
     "a*b^3/12",
     "3.14159265358979*a^2/4",
@@ -27,13 +27,13 @@ constexpr std::array References{
     "(a+b)*(a-b)/(c+d)*(x-y)+a*x+b*y",
 };
 
-constexpr std::array<char, 6> Names{'a', 'b', 'c', 'd', 'x', 'y'};
-constexpr std::array<double, 6> Start{1.1, 2.2, 3.3, 4.4, 5.5, 6.6};
+constexpr std::array<char, 6> kNames{'a', 'b', 'c', 'd', 'x', 'y'};
+constexpr std::array<double, 6> kStart{1.1, 2.2, 3.3, 4.4, 5.5, 6.6};
 
 /// The value of the first variable in an evaluation. Counting in whole numbers, so that no
 /// evaluation has to wait for the sum that the one before has put into memory.
 double changing(std::int64_t run) {
-    return Start[0] + 1e-9 * static_cast<double>(run);
+    return kStart[0] + 1e-9 * static_cast<double>(run);
 }
 
 /// The formula as muParser spells it: a function for the power of e.
@@ -47,9 +47,9 @@ std::string peerSpelling(std::string formula) {
 
 class Peer {
   public:
-    explicit Peer(const std::string& formula) : values(Start) {
-        for (std::size_t i = 0; i < Names.size(); ++i) {
-            parser.DefineVar(std::string(1, Names[i]), &values[i]);
+    explicit Peer(const std::string& formula) : values(kStart) {
+        for (std::size_t i = 0; i < kNames.size(); ++i) {
+            parser.DefineVar(std::string(1, kNames[i]), &values[i]);
         }
         parser.SetExpr(formula);
     }
@@ -59,7 +59,7 @@ class Peer {
 };
 
 const char* reference(const benchmark::State& state) {
-    return References[static_cast<std::size_t>(state.range(0))];
+    return kReferences[static_cast<std::size_t>(state.range(0))];
 }
 
 void ParseHere(benchmark::State& state) {
@@ -83,7 +83,7 @@ void EvaluateHere(benchmark::State& state) {
     const Formula formula = Formula::parse(reference(state));
     std::array<double, 6> values{};
     for (std::size_t i = 0; i < formula.variableCount(); ++i) {
-        values[i] = Start[std::string_view("abcdxy").find(formula.variable(i).name)];
+        values[i] = kStart[std::string_view("abcdxy").find(formula.variable(i).name)];
     }
     const std::span<const double> given(values.data(), formula.variableCount());
     std::int64_t run = 0;
@@ -107,18 +107,18 @@ void EvaluatePeer(benchmark::State& state) {
 
 /// 10,000 rows of a table; the label's time divided by that is one row's.
 void EvaluateRows(benchmark::State& state) {
-    constexpr std::size_t rows = 10000;
+    constexpr std::size_t kRows = 10000;
     const Formula formula = Formula::parse(reference(state));
-    std::vector<double> first(rows);
-    for (std::size_t i = 0; i < rows; ++i) {
+    std::vector<double> first(kRows);
+    for (std::size_t i = 0; i < kRows; ++i) {
         first[i] = changing(static_cast<std::int64_t>(i));
     }
     std::vector<Column> columns;
     for (std::size_t i = 0; i < formula.variableCount(); ++i) {
-        const double value = Start[std::string_view("abcdxy").find(formula.variable(i).name)];
+        const double value = kStart[std::string_view("abcdxy").find(formula.variable(i).name)];
         columns.push_back(i == 0 ? Column(first) : Column(value));
     }
-    std::vector<double> results(rows);
+    std::vector<double> results(kRows);
     for (auto _ : state) {
         if (formula.evaluateRows(columns, results, {}) != 0) {
             state.SkipWithError("the formula does not evaluate");
@@ -126,16 +126,16 @@ void EvaluateRows(benchmark::State& state) {
         benchmark::DoNotOptimize(results.data());
     }
     state.counters["row"] = benchmark::Counter(
-        rows, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+        kRows, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-constexpr auto Last = static_cast<int64_t>(References.size()) - 1;
+constexpr auto kLast = static_cast<int64_t>(kReferences.size()) - 1;
 
-BENCHMARK(ParseHere)->DenseRange(0, Last);
-BENCHMARK(ParsePeer)->DenseRange(0, Last);
-BENCHMARK(EvaluateHere)->DenseRange(0, Last);
-BENCHMARK(EvaluatePeer)->DenseRange(0, Last);
-BENCHMARK(EvaluateRows)->DenseRange(0, Last);
+BENCHMARK(ParseHere)->DenseRange(0, kLast);
+BENCHMARK(ParsePeer)->DenseRange(0, kLast);
+BENCHMARK(EvaluateHere)->DenseRange(0, kLast);
+BENCHMARK(EvaluatePeer)->DenseRange(0, kLast);
+BENCHMARK(EvaluateRows)->DenseRange(0, kLast);
 
 }  // namespace
 

@@ -22,11 +22,11 @@ namespace {
 
 using varo::Varo_CalcEx;
 
-constexpr int Libraries = 20;
-constexpr int FoldersEach = 5000;
-constexpr int Formulas = 5000;
-constexpr int StoredValues = 1'000'000;
-constexpr int ValuesPerFormula = 20;
+constexpr int kLibraries = 20;
+constexpr int kFoldersEach = 5000;
+constexpr int kFormulas = 5000;
+constexpr int kStoredValues = 1'000'000;
+constexpr int kValuesPerFormula = 20;
 
 /// Reads every field of every row of a query as SQLite hands it out.
 qint64 scan(const QString& path, const char* query) {
@@ -55,17 +55,17 @@ qint64 scan(const QString& path, const char* query) {
 struct Files {
     Files() {
         QStringList libraries;
-        for (int i = 1; i <= Libraries; ++i) {
+        for (int i = 1; i <= kLibraries; ++i) {
             libraries += folder.filePath(QStringLiteral("folders%1.mdb").arg(i));
-            varo::bench::makeFolders(libraries.last(), FoldersEach);
+            varo::bench::makeFolders(libraries.last(), kFoldersEach);
         }
         manyLibraries = libraries;
         many = configuration(QStringLiteral("many"), libraries);
         formulas = folder.filePath(QStringLiteral("formulas.mdb"));
-        varo::bench::makeFormulas(formulas, Formulas);
+        varo::bench::makeFormulas(formulas, kFormulas);
         longFolder = configuration(QStringLiteral("long"), {formulas});
         const QString values = folder.filePath(QStringLiteral("values.mdb"));
-        varo::bench::makeValues(values, StoredValues, ValuesPerFormula);
+        varo::bench::makeValues(values, kStoredValues, kValuesPerFormula);
         manyValues = configuration(QStringLiteral("values"), {values});
     }
 
@@ -120,12 +120,12 @@ void RunCalc(benchmark::State& state) {
         control->RunCalc();
         state.PauseTiming();
         qsizetype text = 0;
-        for (int id = 1; id <= FoldersEach; ++id) {
+        for (int id = 1; id <= kFoldersEach; ++id) {
             text += 2 * QStringLiteral("公式夹第%1号").arg(id).size();
         }
         const auto used = static_cast<double>(allocatedBytes() - before);
         state.counters["bytes_per_folder_over_text"] =
-            (used - static_cast<double>(text) * Libraries) / (Libraries * FoldersEach);
+            (used - static_cast<double>(text) * kLibraries) / (kLibraries * kFoldersEach);
         control.reset();
         state.ResumeTiming();
     }
@@ -147,7 +147,7 @@ void ListFolder(benchmark::State& state) {
         control->ClickTreeNode(QStringLiteral("FormulaNode1->DBNode1"));
     }
     const auto* list = control->findChild<varo::ui::NodeView*>(QStringLiteral("lvFormula"));
-    if (list->model()->rowCount() != Formulas) {
+    if (list->model()->rowCount() != kFormulas) {
         state.SkipWithError("the folder was not listed");
     }
 }

@@ -79,5 +79,5 @@ function(varo_test name)
   target_link_libraries(${name} PRIVATE ${ARG_LINKS} GTest::gtest)
   varo_compile_options(${name})
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
-    PROPERTIES TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
+    PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
 endfunction()

@@ -25,14 +25,14 @@ class Chance {
         return (mixed ^ (mixed >> 31)) % bound;
     }
 
-    /// A finite number: one where functions and operators change their mind, or any.
+    /// A finite number: one at a bound of a function or operator, or any.
     double number() {
-        constexpr std::array telling{
+        constexpr std::array kBounds{
             0.0,  1.0,   -1.0,  2.0,    3.0,     0.5,    -2.5,
             10.0, 170.0, 171.0, 1e-300, 1.7e308, 5e-324, 9007199254740992.0};
         switch (below(3)) {
             case 0:
-                return telling[below(telling.size())];
+                return kBounds[below(kBounds.size())];
             case 1:
                 return static_cast<double>(below(2'000'001)) / 1000 - 1000;
             default:
@@ -42,10 +42,10 @@ class Chance {
 
     /// A text of use to the text functions: often a part of `source`.
     std::string text(std::string_view source) {
-        constexpr std::array<std::string_view, 8> telling{"",    "a",    "A,b,,c", "  -1.5e3 ",
-                                                          "1 2", "弯矩", "σς\xff", "aaaaaaab"};
+        constexpr std::array<std::string_view, 8> kTexts{"",    "a",    "A,b,,c", "  -1.5e3 ",
+                                                         "1 2", "弯矩", "σς\xff", "aaaaaaab"};
         if (below(2) == 0 || source.empty()) {
-            return std::string(telling[below(telling.size())]);
+            return std::string(kTexts[below(kTexts.size())]);
         }
         return std::string(source.substr(below(source.size()), below(20)));
     }

@@ -1,5 +1,5 @@
-// Takes the bytes that libFuzzer makes up as a formula and aborts when the engine breaks one of its
-// promises. Values for the variables follow from the bytes, too, so that every finding can be
+// Takes the bytes that libFuzzer generates as a formula and aborts when the engine breaks one of
+// its promises. Values for the variables follow from the bytes, too, so that every finding can be
 // repeated.
 
 #include "chance.h"
@@ -148,10 +148,10 @@ void checkSurroundings(const Formula& formula, std::string_view text) {
     require(same(moved, error) && indented.resultType() == formula.resultType() &&
                 sameVariables(formula, indented, true),
             "a blank at the start only moves the error");
-    const Formula spoilt = Formula::parse("@ " + inside);
-    require(sameVariables(formula, spoilt, false),
+    const Formula prefixed = Formula::parse("@ " + inside);
+    require(sameVariables(formula, prefixed, false),
             "an error leaves the list of variables complete");
-    require(spoilt.error().code == ErrorCode::BadCharacter && spoilt.error().position == 1,
+    require(prefixed.error().code == ErrorCode::BadCharacter && prefixed.error().position == 1,
             "the first syntax error is the one reported");
     const Formula longer = Formula::parse(inside + " )");
     require(sameVariables(formula, longer, formula.isValid()),

@@ -1,6 +1,6 @@
 #include "calc/complaint.h"
 
-#include "engine/unicode.h"
+#include "engine/text/unicode.h"
 
 #include <array>
 #include <cerrno>

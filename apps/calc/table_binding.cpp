@@ -1,7 +1,7 @@
 #include "calc/table_binding.h"
 
 #include "calc/complaint.h"
-#include "engine/unicode.h"
+#include "engine/text/unicode.h"
 
 #include <string>
 

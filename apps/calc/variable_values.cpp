@@ -2,7 +2,7 @@
 
 #include "calc/complaint.h"
 #include "engine/numbers.h"
-#include "engine/unicode.h"
+#include "engine/text/unicode.h"
 
 #include <optional>
 

@@ -45,25 +45,8 @@ QStringList ControlDriver::listTexts() const {
     return texts(*list().model());
 }
 
-QStringList ControlDriver::gridTexts() const {
-    QStringList result;
-    for (int row = 1; row < grid().Rows(); ++row) {
-        result.append(grid().GetCellText(row, 0) + u'=' + grid().GetCellText(row, 1));
-    }
-    return result;
-}
-
-int ControlDriver::rowOf(const QString& variable) const {
-    for (int row = 1; row < grid().Rows(); ++row) {
-        if (grid().GetCellText(row, 0) == variable) {
-            return row;
-        }
-    }
-    throw DriverError(QStringLiteral("the formula has no variable '%1'").arg(variable));
-}
-
 QString ControlDriver::value(const QString& variable) const {
-    return grid().GetCellText(rowOf(variable), 1);
+    return grid().GetCellText(rowOf(grid(), variable), 1);
 }
 
 QModelIndex ControlDriver::find(const ui::NodeView& view, const QString& text) {
@@ -137,22 +120,7 @@ void ControlDriver::typeLabel(const QString& text, Qt::Key key) {
 }
 
 void ControlDriver::typeValue(const QString& variable, const QString& value) {
-    const QModelIndex cell = grid().model()->index(rowOf(variable) - 1, 1);
-    grid().setFocus();
-    grid().setCurrentIndex(cell);
-    QTest::keyClick(&grid(), Qt::Key_F2);
-    QWidget* opened = grid().indexWidget(cell);
-    auto* editor = qobject_cast<QLineEdit*>(opened);
-    if (editor == nullptr && opened != nullptr) {
-        editor = opened->findChild<QLineEdit*>();
-    }
-    if (editor == nullptr) {
-        throw DriverError(QStringLiteral("the value of '%1' cannot be edited").arg(variable));
-    }
-    editor->selectAll();
-    QTest::keyClick(editor, Qt::Key_Delete);
-    editor->insert(value);
-    QTest::keyClick(editor, Qt::Key_Return);
+    QTest::keyClick(&beginTyping(grid(), variable, value), Qt::Key_Return);
     settle();
 }
 

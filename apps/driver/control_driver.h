@@ -1,7 +1,7 @@
 #pragma once
 
 #include "control/varo_calcex.h"
-#include "platform/ui/edit_grid.h"
+#include "driver/grid_driver.h"
 #include "platform/ui/node_view.h"
 
 #include <QLineEdit>
@@ -10,15 +10,7 @@
 #include <QStringList>
 #include <QToolButton>
 
-#include <stdexcept>
-
 namespace varo {
-
-/// Something that a driver of the control needs is not there.
-class DriverError : public std::runtime_error {
-  public:
-    explicit DriverError(const QString& what) : std::runtime_error(what.toStdString()) {}
-};
 
 /// Works with the control as a user does, with mouse and keyboard, and reads what it shows. What is
 /// not there, or cannot be used, throws DriverError. Every operation returns after all that it
@@ -54,7 +46,7 @@ class ControlDriver {
     /// Texts of the whole tree, two blanks a level; of the list; of the grid as "name=value".
     QStringList treeTexts() const;
     QStringList listTexts() const;
-    QStringList gridTexts() const;
+    QStringList gridTexts() const { return textsOf(grid()); }
     /// Value of a variable as the grid shows it.
     QString value(const QString& variable) const;
 
@@ -101,8 +93,6 @@ class ControlDriver {
     void setControl(Varo_CalcEx& control) { control_ = &control; }
 
   private:
-    int rowOf(const QString& variable) const;
-
     Varo_CalcEx* control_ = nullptr;
 };
 

@@ -16,6 +16,8 @@ class GuideDesk : public QWidget, public ControlDriver {
     explicit GuideDesk(const QString& configurationFolder);
     ~GuideDesk() override;
 
+    using ControlDriver::find;
+
     /// Clicks on the first item with this text, at a place that menus leave most of it to be seen.
     void clickItem(ui::NodeView& view, const QString& text, Qt::MouseButton = Qt::LeftButton);
     void clickButton(const QString& name) { click(child(name)); }

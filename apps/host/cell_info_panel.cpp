@@ -11,19 +11,19 @@ namespace varo::host {
 
 namespace {
 
-constexpr std::array<const char*, std::tuple_size_v<CellNumbers>> Names{
+constexpr std::array<const char*, std::tuple_size_v<CellNumbers>> kNames{
     "UnitContentID", "UnitTypeID", "PrptysetID", "RecordsetID", "FieldID", "RecNum"};
 
 }  // namespace
 
 CellInfoPanel::CellInfoPanel(QWidget* parent) : QWidget(parent) {
-    constexpr int Columns = 2;
+    constexpr int kColumns = 2;
     auto* grid = new QGridLayout(this);
     grid->setContentsMargins(4, 2, 4, 4);
     grid->setVerticalSpacing(2);
     int row = 0;
-    for (std::size_t i = 0; i < Names.size(); ++i) {
-        const QString name = QString::fromLatin1(Names[i]);
+    for (std::size_t i = 0; i < kNames.size(); ++i) {
+        const QString name = QString::fromLatin1(kNames[i]);
         auto* box = boxes_[i] = new QSpinBox(this);
         box->setObjectName(name);
         box->setRange(std::numeric_limits<qint32>::min(), std::numeric_limits<qint32>::max());
@@ -31,10 +31,10 @@ CellInfoPanel::CellInfoPanel(QWidget* parent) : QWidget(parent) {
         box->setMinimumWidth(1);
         auto* label = new QLabel(name, this);
         label->setBuddy(box);
-        const int column = static_cast<int>(i) % Columns;
+        const int column = static_cast<int>(i) % kColumns;
         grid->addWidget(label, row, column);
         grid->addWidget(box, row + 1, column);
-        row += column == Columns - 1 ? 2 : 0;
+        row += column == kColumns - 1 ? 2 : 0;
     }
     auto* write = new QPushButton(QStringLiteral("写入"), this);
     write->setObjectName(QStringLiteral("writeCell"));

@@ -33,7 +33,7 @@ void takeScreenshot(HostOptions& options, const QString& value) {
     options.screenshot = value;
 }
 
-const std::array Options{
+const std::array kOptions{
     Option{QStringLiteral("--deploy"), QStringLiteral("FOLDER"),
            QStringLiteral("folder of the configuration file Varo-Pelm.ini"),
            [](HostOptions& options, const QString& value) { options.deployFolder = value; }},
@@ -62,9 +62,9 @@ const std::array Options{
 };
 
 const Option& optionNamed(const QString& name) {
-    const auto found = std::find_if(Options.begin(), Options.end(),
+    const auto found = std::find_if(kOptions.begin(), kOptions.end(),
                                     [&](const Option& option) { return option.name == name; });
-    if (found == Options.end()) {
+    if (found == kOptions.end()) {
         throw UsageError{QStringLiteral("unknown option '%1'").arg(name)};
     }
     return *found;
@@ -97,16 +97,18 @@ HostOptions parseOptions(const QStringList& arguments) {
 }
 
 QString optionsHelp() {
-    constexpr int Column = 26;
+    constexpr int kColumn = 26;
     QString text = QStringLiteral(
         "varo-host [OPTION]...\n"
         "An application that embeds the formula calculator. With --screenshot or --quit it does "
-        "its\njob without the user: messages are printed, and questions are answered yes.\n\n");
-    for (const Option& option : Options) {
+        "its\njob without the user: messages are printed, and questions are answered yes.\n"
+        "It ends with 0, with 1 when the control reported a failure while it started, and with 2 "
+        "for\nwrong options.\n\n");
+    for (const Option& option : kOptions) {
         const QString usage = QStringLiteral("  %1 %2").arg(option.name, option.value);
         QString help = option.help;
-        help.replace(u'\n', u'\n' + QString(Column, u' '));
-        text += usage.leftJustified(Column) + help + u'\n';
+        help.replace(u'\n', u'\n' + QString(kColumn, u' '));
+        text += usage.leftJustified(kColumn) + help + u'\n';
     }
     return text;
 }

@@ -18,7 +18,13 @@ class PrintingQuestions : public Questions {
   public:
     explicit PrintingQuestions(QTextStream& out) : out_(out) {}
 
-    void inform(const QString& text) override { print(text); }
+    void inform(const QString& text) override {
+        informed_ = true;
+        print(text);
+    }
+
+    /// Whether the control has reported something.
+    bool informed() const { return informed_; }
 
     bool confirm(const QString& text, Choice) override {
         print(text);
@@ -34,6 +40,7 @@ class PrintingQuestions : public Questions {
     void print(const QString& text) { out_ << "message: " << oneLine(text) << Qt::endl; }
 
     QTextStream& out_;
+    bool informed_ = false;
 };
 
 /// Selects the tree node, or the formula of the selected node, with this key.
@@ -53,7 +60,6 @@ void selectKey(ControlDriver& driver, const QString& key) {
 }
 
 void followOptions(const HostOptions& options, HostWindow& window) {
-    window.openFolder(options.deployFolder);
     ControlDriver driver(window.control());
     for (const QString& key : options.selections) {
         selectKey(driver, key);
@@ -79,6 +85,8 @@ int runHost(const HostOptions& options, QTextStream& out, QTextStream& err) {
         window.properties().setValue(property.name, property.value);
     }
     window.show();
+    window.openFolder(options.deployFolder);
+    const bool started = !printing.informed();
     followOptions(options, window);
     if (!options.reports()) {
         return QApplication::exec();
@@ -94,9 +102,9 @@ int runHost(const HostOptions& options, QTextStream& out, QTextStream& err) {
     out.flush();
     if (!Configuration::exists(options.deployFolder)) {
         throw UsageError{QStringLiteral("there is no %1 in '%2'")
-                             .arg(QString::fromLatin1(ConfigFileName), options.deployFolder)};
+                             .arg(QString::fromLatin1(kConfigFileName), options.deployFolder)};
     }
-    return 0;
+    return started ? 0 : 1;
 }
 
 }  // namespace varo::host

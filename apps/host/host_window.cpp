@@ -22,8 +22,8 @@ namespace varo::host {
 
 namespace {
 
-constexpr QSize InitialSize(1240, 800);
-constexpr int DockWidth = 270;
+constexpr QSize kInitialSize(1240, 800);
+constexpr int kDockWidth = 270;
 
 /// Asks the user for an argument of `method`; nothing when the user cancels.
 std::optional<QString> askArgument(QWidget* parent, const QString& method, const QString& name,
@@ -64,7 +64,7 @@ Content* addDock(QMainWindow& window, const QString& title, const QString& name)
 
 HostWindow::HostWindow(Questions* questions)
     : questions_(questions),
-      calcMessage_(ui::registerWindowMessage(QString::fromLatin1(Varo_CalcEx::CalcMessage))) {
+      calcMessage_(ui::registerWindowMessage(QString::fromLatin1(Varo_CalcEx::kCalcMessage))) {
     setWindowTitle(QStringLiteral("公式计算控件的宿主程序"));
     buildDocks();
     setCentralWidget(new QWidget(this));
@@ -73,8 +73,8 @@ HostWindow::HostWindow(Questions* questions)
     embedControl();
     buildFileMenu();
     buildControlMenu();
-    resize(InitialSize);
-    resizeDocks({findChild<QDockWidget*>(QStringLiteral("propertyDock"))}, {DockWidth},
+    resize(kInitialSize);
+    resizeDocks({findChild<QDockWidget*>(QStringLiteral("propertyDock"))}, {kDockWidth},
                 Qt::Horizontal);
 }
 
@@ -155,7 +155,7 @@ void HostWindow::buildFileMenu() {
 }
 
 void HostWindow::buildControlMenu() {
-    QMenu* menu = menuBar()->addMenu(QStringLiteral("控件(&C)"));
+    QMenu* menu = menuBar()->addMenu(QStringLiteral("控件(&K)"));
     // An entry that asks for the method's argument; `keyOf` is the view whose selected key is
     // offered.
     const auto addCall = [this, menu](const QString& method, const QString& argument,

@@ -81,7 +81,7 @@ void storeInfo(data::Connection& connection, const LibraryRows& rows) {
     };
     connection.execute(QStringLiteral("delete from TableInfo"));
     if (std::none_of(rows.info.begin(), rows.info.end(), isVersion)) {
-        insert(QStringLiteral("DBVersion"), QString::fromUtf8(TemplateVersion));
+        insert(QStringLiteral("DBVersion"), QString::fromUtf8(kTemplateVersion));
     }
     for (const InfoRow& row : rows.info) {
         insert(row.name, row.value);

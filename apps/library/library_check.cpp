@@ -262,7 +262,7 @@ class Check {
     QByteArray pictureHead(qint32 formula) {
         data::BlobField field =
             connection_.field(QStringLiteral("Formula"), QStringLiteral("Pic"), formula);
-        QByteArray head(std::min(field.size(), qint64{PictureHead}), Qt::Uninitialized);
+        QByteArray head(std::min(field.size(), qint64{kPictureHead}), Qt::Uninitialized);
         field.getChunk(std::span(head.data(), static_cast<size_t>(head.size())));
         return head;
     }
@@ -284,9 +284,9 @@ class Check {
             {QStringLiteral("DBVersion")});
         if (rs.atEnd()) {
             add(QStringLiteral("the version record DBVersion is missing"));
-        } else if (rs.text(0).trimmed() != QLatin1String(TemplateVersion)) {
+        } else if (rs.text(0).trimmed() != QLatin1String(kTemplateVersion)) {
             add(QStringLiteral("the version record DBVersion is \"%1\", not \"%2\"")
-                    .arg(rs.text(0), QLatin1String(TemplateVersion)));
+                    .arg(rs.text(0), QLatin1String(kTemplateVersion)));
         }
     }
 

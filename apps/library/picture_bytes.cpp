@@ -15,10 +15,10 @@ namespace varo {
 
 namespace {
 
-constexpr int LargestSide = 8192;
-constexpr int JpegQuality = 92;
+constexpr int kLargestSide = 8192;
+constexpr int kJpegQuality = 92;
 /// Written into the picture's header; fixed, or the screen's resolution would get into the bytes.
-constexpr int DotsPerMeter = 3780;
+constexpr int kDotsPerMeter = 3780;
 
 /// The content of the picture's file; nothing when it cannot be read, with the reason in `error`.
 QByteArray readFile(const QString& path, QString& error) {
@@ -46,11 +46,11 @@ QImage rendered(const QByteArray& drawing, std::optional<qint32> width,
         return {};
     }
     renderer.setAspectRatioMode(Qt::KeepAspectRatio);
-    const QSize own = renderer.defaultSize().boundedTo({LargestSide, LargestSide});
+    const QSize own = renderer.defaultSize().boundedTo({kLargestSide, kLargestSide});
     QImage image(width.value_or(std::max(1, own.width())),
                  height.value_or(std::max(1, own.height())), QImage::Format_RGB32);
-    image.setDotsPerMeterX(DotsPerMeter);
-    image.setDotsPerMeterY(DotsPerMeter);
+    image.setDotsPerMeterX(kDotsPerMeter);
+    image.setDotsPerMeterY(kDotsPerMeter);
     image.fill(Qt::white);
     QPainter painter(&image);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
@@ -105,8 +105,8 @@ QByteArray pictureBytes(const PictureText& picture, const QString& textPath) {
         fail(QStringLiteral("a drawing needs \"format\", \"jpg\" or \"bmp\""));
     }
     for (const auto& side : {picture.width, picture.height}) {
-        if (side && (*side < 1 || *side > LargestSide)) {
-            fail(QStringLiteral("a side must have 1 to %1 pixels").arg(LargestSide));
+        if (side && (*side < 1 || *side > kLargestSide)) {
+            fail(QStringLiteral("a side must have 1 to %1 pixels").arg(kLargestSide));
         }
     }
     const QImage image = rendered(bytes, picture.width, picture.height);
@@ -115,7 +115,7 @@ QByteArray pictureBytes(const PictureText& picture, const QString& textPath) {
     if (image.isNull()) {
         fail(QStringLiteral("the file is no SVG drawing"));
     }
-    if (!image.save(&encoded, qPrintable(picture.format), JpegQuality)) {
+    if (!image.save(&encoded, qPrintable(picture.format), kJpegQuality)) {
         fail(QStringLiteral("cannot be written as %1").arg(picture.format));
     }
     return encoded.data();

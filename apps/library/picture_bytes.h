@@ -9,9 +9,9 @@
 namespace varo {
 
 /// How many of a picture's first bytes tell its format.
-inline constexpr qsizetype PictureHead = 22;
+inline constexpr qsizetype kPictureHead = 22;
 
-/// True when a file that begins with `head` (PictureHead bytes or more, if it has them) says by its
+/// True when a file that begins with `head` (kPictureHead bytes or more, if it has them) says by its
 /// signature that it is a picture of one of the formats that a library may hold: bmp, jpg, png,
 /// wmf.
 bool isPicture(QByteArrayView head);

@@ -28,13 +28,6 @@ LibraryTree::LibraryTree(ui::NodeView& view, CurrentLibrary& library, Questions&
     connect(&view, &ui::NodeView::nodeClicked, this,
             [this](const QModelIndex& index) { emit nodeClicked(model_.idOf(index)); });
     connect(&view, &ui::NodeView::nodeExpanded, &view, &ui::NodeView::selectItem);
-    connect(&view, &ui::NodeView::nodeExpanded, this, [this] { view_.resizeColumnToContents(0); });
-    connect(&model_, &FolderTreeModel::dataChanged, this,
-            [this](const QModelIndex&, const QModelIndex&, const QList<int>& roles) {
-                if (roles.contains(Qt::DisplayRole)) {
-                    view_.resizeColumnToContents(0);
-                }
-            });
 }
 
 bool LibraryTree::BuildFormulaTree(const colFormulaDB& libraries) {
@@ -46,7 +39,6 @@ bool LibraryTree::BuildFormulaTree(const colFormulaDB& libraries) {
         }
     }
     model_.squeeze();
-    view_.resizeColumnToContents(0);
     return true;
 }
 
@@ -122,7 +114,6 @@ NodeId LibraryTree::appendFolders(const NodeId& parent, FolderRows rows) {
         model_.appendFolder(model_.find(parent), first.id, rows.name(first).toString());
     model_.addFolders(added, std::move(rows));
     view_.scrollTo(added);
-    view_.resizeColumnToContents(0);
     return model_.idOf(added);
 }
 

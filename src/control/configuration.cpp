@@ -11,11 +11,11 @@ namespace varo {
 
 namespace {
 
-const auto Section = QStringLiteral("Access");
-const auto NodeCount = QStringLiteral("NodeCount");
-const auto RootNodeText = QStringLiteral("RootNodeText");
-const auto RootNodeName = QStringLiteral("RootNodeName");
-const auto RootNodePath = QStringLiteral("RootNodePath");
+const auto kSection = QStringLiteral("Access");
+const auto kNodeCount = QStringLiteral("NodeCount");
+const auto kRootNodeText = QStringLiteral("RootNodeText");
+const auto kRootNodeName = QStringLiteral("RootNodeName");
+const auto kRootNodePath = QStringLiteral("RootNodePath");
 
 /// The value of the leading digits of `text`; 0 when it starts with none, at most the largest int.
 int leadingCount(const QString& text) {
@@ -32,11 +32,11 @@ int leadingCount(const QString& text) {
 }  // namespace
 
 Configuration::Configuration(colFormulaDB& libraries) : libraries_(libraries) {
-    file_.setFileName(QString::fromLatin1(ConfigFileName));
+    file_.setFileName(QString::fromLatin1(kConfigFileName));
 }
 
 bool Configuration::exists(const QString& folder) {
-    const QFileInfo file(normalisedFolder(folder) + QString::fromLatin1(ConfigFileName));
+    const QFileInfo file(normalisedFolder(folder) + QString::fromLatin1(kConfigFileName));
     return !folder.isEmpty() && file.isFile();
 }
 
@@ -44,7 +44,7 @@ bool Configuration::ReadConfigFile(const QString& folder, QString& errorText) {
     libraries_.Clear();
     file_.setFolder(folder);
     QString count;
-    const bool read = file_.check() && file_.readValue(Section, NodeCount, count) &&
+    const bool read = file_.check() && file_.readValue(kSection, kNodeCount, count) &&
                       readLibraries(folder, leadingCount(count));
     if (!read) {
         errorText = file_.lastError();
@@ -53,15 +53,15 @@ bool Configuration::ReadConfigFile(const QString& folder, QString& errorText) {
 }
 
 bool Configuration::readLibraries(const QString& folder, int count) {
-    const std::array keys{RootNodeText, RootNodeName, RootNodePath};
+    const std::array keys{kRootNodeText, kRootNodeName, kRootNodePath};
     // A count that promises more than the file holds ends at the first key that is missing.
     QString value;
     bool present = true;
     for (int i = 1; i <= count && present; ++i) {
         for (const QString& key : keys) {
             const QString numbered = key + QString::number(i);
-            file_.requireKey(Section, numbered);
-            present = present && file_.readValue(Section, numbered, value);
+            file_.requireKey(kSection, numbered);
+            present = present && file_.readValue(kSection, numbered, value);
         }
     }
     if (!file_.check()) {
@@ -72,9 +72,9 @@ bool Configuration::readLibraries(const QString& folder, int count) {
         QString text;
         QString name;
         QString path;
-        if (!file_.readValue(Section, RootNodeText + number, text) ||
-            !file_.readValue(Section, RootNodeName + number, name) ||
-            !file_.readValue(Section, RootNodePath + number, path)) {
+        if (!file_.readValue(kSection, kRootNodeText + number, text) ||
+            !file_.readValue(kSection, kRootNodeName + number, name) ||
+            !file_.readValue(kSection, kRootNodePath + number, path)) {
             return false;
         }
         const QString native = normalisedFolder(path);
@@ -88,18 +88,18 @@ bool Configuration::readLibraries(const QString& folder, int count) {
 
 bool Configuration::WriteConfigFile(const QString& folder, QString& errorText) {
     file_.setFolder(folder);
-    bool written = file_.prepareSection(Section);
+    bool written = file_.prepareSection(kSection);
     if (libraries_.Count() > 0) {
         written =
-            written && file_.writeValue(Section, NodeCount, QString::number(libraries_.Count()));
+            written && file_.writeValue(kSection, kNodeCount, QString::number(libraries_.Count()));
     }
     int i = 0;
     for (const clsFormulaDB& library : libraries_) {
         const QString number = QString::number(++i);
         written = written &&
-                  file_.writeValue(Section, RootNodeText + number, library.FormulaNodeText) &&
-                  file_.writeValue(Section, RootNodeName + number, library.FormulaDBName) &&
-                  file_.writeValue(Section, RootNodePath + number, library.FormulaDBPath);
+                  file_.writeValue(kSection, kRootNodeText + number, library.FormulaNodeText) &&
+                  file_.writeValue(kSection, kRootNodeName + number, library.FormulaDBName) &&
+                  file_.writeValue(kSection, kRootNodePath + number, library.FormulaDBPath);
     }
     written = written && file_.save();
     if (!written) {

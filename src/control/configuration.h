@@ -8,7 +8,7 @@
 namespace varo {
 
 /// Name of the configuration file.
-inline constexpr auto ConfigFileName = "Varo-Pelm.ini";
+inline constexpr auto kConfigFileName = "Varo-Pelm.ini";
 
 /// Reads and writes the list of libraries in the configuration file.
 class Configuration {

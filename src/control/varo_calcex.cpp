@@ -104,7 +104,7 @@ Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
     : control(owner),
       boxes(&owner),
       questions(given == nullptr ? boxes : *given),
-      calcMessage(ui::registerWindowMessage(QString::fromLatin1(CalcMessage))),
+      calcMessage(ui::registerWindowMessage(QString::fromLatin1(kCalcMessage))),
       configuration(libraries),
       library(libraries, questions),
       clipboard(files),

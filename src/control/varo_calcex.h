@@ -63,7 +63,7 @@ class Varo_CalcEx : public QWidget {
 
     /// Name of the message that brings a result to the host's window: word argument 0, long
     /// argument the handle of the result box, whose text ui::windowText reads.
-    static constexpr auto CalcMessage = "WM_CALCMSG";
+    static constexpr auto kCalcMessage = "WM_CALCMSG";
 
     QSize sizeHint() const override;
 

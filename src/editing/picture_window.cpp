@@ -11,8 +11,8 @@ namespace varo {
 
 namespace {
 
-constexpr int OpeningWidth = 9000;  // twips
-constexpr int OpeningHeight = 5000;
+constexpr int kOpeningWidth = 9000;  // twips
+constexpr int kOpeningHeight = 5000;
 
 }  // namespace
 
@@ -26,7 +26,7 @@ PictureWindow::PictureWindow(QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(imgFormula_);
-    resize(ui::toPixels(OpeningWidth), ui::toPixels(OpeningHeight));
+    resize(ui::toPixels(kOpeningWidth), ui::toPixels(kOpeningHeight));
 }
 
 bool PictureWindow::SetPicture(const QString& path) {

@@ -1,8 +1,8 @@
 #include "engine/calc_engine.h"
 
 #include "engine/formula.h"
-#include "engine/variable_table.h"
-#include "engine/vocabulary.h"
+#include "engine/language/variable_table.h"
+#include "engine/language/vocabulary.h"
 
 #include <cmath>
 #include <optional>
@@ -26,17 +26,12 @@ std::int32_t codeOf(Type type) {
     return type == Type::Text ? CalcEngine::kText : CalcEngine::kNumber;
 }
 
+/// The kinds of GetErrorInfo have the numbers of their codes.
 std::int32_t kindOf(ErrorCode code) {
-    switch (code) {
-        case ErrorCode::NumberWanted:
-            return 1;
-        case ErrorCode::TextWanted:
-            return 2;
-        case ErrorCode::TooFewArguments:
-            return 3;
-        default:
-            return 0;
-    }
+    static_assert(static_cast<int>(ErrorCode::NumberWanted) == 1 &&
+                  static_cast<int>(ErrorCode::TextWanted) == 2 &&
+                  static_cast<int>(ErrorCode::TooFewArguments) == 3);
+    return isWrongArgument(code) ? static_cast<std::int32_t>(code) : 0;
 }
 
 }  // namespace

@@ -1,13 +1,13 @@
 #include "engine/formula.h"
 
-#include "engine/fast_steps.h"
-#include "engine/interpreter.h"
-#include "engine/program.h"
-#include "engine/program_builder.h"
-#include "engine/row_block.h"
-#include "engine/text_machine.h"
-#include "engine/unicode.h"
-#include "engine/vocabulary.h"
+#include "engine/language/vocabulary.h"
+#include "engine/machine/fast_steps.h"
+#include "engine/machine/interpreter.h"
+#include "engine/machine/row_block.h"
+#include "engine/machine/text_machine.h"
+#include "engine/program/program.h"
+#include "engine/program/program_builder.h"
+#include "engine/text/unicode.h"
 
 #include <algorithm>
 #include <cmath>
@@ -269,7 +269,7 @@ std::size_t Formula::evaluateRows(std::span<const Column> columns, std::span<dou
             continue;
         }
         for (std::size_t i = 0; i < count; ++i) {
-            if (outcome == RowBlock::Outcome::Parted || !std::isfinite(block.results()[i])) {
+            if (outcome == RowBlock::Outcome::Diverged || !std::isfinite(block.results()[i])) {
                 evaluateRow(first + i);
             } else {
                 results[first + i] = block.results()[i];

@@ -1,7 +1,7 @@
 #include "engine/numbers.h"
 
-#include "engine/number_scan.h"
-#include "engine/unicode.h"
+#include "engine/text/number_scan.h"
+#include "engine/text/unicode.h"
 
 #include <algorithm>
 #include <array>

@@ -84,8 +84,7 @@ void buildOuterPanes(Form& form, QWidget* parent) {
     form.tvFolder->setHeaderHidden(true);
     form.tvFolder->setRootIsDecorated(true);
     form.tvFolder->setIndentation(14);
-    // Long names are scrolled to, not cut.
-    form.tvFolder->header()->setStretchLastSection(false);
+    form.tvFolder->fitFirstColumn();
 }
 
 void buildList(Form& form) {

@@ -2,7 +2,7 @@
 
 namespace varo {
 
-/// What is selected in tree and list. It says which widgets of the panel accept input and which
+/// What is selected in tree and list. It decides which widgets of the panel accept input and which
 /// edit commands are offered; any other number offers nothing.
 enum class SelectionState : int {
     Nothing = 1,

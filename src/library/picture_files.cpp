@@ -31,7 +31,7 @@ PictureCopy::~PictureCopy() {
 bool PictureCopy::take(const QString& file) {
     const QFileInfo original(file);
     // The original may be one that nobody may write to.
-    return original.isFile() && original.size() / PictureChunk <= PictureChunkLimit &&
+    return original.isFile() && original.size() / kPictureChunk <= kPictureChunkLimit &&
            QFile::copy(file, path_) &&
            QFile::setPermissions(path_, QFile::ReadOwner | QFile::WriteOwner);
 }

@@ -61,7 +61,13 @@ class clsDBFuncs {
     bool DelFolder(qint32 ID, data::Connection& conn);
     bool DelFormula(qint32 ID, data::Connection& conn);
     bool DelFormulaByPID(qint32 PID, data::Connection& conn);
-    /// Inserts behind the sibling with the largest OrderID; `newID` receives the identifier.
+    /// The rows of one parent are listed by OrderID, those with equal numbers in the order of their
+    /// insertion. OrderID is a number of 32 bits, different in each of them; in a file where it is
+    /// not (NULL, equal or larger numbers), an operation that would go wrong numbers the rows of
+    /// the parent 1, 2, 3 ... in their order first, in the same transaction.
+    ///
+    /// Inserts behind the last row of the parent, with the largest OrderID plus 1, and 1 when there
+    /// is none; `newID` receives the identifier.
     bool AddNewFolder(qint32 PID, const QString& name, qint32& newID, data::Connection& conn);
     bool AddNewFormula(qint32 PID, const QString& name, const QString& formula, const QString& memo,
                        qint32 picType, qint32& newID, data::Connection& conn);
@@ -70,8 +76,9 @@ class clsDBFuncs {
     /// The one operation that throws data::Error instead of returning false.
     bool EditAllFormulaInfo(qint32 ID, const QString& name, const QString& formula,
                             const QString& memo, qint32 picType, data::Connection& conn);
-    /// Swaps the OrderID of two rows of `tableName` ("Tree" or "Formula"); false with nothing
-    /// changed when a row is missing.
+    /// Swaps the OrderID of two rows of `tableName` ("Tree" or "Formula"). Of two rows with the
+    /// same parent the places are then exchanged, and every other row keeps its place. False with
+    /// nothing changed when a row is missing.
     bool ExchangeOrderID(qint32 ID1, qint32 ID2, const QString& tableName, data::Connection& conn);
 
     // Variables.

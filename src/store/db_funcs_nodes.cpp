@@ -1,5 +1,6 @@
 #include "store/db_funcs.h"
 #include "store/library_structure.h"
+#include "store/row_order.h"
 #include "store/statements.h"
 
 #include <optional>
@@ -8,8 +9,8 @@ namespace varo {
 
 namespace {
 
-// A formula's picture is read through its field when it is wanted; listing it would bring all its
-// bytes.
+// Pic is left out: listing it would read all bytes of every picture. A picture is read through its
+// field.
 QString formulas(const QString& clauses) {
     return QStringLiteral("Select ID,Name,Formula,Memo,PicType,PID,OrderID From Formula ") +
            clauses;
@@ -67,35 +68,31 @@ bool opens(data::Connection& conn, const QString& statement) {
     return list(rs, conn, statement);
 }
 
-// Runs an insert and takes the identifier that the row was given. The transaction takes the row
-// back when that is beyond 32 bits: nothing could refer to it.
-bool insert(data::Connection& conn, const QString& statement, const data::Arguments& arguments,
-            qint32& newID) {
+// Inserts a row behind its siblings and takes the identifier that it was given. The transaction
+// takes the row back when that is beyond 32 bits: nothing could refer to it.
+bool insertLast(data::Connection& conn, const QString& table, const QString& columns,
+                data::Arguments values, qint32 PID, qint32& newID) {
+    // Without its limit the inner query would look at every sibling, not at the last one alone.
+    const QString statement =
+        QStringLiteral(
+            "Insert Into %1(%2,PID,OrderID) "
+            "Select %3?,Coalesce(Cast(Last As Integer) + 1, 1) "
+            "From (Select Max(OrderID) As Last From %1 Where PID = ? Limit 1) "
+            "Where Last Is Null Or Last Between -2147483648 And 2147483646")
+            .arg(table, columns, QStringLiteral("?,").repeated(static_cast<int>(values.size())));
+    values.insert(values.end(), {PID, PID});
     return attempt([&] {
         data::Transaction transaction(conn);
-        conn.execute(statement, arguments);
+        if (conn.execute(statement, values) == 0) {
+            renumberSiblings(table, PID, conn);
+            if (conn.execute(statement, values) == 0) {
+                throw data::Error(QStringLiteral("%1: no order number is left").arg(table));
+            }
+        }
         const qint32 id = conn.lastInsertedId();
         transaction.commit();
         newID = id;
     });
-}
-
-void exchangeOrder(qint32 ID1, qint32 ID2, const QString& table, data::Connection& conn) {
-    const auto orderOf = [&](qint32 ID) {
-        const data::Recordset row =
-            conn.query(QStringLiteral("Select OrderID From %1 Where ID = ?").arg(table), {ID});
-        return row.integer(0);
-    };
-    const auto setOrder = [&](qint32 ID, qint32 order) {
-        conn.execute(QStringLiteral("Update %1 Set OrderID = ? Where ID = ?").arg(table),
-                     {order, ID});
-    };
-    data::Transaction transaction(conn);
-    const qint32 order1 = orderOf(ID1);
-    const qint32 order2 = orderOf(ID2);
-    setOrder(ID1, order2);
-    setOrder(ID2, order1);
-    transaction.commit();
 }
 
 }  // namespace
@@ -113,11 +110,11 @@ bool clsDBFuncs::CheckNewDB(data::Connection& conn) {
 // Listing
 
 bool clsDBFuncs::GetChildFormulaNode(qint32 PID, data::Recordset& rs, data::Connection& conn) {
-    return list(rs, conn, folders(QStringLiteral("Where PID = ? Order By OrderID")), {PID});
+    return list(rs, conn, folders(QStringLiteral("Where PID = ? Order By OrderID,rowid")), {PID});
 }
 
 bool clsDBFuncs::GetFormulaByPID(qint32 PID, data::Recordset& rs, data::Connection& conn) {
-    return list(rs, conn, formulas(QStringLiteral("Where PID = ? Order By OrderID")), {PID});
+    return list(rs, conn, formulas(QStringLiteral("Where PID = ? Order By OrderID,rowid")), {PID});
 }
 
 bool clsDBFuncs::GetFormulaByID(qint32 ID, data::Recordset& rs, data::Connection& conn) {
@@ -183,20 +180,14 @@ bool clsDBFuncs::DelFormulaByPID(qint32 PID, data::Connection& conn) {
 
 bool clsDBFuncs::AddNewFolder(qint32 PID, const QString& name, qint32& newID,
                               data::Connection& conn) {
-    return insert(conn,
-                  QStringLiteral("Insert Into Tree(Name,PID,OrderID) Values(?,?,"
-                                 "(Select Coalesce(Max(OrderID) + 1, 1) From Tree Where PID = ?))"),
-                  {name, PID, PID}, newID);
+    return insertLast(conn, QStringLiteral("Tree"), QStringLiteral("Name"), {name}, PID, newID);
 }
 
 bool clsDBFuncs::AddNewFormula(qint32 PID, const QString& name, const QString& formula,
                                const QString& memo, qint32 picType, qint32& newID,
                                data::Connection& conn) {
-    return insert(conn,
-                  QStringLiteral(
-                      "Insert Into Formula(Name,Formula,Memo,PicType,PID,OrderID) Values(?,?,?,?,?,"
-                      "(Select Coalesce(Max(OrderID) + 1, 1) From Formula Where PID = ?))"),
-                  {name, formula, memo, picType, PID, PID}, newID);
+    return insertLast(conn, QStringLiteral("Formula"), QStringLiteral("Name,Formula,Memo,PicType"),
+                      {name, formula, memo, picType}, PID, newID);
 }
 
 bool clsDBFuncs::EditFormulaMemo(qint32 ID, const QString& memo, data::Connection& conn) {
@@ -221,7 +212,11 @@ bool clsDBFuncs::ExchangeOrderID(qint32 ID1, qint32 ID2, const QString& tableNam
                                  data::Connection& conn) {
     for (const QString& table : {QStringLiteral("Tree"), QStringLiteral("Formula")}) {
         if (table.compare(tableName, Qt::CaseInsensitive) == 0) {
-            return attempt([&] { exchangeOrder(ID1, ID2, table, conn); });
+            return attempt([&] {
+                data::Transaction transaction(conn);
+                exchangePlaces(table, ID1, ID2, conn);
+                transaction.commit();
+            });
         }
     }
     return false;

@@ -8,77 +8,77 @@ namespace varo {
 
 /// Keys and tags of tree nodes and list items: built and taken apart here alone.
 
-inline constexpr QStringView RootNodeTag = u"RootNode";
-inline constexpr QStringView FolderTag = u"FormulaNode";
-inline constexpr QStringView LibraryKeyPrefix = u"DBNode";
-inline constexpr QStringView FolderKeyPrefix = u"FormulaNode";
-inline constexpr QStringView FormulaKeyPrefix = u"LvFormulaKey";
-inline constexpr QStringView PropertyKeyPrefix = u"LvPropertyKey";
-inline constexpr QStringView VariableKeyPrefix = u"TheVar";
-inline constexpr QStringView KeySeparator = u"->";
+inline constexpr QStringView kRootNodeTag = u"RootNode";
+inline constexpr QStringView kFolderTag = u"FormulaNode";
+inline constexpr QStringView kLibraryKeyPrefix = u"DBNode";
+inline constexpr QStringView kFolderKeyPrefix = u"FormulaNode";
+inline constexpr QStringView kFormulaKeyPrefix = u"LvFormulaKey";
+inline constexpr QStringView kPropertyKeyPrefix = u"LvPropertyKey";
+inline constexpr QStringView kVariableKeyPrefix = u"TheVar";
+inline constexpr QStringView kKeySeparator = u"->";
 
 /// "DBNode" and the library's number.
 inline QString libraryKey(int number) {
-    return LibraryKeyPrefix % QString::number(number);
+    return kLibraryKeyPrefix % QString::number(number);
 }
 
 /// "FormulaNode", the folder's identifier, "->", the key of its library.
 inline QString folderKey(qint32 id, QStringView libraryKey) {
-    return FolderKeyPrefix % QString::number(id) % KeySeparator % libraryKey;
+    return kFolderKeyPrefix % QString::number(id) % kKeySeparator % libraryKey;
 }
 
 /// "LvFormulaKey" and the formula's identifier.
 inline QString formulaKey(qint32 id) {
-    return FormulaKeyPrefix % QString::number(id);
+    return kFormulaKeyPrefix % QString::number(id);
 }
 
 /// "LvPropertyKey" and the property's number.
 inline QString propertyKey(qint32 id) {
-    return PropertyKeyPrefix % QString::number(id);
+    return kPropertyKeyPrefix % QString::number(id);
 }
 
 /// "TheVar" and a number.
 inline QString variableKey(int number) {
-    return VariableKeyPrefix % QString::number(number);
+    return kVariableKeyPrefix % QString::number(number);
 }
 
 /// Condition, node, kind of node and library of a located item, joined by "->".
 inline QString locatedKey(qint32 filterID, qint32 nodeID, qint32 nodeType, QStringView libraryKey) {
-    return QString::number(filterID) % KeySeparator % QString::number(nodeID) % KeySeparator %
-           QString::number(nodeType) % KeySeparator % libraryKey;
+    return QString::number(filterID) % kKeySeparator % QString::number(nodeID) % kKeySeparator %
+           QString::number(nodeType) % kKeySeparator % libraryKey;
 }
 
 inline bool isFolderKey(QStringView key) {
-    return key.contains(FolderKeyPrefix);
+    return key.contains(kFolderKeyPrefix);
 }
 inline bool isFormulaKey(QStringView key) {
-    return key.contains(FormulaKeyPrefix);
+    return key.contains(kFormulaKeyPrefix);
 }
 
 /// Identifier of the folder with this key; 0, the library's top level, for any other key.
 inline qint32 folderIdOf(QStringView key) {
-    if (!key.startsWith(FolderKeyPrefix)) {
+    if (!key.startsWith(kFolderKeyPrefix)) {
         return 0;
     }
-    const auto end = key.indexOf(KeySeparator);
-    const auto start = FolderKeyPrefix.size();
+    const auto end = key.indexOf(kKeySeparator);
+    const auto start = kFolderKeyPrefix.size();
     return key.sliced(start, (end < start ? key.size() : end) - start).toInt();
 }
 
 /// Number of the library with this key; 0 for any other key.
 inline int libraryNumberOf(QStringView key) {
-    return key.startsWith(LibraryKeyPrefix) ? key.sliced(LibraryKeyPrefix.size()).toInt() : 0;
+    return key.startsWith(kLibraryKeyPrefix) ? key.sliced(kLibraryKeyPrefix.size()).toInt() : 0;
 }
 
 /// Key of the library that the node with this key belongs to.
 inline QString libraryKeyOf(QStringView key) {
-    const auto at = key.startsWith(FolderKeyPrefix) ? key.indexOf(KeySeparator) : -1;
-    return (at < 0 ? key : key.sliced(at + KeySeparator.size())).toString();
+    const auto at = key.startsWith(kFolderKeyPrefix) ? key.indexOf(kKeySeparator) : -1;
+    return (at < 0 ? key : key.sliced(at + kKeySeparator.size())).toString();
 }
 
 /// Identifier of the formula with this list key; 0 for any other key.
 inline qint32 formulaIdOf(QStringView key) {
-    return key.startsWith(FormulaKeyPrefix) ? key.sliced(FormulaKeyPrefix.size()).toInt() : 0;
+    return key.startsWith(kFormulaKeyPrefix) ? key.sliced(kFormulaKeyPrefix.size()).toInt() : 0;
 }
 
 }  // namespace varo

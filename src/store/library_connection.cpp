@@ -10,7 +10,7 @@ bool ConnectLibrary(const QString& folder, const QString& fileName, data::Connec
                     const QString& password) {
     connection.close();
     if (!password.isEmpty()) {
-        return false;  // no format that is read knows passwords
+        return false;  // none of the formats that are read has passwords
     }
     try {
         connection.open(normalisedFolder(folder) + fileName);

@@ -9,7 +9,7 @@ namespace varo {
 
 namespace {
 
-using Chunk = std::array<char, PictureChunk>;
+using Chunk = std::array<char, kPictureChunk>;
 
 /// A failure of the file, not of the database.
 class FileError : public data::Error {
@@ -29,7 +29,7 @@ void openFile(QFile& file, QIODevice::OpenMode mode) {
 }
 
 void requirePictureSize(qint64 total, const QFile& file) {
-    if (total / PictureChunk > PictureChunkLimit) {
+    if (total / kPictureChunk > kPictureChunkLimit) {
         throw FileError(file, QStringLiteral("%1 bytes are too many for a picture").arg(total));
     }
 }
@@ -39,10 +39,10 @@ void requirePictureSize(qint64 total, const QFile& file) {
 template <class Move>
 void moveInChunks(qint64 total, Move move) {
     Chunk buffer;
-    if (const qint64 rest = total % PictureChunk; rest > 0) {
+    if (const qint64 rest = total % kPictureChunk; rest > 0) {
         move(std::span(buffer).first(static_cast<std::size_t>(rest)));
     }
-    for (qint64 left = total / PictureChunk; left > 0; --left) {
+    for (qint64 left = total / kPictureChunk; left > 0; --left) {
         move(std::span(buffer));
     }
 }

@@ -7,10 +7,10 @@
 namespace varo {
 
 /// Bytes of a picture that are moved at a time.
-inline constexpr qint64 PictureChunk = 16384;
+inline constexpr qint64 kPictureChunk = 16384;
 
 /// Most full chunks that a picture may have.
-inline constexpr qint64 PictureChunkLimit = 32767;
+inline constexpr qint64 kPictureChunkLimit = 32767;
 
 /// Replaces the content of `field` by the bytes of the file, one chunk in memory at a time: first
 /// the bytes that fill no chunk, then the full chunks. An empty file leaves the field unchanged.

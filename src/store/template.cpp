@@ -22,7 +22,7 @@ QString schema() {
 void createEmptyLibrary(const QString& path) {
     const QString version =
         QStringLiteral("INSERT INTO TableInfo (PrptyName, PrptyVal) VALUES ('DBVersion', '%1');")
-            .arg(QLatin1StringView(TemplateVersion));
+            .arg(QLatin1StringView(kTemplateVersion));
     data::createDatabase(path, schema() + version);
 }
 
@@ -30,7 +30,7 @@ void ReadTemplateInfo(const QString& folder, const QString& itemName, QString& v
                       QString& errorText, bool& ok) {
     ok = false;
     data::Connection connection;
-    if (ConnectLibrary(folder, QLatin1StringView(TemplateFileName), connection, {})) {
+    if (ConnectLibrary(folder, QLatin1StringView(kTemplateFileName), connection, {})) {
         try {
             const data::Recordset item = connection.query(
                 QStringLiteral("Select * From TableInfo Where PrptyName = ?"), {itemName});

@@ -7,10 +7,10 @@
 namespace varo {
 
 /// Name of the file that new libraries are copied from.
-inline constexpr auto TemplateFileName = "VaroPelm.tpl";
+inline constexpr auto kTemplateFileName = "VaroPelm.tpl";
 
 /// Version that a template's "DBVersion" record must carry.
-inline constexpr auto TemplateVersion = "2.0";
+inline constexpr auto kTemplateVersion = "2.0";
 
 /// Makes a new, empty library file at `path`, with all tables, the indexes that the statements need
 /// and the version record. The file appears complete or not at all. Throws data::Error when it

@@ -1,17 +1,13 @@
 #include "engine/calculation.h"
 
 #include "engine/numbers.h"
-#include "engine/unicode.h"
+#include "engine/text/unicode.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 using namespace varo::engine;
 
-namespace {
-
-bool evaluate(std::string_view text, std::initializer_list<Given> given, Value& result,
-              Error& error) {
+Outcome outcomeOf(std::string_view text, const Given& given) {
     const Formula formula = Formula::parse(text);
     Values values(formula);
     for (const auto& [name, value] : given) {
@@ -21,85 +17,77 @@ bool evaluate(std::string_view text, std::initializer_list<Given> given, Value& 
             values.set(name, std::string_view(std::get<std::string>(value)));
         }
     }
-    return formula.evaluate(values, result, error);
+    Outcome outcome;
+    const bool worked = formula.evaluate(values, outcome.value, outcome.error);
+    EXPECT_EQ(worked, !outcome.error) << text;
+    return outcome;
 }
 
-}  // namespace
-
-std::string answer(std::string_view formula, std::initializer_list<Given> given) {
-    Value result;
-    Error error;
-    if (!evaluate(formula, given, result, error)) {
+std::string answer(std::string_view formula, const Given& given) {
+    const auto [value, error] = outcomeOf(formula, given);
+    if (error) {
         return error.text();
     }
-    if (const double* const value = std::get_if<double>(&result)) {
-        return shortest(*value);
+    const double* const number = std::get_if<double>(&value);
+    return number != nullptr ? shortest(*number) : '\'' + std::get<std::string>(value) + '\'';
+}
+
+std::vector<std::pair<std::string, std::string>> rowsOf(std::string_view table) {
+    constexpr std::string_view kArrow = " → ";
+    constexpr std::string_view kBetweenRows = " | ";
+    std::vector<std::pair<std::string, std::string>> rows;
+    for (std::size_t at = 0; at < table.size();) {
+        const std::size_t end = std::min(table.find(kBetweenRows, at), table.size());
+        const std::string_view row = table.substr(at, end - at);
+        const std::size_t arrow = row.find(kArrow);
+        EXPECT_TRUE(arrow != row.npos && arrow == row.rfind(kArrow)) << "not one arrow: " << row;
+        rows.emplace_back(row.substr(0, arrow), row.substr(arrow + kArrow.size()));
+        at = end + kBetweenRows.size();
     }
-    return '\'' + std::get<std::string>(result) + '\'';
+    return rows;
 }
 
-double number(std::string_view formula, std::initializer_list<Given> given) {
-    Value result;
-    Error error;
-    const bool isNumber =
-        evaluate(formula, given, result, error) && std::holds_alternative<double>(result);
-    return isNumber ? std::get<double>(result) : std::numeric_limits<double>::quiet_NaN();
-}
-
-std::string variables(std::string_view text) {
-    const Formula formula = Formula::parse(text);
-    std::string list;
-    for (std::size_t i = 0; i < formula.variableCount(); ++i) {
-        const Variable variable = formula.variable(i);
-        list += list.empty() ? "" : " ";
-        list += variable.name;
-        list += variable.type == Type::Text ? ":text" : "";
-    }
-    return list;
-}
-
-std::pair<std::string_view, std::string_view> sidesOf(std::string_view row) {
-    constexpr std::string_view arrow = " → ";
-    const std::size_t place = row.find(arrow);
-    if (place == std::string_view::npos || row.find(arrow, place + 1) != std::string_view::npos) {
-        ADD_FAILURE() << "not one arrow: " << row;
-        return {};
-    }
-    return {row.substr(0, place), row.substr(place + arrow.size())};
-}
-
-void expectAnswers(Rows rows, std::initializer_list<Given> given) {
-    for (const std::string_view row : rows) {
-        const auto [formula, expected] = sidesOf(row);
+void expectAnswers(std::string_view table, const Given& given) {
+    for (const auto& [formula, expected] : rowsOf(table)) {
         EXPECT_EQ(answer(formula, given), expected) << formula;
     }
 }
 
-void expectVariables(Rows rows) {
-    for (const std::string_view row : rows) {
-        const auto [formula, expected] = sidesOf(row);
-        EXPECT_EQ(variables(formula), expected) << formula;
+void expectVariables(std::string_view table) {
+    for (const auto& [text, expected] : rowsOf(table)) {
+        const Formula formula = Formula::parse(text);
+        std::string variables;
+        for (std::size_t i = 0; i < formula.variableCount(); ++i) {
+            const auto [name, type] = formula.variable(i);
+            variables += i == 0 ? "" : " ";
+            variables += name;
+            variables += type == Type::Text ? ":text" : "";
+        }
+        EXPECT_EQ(variables, expected) << text;
     }
 }
 
-void expectErrors(Rows rows) {
-    constexpr std::string_view mark = "▸";
-    for (const std::string_view row : rows) {
-        const auto [marked, message] = sidesOf(row);
-        const std::size_t place = marked.find(mark);
-        ASSERT_NE(place, std::string_view::npos) << row;
-        const std::string text = std::string(marked).erase(place, mark.size());
-        const Formula formula = Formula::parse(text);
-        EXPECT_FALSE(formula.isValid()) << row;
-        EXPECT_EQ(formula.error().text(), message) << row;
-        EXPECT_EQ(formula.error().position, characterCount(marked.substr(0, place)) + 1) << row;
-        EXPECT_EQ(answer(text), message) << row;
+void expectErrors(std::string_view message, std::string_view table) {
+    constexpr std::string_view kMark = "▸";
+    for (auto [text, subject] : rowsOf(table)) {
+        const std::size_t place = text.find(kMark);
+        ASSERT_NE(place, std::string::npos) << text;
+        const std::size_t position = characterCount(text.substr(0, place)) + 1;
+        std::string expected;
+        for (const char c : message) {
+            expected += c == '%'   ? subject
+                        : c == '#' ? std::to_string(position)
+                                   : std::string(1, c);
+        }
+        const Error error = Formula::parse(text.erase(place, kMark.size())).error();
+        EXPECT_EQ(error.text(), expected) << text;
+        EXPECT_EQ(error.position, position) << text;
+        EXPECT_EQ(answer(text), expected) << text;
     }
 }
 
 std::string repeated(std::string_view text, std::size_t times) {
     std::string result;
-    result.reserve(text.size() * times);
     for (std::size_t i = 0; i < times; ++i) {
         result += text;
     }

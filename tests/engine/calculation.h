@@ -2,39 +2,38 @@
 
 #include "engine/formula.h"
 
-#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
-/// A variable's name and its value.
-using Given = std::pair<std::string_view, varo::engine::Value>;
+/// Variables by their names, with their values.
+using Given = std::vector<std::pair<std::string, varo::engine::Value>>;
 
-/// What evaluating `formula` comes to: a number in its shortest form, a text between single quotes,
-/// or the message of the error.
-std::string answer(std::string_view formula, std::initializer_list<Given> given = {});
+/// What evaluating a formula gives: its value, unless there is an error.
+struct Outcome {
+    varo::engine::Value value;
+    varo::engine::Error error;
+};
+Outcome outcomeOf(std::string_view formula, const Given& given = {});
 
-/// The number that `formula` comes to; NaN when it fails or gives a text.
-double number(std::string_view formula, std::initializer_list<Given> given = {});
+/// An outcome as text: a number in its shortest form, a text between single quotes, or the message
+/// of the error.
+std::string answer(std::string_view formula, const Given& given = {});
 
-/// The variables of `formula`: "a b:text"; one without a type is a number.
-std::string variables(std::string_view formula);
+/// A table in one text, "1+1 → 2 | 1/0 → 除数不能为零！": the two sides of each arrow.
+std::vector<std::pair<std::string, std::string>> rowsOf(std::string_view table);
 
-/// Rows of a table, each a formula and what is expected of it: "1+1 → 2".
-using Rows = std::initializer_list<std::string_view>;
+/// Expects the right side of each row to be the answer to the formula on the left.
+void expectAnswers(std::string_view table, const Given& given = {});
 
-/// The two sides of a row's arrow. A row without one fails the test.
-std::pair<std::string_view, std::string_view> sidesOf(std::string_view row);
+/// Expects the right side of each row to be the variables of its formula: "a b:text"; one without a
+/// type is a number.
+void expectVariables(std::string_view table);
 
-/// Expects the right side of each row to be the answer to its formula.
-void expectAnswers(Rows rows, std::initializer_list<Given> given = {});
-
-/// Expects the right side of each row to be the list of its formula's variables.
-void expectVariables(Rows rows);
-
-/// Expects each formula to be invalid, with the message on the right side and the position that
-/// "▸" marks in it: "1▸) → 公式中的括号不匹配！".
-void expectErrors(Rows rows);
+/// Expects each formula to be invalid, with the position that "▸" marks in it and `message`, in
+/// which `%` stands for the right side and `#` for the position.
+void expectErrors(std::string_view message, std::string_view table);
 
 /// `text` so many times in a row.
 std::string repeated(std::string_view text, std::size_t times);

@@ -2,7 +2,9 @@
 // several ways and evaluated in several ways.
 
 #include "engine/calculation.h"
+#include "engine/language/functions.h"
 #include "engine/numbers.h"
+#include "engine/text/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -30,20 +32,28 @@ struct Word {
 };
 
 constexpr int kSign = 3;
-constexpr Word kArithmetic[] = {
+const std::vector<Word> kArithmetic{
     {"+", 5}, {"-", 5},  {"*", 4},          {"/", 4},          {"=", 6},         {"<>", 6},
     {"<", 6}, {"<=", 6}, {">", 6},          {">=", 6},         {" And ", 8},     {" Or ", 9},
     {"+", 5}, {"*", 4},  {"-", kSign, "n"}, {"+", kSign, "n"}, {"Not ", 7, "n"}, {"If", 0, "nnn"}};
-constexpr Word kOfNumbers[] = {{"^", 2},         {"^", 2},           {"!", 1, "n"},
-                               {"sin", 0, "n"},  {"arccos", 0, "n"}, {"ctan", 0, "n"},
-                               {"sqrt", 0, "n"}, {"ln", 0, "n"},     {"int", 0, "n"},
-                               {"preci", 0},     {"mod", 0}};
-constexpr Word kOfTexts[] = {
-    {"=", 6, "tt"},  {"<", 6, "tt"},     {" Like ", 6, "tt"},   {" Equal ", 6, "tt"},
-    {"S2R", 0, "t"}, {"StrLen", 0, "t"}, {"StrFind", 0, "ttn"}, {"StrMismatch", 0, "ttnnn"}};
-constexpr Word kToTexts[] = {{"R2S", 0},        {"StrCase", 0, "tn"},       {"StrCat", 0, "ttt"},
-                             {"Left", 0, "tn"}, {"StrReplace", 0, "tttnn"}, {"StrSub", 0, "tnnn"},
-                             {"If", 0, "ntt"},  {"StrTrim", 0, "ttn"}};
+
+/// `words` and the functions that give that type, of texts or not.
+std::vector<Word> withFunctions(std::vector<Word> words, ParameterType result, bool ofTexts) {
+    for (const FunctionInfo& info : kFunctions) {
+        if (info.result == result && info.isOfNumbers() != ofTexts) {
+            words.push_back({info.name, 0, info.parameters});
+        }
+    }
+    return words;
+}
+
+const std::vector<Word> kOfNumbers =
+    withFunctions({{"^", 2}, {"^", 2}, {"^", 2}, {"!", 1, "n"}}, ParameterType::Number, false);
+const std::vector<Word> kOfTexts =
+    withFunctions({{"=", 6, "tt"}, {"<", 6, "tt"}, {" Like ", 6, "tt"}, {" Equal ", 6, "tt"}},
+                  ParameterType::Number, true);
+const std::vector<Word> kToTexts =
+    withFunctions({{"If", 0, "ntt"}, {"StrCat", 0, "tttt"}}, ParameterType::Text, true);
 
 constexpr std::array<std::string_view, 8> kLiterals{"0", "1", "2", ".5", "3", "12", "1e154", "171"};
 constexpr std::array kNumbers{0.0, 1.0, -1.0, 2.0, -0.0, 0.5, 3.0, -2.5, 7.0, 100.0, 1e-9, 1e200};
@@ -61,10 +71,10 @@ struct Expression {
     std::string literal;
 };
 
-/// Makes up expressions and values.
-class Author {
+/// Random expressions and values.
+class Generator {
   public:
-    explicit Author(unsigned seed) : random_(seed) {}
+    explicit Generator(unsigned seed) : random_(seed) {}
 
     std::size_t below(std::size_t bound) { return random_() % bound; }
 
@@ -85,14 +95,12 @@ class Author {
     }
 
     /// `text` with ASCII characters in any letter case and in full-width forms.
-    std::string disguised(std::string_view text) {
+    std::string respelled(std::string_view text) {
         std::string result;
         for (const char c : text) {
             const std::size_t way = c > ' ' && c <= '~' ? below(3) : 0;
-            const auto wide = static_cast<unsigned>(c) - 0x21 + 0xFF01;
             if (way == 1) {
-                result += {'\xef', static_cast<char>(0x80 | (wide >> 6 & 0x3F)),
-                           static_cast<char>(0x80 | (wide & 0x3F))};
+                appendCharacter(result, static_cast<char32_t>(c - 0x21 + 0xFF01));
             } else {
                 result += way == 2 && std::isalpha(c) != 0 ? static_cast<char>(c ^ 0x20) : c;
             }
@@ -130,13 +138,13 @@ class Author {
 struct Style {
     Names names = kPlainNames;
     bool allParentheses = false;
-    Author* disguise = nullptr;  ///< of everything but texts
+    Generator* respelling = nullptr;  ///< of everything but texts
 };
 
 std::string written(const Expression& expression, const Style& style, int loosest = 9) {
     const auto& [word, operands, variable, literal] = expression;
     const auto say = [&style](std::string_view text) {
-        return style.disguise != nullptr ? style.disguise->disguised(text) : std::string(text);
+        return style.respelling != nullptr ? style.respelling->respelled(text) : std::string(text);
     };
     std::string text;
     if (variable) {
@@ -162,59 +170,59 @@ std::string written(const Expression& expression, const Style& style, int looses
 
 /// A value as a formula spells it.
 std::string spelled(const Value& value) {
-    const auto* text = std::get_if<std::string>(&value);
-    return text != nullptr ? '"' + *text + '"' : '(' + shortest(std::get<double>(value)) + ')';
+    if (const auto* const text = std::get_if<std::string>(&value)) {
+        return '"' + *text + '"';
+    }
+    const double number = std::get<double>(value);
+    return number == 0 && std::signbit(number) ? "(-0)" : '(' + shortest(number) + ')';
 }
 
 /// Writes random expressions in the plain style, in `style`, and with constants for the variables,
 /// and expects the same of all.
-void expectSameMeaning(Author& author, const Style& style, int count) {
+void expectSameMeaning(Generator& generator, const Style& style, int count) {
     int errors = 0;
     for (int i = 0; i < count; ++i) {
-        const Kind kind = author.oneOf(std::array{Kind::Numbers, Kind::TextVariables});
+        const Kind kind = generator.oneOf(std::array{Kind::Numbers, Kind::TextVariables});
         const Expression expression =
-            author.expression(kind, author.oneOf(std::string_view("nnt")));
+            generator.expression(kind, generator.oneOf(std::string_view("nnt")));
         std::array<Value, kNumberVariables + 2> given;
-        std::generate(given.begin(), given.end(), [&] { return author.oneOf(kNumbers); });
-        given[kNumberVariables] = std::string(author.oneOf(kTexts));
-        given[kNumberVariables + 1] = std::string(author.oneOf(kTexts));
+        std::generate(given.begin(), given.end(), [&] { return generator.oneOf(kNumbers); });
+        given[kNumberVariables] = std::string(generator.oneOf(kTexts));
+        given[kNumberVariables + 1] = std::string(generator.oneOf(kTexts));
         const auto meaning = [&given](const std::string& text, const Names& names) {
-            return answer(text, {{names[0], given[0]},
-                                 {names[1], given[1]},
-                                 {names[2], given[2]},
-                                 {names[3], given[3]},
-                                 {names[4], given[4]},
-                                 {names[5], given[5]}});
+            Given values;
+            for (std::size_t k = 0; k < given.size(); ++k) {
+                values.emplace_back(names[k], given[k]);
+            }
+            return answer(text, values);
         };
         const std::string plain = written(expression, {});
-        const std::string other = written(expression, style);
         const std::string expected = meaning(plain, kPlainNames);
-        ASSERT_EQ(meaning(other, style.names), expected) << plain << '\n' << other;
+        ASSERT_EQ(meaning(written(expression, style), style.names), expected) << plain;
         std::array<std::string, given.size()> constants;
         std::transform(given.begin(), given.end(), constants.begin(), spelled);
         Names names;
         std::copy(constants.begin(), constants.end(), names.begin());
-        const std::string folded = written(expression, {.names = names});
-        ASSERT_EQ(answer(folded), expected) << plain << '\n' << folded;
+        ASSERT_EQ(answer(written(expression, {.names = names})), expected) << plain;
         errors += expected.ends_with("！") ? 1 : 0;
     }
     EXPECT_GT(errors, count / 20) << "hardly any formula fails";
     EXPECT_LT(errors, count * 3 / 4) << "hardly any formula has a value";
 }
 
+template <class Operation>
+double ofDoubles(double x, double y) {
+    return Operation()(x, y);
+}
+
 /// What doubles give; throws the ErrorCode when that is nothing.
 double applied(std::string_view op, double a, double b) {
     static const std::map<std::string_view, double (*)(double, double)> kOperations{
-        {"+", [](double x, double y) { return x + y; }},
-        {"-", [](double x, double y) { return x - y; }},
-        {"*", [](double x, double y) { return x * y; }},
-        {"/", [](double x, double y) { return x / y; }},
-        {"=", [](double x, double y) { return x == y ? 1.0 : 0.0; }},
-        {"<>", [](double x, double y) { return x != y ? 1.0 : 0.0; }},
-        {"<", [](double x, double y) { return x < y ? 1.0 : 0.0; }},
-        {"<=", [](double x, double y) { return x <= y ? 1.0 : 0.0; }},
-        {">", [](double x, double y) { return x > y ? 1.0 : 0.0; }},
-        {">=", [](double x, double y) { return x >= y ? 1.0 : 0.0; }}};
+        {"+", ofDoubles<std::plus<>>},       {"-", ofDoubles<std::minus<>>},
+        {"*", ofDoubles<std::multiplies<>>}, {"/", ofDoubles<std::divides<>>},
+        {"=", ofDoubles<std::equal_to<>>},   {"<>", ofDoubles<std::not_equal_to<>>},
+        {"<", ofDoubles<std::less<>>},       {"<=", ofDoubles<std::less_equal<>>},
+        {">", ofDoubles<std::greater<>>},    {">=", ofDoubles<std::greater_equal<>>}};
     const double value = kOperations.at(op)(a, b);
     if (!std::isfinite(value)) {
         throw op == "/" && b == 0 ? ErrorCode::DivisionByZero : ErrorCode::OutOfRange;
@@ -253,14 +261,14 @@ bool sameBits(double a, double b) {
     return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
 
-void expectRowsAsAlone(Author& author, const Formula& formula, std::size_t rows) {
+void expectRowsAsAlone(Generator& generator, const Formula& formula, std::size_t rows) {
     std::vector<std::vector<double>> table(formula.variableCount(), std::vector<double>(rows));
     std::vector<Column> columns;
     for (std::vector<double>& numbers : table) {
-        const bool varies = author.below(3) > 0;
-        const double fixed = author.oneOf(kNumbers);
+        const bool varies = generator.below(3) > 0;
+        const double fixed = generator.oneOf(kNumbers);
         std::generate(numbers.begin(), numbers.end(),
-                      [&] { return varies ? author.oneOf(kNumbers) : fixed; });
+                      [&] { return varies ? generator.oneOf(kNumbers) : fixed; });
         columns.push_back(varies ? Column(std::span<const double>(numbers)) : Column(fixed));
     }
     std::vector<double> results(rows, 7);
@@ -283,35 +291,35 @@ void expectRowsAsAlone(Author& author, const Formula& formula, std::size_t rows)
 }  // namespace
 
 TEST(Properties, NeitherNeedlessParenthesesNorConstantsForVariablesChangeAResult) {
-    Author author(1);
-    expectSameMeaning(author, {.allParentheses = true}, 4000);
+    Generator generator(1);
+    expectSameMeaning(generator, {.allParentheses = true}, 4000);
 }
 
 TEST(Properties, SpellingChangesNoResult) {
     const std::string longName(300, 'x');
     const std::string longer = longName + '1';
     const std::string longest = longName + "弯矩";
-    Author author(2);
+    Generator generator(2);
     for (const Names& names : {Names{"弯矩", "σ", "截面面积", "d₁", "钢号", "_文本"},
                                Names{"sin", "If", "Log", "StrLen", "int", "Left"},
                                Names{"oR_", "Note", "Andy", "pi2", "e5", "Results"},
                                Names{longName, longer, longest, "xx", "x_", "xX1"}}) {
-        expectSameMeaning(author, {.names = names}, 500);
-        expectSameMeaning(author, {.names = names, .disguise = &author}, 500);
+        expectSameMeaning(generator, {.names = names}, 500);
+        expectSameMeaning(generator, {.names = names, .respelling = &generator}, 500);
     }
 }
 
 TEST(Properties, ArithmeticIsThatOfDoubles) {
-    Author author(3);
+    Generator generator(3);
     int values = 0;
     for (int i = 0; i < 4000; ++i) {
-        const Expression expression = author.expression(Kind::Arithmetic);
+        const Expression expression = generator.expression(Kind::Arithmetic);
         const std::string text = written(expression, {});
         const Formula formula = Formula::parse(text);
         Values given(formula);
         std::array<double, kNumberVariables> numbers{};
         for (std::size_t k = 0; k < numbers.size(); ++k) {
-            numbers[k] = author.oneOf(kNumbers);
+            numbers[k] = generator.oneOf(kNumbers);
             given.set(kPlainNames[k], numbers[k]);
         }
         double result = 0;
@@ -332,33 +340,30 @@ TEST(Properties, ArithmeticIsThatOfDoubles) {
 
 TEST(Properties, ATextInAFormulaChangesNoNumber) {
     // Formulas with texts are evaluated with a look at every step, the others without.
-    Author author(5);
+    Generator generator(5);
     for (int i = 0; i < 3000; ++i) {
-        const std::string inside = written(author.expression(Kind::Numbers), {});
-        const auto around =
-            author.oneOf(std::array<std::pair<std::string_view, std::string_view>, 5>{
-                {{"", ""}, {"exp^(", ")"}, {"arctan(", ")"}, {"1/(", ")^2"}, {"(", ")^4<.5"}}});
-        const std::string text = std::string(around.first) + inside + std::string(around.second);
-        std::array<double, kNumberVariables> numbers{};
-        std::generate(numbers.begin(), numbers.end(), [&] { return author.oneOf(kNumbers); });
-        const auto meaning = [&](const std::string& formula) {
-            return answer(
-                formula,
-                {{"a", numbers[0]}, {"b", numbers[1]}, {"c", numbers[2]}, {"d", numbers[3]}});
-        };
-        ASSERT_EQ(meaning(text), meaning("If(StrLen('')=0," + text + ",0)")) << text;
+        const std::string inside = written(generator.expression(Kind::Numbers), {});
+        using Frame = std::pair<std::string, std::string>;
+        const auto [before, after] = generator.oneOf(std::array<Frame, 5>{
+            {{"", ""}, {"exp^(", ")"}, {"arctan(", ")"}, {"1/(", ")^2"}, {"(", ")^4<.5"}}});
+        const std::string text = before + inside + after;
+        Given given;
+        for (std::size_t k = 0; k < kNumberVariables; ++k) {
+            given.emplace_back(kPlainNames[k], generator.oneOf(kNumbers));
+        }
+        ASSERT_EQ(answer(text, given), answer("If(StrLen('')=0," + text + ",0)", given)) << text;
     }
 }
 
 TEST(Properties, RowsOfATableGiveWhatTheyGiveAlone) {
-    Author author(4);
+    Generator generator(4);
     for (const std::size_t rows : {0, 1, 2, 255, 256, 257, 1000}) {
         for (int i = 0; i < 100; ++i) {
             const Kind kind =
-                author.oneOf(std::array{Kind::Arithmetic, Kind::Numbers, Kind::Texts});
-            const std::string text = written(author.expression(kind), {});
+                generator.oneOf(std::array{Kind::Arithmetic, Kind::Numbers, Kind::Texts});
+            const std::string text = written(generator.expression(kind), {});
             SCOPED_TRACE(text + " with " + std::to_string(rows) + " rows");
-            expectRowsAsAlone(author, Formula::parse(text), rows);
+            expectRowsAsAlone(generator, Formula::parse(text), rows);
         }
     }
 }

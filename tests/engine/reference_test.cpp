@@ -2,33 +2,26 @@
 //     `formula` → `result`    or, with values,    `formula`（`a=1`，`s="x"`） → `result`
 // where the result is a number, a text between single quotes, or the message of an error.
 
-#include "engine/formula.h"
+#include "engine/calculation.h"
+#include "engine/language/vocabulary.h"
 #include "engine/numbers.h"
-#include "engine/vocabulary.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <regex>
 #include <set>
-#include <string>
-#include <string_view>
-#include <vector>
 
 using namespace varo::engine;
 
 namespace {
 
-/// A piece of code on a line, and what stands before it; the last one is the rest of the line.
-struct Span {
-    std::string before;
-    std::string code;
-};
-
 struct Example {
     std::string formula;
-    std::vector<std::string> given;
+    Given given;
     std::string result;
 };
 
@@ -39,162 +32,86 @@ struct Line {
     std::vector<Example> examples;
 };
 
-std::vector<Span> spansOf(std::string_view line) {
-    std::vector<Span> spans;
-    std::size_t at = 0;
-    for (std::size_t open = line.find('`'); open != std::string_view::npos;
-         open = line.find('`', at)) {
-        const std::size_t close = std::min(line.find('`', open + 1), line.size());
-        spans.push_back({std::string(line.substr(at, open - at)),
-                         std::string(line.substr(open + 1, close - open - 1))});
-        at = std::min(close + 1, line.size());
+/// `text` as the values of variables: `a=1`，`s="x"`. What is no number must be between quotes.
+Given givenIn(const std::string& text) {
+    static const std::regex value("`([^=`]*)=(\"?)([^`]*?)\\2`");
+    Given given;
+    for (std::sregex_iterator at(text.begin(), text.end(), value), end; at != end; ++at) {
+        const std::optional<double> number = parseNumber((*at)[3].str());
+        EXPECT_NE((*at)[2].length() != 0, number.has_value()) << text;
+        given.emplace_back((*at)[1], number ? Value(*number) : Value((*at)[3].str()));
     }
-    spans.push_back({std::string(line.substr(at)), {}});
-    return spans;
-}
-
-/// The example whose result is spans[result]. The first of its given values is preceded by "（",
-/// the others by "，".
-Example exampleAt(const std::vector<Span>& spans, std::size_t result) {
-    Example example{{}, {}, spans[result].code};
-    std::size_t formula = result - 1;
-    if (spans[result].before.starts_with("）")) {
-        while (formula > 0 && spans[formula].before == "，") {
-            --formula;
-        }
-        EXPECT_EQ(spans[formula].before, "（") << "before the result " << example.result;
-        for (std::size_t i = formula; i < result; ++i) {
-            example.given.push_back(spans[i].code);
-        }
-        --formula;
-    }
-    example.formula = spans[formula].code;
-    return example;
-}
-
-Line lineOf(const std::string& text, const std::string& chapter) {
-    const std::vector<Span> spans = spansOf(text);
-    Line line{chapter, {}, {}};
-    if (spans.size() > 1 && spans[0].before == "| " && spans[1].before.starts_with(" |")) {
-        line.described = spans[0].code;
-    }
-    for (std::size_t i = 0; i < spans.size(); ++i) {
-        const bool isResult = spans[i].before == " → " || spans[i].before == "） → ";
-        if (isResult && i > 0 && i + 1 < spans.size()) {
-            line.examples.push_back(exampleAt(spans, i));
-        } else if (spans[i].before.find("→") != std::string::npos) {
-            ADD_FAILURE() << "an arrow that is no example: " << text;
-        }
-    }
-    return line;
-}
-
-std::vector<Line> readPage() {
-    std::vector<Line> lines;
-    std::ifstream file(VARO_REFERENCE);
-    std::string chapter;
-    for (std::string text; std::getline(file, text);) {
-        if (text.starts_with("## ")) {
-            chapter = text.substr(3);
-        }
-        lines.push_back(lineOf(text, chapter));
-    }
-    return lines;
-}
-
-const std::vector<Line>& page() {
-    static const std::vector<Line> lines = readPage();
-    return lines;
+    return given;
 }
 
 /// `formula` with 1001 of the character before "…".
-std::string writtenOut(std::string formula) {
-    constexpr std::string_view dots = "…";
-    const std::size_t place = formula.find(dots);
-    return place == std::string::npos
+std::string writtenOut(const std::string& formula) {
+    const std::size_t dots = formula.find("…");
+    return dots == std::string::npos
                ? formula
-               : formula.replace(place, dots.size(), 1000, formula[place - 1]);
+               : formula.substr(0, dots) + std::string(1000, formula[dots - 1]) +
+                     formula.substr(dots + std::string_view("…").size());
 }
 
-bool give(Values& values, const std::string& given) {
-    const std::size_t equals = given.find('=');
-    const std::string name = given.substr(0, equals);
-    const std::string value = given.substr(equals + 1);
-    if (const std::optional<double> number = parseNumber(value)) {
-        return values.set(name, *number);
+Line lineOf(const std::string& text, const std::string& chapter) {
+    static const std::regex description("^\\| `([^`]*)` \\|.*");
+    static const std::regex example("`([^`]*)`(?:（((?:`[^`]*`(?:，)?)+)）)? → `([^`]*)`");
+    Line line{chapter, {}, {}};
+    if (std::smatch match; std::regex_match(text, match, description)) {
+        line.described = match[1];
     }
-    return value.size() >= 2 && value.front() == '"' && value.back() == '"' &&
-           values.set(name, std::string_view(value).substr(1, value.size() - 2));
+    for (std::sregex_iterator at(text.begin(), text.end(), example), end; at != end; ++at) {
+        line.examples.push_back({writtenOut((*at)[1]), givenIn((*at)[2]), (*at)[3]});
+    }
+    static const std::regex arrow("→");
+    EXPECT_EQ(std::distance(std::sregex_iterator(text.begin(), text.end(), arrow), {}),
+              std::ssize(line.examples))
+        << "an arrow that is no example: " << text;
+    return line;
 }
 
-/// `number` with as many digits as the page gives.
-std::string shown(double number) {
-    std::array<char, 32> text{};
-    const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), number,
-                                            std::chars_format::general, 15);
-    return {text.data(), end};
+const std::vector<Line>& page() {
+    static const std::vector<Line> lines = [] {
+        std::vector<Line> read;
+        std::ifstream file(VARO_REFERENCE);
+        std::string chapter;
+        for (std::string text; std::getline(file, text);) {
+            chapter = text.starts_with("## ") ? text.substr(3) : chapter;
+            read.push_back(lineOf(text, chapter));
+        }
+        return read;
+    }();
+    return lines;
 }
 
-struct Outcome {
-    std::string text;
-    ErrorCode code;
-};
-
-Outcome outcomeOf(const Example& example) {
-    const Formula formula = Formula::parse(writtenOut(example.formula));
-    Values values(formula);
-    for (const std::string& given : example.given) {
-        EXPECT_TRUE(give(values, given) || !formula.isValid()) << example.formula << ": " << given;
-    }
-    Value result;
-    Error error;
-    if (!formula.evaluate(values, result, error)) {
-        return {error.text(), error.code};
-    }
-    if (const double* const number = std::get_if<double>(&result)) {
-        return {shown(*number), ErrorCode::None};
-    }
-    return {'\'' + std::get<std::string>(result) + '\'', ErrorCode::None};
+/// A number with as many digits as the page gives; any other text as it is.
+std::string shown(const std::string& text) {
+    const std::optional<double> number = parseNumber(text);
+    std::array<char, 32> digits{};
+    return !number ? text
+                   : std::string(digits.data(), std::to_chars(digits.begin(), digits.end(), *number,
+                                                              std::chars_format::general, 15)
+                                                    .ptr);
 }
 
-/// What the rows of `chapter` describe. Each has an example in whose formula `use` of it occurs.
-template <class Use>
-std::multiset<std::string> describedIn(std::string_view chapter, Use use) {
+/// What the rows of `chapter` describe, in the form that `shape` gives it. Each has an example in
+/// whose formula the text before its parameters occurs.
+template <class Shape>
+std::multiset<std::string> describedIn(std::string_view chapter, Shape shape) {
     std::multiset<std::string> described;
     for (const Line& line : page()) {
         if (line.chapter == chapter && !line.described.empty()) {
-            described.insert(line.described);
-            const std::string part = use(line.described);
+            described.insert(shape(line.described));
+            const std::string part = line.described.substr(0, line.described.find('(') + 1);
+            const std::string used = part.empty() ? line.described : part;
             EXPECT_TRUE(std::any_of(line.examples.begin(), line.examples.end(),
-                                    [&part](const Example& example) {
-                                        return example.formula.find(part) != std::string::npos;
+                                    [&used](const Example& example) {
+                                        return example.formula.find(used) != std::string::npos;
                                     }))
                 << "no example of " << line.described;
         }
     }
     return described;
-}
-
-std::string asItIs(const std::string& described) {
-    return described;
-}
-
-/// "mod(" of "mod(x, y)".
-std::string nameAndParenthesis(const std::string& described) {
-    return described.substr(0, described.find('(') + 1);
-}
-
-/// A function as the page has it, with the letters of its parameters left out: "mod(,)".
-std::string shapeOf(const FunctionInfo& info) {
-    const std::size_t more = info.repeatsLast ? 1 : 0;
-    return std::string(info.name) + '(' + std::string(info.parameters.size() - 1 + more, ',') + ')';
-}
-
-std::string shapeOf(const std::string& described) {
-    std::string shape = nameAndParenthesis(described);
-    shape.append(static_cast<std::size_t>(std::count(described.begin(), described.end(), ',')),
-                 ',');
-    return shape + ')';
 }
 
 }  // namespace
@@ -203,8 +120,7 @@ TEST(Reference, EveryExampleComesToWhatThePageSays) {
     std::size_t count = 0;
     for (const Line& line : page()) {
         for (const Example& example : line.examples) {
-            const std::optional<double> number = parseNumber(example.result);
-            EXPECT_EQ(outcomeOf(example).text, number ? shown(*number) : example.result)
+            EXPECT_EQ(shown(answer(example.formula, example.given)), shown(example.result))
                 << example.formula;
             ++count;
         }
@@ -212,32 +128,30 @@ TEST(Reference, EveryExampleComesToWhatThePageSays) {
     EXPECT_GT(count, 180U);
 }
 
-TEST(Reference, DescribesEveryOperatorWithAnExample) {
+TEST(Reference, DescribesEveryOperatorFunctionAndConstantWithAnExample) {
+    const auto asItIs = [](const std::string& described) { return described; };
     std::multiset<std::string> operators;
     for (const OperatorInfo& info : kOperators) {
         operators.emplace(info.spelling);
     }
     EXPECT_EQ(describedIn("运算符", asItIs), operators);
-}
-
-TEST(Reference, DescribesEveryFunctionWithItsParametersAndAnExample) {
-    std::multiset<std::string> functions;
-    for (int function = 0; function < static_cast<int>(Function::Unknown); ++function) {
-        functions.insert(shapeOf(infoOf(static_cast<Function>(function))));
-    }
-    std::multiset<std::string> described;
-    for (const std::string& function : describedIn("函数", nameAndParenthesis)) {
-        described.insert(shapeOf(function));
-    }
-    EXPECT_EQ(described, functions);
-}
-
-TEST(Reference, DescribesTheConstantsWithAnExample) {
     const std::multiset<std::string> constants = describedIn("常数", asItIs);
     EXPECT_EQ(constants, (std::multiset<std::string>{"exp", "pi", "π"}));
     for (const std::string& constant : constants) {
         EXPECT_EQ(wordNamed(constant).kind, Word::Kind::Constant) << constant;
     }
+    // A function with the letters of its parameters left out: "mod(,)".
+    std::multiset<std::string> functions;
+    for (const FunctionInfo& info : std::span(kFunctions).subspan(1)) {
+        const std::size_t commas = info.parameters.size() - (info.repeatsLast ? 0 : 1);
+        functions.insert(std::string(info.name) + '(' + std::string(commas, ',') + ')');
+    }
+    EXPECT_EQ(describedIn("函数",
+                          [](const std::string& described) {
+                              static const std::regex letters("[^(,)]+(?=[,)])");
+                              return std::regex_replace(described, letters, "");
+                          }),
+              functions);
 }
 
 TEST(Reference, GivesAnExampleOfEveryError) {
@@ -245,7 +159,7 @@ TEST(Reference, GivesAnExampleOfEveryError) {
     for (const Line& line : page()) {
         for (const Example& example : line.examples) {
             if (line.chapter == "错误提示") {
-                shownErrors.insert(outcomeOf(example).code);
+                shownErrors.insert(outcomeOf(example.formula, example.given).error.code);
             }
         }
     }

@@ -1,39 +1,28 @@
-#include "support/desk.h"
+#include "formula/panel.h"
 
-#include <QApplication>
 #include <QClipboard>
-#include <QSpinBox>
-#include <QTest>
-
-#include <gtest/gtest.h>
 
 namespace varo::test {
 namespace {
 
-/// The control with one formula shown, whose text a test replaces.
-class Calculation : public testing::Test {
-  protected:
-    Calculation() {
-        library.addFormula(0, QStringLiteral("式"), QStringLiteral("1"));
-        desk.run(configuration.folder());
-    }
+using State = ui::ResultBox::State;
 
-    /// Result box after the formula was typed, values given and "计算" clicked.
+class Calculation : public Panel {
+  protected:
+    Calculation() { showNew(u"1"_s); }
+
+    /// The result box after the formula was typed, values given and "计算" clicked.
     QString calculated(const QString& formula,
                        std::initializer_list<std::pair<QString, QString>> values = {}) {
-        desk.formulaBox().setText(formula);
+        box.setText(formula);
         for (const auto& [name, value] : values) {
-            desk.typeValue(name, value);
+            typeValue(name, value);
         }
-        desk.clickButton("cmdCalCulate");
-        return desk.result();
+        click(area.cmdCalCulate);
+        return result.text();
     }
 
-    void setPlaces(const QString& text) { desk.child<QLineEdit>("txtPrecision").setText(text); }
-
-    TestLibrary library;
-    TestConfiguration configuration{&library};
-    Desk desk;
+    ResultForm& area = form.panel.result;
 };
 
 TEST_F(Calculation, ShowsTheResultOrWhatIsWrong) {
@@ -48,7 +37,6 @@ TEST_F(Calculation, ShowsTheResultOrWhatIsWrong) {
         {"1e10*1000", "10000000000000.00", true},
         {"\"梁\"", "梁", true},
         {"StrCat(\"a\",\"b\")", "ab", true},
-        {"", "", false},
         {"1+", "公式不完整！", false},
         {"1/0", "除数不能为零！", false},
         {"sin(\"a\")", "函数“sin”的第1参量只能被赋予数值型参数。", false},
@@ -56,85 +44,137 @@ TEST_F(Calculation, ShowsTheResultOrWhatIsWrong) {
         {"mod(5)", "函数“mod”的参数不足。", false},
     };
     for (const auto& each : cases) {
-        EXPECT_EQ(calculated(QString::fromUtf8(each.formula)), QString::fromUtf8(each.result))
-            << each.formula;
-        for (const char* button : {"cmdSaveResult", "cmdCopy", "cmdSend"}) {
-            EXPECT_EQ(desk.isEnabled(button), each.valid) << each.formula << ' ' << button;
-        }
+        EXPECT_EQ(calculated(QString::fromUtf8(each.formula)), QString::fromUtf8(each.result));
+        EXPECT_EQ(result.state(), each.valid ? State::Normal : State::Error) << each.formula;
+        EXPECT_EQ(canUseResult(), each.valid) << each.formula;
     }
-    EXPECT_TRUE(desk.messages().isEmpty());
+    EXPECT_EQ(calculated(QString()), QString());
+    EXPECT_EQ(result.state(), State::Normal);
+    EXPECT_FALSE(canUseResult());
+    EXPECT_TRUE(questions.informed.isEmpty());
 }
 
 TEST_F(Calculation, TakesValuesByTheTypeOfTheVariable) {
-    const QString formula = QStringLiteral("If(s Equal \"梁\",x,0)");
-    const QString s = QStringLiteral("s");
-    const QString x = QStringLiteral("x");
-    EXPECT_EQ(calculated(formula, {{s, QStringLiteral("梁")}, {x, QStringLiteral("+1.5E2")}}),
-              QStringLiteral("150.00"));
-    EXPECT_EQ(calculated(formula, {{x, QStringLiteral("12a")}}),
-              QStringLiteral("用户为变量“x”所赋的值与变量类型不符！"));
-    EXPECT_FALSE(desk.isEnabled("cmdSaveResult"));
-    EXPECT_EQ(calculated(formula, {{x, QStringLiteral("1,5")}}),
-              QStringLiteral("用户为变量“x”所赋的值与变量类型不符！"));
+    const QString formula = u"If(s Equal \"梁\",x,0)"_s;
+    EXPECT_EQ(calculated(formula, {{u"s"_s, u"梁"_s}, {u"x"_s, u"+1.5E2"_s}}), u"150.00"_s);
+    for (const QString& wrong : {u"12a"_s, u"1,5"_s, u"1e999"_s}) {
+        EXPECT_EQ(calculated(formula, {{u"x"_s, wrong}}),
+                  u"用户为变量“x”所赋的值与变量类型不符！"_s);
+        EXPECT_FALSE(canUseResult());
+    }
+}
+
+TEST_F(Calculation, AValueFollowsTheTypeThatTheFormulaGivesItsVariable) {
+    EXPECT_EQ(calculated(u"StrLen(v)"_s, {{u"v"_s, u"12"_s}}), u"2.00"_s);
+    EXPECT_EQ(calculated(u"v+1"_s), u"13.00"_s);
+    EXPECT_EQ(calculated(u"StrLen(v)"_s), u"2.00"_s);
 }
 
 TEST_F(Calculation, FollowsTheDecimalPlaces) {
     const std::pair<const char*, const char*> cases[] = {
         {"0", "2"}, {"", "2"}, {"3", "1.667"}, {"15", "1.666666666666670"}};
-    for (const auto& [places, result] : cases) {
-        setPlaces(QString::fromLatin1(places));
-        EXPECT_EQ(calculated(QStringLiteral("5/3")), QString::fromLatin1(result)) << places;
+    for (const auto& [places, expected] : cases) {
+        area.txtPrecision->setText(QString::fromLatin1(places));
+        EXPECT_EQ(calculated(u"5/3"_s), QString::fromLatin1(expected)) << places;
     }
 }
 
 TEST_F(Calculation, TheMemorySumsNumericResultsUntilItIsCleared) {
-    desk.clickButton("CmdAddResult");
-    EXPECT_EQ(desk.result(), QStringLiteral("0.00"));
-    setPlaces(QStringLiteral("1"));
+    click(area.CmdAddResult);
+    EXPECT_EQ(result.text(), u"0.00"_s);
+    area.txtPrecision->setText(u"1"_s);
     for (const char* formula : {"1.5", "2", "\"text\"", "1/0"}) {
         calculated(QString::fromLatin1(formula));
-        desk.clickButton("cmdSaveResult");
+        click(area.cmdSaveResult);
     }
-    EXPECT_EQ(desk.grid().GetListCount(), 2);
-    setPlaces(QStringLiteral("2"));
-    desk.clickButton("CmdAddResult");
-    EXPECT_EQ(desk.result(), QStringLiteral("3.50"));
-    desk.clickButton("cmdClearResult");
-    EXPECT_EQ(desk.result(), QStringLiteral("3.50"));
-    EXPECT_EQ(desk.grid().GetListCount(), 0);
-    desk.clickButton("CmdAddResult");
-    EXPECT_EQ(desk.result(), QStringLiteral("0.00"));
+    EXPECT_EQ(grid.GetListCount(), 2);
+    area.txtPrecision->setText(u"2"_s);
+    click(area.CmdAddResult);
+    EXPECT_EQ(result.text(), u"3.50"_s);
+    EXPECT_EQ(result.state(), State::Normal);
+    EXPECT_FALSE(canUseResult()) << "the sum is no result of the formula";
+    click(area.cmdClearResult);
+    EXPECT_EQ(result.text(), u"3.50"_s);
+    EXPECT_EQ(grid.GetListCount(), 0);
+    click(area.CmdAddResult);
+    EXPECT_EQ(result.text(), u"0.00"_s);
 }
 
 TEST_F(Calculation, CopiesTheResultAsText) {
-    calculated(QStringLiteral("6*7"));
-    desk.clickButton("cmdCopy");
-    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("42.00"));
+    calculated(u"6*7"_s);
+    click(area.cmdCopy);
+    EXPECT_EQ(QApplication::clipboard()->text(), u"42.00"_s);
 }
 
 TEST_F(Calculation, EnterInTheFormulaBoxAndTheMnemonicCalculate) {
-    desk.formulaBox().setText(QStringLiteral("2^10"));
-    desk.formulaBox().setFocus();
-    QTest::keyClick(&desk.formulaBox(), Qt::Key_Return);
-    EXPECT_EQ(desk.result(), QStringLiteral("1024.00"));
-    desk.formulaBox().setText(QStringLiteral("2^3"));
-    QTest::keyClick(&desk.formulaBox(), Qt::Key_U, Qt::AltModifier);
+    box.setText(u"2^10"_s);
+    box.setFocus();
+    QTest::keyClick(&box, Qt::Key_Return);
+    EXPECT_EQ(result.text(), u"1024.00"_s);
+    box.setText(u"2^3"_s);
+    QTest::keyClick(&box, Qt::Key_U, Qt::AltModifier);
     // A button pressed by its mnemonic stays down for a moment.
-    EXPECT_TRUE(QTest::qWaitFor([this] { return desk.result() == QStringLiteral("8.00"); }));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return result.text() == u"8.00"_s; }));
 }
 
-TEST_F(Calculation, AValueStillBeingTypedCounts) {
-    desk.formulaBox().setText(QStringLiteral("z+1"));
-    desk.grid().setFocus();
-    const QModelIndex cell = desk.grid().model()->index(0, 1);
-    desk.grid().setCurrentIndex(cell);
-    QTest::keyClick(&desk.grid(), Qt::Key_F2);
-    QWidget* editor = QApplication::focusWidget();
-    ASSERT_NE(qobject_cast<QLineEdit*>(editor), nullptr);
-    QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClicks(editor, QStringLiteral("41"));
-    desk.clickButton("cmdCalCulate");
-    EXPECT_EQ(desk.result(), QStringLiteral("42.00"));
+TEST_F(Calculation, AValueThatIsBeingTypedCounts) {
+    box.setText(u"z+1"_s);
+    beginTyping(grid, u"z"_s, u"41"_s);
+    click(area.cmdCalCulate);
+    EXPECT_EQ(result.text(), u"42.00"_s);
+}
+
+TEST_F(Calculation, AResultOfEarlierInputIsMarkedAndCannotBePassedOn) {
+    const std::function<void()> changes[] = {
+        [this] { QTest::keyClicks(&box, u"1"_s); },
+        [this] { typeValue(u"x"_s, u"7"_s); },
+        [this] { typeValue(u"x"_s, QString(256, u'1')); },
+        [this] { box.clear(); },
+    };
+    for (const auto& change : changes) {
+        calculated(u"x*2"_s, {{u"x"_s, u"4"_s}});
+        ASSERT_EQ(result.state(), State::Normal);
+        ASSERT_TRUE(canUseResult());
+        change();
+        EXPECT_EQ(result.text(), u"8.00"_s);
+        EXPECT_EQ(result.state(), State::Stale);
+        EXPECT_TRUE(result.toolTip().contains(u"请重新计算"_s));
+        EXPECT_FALSE(canUseResult());
+        // A sum stays true, but is no result of the formula.
+        click(area.CmdAddResult);
+        EXPECT_EQ(result.state(), State::Normal);
+        QTest::keyClicks(&box, u"+1"_s);
+        EXPECT_EQ(result.state(), State::Normal);
+        EXPECT_FALSE(canUseResult());
+    }
+    calculated(u"1/0"_s);
+    box.setText(u"1/1"_s);
+    EXPECT_EQ(result.state(), State::Stale) << "an error too";
+}
+
+TEST_F(Calculation, AValueThatCannotBeReadIsMarkedAndSoIsItsResult) {
+    const qint32 sum = library.addFormula(0, u"和"_s, u"a+1"_s);
+    const auto lock = [this](const char* statement) {
+        library.connection().execute(QString::fromLatin1(statement));
+    };
+    lock("alter table RecentVar rename to Gone");
+    show(sum);
+    EXPECT_EQ(textsOf(grid), QStringList{u"a=0"_s});
+    EXPECT_TRUE(grid.CellNote(1, 1).contains(u"无法读取"_s));
+    EXPECT_EQ(result.text(), u"1.00"_s);
+    EXPECT_EQ(result.state(), State::Doubtful);
+    EXPECT_TRUE(result.toolTip().contains(u"变量“a”：无法读取"_s));
+    lock("alter table Gone rename to RecentVar");
+    typeValue(u"a"_s, u"4"_s);
+    EXPECT_EQ(grid.CellNote(1, 1), QString());
+    EXPECT_EQ(result.state(), State::Stale);
+    click(area.cmdCalCulate);
+    EXPECT_EQ(result.text(), u"5.00"_s);
+    EXPECT_EQ(result.state(), State::Normal);
+    lock("alter table RecentVar rename to Gone");
+    box.setText(u"b/c"_s);
+    box.setText(u"a"_s);
+    EXPECT_EQ(grid.CellNote(1, 1), QString()) << "a note does not stay behind in its row";
 }
 
 }  // namespace

@@ -1,205 +1,138 @@
-#include "formula/variable_grid.h"
-
-#include "support/desk.h"
-
-#include <QApplication>
-#include <QTest>
-
-#include <gtest/gtest.h>
+#include "formula/panel.h"
 
 namespace varo::test {
 namespace {
 
-/// A library with two formulas, and the way to what is stored for their variables.
-struct ValueLibrary {
-    ValueLibrary() {
-        formula = library.addFormula(0, QStringLiteral("和"), QStringLiteral("a+b"));
-        other = library.addFormula(0, QStringLiteral("差"), QStringLiteral("a-b"));
-        library.addValue(QStringLiteral("a"), formula, QStringLiteral("3"));
-        library.addValue(QStringLiteral("b"), 0, QStringLiteral("5"));
+/// The panel with a+b shown; a is 3, the unowned b is 5.
+class VariableGridTest : public Panel {
+  protected:
+    VariableGridTest() {
+        library.addValue(u"a"_s, sum, u"3"_s);
+        library.addValue(u"b"_s, 0, u"5"_s);
+        show(sum);
     }
 
-    /// "formula:value" for each row of a variable, in the order of the formulas.
-    QString stored(const QString& name) {
-        auto rs = library.connection().query(
-            QStringLiteral(
-                "select FormulaID, Value from RecentVar where VarName = ? order by FormulaID"),
-            {name});
-        return remainingRows(rs).join(u' ');
+    /// Feeds a variable of the sum from a source.
+    void setSource(const QString& name, qint32 source, const QString& parameter) {
+        ASSERT_TRUE(
+            library.funcs().EditFormulaVarPara(name, sum, source, parameter, library.connection()));
+        current.close();
+        ASSERT_TRUE(current.open(1));
+        show(sum);
     }
 
-    TestLibrary library;
-    TestConfiguration configuration{&library};
-    qint32 formula = 0;
-    qint32 other = 0;
+    const qint32 sum = library.addFormula(0, u"和"_s, u"a+b"_s);
+    const qint32 difference = library.addFormula(0, u"差"_s, u"a-b"_s);
 };
 
-class StoredValues : public testing::Test, protected ValueLibrary {};
-
-TEST_F(StoredValues, AFormulaSeesItsOwnThenTheUnownedThenZero) {
-    Desk desk(configuration.folder());
-    EXPECT_EQ(desk.gridTexts(), (QStringList{QStringLiteral("a=3"), QStringLiteral("b=5")}));
-    EXPECT_EQ(desk.result(), QStringLiteral("8.00"));
-    desk.clickFormula(QStringLiteral("差"));
-    EXPECT_EQ(desk.gridTexts(), (QStringList{QStringLiteral("a=0"), QStringLiteral("b=5")}));
+TEST_F(VariableGridTest, AFormulaIsShownWithItsStoredValuesAndItsResult) {
+    EXPECT_EQ(textsOf(grid), (QStringList{u"a=3"_s, u"b=5"_s}));
+    EXPECT_EQ(result.text(), u"8.00"_s);
+    show(difference);
+    EXPECT_EQ(textsOf(grid), (QStringList{u"a=0"_s, u"b=5"_s}));
+    EXPECT_EQ(grid.GetCellText(0, 0), u"变量名称"_s);
+    EXPECT_EQ(grid.GetCellText(0, 1), u"变量值"_s);
 }
 
-TEST_F(StoredValues, TypedValuesAreStoredAtOnce) {
-    struct {
-        const char* what;
-        const char* variable;
-        const char* typed;
-        const char* shown;
-        const char* stored;
-    } const cases[] = {
-        {"a new value", "a", "4.5", "4.5", "1|4.5"},
-        {"blanks around it", "a", "  12 ", "  12 ", "1|12"},
-        {"nothing, for a value of its own", "a", "", "0", "1|0"},
-        {"quotes and statements", "a", "'; drop table Tree; --", "'; drop table Tree; --",
-         "1|'; drop table Tree; --"},
-        {"wildcards", "a", "100%_\"", "100%_\"", "1|100%_\""},
-        {"characters outside the basic plane", "a", "𝛔😀", "𝛔😀", "1|𝛔😀"},
-        {"the unowned row is taken over", "b", "7", "7", "1|7"},
-        {"zero takes nothing over", "b", "0", "0", "0|5"},
-        {"zero in another spelling", "b", "-0.0e5", "-0.0e5", "0|5"},
-        {"clearing takes the unowned row over", "b", "", "0", "1|0"},
-    };
-    for (const auto& each : cases) {
-        ValueLibrary fresh;
-        Desk desk(fresh.configuration.folder());
-        desk.typeValue(QString::fromUtf8(each.variable), QString::fromUtf8(each.typed));
-        EXPECT_EQ(desk.value(QString::fromUtf8(each.variable)), QString::fromUtf8(each.shown))
-            << each.what;
-        EXPECT_EQ(fresh.stored(QString::fromUtf8(each.variable)), QString::fromUtf8(each.stored))
-            << each.what;
-        EXPECT_TRUE(desk.messages().isEmpty()) << each.what;
-    }
+TEST_F(VariableGridTest, ATypedValueIsStoredAtOnceAndAFailureIsTold) {
+    typeValue(u"a"_s, u" 4.5"_s);
+    typeValue(u"b"_s, QString());
+    EXPECT_EQ(textsOf(grid), (QStringList{u"a= 4.5"_s, u"b=0"_s}));
+    const QString rows = u"select FormulaID, VarName, Value from RecentVar order by VarName"_s;
+    EXPECT_EQ(library.rows(rows), (QStringList{u"1|a|4.5"_s, u"1|b|0"_s}));
+    EXPECT_TRUE(questions.informed.isEmpty());
+    library.connection().execute(u"drop table RecentVar"_s);
+    typeValue(u"a"_s, u"6"_s);
+    EXPECT_EQ(questions.informed, QStringList{u"无法编辑选定变量的值！"_s});
+    EXPECT_EQ(textsOf(grid).first(), u"a=6"_s) << "the grid keeps what was typed";
 }
 
-TEST_F(StoredValues, AValueOf255CharactersIsStoredAndOneOf256IsRefused) {
-    Desk desk(configuration.folder());
-    const QString longest(255, u'7');
-    desk.typeValue(QStringLiteral("a"), longest);
-    EXPECT_EQ(stored(QStringLiteral("a")), QStringLiteral("1|") + longest);
-    desk.typeValue(QStringLiteral("a"), QString(256, u'8'));
-    EXPECT_EQ(desk.messages(), QStringList{QStringLiteral("给定变量的值超过255个字符")});
-    EXPECT_EQ(desk.value(QStringLiteral("a")), QStringLiteral("0"));
-    EXPECT_EQ(stored(QStringLiteral("a")), QStringLiteral("1|") + longest);
+TEST_F(VariableGridTest, AValueThatIsBeingTypedIsStoredForTheFormulaThatIsLeft) {
+    beginTyping(grid, u"a"_s, u"44"_s);
+    EXPECT_TRUE(pane.storeEdits());
+    show(difference);
+    EXPECT_EQ(library.rows(u"select FormulaID, Value from RecentVar where VarName = 'a'"_s),
+              QStringList{u"1|44"_s});
+    EXPECT_EQ(textsOf(grid).first(), u"a=0"_s);
 }
 
-TEST_F(StoredValues, ATakenOverRowIsNoLongerSeenByOtherFormulas) {
-    Desk desk(configuration.folder());
-    desk.typeValue(QStringLiteral("b"), QStringLiteral("9"));
-    desk.clickFormula(QStringLiteral("差"));
-    EXPECT_EQ(desk.value(QStringLiteral("b")), QStringLiteral("0"));
-    desk.typeValue(QStringLiteral("b"), QStringLiteral("2"));
-    desk.clickFormula(QStringLiteral("和"));
-    EXPECT_EQ(desk.value(QStringLiteral("b")), QStringLiteral("9"));
-    EXPECT_EQ(stored(QStringLiteral("b")), QStringLiteral("1|9 2|2"));
-}
-
-TEST_F(StoredValues, NamesThatDifferInLetterCaseShareAValue) {
-    const qint32 upper = library.addFormula(0, QStringLiteral("积"), QStringLiteral("A*X+x"));
-    library.addValue(QStringLiteral("a"), upper, QStringLiteral("6"));
-    Desk desk(configuration.folder());
-    desk.clickFormula(QStringLiteral("积"));
-    EXPECT_EQ(desk.gridTexts(), (QStringList{QStringLiteral("A=6"), QStringLiteral("X=0")}));
-    desk.typeValue(QStringLiteral("A"), QStringLiteral("8"));
-    EXPECT_EQ(stored(QStringLiteral("A")), QStringLiteral("1|3 3|8"));
-}
-
-TEST_F(StoredValues, TheGridFollowsTheFormulaBoxKeyByKey) {
-    Desk desk(configuration.folder());
-    QLineEdit& box = desk.formulaBox();
+TEST_F(VariableGridTest, TheGridFollowsTheFormulaBoxKeyByKey) {
     box.setFocus();
     box.selectAll();
     QTest::keyClick(&box, Qt::Key_Delete);
-    EXPECT_EQ(desk.grid().Rows(), 1);
+    EXPECT_EQ(grid.Rows(), 1);
     QStringList steps;
-    for (const QChar key : QStringLiteral("b*(c+")) {
-        QTest::keyClick(&box, key.toLatin1());
-        steps.append(desk.gridTexts().join(u','));
+    for (const char key : {'b', '*', '(', 'c', '+'}) {
+        QTest::keyClick(&box, key);
+        steps.append(textsOf(grid).join(u','));
     }
-    EXPECT_EQ(steps,
-              (QStringList{QStringLiteral("b=5"), QStringLiteral("b=5"), QStringLiteral("b=5"),
-                           QStringLiteral("b=5,c=0"), QStringLiteral("b=5,c=0")}));
-    EXPECT_EQ(desk.grid().GetCellText(0, 0), QStringLiteral("变量名称"));
-    EXPECT_EQ(desk.grid().GetCellText(0, 1), QStringLiteral("变量值"));
+    EXPECT_EQ(steps.join(u' '), u"b=5 b=5 b=5 b=5,c=0 b=5,c=0"_s);
 }
 
-TEST_F(StoredValues, ALibraryThatCannotBeWrittenIsToldAndKeepsWhatItHolds) {
-    Desk desk(configuration.folder());
-    library.connection().execute(QStringLiteral("drop table RecentVar"));
-    desk.typeValue(QStringLiteral("a"), QStringLiteral("4"));
-    EXPECT_EQ(desk.messages(), QStringList{QStringLiteral("无法编辑选定变量的值！")});
-    EXPECT_EQ(desk.value(QStringLiteral("a")), QStringLiteral("4"))
-        << "the grid keeps what was typed";
-    desk.typeValue(QStringLiteral("b"), QStringLiteral("4"));
-    EXPECT_EQ(desk.messages().last(), QStringLiteral("无法添加新的变量！"));
+TEST_F(VariableGridTest, ANameHasTheColourOfItsSource) {
+    const std::tuple<qint32, quint32, const char*> cases[] = {
+        {VarSourceTable, 0x0000FF, "a=3"}, {VarSourceProperty, 0xFF0000, "a=7"}, {9, 0, "a="}};
+    properties[u"面积"_s] = u"7"_s;
+    EXPECT_EQ(grid.CellForeColor(1, 0), 0U);
+    for (const auto& [source, color, shown] : cases) {
+        setSource(u"a"_s, source, u"面积"_s);
+        EXPECT_EQ(grid.CellForeColor(1, 0), color);
+        EXPECT_EQ(textsOf(grid).first(), QString::fromLatin1(shown));
+    }
+    EXPECT_EQ(asked, QStringList{u"面积"_s});
 }
 
-TEST_F(StoredValues, AValueStillBeingTypedIsStoredBeforeAnotherFormulaIsShown) {
-    Desk desk(configuration.folder());
-    const QModelIndex cell = desk.grid().model()->index(0, 1);
-    desk.grid().setFocus();
-    desk.grid().setCurrentIndex(cell);
-    QTest::keyClick(&desk.grid(), Qt::Key_F2);
-    auto* editor = qobject_cast<QLineEdit*>(QApplication::focusWidget());
-    ASSERT_NE(editor, nullptr);
-    editor->setText(QStringLiteral("44"));
-    editor->setModified(true);
-    desk.control().SelFormula(QStringLiteral("LvFormulaKey%1").arg(other));
-    EXPECT_EQ(stored(QStringLiteral("a")), QStringLiteral("1|44"));
-    EXPECT_EQ(desk.gridTexts().first(), QStringLiteral("a=0"));
+TEST_F(VariableGridTest, TheHostIsAskedAgainAndTheResultFollows) {
+    setSource(u"a"_s, VarSourceProperty, u"面积"_s);
+    EXPECT_EQ(textsOf(grid), (QStringList{u"a=0"_s, u"b=5"_s})) << "no answer counts as 0";
+    typeValue(u"b"_s, u"6"_s);
+    properties[u"面积"_s] = u"10"_s;
+    pane.refreshPropertyValues();
+    EXPECT_EQ(textsOf(grid), (QStringList{u"a=10"_s, u"b=6"_s}));
+    EXPECT_EQ(result.text(), u"16.00"_s);
+    EXPECT_EQ(result.state(), ui::ResultBox::State::Normal);
+    EXPECT_EQ(asked.size(), 2);
 }
 
-TEST_F(StoredValues, AFailedLocateLeavesTheValuesKnown) {
-    TestLibrary broken;
-    const TestConfiguration both({&library, &broken});
-    Desk desk(both.folder());
-    broken.connection().execute(QStringLiteral("drop table Property"));
-    desk.control().SetDesignProp(QStringLiteral("用途"));
-    desk.typeValue(QStringLiteral("a"), QStringLiteral("8"));
-    EXPECT_EQ(stored(QStringLiteral("a")), QStringLiteral("1|8")) << "no second row";
+TEST_F(VariableGridTest, WhatTheHostShowsWhileItIsAskedStays) {
+    setSource(u"a"_s, VarSourceProperty, u"面积"_s);
+    meanwhile = [this] { show(difference); };
+    properties[u"面积"_s] = u"10"_s;
+    show(sum);
+    EXPECT_EQ(pane.shown(), difference);
+    EXPECT_EQ(textsOf(grid), (QStringList{u"a=0"_s, u"b=5"_s}));
+    EXPECT_EQ(result.text(), u"-5.00"_s);
+    leave();
+    EXPECT_TRUE(told.isEmpty());
 }
 
-TEST_F(StoredValues, AValueIsPickedFromItsDataTable) {
-    class Picker : public ValuePicker {
-      public:
-        std::optional<QString> pick(const QString& path, const QString& database,
-                                    const QString& table) override {
-            asked.append(path + u'|' + database + u'|' + table);
-            meanwhile();
-            return answer;
+TEST_F(VariableGridTest, ThePanelTakesInputOnlyWhileAFormulaIsShown) {
+    const ResultForm& area = form.panel.result;
+    const QWidget* const widgets[] = {form.panel.description.optDesc[0],
+                                      form.panel.description.optDesc[1],
+                                      form.panel.symbols.TabStripSymbol,
+                                      &box,
+                                      &grid,
+                                      &result,
+                                      area.UpDownPrecision,
+                                      area.cmdCalCulate,
+                                      area.cmdSaveResult,
+                                      area.CmdAddResult,
+                                      area.cmdClearResult,
+                                      area.cmdCopy,
+                                      area.cmdSend};
+    for (const bool enabled : {true, false, true}) {
+        pane.SetPanelState(enabled ? SelectionState::Formula : SelectionState::NoFormula);
+        for (const QWidget* widget : widgets) {
+            EXPECT_EQ(widget->isEnabled(), enabled) << widget->objectName().toStdString();
         }
-        QStringList asked;
-        std::optional<QString> answer;
-        std::function<void()> meanwhile = [] {};
-    } picker;
-    ASSERT_TRUE(library.funcs().EditFormulaVarPara(QStringLiteral("a"), formula, VarSourceTable,
-                                                   QStringLiteral("材料.mdb->钢->材"),
-                                                   library.connection()));
-    Desk desk(configuration.folder());
-    desk.control().setValuePicker(&picker);
-    EXPECT_EQ(desk.grid().CellForeColor(1, 0), 0x0000FFU) << "red";
-    emit desk.grid().CellActivate(1, 1);
-    EXPECT_EQ(desk.value(QStringLiteral("a")), QStringLiteral("3"));
-    // The host may turn to something else while the picker is open.
-    picker.meanwhile = [&] {
-        desk.control().SelFormula(QStringLiteral("LvFormulaKey%1").arg(other));
-    };
-    picker.answer = QStringLiteral("206000");
-    emit desk.grid().CellActivate(1, 1);
-    EXPECT_EQ(stored(QStringLiteral("a")), QStringLiteral("1|3"));
-    picker.meanwhile = [] {};
-    picker.asked.removeLast();
-    desk.clickFormula(QStringLiteral("和"));
-    emit desk.grid().CellActivate(1, 1);
-    emit desk.grid().CellActivate(2, 1);
-    EXPECT_EQ(picker.asked, (QStringList{library.folder() + QStringLiteral("|材料.mdb|钢->材"),
-                                         library.folder() + QStringLiteral("|材料.mdb|钢->材")}));
-    EXPECT_EQ(desk.value(QStringLiteral("a")), QStringLiteral("206000"));
-    EXPECT_EQ(stored(QStringLiteral("a")), QStringLiteral("1|206000"));
+    }
+    box.setFocus();
+    EXPECT_TRUE(form.panel.symbols.tbSymbol[9]->isEnabled());
+    pane.ClearFormulaPanel();
+    EXPECT_EQ(grid.Rows(), 1);
+    EXPECT_EQ(box.text() + result.text(), QString());
+    EXPECT_FALSE(canUseResult());
 }
 
 }  // namespace

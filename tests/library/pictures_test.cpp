@@ -76,7 +76,7 @@ TEST_F(Pictures, ACopyComesFromTheFileOrElseFromTheLibrary) {
     EXPECT_FALSE(pictures.copyOut(*listed));
     EXPECT_EQ(fileContent(pictures.copiedFile()), other) << "what was there stays";
     QFile huge(first.addFile(u"huge"_s, old));
-    ASSERT_TRUE(huge.resize((PictureChunkLimit + 1) * PictureChunk));
+    ASSERT_TRUE(huge.resize((kPictureChunkLimit + 1) * kPictureChunk));
     PictureCopy copy(workFile(u"copy"_s));
     EXPECT_FALSE(copy.take(huge.fileName())) << "no library takes it";
     EXPECT_FALSE(QFile::exists(copy.path()));

@@ -1,7 +1,6 @@
-# Goes the way of docs/engine.md as somebody does who has a compiler and CMake, but not the libraries
-# of the control: configures and builds the engine alone, installs it below WORK, builds the consumer
-# on what was installed and compares its output. Arguments: SOURCE, the project's folder; WORK, a
-# folder for everything that is made; COMPILER.
+# Follows docs/engine.md without the libraries of the control: configures and builds the engine alone,
+# installs it below WORK, builds the consumer on what was installed and compares its output.
+# Arguments: SOURCE, the project's folder; WORK, a folder for everything that is made; COMPILER.
 
 set(consumer "${SOURCE}/tests/package/consumer")
 set(prefix "${WORK}/prefix")

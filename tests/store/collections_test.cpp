@@ -20,16 +20,6 @@ QString addLibrary(colFormulaDB& libraries, const QString& name) {
     return success ? key : u"failed"_s;
 }
 
-void addVariable(colVarInfo& variables, const QString& name, qint32 formula, const QString& value) {
-    bool success = false;
-    variables.Add(name, formula, value, VarSourceTyped, {}, {}, success);
-    EXPECT_TRUE(success);
-}
-
-void addFormula(colFormulaInfo& formulas, qint32 id, qint32 parent, const QString& picture = {}) {
-    formulas.Add(id, u"name"_s, u"a+b"_s, u"memo"_s, picture, 0, parent, {});
-}
-
 TEST(Libraries, KeepTheirOrderAndAreFoundByPositionKeyPathOrName) {
     colFormulaDB libraries;
     addLibrary(libraries, u"Steel.db"_s);
@@ -51,38 +41,30 @@ TEST(Libraries, KeepTheirOrderAndAreFoundByPositionKeyPathOrName) {
     EXPECT_EQ(addLibrary(libraries, u"d"_s), u"DBNode4"_s) << "a key is never used again";
 }
 
-TEST(Formulas, TakeTheirPictureFilesWithThemExceptByPosition) {
+TEST(Formulas, AreFoundByIdentifierAndParentAndTakeTheirPictureFilesWithThemExceptByPosition) {
     const QTemporaryDir folder;
     const auto files = [&] { return QDir(folder.path()).entryList(QDir::Files).join(u' '); };
     colFormulaInfo formulas;
-    for (int id = 1; id <= 3; ++id) {
+    for (const qint32 id : {1, 2, 3, 5}) {
         QFile file(folder.filePath(QString::number(id)));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        addFormula(formulas, id, 1, file.fileName());
+        ASSERT_TRUE(id == 5 || file.open(QIODevice::WriteOnly));
+        formulas.Add(id, u"name"_s, u"a+b"_s, u"memo"_s, file.fileName(), 0, id % 2, {});
     }
-    addFormula(formulas, 5, 1, folder.filePath(u"missing"_s));
+    EXPECT_THROW(formulas.Add(clsFormulaInfo(formulas.Item(2))), CollectionError);
+    EXPECT_EQ(formulas.Find(2), &formulas.Item(2));
+    EXPECT_EQ(formulas.Find(4), nullptr);
+    EXPECT_EQ(formulas.FindFormulaCountByPID(1), 3);
+    qint32 id = -1;
+    EXPECT_TRUE(formulas.FindFormulaIDByPID(1, 2, id));
+    EXPECT_FALSE(formulas.FindFormulaIDByPID(0, 2, id));
+    EXPECT_FALSE(formulas.FindFormulaIDByPID(1, 0, id));
+    EXPECT_EQ(id, 3);
     formulas.Remove(1);
     EXPECT_EQ(files(), u"1 2 3"_s);
     formulas.Remove(u"LvFormulaKey2"_s);
     EXPECT_EQ(files(), u"1 3"_s);
     formulas.Clear();
     EXPECT_EQ(files(), u"1"_s);
-}
-
-TEST(Formulas, AreFoundByIdentifierAndByParentAndRefusedTwice) {
-    colFormulaInfo formulas;
-    addFormula(formulas, 11, 1);
-    addFormula(formulas, 12, 2);
-    addFormula(formulas, 13, 1);
-    EXPECT_THROW(addFormula(formulas, 13, 2), CollectionError);
-    EXPECT_EQ(formulas.Find(12), &formulas.Item(2));
-    EXPECT_EQ(formulas.Find(14), nullptr);
-    EXPECT_EQ(formulas.FindFormulaCountByPID(1), 2);
-    qint32 id = -1;
-    EXPECT_TRUE(formulas.FindFormulaIDByPID(1, 2, id));
-    EXPECT_FALSE(formulas.FindFormulaIDByPID(1, 3, id));
-    EXPECT_FALSE(formulas.FindFormulaIDByPID(1, 0, id));
-    EXPECT_EQ(id, 13);
 }
 
 TEST(Folders, AreFoundAndRemovedByIdentifierAndLibrary) {
@@ -116,31 +98,31 @@ TEST(Properties, AreFoundAndRemovedByIdentifierAndKind) {
     EXPECT_EQ(properties.FindItemCount(1), 1);
 }
 
-TEST(Variables, AreFoundByNameInAnyLetterCaseUntilTheyAreRemoved) {
+TEST(Variables, AreFoundByNameInAnyLetterCaseUntilTheyAreRemovedAndChangeTogether) {
     colVarInfo variables;
-    addVariable(variables, u"Größe"_s, 1, u"5"_s);
-    addVariable(variables, u"größe"_s, 1, u"7"_s);
+    bool success = false;
+    qint32 formula = 1;
+    for (const QString& name : {u"Größe"_s, u"größe"_s, u"y"_s}) {
+        variables.Add(name, formula++, name, VarSourceTyped, {}, {}, success);
+        EXPECT_TRUE(success);
+    }
     EXPECT_EQ(variables.Find(u"GRÖßE"_s, 1), &variables.Item(u"TheVar0"_s));
-    EXPECT_EQ(variables.Find(u"größe"_s, 2), nullptr);
+    EXPECT_EQ(variables.Find(u"größe"_s, 3), nullptr);
     EXPECT_EQ(variables.Find(u"grösse"_s, 1), nullptr) << "letter case alone is ignored";
+    QString value;
+    variables.GetVarValueByVarName(u"GRÖßE"_s, value);
+    variables.GetVarValueByVarName(u"z"_s, value);
+    EXPECT_EQ(value, u"größe"_s) << "the last one counts";
+    variables.ChangeVarValue(u"GRÖßE"_s, u"5"_s);
+    EXPECT_EQ(variables.Item(1).VarValue + variables.Item(2).VarValue, u"55"_s);
+    EXPECT_EQ(variables.Item(3).VarValue, u"y"_s);
     variables.Remove(1);
-    EXPECT_EQ(variables.Find(u"GRÖßE"_s, 1), &variables.Item(1));
+    EXPECT_EQ(variables.FindVarCount(u"GRÖßE"_s), 1);
+    EXPECT_EQ(variables.Find(u"GRÖßE"_s, 2), &variables.Item(1));
     variables.Clear();
     EXPECT_EQ(variables.FindVarCount(u"größe"_s), 0);
-}
-
-TEST(Variables, OfOneNameChangeTogether) {
-    colVarInfo variables;
-    addVariable(variables, u"x"_s, 1, u"1"_s);
-    addVariable(variables, u"X"_s, 2, u"2"_s);
-    addVariable(variables, u"y"_s, 1, u"3"_s);
-    QString value;
-    variables.GetVarValueByVarName(u"x"_s, value);
-    variables.GetVarValueByVarName(u"z"_s, value);
-    EXPECT_EQ(value, u"2"_s) << "the last one counts";
-    variables.ChangeVarValue(u"X"_s, u"5"_s);
-    EXPECT_EQ(variables.Item(1).VarValue + variables.Item(2).VarValue, u"55"_s);
-    EXPECT_EQ(variables.Item(3).VarValue, u"3"_s);
+    variables.Add(u"z"_s, 1, {}, VarSourceTyped, {}, {}, success);
+    EXPECT_EQ(variables.Item(1).Key, u"TheVar3"_s);
 }
 
 }  // namespace

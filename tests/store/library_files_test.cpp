@@ -19,27 +19,22 @@ void run(const QString& path, const char* statements) {
     sqlite3_close(file);
 }
 
-TEST_F(LibraryFile, TakesTheConnectionFromAnother) {
+TEST_F(LibraryFile, TakesTheConnectionFromAnotherAndAFileThatIsNoneClosesIt) {
     test::TestLibrary other;
     other.addFolder(0, u"in the other"_s);
+    other.addFile(u"notes.txt"_s, "not a library");
+    other.addFile(u"empty.vdb"_s, {});
     const QString folder = other.folder().chopped(1).replace(u'/', u'\\');
-    ASSERT_TRUE(ConnectLibrary(folder, other.fileName(), connection, {}));
-    ASSERT_TRUE(funcs.GetNodeInfo(rs, connection));
-    EXPECT_EQ(listed(), u"in the other"_s);
-    CloseRecordset(rs);
-    EXPECT_FALSE(rs.isOpen());
-}
-
-TEST_F(LibraryFile, ThatIsNoneClosesTheConnection) {
-    library.addFile(u"notes.txt"_s, "not a library");
-    library.addFile(u"empty.vdb"_s, {});
     for (const QString& name : {u"missing.vdb"_s, u"notes.txt"_s, u"empty.vdb"_s, u""_s}) {
-        ASSERT_TRUE(ConnectLibrary(library.folder(), library.fileName(), connection, {}));
-        EXPECT_FALSE(ConnectLibrary(library.folder(), name, connection, {})) << qPrintable(name);
+        ASSERT_TRUE(ConnectLibrary(folder, other.fileName(), connection, {}));
+        EXPECT_EQ(listed(funcs.GetNodeInfo(rs, connection)), u"in the other"_s);
+        CloseRecordset(rs);
+        EXPECT_FALSE(rs.isOpen());
+        EXPECT_FALSE(ConnectLibrary(folder, name, connection, {})) << qPrintable(name);
         EXPECT_FALSE(connection.isOpen());
     }
-    EXPECT_FALSE(ConnectLibrary(library.folder(), library.fileName(), connection, u"secret"_s));
-    EXPECT_FALSE(QFile::exists(library.pathOf(u"missing.vdb"_s)));
+    EXPECT_FALSE(ConnectLibrary(folder, other.fileName(), connection, u"secret"_s));
+    EXPECT_FALSE(QFile::exists(other.pathOf(u"missing.vdb"_s)));
 }
 
 TEST(Paths, AreWrittenWithThePlatformsSeparators) {
@@ -96,16 +91,8 @@ TEST_F(LibraryFile, IsRefusedWhenItWouldLoseOrInventRows) {
     }
 }
 
-TEST_F(LibraryFile, IsNeverReplacedByANewOne) {
-    const QByteArray before = test::fileContent(library.path());
-    EXPECT_THROW(createEmptyLibrary(library.path()), data::Error);
-    EXPECT_EQ(test::fileContent(library.path()), before);
-    EXPECT_THROW(createEmptyLibrary(library.pathOf(u"no/folder/new.vdb"_s)), data::Error);
-    EXPECT_EQ(QDir(library.folder()).entryList(QDir::Files), QStringList{library.fileName()});
-}
-
 TEST(Template, GivesItsVersionAndLeavesAMissingItemAlone) {
-    test::TestLibrary library{QLatin1StringView(TemplateFileName)};
+    test::TestLibrary library{QLatin1StringView(kTemplateFileName)};
     const auto version = [&](const QString& folder) {
         QString value = u"untouched"_s;
         QString error;

@@ -20,6 +20,11 @@ class LibraryTest : public testing::Test {
         return texts.join(u' ');
     }
 
+    /// The same for what a listing operation has just opened, by its answer.
+    QString listed(bool opened, const QString& column = u"Name"_s) {
+        return opened ? listed(column) : u"failed"_s;
+    }
+
     QString rows(const QString& query) { return library.rows(query).join(u' '); }
 
     test::TestLibrary library;

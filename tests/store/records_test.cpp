@@ -6,7 +6,7 @@ namespace varo {
 namespace {
 
 /// Texts that a statement made of pieces, a pattern or a fixed-width field would get wrong.
-const QStringList OddTexts =
+const QStringList kOddTexts =
     u"it's,\"q\",100%,a_b,\\,x'; Drop Table Tree --,two\nlines,[a-z]*?#,😀公式"_s.split(u',') +
     QStringList{QString(255, u'n'), QString(256, u'长')};
 
@@ -21,11 +21,11 @@ class Records : public LibraryTest {
     }
 
     QString subfolders(qint32 parent) {
-        return funcs.GetChildFormulaNode(parent, rs, connection) ? listed() : u"failed"_s;
+        return listed(funcs.GetChildFormulaNode(parent, rs, connection));
     }
 
     QString foundFolders(const QString& text, int mode) {
-        return funcs.FindFolder(text, rs, connection, mode) ? sorted(listed()) : u"failed"_s;
+        return sorted(listed(funcs.FindFolder(text, rs, connection, mode)));
     }
 
     static QString sorted(const QString& texts) {
@@ -36,14 +36,25 @@ class Records : public LibraryTest {
 };
 
 TEST_F(Records, ComeBehindTheirLastSibling) {
-    const qint32 parent = library.addFolder(0, u"parent"_s);
-    library.addFolder(parent, u"first"_s);
-    library.addFolder(parent, u"second"_s);
-    connection.execute(u"Update Tree Set OrderID = 5 Where Name = 'first'"_s);
-    library.addFolder(parent, u"next"_s);
-    EXPECT_EQ(subfolders(parent), u"second first next"_s);
-    EXPECT_EQ(rows(u"Select OrderID From Tree Where PID > 0 Order By ID"_s), u"5 2 6"_s);
-    EXPECT_EQ(subfolders(0), u"parent"_s);
+    const std::tuple<const char*, const char*> cases[] = {
+        {"NULL", "3"},       {"5", "6"},          {"2147483646", "2147483647"},
+        {"2147483647", "3"}, {"9000000000", "3"}, {"2.5", "3"},
+        {"'x'", "3"},
+    };
+    for (const auto& [number, expected] : cases) {
+        SCOPED_TRACE(number);
+        connection.execute(u"Delete From Tree"_s);
+        const qint32 parent = library.addFolder(0, u"parent"_s);
+        library.addFolder(parent, u"first"_s);
+        library.addFolder(parent, u"second"_s);
+        connection.execute(
+            u"Update Tree Set OrderID = %1 Where Name = 'first'"_s.arg(QLatin1StringView(number)));
+        library.addFolder(parent, u"next"_s);
+        EXPECT_EQ(subfolders(parent).section(u' ', -1), u"next"_s);
+        EXPECT_EQ(rows(u"Select OrderID From Tree Where Name = 'next'"_s),
+                  QLatin1StringView(expected));
+        EXPECT_EQ(rows(u"Select OrderID From Tree Where Name = 'parent'"_s), u"1"_s);
+    }
 }
 
 TEST_F(Records, AreAddedWithAllTheirFields) {
@@ -51,31 +62,27 @@ TEST_F(Records, AreAddedWithAllTheirFields) {
     ASSERT_TRUE(funcs.AddNewFormula(7, u"beam"_s, u"q*l^2/8"_s, u"moment"_s, 2, id, connection));
     EXPECT_EQ(rows(u"Select ID,Name,Formula,Memo,PicType,PID,OrderID From Formula"_s),
               u"%1|beam|q*l^2/8|moment|2|7|1"_s.arg(id));
-    ASSERT_TRUE(funcs.GetFormulaByID(id, rs, connection));
-    EXPECT_EQ(listed(), u"beam"_s);
+    EXPECT_EQ(listed(funcs.GetFormulaByID(id, rs, connection)), u"beam"_s);
     ASSERT_TRUE(funcs.GetFormulaByID(99, rs, connection));
     EXPECT_TRUE(rs.isOpen() && rs.atEnd());
 }
 
 TEST_F(Records, KeepTextsAndAreFoundByThemAsTheyWereTyped) {
     library.addFolder(0, u"other"_s);
-    for (const QString& text : OddTexts) {
+    for (const QString& text : kOddTexts) {
         const qint32 folder = library.addFolder(0, text);
         const qint32 formula = library.addFormula(folder, text, text, text);
         for (const int mode : {FindContains, FindEquals}) {
             EXPECT_EQ(foundFolders(text, mode), sorted(text));
-            ASSERT_TRUE(funcs.FindFormula(text, rs, connection, mode));
-            EXPECT_EQ(listed(u"Formula"_s), text);
-            ASSERT_TRUE(funcs.FindFormulaByMemo(text, rs, connection, mode));
-            EXPECT_EQ(listed(u"ID"_s), QString::number(formula));
+            EXPECT_EQ(listed(funcs.FindFormula(text, rs, connection, mode), u"Formula"_s), text);
+            EXPECT_EQ(listed(funcs.FindFormulaByMemo(text, rs, connection, mode), u"ID"_s),
+                      QString::number(formula));
         }
         library.addValue(text, 3, text);
-        ASSERT_TRUE(funcs.GetVarInfoByVarName(text, rs, connection));
-        EXPECT_EQ(listed(u"Value"_s), text);
+        EXPECT_EQ(listed(funcs.GetVarInfoByVarName(text, rs, connection), u"Value"_s), text);
     }
     const Statement elsewhere{u"Select * From Tree Where Name = ?"_s, {u"it's"_s}};
-    ASSERT_TRUE(funcs.FindShowFolder(elsewhere, rs, connection));
-    EXPECT_EQ(listed(), u"it's"_s);
+    EXPECT_EQ(listed(funcs.FindShowFolder(elsewhere, rs, connection)), u"it's"_s);
 }
 
 TEST_F(Records, AreFoundByPartOfTheNameOrAllOfIt) {
@@ -132,19 +139,42 @@ TEST_F(Records, AreEditedAndDeletedAloneAndWithoutEffectWhenMissing) {
     EXPECT_EQ(library.addFolder(0, u"new"_s), 3) << "an identifier is never used again";
 }
 
-TEST_F(Records, SwapTheirPlacesOrStayWhenTheOtherIsMissing) {
-    for (const QString& name : {u"a"_s, u"b"_s, u"c"_s}) {
+TEST_F(Records, ExchangeTheirPlacesAloneWhateverNumbersTheyHave) {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"1 2 3 4", "a d c b", "1 4 3 2"},
+        {"7 -3 9 5", "d b a c", "7 5 9 -3"},
+        {"NULL NULL NULL NULL", "a d c b", "1 4 3 2"},
+        {"1 5 5 5", "a d c b", "1 4 3 2"},
+        {"5 5 7 9", "a d c b", "1 4 3 2"},
+        {"1 2 3 2147483648", "a d c b", "1 4 3 2"},
+        {"9000000000 3000000000 4000000000 5000000000", "d c b a", "4 3 2 1"},
+        {"2 2.5 2.7 3", "a d c b", "1 4 3 2"},
+        {"1 'x' 3 4", "a c b d", "1 3 2 4"},
+    };
+    for (const QString& name : {u"a"_s, u"b"_s, u"c"_s, u"d"_s}) {
         library.addFolder(0, name);
-        library.addFormula(1, name);
     }
-    ASSERT_TRUE(funcs.ExchangeOrderID(1, 3, u"Tree"_s, connection));
-    ASSERT_TRUE(funcs.ExchangeOrderID(1, 2, u"Formula"_s, connection));
+    for (const auto& [numbers, names, numbersAfter] : cases) {
+        SCOPED_TRACE(numbers);
+        const QStringList list = QString(QLatin1StringView(numbers)).split(u' ');
+        for (qsizetype i = 0; i < list.size(); ++i) {
+            connection.execute(
+                u"Update Tree Set OrderID = %1 Where ID = %2"_s.arg(list[i]).arg(i + 1));
+        }
+        ASSERT_TRUE(funcs.ExchangeOrderID(2, 4, u"tree"_s, connection));
+        EXPECT_EQ(subfolders(0), QLatin1StringView(names));
+        EXPECT_EQ(rows(u"Select OrderID From Tree Order By ID"_s), QLatin1StringView(numbersAfter));
+    }
     EXPECT_FALSE(funcs.ExchangeOrderID(1, 99, u"Tree"_s, connection));
     EXPECT_FALSE(funcs.ExchangeOrderID(99, 1, u"Tree"_s, connection));
     EXPECT_FALSE(funcs.ExchangeOrderID(1, 2, u"Tree Set Name = '' --"_s, connection));
-    EXPECT_EQ(subfolders(0), u"c b a"_s);
-    ASSERT_TRUE(funcs.GetFormulaByPID(1, rs, connection));
-    EXPECT_EQ(listed(), u"b a c"_s);
+    EXPECT_EQ(subfolders(0), u"a c b d"_s);
+    for (const qint32 folder : {7, 8, 7}) {
+        library.addFormula(folder, u"f"_s);
+    }
+    ASSERT_TRUE(funcs.ExchangeOrderID(2, 3, u"Formula"_s, connection));
+    EXPECT_EQ(rows(u"Select OrderID From Formula Order By ID"_s), u"1 2 1"_s)
+        << "of different folders";
 }
 
 TEST_F(Records, WithAPictureAreListedInOrderOfAClause) {
@@ -154,18 +184,18 @@ TEST_F(Records, WithAPictureAreListedInOrderOfAClause) {
     library.addFormula(1, u"none"_s);
     ASSERT_TRUE(funcs.DelPicture(3, connection));
     for (const auto& [order, names] : {std::pair(u"Name"_s, u"a b"_s), {u"ID"_s, u"b a"_s}}) {
-        ASSERT_TRUE(funcs.GetFormulaByOrder(order, rs, connection));
-        EXPECT_EQ(listed(), names);
+        EXPECT_EQ(listed(funcs.GetFormulaByOrder(order, rs, connection)), names);
     }
 }
 
-TEST_F(Records, OfVariablesAreSeenByTheirFormulaAndUnownedOnesByAll) {
-    library.addValue(u"x"_s, 5, u"another's"_s);
-    library.addValue(u"x"_s, 7, u"own"_s);
-    library.addValue(u"x"_s, 0, u"unowned"_s);
-    library.addValue(u"y"_s, 7, u"y"_s);
-    ASSERT_TRUE(funcs.GetVarInfoOfFormula(u"X"_s, 7, rs, connection));
-    EXPECT_EQ(sorted(listed(u"Value"_s)), u"own unowned"_s);
+TEST_F(Records, OfVariablesAreSeenByTheirFormulaAndUnownedOnesByAllInAnyLetterCase) {
+    library.addValue(u"σ"_s, 5, u"another's"_s);
+    library.addValue(u"σ"_s, 7, u"own"_s);
+    library.addValue(u"Σ"_s, 0, u"unowned"_s);
+    library.addValue(u"Δx"_s, 7, u"step"_s);
+    EXPECT_EQ(sorted(listed(funcs.GetVarInfoOfFormula(u"Σ"_s, 7, rs, connection), u"Value"_s)),
+              u"own unowned"_s);
+    EXPECT_EQ(listed(funcs.GetVarInfoOfFormula(u"δX"_s, 7, rs, connection), u"Value"_s), u"step"_s);
 }
 
 TEST_F(Records, OfPropertiesAreListedByNodeAndByKindAndLocateTheirNodes) {
@@ -175,10 +205,10 @@ TEST_F(Records, OfPropertiesAreListedByNodeAndByKindAndLocateTheirNodes) {
     library.addProperty(3, u"c"_s, 0, 6, NodeTypeFolder);
     library.addProperty(1, u"a"_s, 11, kept, NodeTypeFormula);
     library.addProperty(1, u"a"_s, 12, 99, NodeTypeFormula);
-    ASSERT_TRUE(funcs.GetProperty(5, NodeTypeFolder, rs, connection));
-    EXPECT_EQ(listed(u"PropName"_s), u"A b"_s);
-    ASSERT_TRUE(funcs.GetAllPropertyByType(NodeTypeFolder, rs, connection));
-    EXPECT_EQ(listed(u"PropName"_s), u"A b c"_s);
+    EXPECT_EQ(listed(funcs.GetProperty(5, NodeTypeFolder, rs, connection), u"PropName"_s),
+              u"A b"_s);
+    EXPECT_EQ(listed(funcs.GetAllPropertyByType(NodeTypeFolder, rs, connection), u"PropName"_s),
+              u"A b c"_s);
     ASSERT_TRUE(funcs.GetLocateInfoByPropName(u"a"_s, NodeTypeFolder, rs, connection));
     EXPECT_EQ(test::remainingRows(rs), QStringList{u"0|5|1"_s});
     ASSERT_TRUE(funcs.GetLocateInfoByPropName(u"a"_s, NodeTypeFormula, rs, connection));
@@ -190,10 +220,8 @@ TEST_F(Records, OfConditionsAreListedByParentAndOfComparisonsByCondition) {
     connection.execute(u"Insert Into FilterCond Values(3,9,0,1),(2,9,0,4),(4,9,3,4),(5,8,0,4)"_s);
     connection.execute(
         u"Insert Into FilterExpressions(FilterID,ExpID,TheConst) Values(9,2,'it''s'),(9,1,'no')"_s);
-    ASSERT_TRUE(funcs.GetResFilterCondByParentID(9, 0, rs, connection));
-    EXPECT_EQ(listed(u"ID"_s), u"2 3"_s);
-    ASSERT_TRUE(funcs.GetResExpressions(9, 2, rs, connection));
-    EXPECT_EQ(listed(u"TheConst"_s), u"it's"_s);
+    EXPECT_EQ(listed(funcs.GetResFilterCondByParentID(9, 0, rs, connection), u"ID"_s), u"2 3"_s);
+    EXPECT_EQ(listed(funcs.GetResExpressions(9, 2, rs, connection), u"TheConst"_s), u"it's"_s);
 }
 
 TEST_F(Records, OutOfReachFailEveryOperationWithoutATrace) {

@@ -39,6 +39,9 @@ class Desk : public QWidget, public ControlDriver {
     explicit Desk(const QString& configurationFolder = {}, QSize size = {1000, 700});
     ~Desk() override;
 
+    using ControlDriver::find;
+    using ControlDriver::isEnabled;
+
     /// Names the folder and starts the control.
     void run(const QString& configurationFolder);
 

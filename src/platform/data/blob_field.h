@@ -23,7 +23,7 @@ class BlobField {
     /// Error when the field holds fewer bytes.
     void getChunk(std::span<char> chunk);
 
-    /// Empties the field and makes room for exactly `total` bytes, which appendChunk() then brings.
+    /// Empties the field and makes room for exactly `total` bytes, which appendChunk() then writes.
     /// Throws Error when `total` is negative or more than a field can hold. Call it inside a
     /// Transaction: until the last byte has arrived the field is incomplete and the outermost
     /// transaction does not commit, even when this has been destroyed.

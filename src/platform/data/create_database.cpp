@@ -53,9 +53,9 @@ void requireNothingAt(const QString& path) {
     }
 }
 
-// Recovers the database at `path` and keeps everybody else out of it as long as the handle lives.
+// Recovers the database at `path` and holds an exclusive lock on it while the handle is open.
 // Null when the file is none of SQLite's, which a journal beside it must not be applied to, or is
-// damaged beyond reading: then no one can be at work on it.
+// damaged beyond reading, so that no other program can have it open.
 Handle lockedDatabase(const QString& path) {
     if (!isSqliteFile(path)) {
         return {nullptr, sqlite3_close_v2};
@@ -65,7 +65,7 @@ Handle lockedDatabase(const QString& path) {
         sqlite3_open_v2(path.toUtf8().constData(), &opened, SQLITE_OPEN_READWRITE, nullptr);
     Handle handle(opened, sqlite3_close_v2);
     if (result == SQLITE_OK) {
-        sqlite3_busy_timeout(opened, LockTimeout);
+        sqlite3_busy_timeout(opened, kLockTimeout);
         result = sqlite3_exec(opened, "PRAGMA journal_mode = DELETE; BEGIN EXCLUSIVE", nullptr,
                               nullptr, nullptr);
     }

@@ -15,7 +15,7 @@ namespace varo::data {
 
 class DatabaseFile;
 
-/// Something that refers to the handle of an open file, and lets go of it before the handle closes.
+/// An object that uses the handle of an open file and is told to release it before it closes.
 class HandleUser {
   public:
     explicit HandleUser(DatabaseFile& file);
@@ -81,7 +81,7 @@ class DatabaseFile {
     /// the check cannot be made.
     virtual QStringList damages() = 0;
 
-    /// Makes every user of the handle let go; to be called before destruction.
+    /// Makes every user release the handle; to be called before destruction.
     void releaseUsers() noexcept;
 
     /// Makes every user give back what does not outlive a transaction that is being undone.
@@ -104,13 +104,13 @@ class Driver {
     virtual std::unique_ptr<DatabaseFile> open(const QString& path) const = 0;
 };
 
-/// Opens the file at `path` with the driver that knows its content. Throws Error when the file is
-/// missing, no driver knows it, or that driver cannot open it.
+/// Opens the file at `path` with the driver for its format. Throws Error when the file is missing,
+/// in no format that a driver reads, or cannot be opened.
 ///
-/// The file may be one that this process has open already: every lock on it stays. SQLite comes
-/// first and another driver sees only what is not SQLite's: closing any handle of a file takes from
-/// this process the locks that SQLite holds on it, so that nothing but SQLite and fileStart() may
-/// open an SQLite file.
+/// The file may be one that this process has open already: every lock on it stays. SQLite's
+/// driver is asked first and another one only for files that are not SQLite's: closing any handle
+/// of a file takes from this process the locks that SQLite holds on it, so that nothing but SQLite
+/// and fileStart() may open an SQLite file.
 std::unique_ptr<DatabaseFile> openDatabaseFile(const QString& path);
 
 }  // namespace varo::data

@@ -227,8 +227,8 @@ void requireWholePages(sqlite3* database, const QString& path) {
 }  // namespace
 
 bool isSqliteFile(const QString& path) {
-    const QByteArray signature("SQLite format 3", 16);
-    return fileStart(path, static_cast<int>(signature.size())) == signature;
+    const QByteArray kSignature("SQLite format 3", 16);
+    return fileStart(path, static_cast<int>(kSignature.size())) == kSignature;
 }
 
 std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path) const {
@@ -243,7 +243,7 @@ std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path) const {
     if (result != SQLITE_OK) {
         throw Error(QStringLiteral("%1: %2").arg(path, QString::fromUtf8(sqlite3_errstr(result))));
     }
-    sqlite3_busy_timeout(opened, LockTimeout);
+    sqlite3_busy_timeout(opened, kLockTimeout);
     distrustContent(opened);
     const int read =
         sqlite3_exec(opened, "Select count(*) From sqlite_schema", nullptr, nullptr, nullptr);

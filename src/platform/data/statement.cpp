@@ -37,7 +37,7 @@ class Binder {
 };
 
 /// More texts than the operations of the component have.
-constexpr std::size_t MostIdleStatements = 64;
+constexpr std::size_t kMostIdleStatements = 64;
 
 void bind(sqlite3_stmt* statement, const Arguments& arguments) {
     if (sqlite3_bind_parameter_count(statement) != static_cast<int>(arguments.size())) {
@@ -131,7 +131,7 @@ void StatementCache::run(sqlite3* database, const QString& text, const Arguments
     }
     sqlite3_reset(statement.get());
     sqlite3_clear_bindings(statement.get());
-    if (idle_.size() == MostIdleStatements) {
+    if (idle_.size() == kMostIdleStatements) {
         idle_.clear();
     }
     idle_.emplace(text, std::move(statement));

@@ -23,14 +23,15 @@ using StatementHandle = std::unique_ptr<sqlite3_stmt, StatementDeleter>;
 /// surrogate pair), and when a second statement follows.
 StatementHandle prepare(sqlite3* database, const QString& text, const Arguments& arguments = {});
 
-/// True when the statement has come to a row, false when it has run to its end. Throws Error.
+/// Executes the statement up to its next row: true when there is one, false at its end. Throws
+/// Error.
 bool step(sqlite3_stmt* statement);
 
 /// The text of `length` bytes of UTF-8 from the database, a U+FEFF at its start included; "" for
 /// null.
 QString textOf(const char* utf8, qsizetype length);
 
-/// The field `column` of the row that the statement has come to, and the name of a column of its
+/// The field `column` of the current row, and the name of a column of its
 /// result.
 QString columnText(sqlite3_stmt* statement, int column);
 QString columnName(sqlite3_stmt* statement, int column);

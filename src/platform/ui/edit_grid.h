@@ -48,7 +48,7 @@ class EditGrid : public QTableWidget {
     /// The note of a cell; "" when it has none.
     QString CellNote(int Row, int Col) const;
     void SetColEditStyle(int Col, EditStyle Style);
-    /// Takes the place of the column's style for this cell, until the cell's row is removed.
+    /// Overrides the column's style for this cell, until the cell's row is removed.
     void SetCellEditStyle(int Row, int Col, EditStyle Style);
 
     /// Ends an edit as Enter would, raising CellEdited if the text has changed.

@@ -58,7 +58,7 @@ class FadingIcon : public QIconEngine {
     QIcon icon_;
 };
 
-/// Lets the icon themes of the system be found on every platform.
+/// Adds the folders of installed icon themes to the search path, which some platforms leave empty.
 bool addInstalledThemes() {
     QStringList paths = QIcon::themeSearchPaths();
     const QStringList installed =

@@ -11,8 +11,8 @@ namespace varo::ui {
 /// items; an empty icon for an empty name.
 QIcon ownIcon(const QString& name);
 
-/// Size of the icons beside the text of a widget: they grow with its font, in steps that keep their
-/// lines sharp.
+/// Size of the icons beside the text of a widget: proportional to its font, in steps that keep
+/// their lines sharp.
 QSize iconSizeFor(const QWidget& widget);
 
 /// Icon of a standard action by its freedesktop name, from the desktop's theme, else from Breeze,

@@ -8,7 +8,7 @@ namespace varo::ui {
 
 /// Types `keys` on `target`, whether or not it has the focus. Returns at once: the keystrokes are
 /// queued and arrive in order as ordinary key presses, each followed by its release; those that
-/// have not arrived when the target goes away are dropped.
+/// have not arrived when the target is destroyed are dropped.
 ///
 /// A character stands for its own key, and so does a character in braces, which is the way to type
 /// a brace: "{{}", "{}}". "{left}" stands for the left-arrow key. Any other name in braces types

@@ -16,7 +16,7 @@ constexpr int kInnerMargin = 2;
 
 constexpr int kCaretWidth = 2;
 
-/// How far the frame goes beyond the row.
+/// Pixels by which the frame exceeds the row above and below.
 constexpr int kOverlap = 2;
 
 }  // namespace

@@ -28,7 +28,7 @@ QMessageBox::StandardButton ask(QWidget* owner, QMessageBox::Icon icon, const QS
         box.addButton(answer.button)->setText(answer.caption);
     }
     box.setDefaultButton(answers.begin()->button);
-    // The user is asked to click, whatever work waits behind the question.
+    // The box needs the arrow even if the caller has set a wait cursor.
     QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
     const int chosen = box.exec();
     QGuiApplication::restoreOverrideCursor();
@@ -55,7 +55,7 @@ bool MessageBoxes::confirm(const QString& text, Choice choice) {
 std::optional<ChosenFile> MessageBoxes::chooseFile(const QString& title,
                                                    const QStringList& filters) {
     QFileDialog dialog(owner_, title);
-    // A name that does not exist is the asker's to refuse, who may complete it first.
+    // A name that does not exist is accepted: the caller may append an extension first.
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setNameFilters(filters);
     QGuiApplication::setOverrideCursor(Qt::ArrowCursor);

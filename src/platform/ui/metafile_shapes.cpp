@@ -244,7 +244,7 @@ void MetafilePlayer::extendedTextOut(Record record) {
         return;
     }
     if ((options & kFilled) != 0) {
-        // Left and top come first here.
+        // In this record left and top precede right and bottom.
         const QRectF rect(toPixels(QPointF(record.number(4), record.number(5))),
                           toPixels(QPointF(record.number(6), record.number(7))));
         painter_.fillRect(rect.normalized(), state_.background);

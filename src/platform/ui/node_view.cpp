@@ -6,19 +6,23 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QMetaProperty>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
 #include <QScopedValueRollback>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
+
+#include <algorithm>
 
 namespace varo::ui {
 
 namespace {
 
-/// Draws a selected item with the picture that its model gives for that state, and knows the editor
+/// Draws a selected item with the icon that its model has for that state, and creates the editor
 /// of a label.
 class NodeDelegate : public QStyledItemDelegate {
   public:
@@ -125,7 +129,7 @@ void NodeView::selectItem(const QModelIndex& index) {
 
 QModelIndex NodeView::itemAt(const QPoint& position) const {
     const QModelIndex index = indexAt(position);
-    // The plus or minus sign beside an item only opens and closes it.
+    // The area of the plus or minus sign is not part of the item.
     return visualRect(index).contains(position) ? index : QModelIndex();
 }
 
@@ -160,6 +164,40 @@ void NodeView::mouseReleaseEvent(QMouseEvent* event) {
         }
     } else if (!pressed_.isValid() && !indexAt(position).isValid()) {
         emit emptyClicked();
+    }
+}
+
+void NodeView::fitFirstColumn() {
+    fitsColumn_ = true;
+    header()->setStretchLastSection(false);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &NodeView::fitColumn);
+    fitColumn();
+}
+
+void NodeView::updateGeometries() {
+    QTreeView::updateGeometries();
+    fitColumn();
+}
+
+void NodeView::fitColumn() {
+    if (!fitsColumn_ || header()->count() == 0) {
+        return;
+    }
+    constexpr int kReadableCharacters = 12;
+    const int readable = kReadableCharacters * fontMetrics().averageCharWidth() + iconSize().width();
+    int width = viewport()->width();
+    QModelIndex index = indexAt({0, 0});
+    for (; index.isValid() && visualRect(index).top() < viewport()->height();
+         index = indexBelow(index)) {
+        int indent = indentation();
+        for (QModelIndex above = index.parent(); above.isValid(); above = above.parent()) {
+            indent += indentation();
+        }
+        width = std::max(width, indent + std::min(readable, sizeHintForIndex(index).width()));
+    }
+    // Resizing calls back until nothing changes any more.
+    if (header()->sectionSize(0) != width) {
+        header()->resizeSection(0, width);
     }
 }
 
@@ -201,7 +239,7 @@ void NodeView::changeEvent(QEvent* event) {
 void NodeView::initViewItemOption(QStyleOptionViewItem* option) const {
     QTreeView::initViewItemOption(option);
     if (!hasFocus() && state() != EditingState) {
-        // Still seen, but not taken for what the keyboard acts on.
+        // Paler than in the view that has the keyboard focus.
         QPalette& colors = option->palette;
         colors.setColor(QPalette::Highlight,
                         mixed(colors.color(QPalette::Base), colors.color(QPalette::Highlight), 35));
@@ -215,7 +253,7 @@ void NodeView::drawBranches(QPainter* painter, const QRect& rect, const QModelIn
             return node.sibling(node.row() + 1, 0).isValid();
         };
         const int middle = rect.center().y();
-        // Room for the sign that opens and closes the node.
+        // The plus or minus sign is drawn here.
         const int gap = model()->hasChildren(index) ? 5 : 0;
         int x = rect.right() - indentation() / 2;
         painter->save();
@@ -280,7 +318,8 @@ void NodeView::keyPressEvent(QKeyEvent* event) {
                          event->key() == Qt::Key_Enter;
     const QPersistentModelIndex before = currentIndex();
     {
-        const QScopedValueRollback acting(userActs_, true);
+        // The key that opens all nodes below one selects none of them.
+        const QScopedValueRollback acting(userActs_, event->key() != Qt::Key_Asterisk);
         QTreeView::keyPressEvent(event);
     }
     const QModelIndex after = currentIndex();

@@ -8,9 +8,9 @@
 namespace varo::ui {
 
 /// A tree, or a list in report view, whose items are known by text keys: its model answers KeyRole.
-/// Tells a click and a move by keyboard, which select, from a selection made by the program, which
-/// does not. The label of the selected item is edited in place, by a second click on it or by
-/// edit(); the model decides which labels can be edited and what they may become.
+/// Signals a click and a move by keyboard; a selection made by the program raises no signal. The
+/// label of the selected item is edited in place, by a second click on it or by edit(); the model
+/// decides which labels can be edited and what they may become.
 class NodeView : public QTreeView {
     Q_OBJECT
 
@@ -32,14 +32,18 @@ class NodeView : public QTreeView {
     /// The selected item; invalid when none is selected.
     QModelIndex selectedIndex() const;
 
-    /// Selects an item without telling; an invalid index deselects every item.
+    /// Selects an item and raises no signal; an invalid index deselects every item.
     void selectItem(const QModelIndex& index);
 
     /// Ends the editing of a label as Enter does. Returns false when the model refuses the text,
     /// which is then dropped.
     bool commitEdit();
 
-    /// Keys that tell commandKeyPressed() while the view, and not the editor of a label, has the
+    /// Keeps the first column as wide as the view, so that longer texts are cut and end in "…"; only
+    /// items far to the right, of which too little could be read, make it wider.
+    void fitFirstColumn();
+
+    /// Keys that raise commandKeyPressed() while the view, and not the editor of a label, has the
     /// focus; the shortcuts of windows around the view do not get them.
     void setCommandKeys(const QList<QKeySequence>& keys) { commandKeys_ = keys; }
 
@@ -65,6 +69,7 @@ class NodeView : public QTreeView {
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
+    void updateGeometries() override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -77,6 +82,7 @@ class NodeView : public QTreeView {
 
   private:
     QModelIndex itemAt(const QPoint& position) const;
+    void fitColumn();
     bool isCommandKey(const QKeyEvent& event) const;
 
     QList<QKeySequence> commandKeys_;
@@ -85,6 +91,7 @@ class NodeView : public QTreeView {
     bool comesByMouse_ = false;     ///< the press under way gave the view the focus
     QBasicTimer labelDelay_;        ///< runs between the second click on an item and its editor
     bool userActs_ = false;
+    bool fitsColumn_ = false;
 };
 
 }  // namespace varo::ui

@@ -9,7 +9,7 @@
 
 namespace varo::ui {
 
-/// A picture read from a file, whatever the file's name; its format is told by its content: pixels
+/// A picture read from a file, whatever the file's name; the content decides its format: pixels
 /// (bmp, jpg, png) or a drawing (wmf).
 class Picture {
   public:
@@ -33,7 +33,7 @@ class Picture {
 
   private:
     QSize size_;
-    QImage pixels_;  ///< of a drawing, a small version for want of a better one
+    QImage pixels_;  ///< of a drawing, a small version that is scaled where no other could be drawn
     mutable std::optional<Metafile> drawing_;  ///< as long as it can be drawn in time
 };
 

@@ -17,7 +17,7 @@ namespace {
 /// The margin that a line edit keeps around its text besides that of the style.
 constexpr int kInnerMargin = 2;
 
-constexpr int kIconGap = 3;
+constexpr int kIconGap = 5;
 
 const QColor kErrorColor(0xC0, 0x10, 0x20);
 

@@ -4,7 +4,7 @@
 
 namespace varo::ui {
 
-/// Shows the hourglass for as long as an instance lives.
+/// Shows the wait cursor during the lifetime of an instance.
 class clsWaitCursor {
   public:
     clsWaitCursor() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }

@@ -1,109 +1,134 @@
 #include "platform/data/item_database.h"
 
 #include <gtest/gtest.h>
+#include <optional>
 
 namespace varo::data {
 namespace {
 
 using namespace Qt::StringLiterals;
 
-TEST(Transaction, IsSeenWhenCommittedAndKeepsOtherWritersOutUntilThen) {
+class TransactionTest : public testing::Test {
+  protected:
+    TransactionTest() { other.open(items.path()); }
+
+    BlobField begun(qint64 total, std::size_t written) {
+        BlobField field = connection.field(u"Item"_s, u"Bytes"_s, 1);
+        field.replace(total);
+        field.appendChunk(std::span("0123456789").first(written));
+        return field;
+    }
+
+    QString stored() { return connection.query(u"Select Bytes From Item"_s).text(0); }
+    QString names() { return items.names().join(u' '); }
+
     ItemDatabase items;
+    Connection& connection = items.connection;
     Connection other;
-    other.open(items.path());
+};
+
+TEST_F(TransactionTest, IsSeenWhenCommittedAndKeepsOtherWritersOutUntilThen) {
     const auto seen = [&] { return other.query(u"Select Count(*) From Item"_s).integer(0); };
-    Transaction transaction(items.connection);
+    Transaction transaction(connection);
     items.add(u"one"_s);
     EXPECT_EQ(seen(), 0);
     EXPECT_THROW(Transaction{other}, Error);
     transaction.commit();
     EXPECT_EQ(seen(), 1);
     EXPECT_NO_THROW(Transaction{other});
-}
-
-TEST(Transaction, NestsSoThatAnInnerOneIsUndoneAlone) {
-    ItemDatabase items;
-    Transaction outer(items.connection);
-    items.add(u"outer"_s);
-    {
-        Transaction kept(items.connection);
-        items.add(u"kept"_s);
-        {
-            const Transaction undone(items.connection);
-            items.add(u"undone"_s);
-        }
-        kept.commit();
-    }
-    outer.commit();
-    EXPECT_EQ(items.names(), (QStringList{u"outer"_s, u"kept"_s}));
-}
-
-TEST(Transaction, TakesInnerOnesWithItWhenUndone) {
-    ItemDatabase items;
-    {
-        const Transaction outer(items.connection);
-        Transaction inner(items.connection);
-        items.add(u"inner"_s);
-        inner.commit();
-    }
-    EXPECT_TRUE(items.names().isEmpty());
-    EXPECT_NO_THROW(Transaction(items.connection).commit());
-}
-
-TEST(Transaction, IsNotCommittedTwiceOrBeforeAnInnerOne) {
-    ItemDatabase items;
-    Transaction outer(items.connection);
-    items.add(u"one"_s);
-    {
-        const Transaction inner(items.connection);
-        EXPECT_THROW(outer.commit(), Error);
-    }
-    outer.commit();
-    EXPECT_THROW(outer.commit(), Error);
-    EXPECT_EQ(items.names(), QStringList{u"one"_s});
-}
-
-TEST(Transaction, IsUndoneWhenTheConnectionCloses) {
-    ItemDatabase items;
-    Transaction transaction(items.connection);
-    items.add(u"one"_s);
-    items.connection.close();
     EXPECT_THROW(transaction.commit(), Error);
-    items.connection.open(items.path());
-    EXPECT_TRUE(items.names().isEmpty());
 }
 
-TEST(Transaction, IsUndoneWhenItCannotBeCommitted) {
-    ItemDatabase items;
-    Connection reader;
-    reader.open(items.path());
+TEST_F(TransactionTest, NestsSoThatAnInnerOneIsUndoneAloneAndWithTheOuter) {
+    for (const bool committed : {true, false}) {
+        Transaction outer(connection);
+        items.add(u"outer"_s);
+        {
+            Transaction kept(connection);
+            items.add(u"kept"_s);
+            {
+                const Transaction undone(connection);
+                items.add(u"undone"_s);
+                EXPECT_THROW(outer.commit(), Error) << "before an inner one";
+            }
+            kept.commit();
+        }
+        if (committed) {
+            outer.commit();
+        }
+    }
+    EXPECT_EQ(names(), u"outer kept"_s);
+}
+
+TEST_F(TransactionTest, IsUndoneWhenItCannotBeCommittedOrTheConnectionCloses) {
     items.add(u"before"_s);
     {
-        const Recordset reading = reader.query(u"Select * From Item"_s);
-        Transaction transaction(items.connection);
+        const Recordset reading = other.query(u"Select * From Item"_s);
+        Transaction transaction(connection);
         items.add(u"one"_s);
         EXPECT_THROW(transaction.commit(), Error);
     }
-    EXPECT_EQ(items.names(), QStringList{u"before"_s});
+    Transaction transaction(connection);
+    items.add(u"two"_s);
+    connection.close();
+    EXPECT_THROW(transaction.commit(), Error);
+    connection.open(items.path());
+    EXPECT_EQ(names(), u"before"_s);
 }
 
-TEST(Transaction, LetsNothingThroughAfterTheDatabaseHasUndoneIt) {
-    ItemDatabase items;
-    items.connection.execute(u"Create Unique Index OneName On Item(Name)"_s);
+TEST_F(TransactionTest, LetsNothingThroughAfterTheDatabaseHasUndoneIt) {
+    connection.execute(u"Create Unique Index OneName On Item(Name)"_s);
     items.add(u"before"_s);
     {
-        Transaction transaction(items.connection);
+        Transaction transaction(connection);
         items.add(u"one"_s);
-        EXPECT_THROW(
-            items.connection.execute(u"Insert Or Rollback Into Item(Name) Values('before')"_s),
-            Error);
+        EXPECT_THROW(connection.execute(u"Insert Or Rollback Into Item(Name) Values('before')"_s),
+                     Error);
         EXPECT_THROW(items.add(u"two"_s), Error);
-        EXPECT_THROW(Transaction{items.connection}, Error);
+        EXPECT_THROW(Transaction{connection}, Error);
         EXPECT_THROW(transaction.commit(), Error);
     }
-    EXPECT_EQ(items.names(), QStringList{u"before"_s});
     items.add(u"after"_s);
-    EXPECT_EQ(items.names(), (QStringList{u"before"_s, u"after"_s}));
+    EXPECT_EQ(names(), u"before after"_s);
+}
+
+TEST_F(TransactionTest, DoesNotCommitAFieldBeforeItsLastByte) {
+    items.add(u"one"_s);
+    begun(3, 3);
+    EXPECT_THROW(begun(-1, 0), Error);
+    for (const std::size_t written : {0U, 1U, 9U}) {
+        Transaction transaction(connection);
+        begun(10, written);
+        EXPECT_THROW(transaction.commit(), Error) << written;
+        EXPECT_EQ(stored(), u"012"_s);
+    }
+    {
+        Transaction outer(connection);
+        std::optional<Transaction> inner(std::in_place, connection);
+        BlobField field = begun(3, 1);
+        inner.reset();
+        EXPECT_THROW(field.appendChunk(std::span("99").first(2)), Error);
+        outer.commit();
+        EXPECT_EQ(stored(), u"012"_s);
+    }
+    Transaction transaction(connection);
+    begun(10, 9).appendChunk(std::span("9").first(1));
+    transaction.commit();
+    EXPECT_EQ(stored(), u"0123456789"_s);
+}
+
+TEST_F(TransactionTest, IsNotBegunInAReadSnapshotThatReadsOneState) {
+    items.add(u"one"_s);
+    {
+        const ReadSnapshot snapshot(connection);
+        EXPECT_THROW(other.execute(u"Delete From Item"_s), Error);
+        EXPECT_THROW(items.add(u"two"_s), Error);
+        EXPECT_THROW(Transaction{connection}, Error);
+        EXPECT_EQ(names(), u"one"_s);
+    }
+    EXPECT_EQ(other.execute(u"Delete From Item"_s), 1);
+    items.add(u"two"_s);
+    EXPECT_EQ(names(), u"two"_s);
 }
 
 }  // namespace

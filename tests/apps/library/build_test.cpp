@@ -1,0 +1,117 @@
+#include "library/library_files.h"
+#include "library/text_error.h"
+
+#include <QColor>
+#include <QImage>
+
+namespace varo {
+namespace {
+
+/// Texts, "⏎" for the end of a line, each with the place of its error and a part of the message.
+constexpr auto wrongTexts = R"(
+[[folder]]⏎name = 'a → 2:10: string
+[[folders]]⏎name = 'a' → 1:3: no key "folders"
+[[folder]]⏎name = 'a'⏎⏎[[folder]]⏎nmae = 'b' → 5:1: no key "nmae"
+[folder]⏎name = 'a' → 1:1: [[folder]]
+folder = [1] → 1:11: else than tables
+⏎[[folder]]⏎id = 1 → 2:1: needs "name"
+[[folder]]⏎name = 5 → 2:8: "name" must be a text
+[[folder]]⏎name = 'a'⏎id = '1' → 3:6: "id" must be a whole number
+[[folder]]⏎name = 'a'⏎id = 2147483648 → 3:6: 32 bits
+[[folder]]⏎id = 7⏎name = 'a'⏎[[folder]]⏎id = 7⏎name = 'b' → 5:6: id 7 is used twice, first on line 2
+[[folder]]⏎name = 'a'⏎order = 2147483647⏎[[folder]]⏎name = 'b' → 4:1: no order
+[[formula]]⏎name = 'f'⏎values = { a = '1', b = 2 } → 3:25: "b" must be a text
+[[formula]]⏎name = 'f'⏎values = 'a' → 3:10: must be a table
+[[folder]]⏎name = "a\u0000b" → 2:8: U+0000
+[[property]]⏎id = 1⏎name = 'a'⏎node_type = 1 → 1:1: needs "node"
+[[formula]]⏎name = ''⏎picture = { width = 3 } → 3:11: either "file" or "base64"
+[[formula]]⏎name = ''⏎picture = { file = 'a', base64 = 'AA==' } → 3:11: either
+[[formula]]⏎name = ''⏎picture = { base64 = 'A*==' } → 3:22: base64
+[[formula]]⏎name = ''⏎picture = { base64 = '' } → 3:22: empty
+[[formula]]⏎name = ''⏎picture = { base64 = 'AA==', width = 4 } → 3:38: "width"
+[[formula]]⏎name = ''⏎picture = { file = 'nowhere.jpg' } → 3:20: picture "nowhere.jpg"
+[[formula]]⏎name = ''⏎picture = { file = 'empty.bmp' } → 3:20: is empty
+[[formula]]⏎name = ''⏎picture = { file = '.' } → 3:20: picture "."
+[[formula]]⏎name = ''⏎picture = { file = 'text.jpg' } → 3:20: no bmp, jpg, png or wmf
+[[formula]]⏎name = ''⏎picture = { file = 'text.jpg', width = 3 } → 3:20: .svg
+[[formula]]⏎name = ''⏎picture = { file = 'broken.svg' } → 3:20: needs "format"
+[[formula]]⏎name = ''⏎picture = { file = 'broken.svg', format = 'gif' } → 3:43: "jpg" or "bmp"
+[[formula]]⏎name = ''⏎picture = { file = 'broken.svg', format = 'bmp' } → 3:20: no SVG drawing
+[[formula]]⏎name = ''⏎picture = { file = 'broken.svg', format = 'bmp', width = 8193 } → 3:20: 1 to 8192
+)";
+
+class Build : public LibraryFiles {
+  protected:
+    QByteArray stored(const QByteArray& picture) const {
+        const QString library =
+            build(u"a.mdb"_s, "[[formula]]\nname = 'f'\npicture = { " + picture + " }\n");
+        return QByteArray::fromHex(rows(library, u"select hex(Pic) from Formula"_s).toLatin1());
+    }
+};
+
+TEST_F(Build, ErrorsNameTheirPlaceAndLeaveTheOldFile) {
+    build(u"a.mdb"_s, "[[folder]]\nname = 'old'\n");
+    const QByteArray before = read(u"a.mdb"_s);
+    write(u"text.jpg"_s, "\xFF\xD8 plain text");
+    write(u"empty.bmp"_s, "");
+    write(u"broken.svg"_s, "<svg");
+    for (QString row : QString::fromUtf8(wrongTexts).split(u'\n', Qt::SkipEmptyParts)) {
+        const QString wrong = row.section(u" → "_s, 1);
+        const QString text = row.section(u" → "_s, 0, 0).replace(u'⏎', u'\n');
+        const QString file = write(u"text.toml"_s, text.toUtf8());
+        const QString place = file + u':' + wrong.section(u": "_s, 0, 0) + u": "_s;
+        try {
+            buildLibrary(file, path(u"a.mdb"_s));
+            ADD_FAILURE() << "accepted: " << row.toStdString();
+        } catch (const TextError& error) {
+            EXPECT_TRUE(error.description().startsWith(place)) << error.what() << row.toStdString();
+            EXPECT_TRUE(error.description().contains(wrong.section(u": "_s, 1))) << error.what();
+        }
+    }
+    EXPECT_EQ(read(u"a.mdb"_s), before);
+    EXPECT_EQ(files(), u"a.mdb broken.svg empty.bmp text.jpg text.toml"_s);
+}
+
+TEST_F(Build, ReplacesAnOldLibraryButNoFolderAndNotItsText) {
+    build(u"a.mdb"_s, "[[folder]]\nname = 'old'\n");
+    write(u"a.mdb-journal"_s, "left by a program that was killed");
+    build(u"a.mdb"_s, "[[folder]]\nname = 'new'\n");
+    EXPECT_EQ(rows(path(u"a.mdb"_s), u"select Name from Tree"_s), u"new"_s);
+    ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)));
+    const QString text = path(u"text.toml"_s);
+    for (const QString& target : {path(u"folder"_s), path(u"none/b.mdb"_s), text}) {
+        EXPECT_ANY_THROW(buildLibrary(text, target)) << target.toStdString();
+    }
+    EXPECT_THROW(buildLibrary(path(u"none.toml"_s), path(u"b.mdb"_s)), TextError);
+    EXPECT_EQ(read(u"text.toml"_s), "[[folder]]\nname = 'new'\n");
+    EXPECT_EQ(files(), u"a.mdb folder text.toml"_s);
+}
+
+TEST_F(Build, RendersDrawingsOnWhiteAlwaysTheSame) {
+    write(u"half.svg"_s, R"(<svg xmlns="http://www.w3.org/2000/svg" width="40" height="20">
+        <rect width="20" height="20" fill="#0000ff"/></svg>)");
+    const QByteArray bmp = stored("file = 'half.svg', format = 'bmp', width = 80, height = 60");
+    EXPECT_TRUE(bmp.startsWith("BM"));
+    const QImage image = QImage::fromData(bmp);
+    ASSERT_EQ(image.size(), QSize(80, 60));
+    EXPECT_EQ(image.pixelColor(10, 30), QColor(Qt::blue));
+    EXPECT_EQ(image.pixelColor(10, 5), QColor(Qt::white)) << "the proportions are not kept";
+    EXPECT_EQ(image.pixelColor(79, 59), QColor(Qt::white));
+    const QByteArray jpg = stored("file = 'half.svg', format = 'jpg'");
+    EXPECT_TRUE(jpg.startsWith("\xFF\xD8\xFF"));
+    EXPECT_EQ(QImage::fromData(jpg).size(), QSize(40, 20));
+    EXPECT_EQ(stored("file = 'half.svg', format = 'jpg'"), jpg);
+}
+
+TEST_F(Build, TakesReadyPicturesOfEachFormatAndBase64ByteForByte) {
+    for (const char* head : {"424d31", "ffd8ffe0", "89504e470d0a1a0a", "d7cdc69a0000",
+                             "010009000003", "020009000001"}) {
+        const QByteArray bytes = QByteArray::fromHex(head) + QByteArray(40'000, '\0') + "end";
+        write(u"ready.PNG"_s, bytes);
+        EXPECT_EQ(stored("file = 'ready.PNG'"), bytes) << head;
+    }
+    EXPECT_EQ(stored("base64 = \"\"\"\n  bm8g\n\tcGlj dHVyZQ==\n\"\"\""), "no picture");
+}
+
+}  // namespace
+}  // namespace varo

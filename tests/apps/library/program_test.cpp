@@ -1,0 +1,46 @@
+#include "library/library_files.h"
+
+#include <QProcess>
+
+namespace varo {
+namespace {
+
+class LibraryProgram : public LibraryFiles {
+  protected:
+    /// Runs with arguments that are separated by blanks, and returns what is written to `output`,
+    /// or to the standard output, and behind a "!" to the error output.
+    static QByteArray run(int code, const QString& arguments, const QString& output = {}) {
+        qputenv("QT_LOGGING_RULES", "default.warning=false");  // of a missing XDG_RUNTIME_DIR
+        QProcess program;
+        program.setStandardOutputFile(output);
+        program.start(QStringLiteral(VARO_LIBRARY_PROGRAM),
+                      arguments.split(u' ', Qt::SkipEmptyParts));
+        EXPECT_TRUE(program.waitForFinished(60'000)) << "varo-library did not end";
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(program.exitCode(), code) << arguments.toStdString();
+        const QByteArray complaint = program.readAllStandardError();
+        return program.readAllStandardOutput() + (complaint.isEmpty() ? "" : "!") + complaint;
+    }
+};
+
+TEST_F(LibraryProgram, TellsItsOutcomeByExitCodeOutputAndErrorOutput) {
+    const QString library = path(u"a.mdb"_s);
+    const QString text = write(u"a.toml"_s, "[[folder]]\nname = \"电\"\n");
+    EXPECT_EQ(run(0, u"build %1 %2"_s.arg(text, library)), "");
+    EXPECT_EQ(run(0, u"check "_s + library), "1 folders, 0 formulas, 0 pictures\n");
+    EXPECT_TRUE(run(0, u"dump "_s + library).contains("name = \"电\"\n"));
+    EXPECT_TRUE(run(0, u"--help"_s).startsWith("Usage:"));
+    write(u"a.toml"_s, "[[folder]]\n");
+    EXPECT_EQ(run(1, u"build %1 %2"_s.arg(text, library)),
+              '!' + text.toUtf8() + ":1:1: [[folder]] needs \"name\"\n");
+    EXPECT_TRUE(run(1, u"dump "_s + text).startsWith('!'));
+    EXPECT_TRUE(run(1, u"dump "_s + library, u"/dev/full"_s).startsWith('!'));
+    build(u"a.mdb"_s, "[[folder]]\nname = 'a'\nparent = 5\n");
+    EXPECT_EQ(run(1, u"check "_s + library), "folder 1 \"a\": its parent 5 does not exist\n");
+    for (const QString& line : u",build,build a,dump a b,check,destroy a,--help a"_s.split(u',')) {
+        EXPECT_TRUE(run(2, line).startsWith("!Usage:")) << line.toStdString();
+    }
+}
+
+}  // namespace
+}  // namespace varo
