@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QHash>
 #include <QSet>
+#include <QStringDecoder>
 
 #include <algorithm>
 #include <initializer_list>
@@ -19,8 +20,10 @@ Position positionOf(const toml::source_region& region) {
     return {static_cast<int>(region.begin.line), static_cast<int>(region.begin.column)};
 }
 
+/// A U+FEFF at the beginning is part of the text.
 QString toText(std::string_view utf8) {
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom);
+    return decoder(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
 }
 
 QString quoted(std::string_view name) {

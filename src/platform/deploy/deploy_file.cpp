@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QStringDecoder>
 
 #include <map>
 #include <string>
@@ -201,7 +202,9 @@ bool DeployFileLib::readValue(const QString& section, const QString& key, QStrin
     if ((!data_->loaded && !data_->load()) || !data_->find(section, key, found)) {
         return false;
     }
-    value = QString::fromUtf8(found);
+    // A U+FEFF at the beginning is part of the value.
+    value =
+        QStringDecoder(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom)(found);
     return true;
 }
 
