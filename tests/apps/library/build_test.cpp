@@ -76,6 +76,7 @@ TEST_F(Build, ReplacesAnOldLibraryButNoFolderAndNotItsText) {
     build(u"a.mdb"_s, "[[folder]]\nname = 'old'\n");
     write(u"a.mdb-journal"_s, "left by a program that was killed");
     build(u"a.mdb"_s, "[[folder]]\nname = 'new'\n");
+    EXPECT_EQ(files(), u"a.mdb text.toml"_s);
     EXPECT_EQ(rows(path(u"a.mdb"_s), u"select Name from Tree"_s), u"new"_s);
     ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)));
     const QString text = path(u"text.toml"_s);

@@ -19,6 +19,7 @@ expression = [{filter = 5, id = 2, field = "x", compare = 1}]
 constexpr auto damages = R"(
 alter table Property drop FilterID → table Property has no column FilterID
 drop table FilterCond → table FilterCond cannot be read: no such table: FilterCond
+drop table FilterExpressions → table FilterExpressions cannot be read: no such table: FilterExpressions
 update Tree set ID=0 where ID=3 → folder 0 "c": its identifier stands for the top level
 update Tree set PID=9 where ID=3 → folder 3 "c": its parent 9 does not exist
 update Formula set PID=-4 where ID=2 → formula 2 "g": its folder -4 does not exist

@@ -148,6 +148,8 @@ value = [{name = "A", formula = 1, value = "314", source = 2, memo = "beams.mdb-
                   memo = "beams.mdb->profiles"
                   [[folder]] id = 3 name = "inside" parent = 2
                   [[folder]] id = 1 name = "second")"_s.simplified());
+    QBuffer closed;
+    EXPECT_ANY_THROW(dumpLibrary(path(u"a.mdb"_s), closed)) << "the output takes nothing";
 }
 
 TEST_F(RoundTrip, FillsInTheNumbersThatTheTextLeavesOut) {
