@@ -1,6 +1,7 @@
 #include "library/library_text.h"
-#include "library/picture_bytes.h"
+#include "library/limits.h"
 #include "platform/data/connection.h"
+#include "platform/pictures/picture_format.h"
 #include "store/template.h"
 
 #include <QHash>
@@ -19,7 +20,7 @@ struct TableShape {
     const char* columns;
 };
 
-constexpr std::array tableShapes = {
+constexpr std::array kTableShapes = {
     TableShape{"Tree", "ID,Name,PID,OrderID"},
     TableShape{"Formula", "ID,Name,Formula,Memo,Pic,PicType,PID,OrderID"},
     TableShape{"RecentVar", "VarName,FormulaID,Value,VarSourceType,VarMemo"},
@@ -31,7 +32,7 @@ constexpr std::array tableShapes = {
 };
 
 /// Each query gives the faults of one kind, a line of text per row.
-constexpr std::array faultQueries = {
+constexpr std::array kFaultQueries = {
     R"(select printf('folder %d "%s": its identifier stands for the top level', ID, Name)
        from Tree where ID = 0)",
     R"(select printf('%d folders have the identifier %d', count(*), ID)
@@ -91,25 +92,25 @@ struct TextLimit {
     int limit;
 };
 
-constexpr std::array textLimits = {
+constexpr std::array kTextLimits = {
     TextLimit{R"(select printf('folder %d "%s"', ID, Name), Name from Tree
-                 where length(Name) > 20 order by ID)",
-              "name", 40},
+                 where 2 * length(Name) > ? order by ID)",
+              "name", kFolderNameLimit},
     TextLimit{R"(select printf('formula %d "%s"', ID, Name), Name from Formula
-                 where length(Name) > 10 order by ID)",
-              "name", 20},
+                 where 2 * length(Name) > ? order by ID)",
+              "name", kFormulaNameLimit},
     TextLimit{R"(select printf('formula %d "%s"', ID, Name), Formula from Formula
-                 where length(Formula) > 127 order by ID)",
-              "expression", 255},
+                 where 2 * length(Formula) > ? order by ID)",
+              "expression", kTextLimit},
     TextLimit{R"(select printf('formula %d "%s"', ID, Name), Memo from Formula
-                 where length(Memo) > 127 order by ID)",
-              "memo", 255},
+                 where 2 * length(Memo) > ? order by ID)",
+              "memo", kTextLimit},
     TextLimit{R"(select printf('variable "%s" of formula %d', VarName, FormulaID), [Value]
-                 from RecentVar where length([Value]) > 127 order by rowid)",
-              "value", 255},
+                 from RecentVar where 2 * length([Value]) > ? order by rowid)",
+              "value", kTextLimit},
     TextLimit{R"(select printf('property %d "%s"', PropID, PropName), PropName from Property
-                 where length(PropName) > 25 order by rowid)",
-              "name", 50},
+                 where 2 * length(PropName) > ? order by rowid)",
+              "name", kPropertyNameLimit},
 };
 
 /// `text` on one line.
@@ -128,12 +129,12 @@ class Check {
     CheckReport run() {
         checkIntegrity();
         checkStructure();
-        for (const char* query : faultQueries) {
+        for (const char* query : kFaultQueries) {
             attempt([&] { addRows(QLatin1String(query)); });
         }
         attempt([&] { checkAncestors(); });
         attempt([&] { checkPictures(); });
-        for (const TextLimit& limit : textLimits) {
+        for (const TextLimit& limit : kTextLimits) {
             attempt([&] { checkLength(limit); });
         }
         attempt([&] { checkVersion(); });
@@ -179,7 +180,7 @@ class Check {
     }
 
     void checkStructure() {
-        for (const TableShape& shape : tableShapes) {
+        for (const TableShape& shape : kTableShapes) {
             try {
                 const auto rs = connection_.query(QStringLiteral("select * from ") +
                                                   QLatin1String(shape.table));
@@ -249,7 +250,7 @@ class Check {
                                 "where length(Pic) > 0 order by ID"));
              !rs.atEnd(); rs.moveNext()) {
             try {
-                if (!isPicture(pictureHead(rs.integer(1)))) {
+                if (pictureFormatOf(pictureHead(rs.integer(1))) == PictureFormat::None) {
                     add(rs.text(0) + QStringLiteral(": its picture is no bmp, jpg, png or wmf"));
                 }
             } catch (const data::Error& error) {
@@ -268,7 +269,8 @@ class Check {
     }
 
     void checkLength(const TextLimit& limit) {
-        for (auto rs = connection_.query(QLatin1String(limit.query)); !rs.atEnd(); rs.moveNext()) {
+        for (auto rs = connection_.query(QLatin1String(limit.query), {limit.limit}); !rs.atEnd();
+             rs.moveNext()) {
             if (const qsizetype size = rs.text(1).size(); size > limit.limit) {
                 add(rs.text(0) + QStringLiteral(": its %1 has %2 characters, over the limit of %3")
                                      .arg(QLatin1String(limit.what))

@@ -1,5 +1,7 @@
 #include "library/picture_bytes.h"
 
+#include "platform/pictures/picture_format.h"
+
 #include <QBuffer>
 #include <QDir>
 #include <QFile>
@@ -7,9 +9,6 @@
 #include <QImage>
 #include <QPainter>
 #include <QSvgRenderer>
-
-#include <algorithm>
-#include <array>
 
 namespace varo {
 
@@ -61,23 +60,6 @@ QImage rendered(const QByteArray& drawing, std::optional<qint32> width,
 
 }  // namespace
 
-bool isPicture(QByteArrayView head) {
-    using namespace std::string_view_literals;
-    constexpr std::array signatures = {
-        "BM"sv,
-        "\xFF\xD8\xFF"sv,
-        "\x89PNG\r\n\x1A\n"sv,
-        "\xD7\xCD\xC6\x9A"sv,          // wmf with a placement header
-        "\x01\x00\x09\x00\x00\x01"sv,  // wmf without, in memory form, versions 1 and 3
-        "\x01\x00\x09\x00\x00\x03"sv,
-        "\x02\x00\x09\x00\x00\x01"sv,  // and in disk form
-        "\x02\x00\x09\x00\x00\x03"sv,
-    };
-    return std::any_of(signatures.begin(), signatures.end(), [&](std::string_view signature) {
-        return head.startsWith(QByteArrayView(signature.data(), qsizetype(signature.size())));
-    });
-}
-
 QByteArray pictureBytes(const PictureText& picture, const QString& textPath) {
     if (picture.file.isEmpty()) {
         return picture.bytes;
@@ -96,7 +78,7 @@ QByteArray pictureBytes(const PictureText& picture, const QString& textPath) {
         if (!picture.format.isEmpty() || picture.width || picture.height) {
             fail(QStringLiteral("only an .svg drawing takes \"format\", \"width\" and \"height\""));
         }
-        if (!isPicture(bytes)) {
+        if (pictureFormatOf(bytes) == PictureFormat::None) {
             fail(QStringLiteral("the file is no bmp, jpg, png or wmf picture"));
         }
         return bytes;

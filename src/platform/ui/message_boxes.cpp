@@ -1,5 +1,7 @@
 #include "platform/ui/message_boxes.h"
 
+#include "platform/ui/dialogs.h"
+
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QMessageBox>
@@ -28,11 +30,8 @@ QMessageBox::StandardButton ask(QWidget* owner, QMessageBox::Icon icon, const QS
         box.addButton(answer.button)->setText(answer.caption);
     }
     box.setDefaultButton(answers.begin()->button);
-    // The box needs the arrow even if the caller has set a wait cursor.
-    QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
-    const int chosen = box.exec();
-    QGuiApplication::restoreOverrideCursor();
-    return static_cast<QMessageBox::StandardButton>(chosen);
+    runDialog(box);
+    return box.standardButton(box.clickedButton());
 }
 
 }  // namespace
@@ -58,9 +57,7 @@ std::optional<ChosenFile> MessageBoxes::chooseFile(const QString& title,
     // A name that does not exist is accepted: the caller may append an extension first.
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setNameFilters(filters);
-    QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
-    const bool chosen = dialog.exec() == QDialog::Accepted;
-    QGuiApplication::restoreOverrideCursor();
+    const bool chosen = runDialog(dialog);
     const QStringList files = dialog.selectedFiles();
     if (!chosen || files.isEmpty()) {
         return std::nullopt;

@@ -1,5 +1,6 @@
 #include "platform/ui/metafile.h"
 
+#include "platform/pictures/picture_format.h"
 #include "platform/ui/metafile_player.h"
 
 #include <QElapsedTimer>
@@ -33,7 +34,7 @@ Number numberAt(QByteArrayView data, qsizetype at) {
 }
 
 bool isPlaced(QByteArrayView data) {
-    return data.startsWith("\xD7\xCD\xC6\x9A");
+    return pictureFormatOf(data) == PictureFormat::PlacedMetafile;
 }
 
 }  // namespace
@@ -48,13 +49,8 @@ QColor MetafileRecord::color(int index) const {
 }
 
 bool Metafile::isMetafile(QByteArrayView data) {
-    if (isPlaced(data)) {
-        return true;
-    }
-    // In memory or on disk, a header of nine words, of version 1 or 3.
-    return data.size() >= kHeaderSize && (data[0] == 1 || data[0] == 2) && data[1] == 0 &&
-           numberAt<quint16>(data, 2) == kHeaderSize / 2 && data[4] == 0 &&
-           (data[5] == 1 || data[5] == 3);
+    return isPlaced(data) ||
+           (data.size() >= kHeaderSize && pictureFormatOf(data) == PictureFormat::Metafile);
 }
 
 std::optional<Metafile> Metafile::read(const QByteArray& data) {

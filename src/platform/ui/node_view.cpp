@@ -184,7 +184,8 @@ void NodeView::fitColumn() {
         return;
     }
     constexpr int kReadableCharacters = 12;
-    const int readable = kReadableCharacters * fontMetrics().averageCharWidth() + iconSize().width();
+    const int readable =
+        kReadableCharacters * fontMetrics().averageCharWidth() + iconSize().width();
     int width = viewport()->width();
     QModelIndex index = indexAt({0, 0});
     for (; index.isValid() && visualRect(index).top() < viewport()->height();

@@ -1,5 +1,7 @@
 #include "platform/ui/raster_picture.h"
 
+#include "platform/pictures/picture_format.h"
+
 #include <QBuffer>
 #include <QByteArrayView>
 #include <QImageReader>
@@ -44,19 +46,25 @@ Number littleEndianAt(QByteArrayView data, qsizetype at) {
     return qFromLittleEndian<Number>(data.sliced(at, sizeof(Number)).data());
 }
 
-constexpr QByteArrayView kPngSignature = "\x89PNG\r\n\x1A\n";
+constexpr qsizetype kPngSignatureSize = 8;
 
-/// The format that the content begins like, empty when it is none of the three. Asked to find it
+/// Qt's name of the format that the content has, empty when it has none of pixels. Asked to find it
 /// out, Qt would hand the content to every reader that is installed, and some take all the memory
 /// that there is.
 QByteArray formatOf(QByteArrayView data) {
-    if (data.startsWith("BM")) {
-        return "bmp";
+    switch (pictureFormatOf(data)) {
+        case PictureFormat::Bmp:
+            return "bmp";
+        case PictureFormat::Jpeg:
+            return "jpeg";
+        case PictureFormat::Png:
+            return "png";
+        case PictureFormat::None:
+        case PictureFormat::Metafile:
+        case PictureFormat::PlacedMetafile:
+            break;
     }
-    if (data.startsWith("\xFF\xD8\xFF")) {
-        return "jpeg";
-    }
-    return data.startsWith(kPngSignature) ? "png" : "";
+    return {};
 }
 
 // The readers fill up a picture whose file ends early and call that a success, so the end of the
@@ -66,8 +74,8 @@ QByteArray formatOf(QByteArrayView data) {
 /// chunks lead to a complete IEND chunk.
 QByteArray withoutTexts(QByteArrayView png) {
     constexpr qint64 kChunkFrame = 12;
-    QByteArray result = kPngSignature.toByteArray();
-    qint64 at = kPngSignature.size();
+    QByteArray result = png.first(kPngSignatureSize).toByteArray();
+    qint64 at = kPngSignatureSize;
     while (at + kChunkFrame <= png.size()) {
         const qint64 size = kChunkFrame + bigEndianAt<quint32>(png, at);
         if (at + size > png.size()) {
@@ -122,7 +130,7 @@ bool isWholeJpeg(QByteArrayView data) {
     return false;
 }
 
-/// A bmp is whole when it holds all the pixel bytes that its header speaks of.
+/// A bmp is whole when it holds all the pixel bytes that its header announces.
 bool isWholeBmp(QByteArrayView data, QSize size) {
     constexpr qsizetype kPixelOffset = 10;
     constexpr qsizetype kHeaderSize = 14;
@@ -184,8 +192,9 @@ RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough) {
     if (const QSize wanted = reduced(size, enough); wanted != size) {
         reader.setScaledSize(wanted);
     }
-    const bool lies = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
-    return {lies ? size.transposed() : size, reader.read()};
+    const bool isRotated =
+        reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
+    return {isRotated ? size.transposed() : size, reader.read()};
 }
 
 qint64 rasterFileLimit(qint64 pixelLimit) {
