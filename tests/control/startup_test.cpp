@@ -213,6 +213,7 @@ TEST(WorkFolders, PicturesOfTwoControlsStayApart) {
     controls[0]->setWorkFolder(named.path());
     const QString working = named.filePath(u"1TempPic.bmp"_s);
     controls[0]->ClickTreeNode(u"DBNode1"_s);
+    controls[0]->SelFormula(u"LvFormulaKey1"_s);
     EXPECT_EQ(fileContent(working), picture(0));
     controls[1].reset();
     controls[0]->findChild<QToolButton*>(u"粘贴"_s)->click();

@@ -172,8 +172,7 @@ TEST_F(Pictures, ADoubleClickOrEnterShowsThePictureInAWindowAsLargeAsTheControl)
     EXPECT_EQ(window(), nullptr);
     EXPECT_EQ(openLarge(picture(), Qt::RightButton), nullptr);
     menu().close();
-    picture().setFocus();
-    desk->pressKey(Qt::Key_Return);
+    QTest::keyClick(&picture(), Qt::Key_Return);
     EXPECT_NE(window(), nullptr);
     start();
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "the control may go meanwhile";

@@ -82,7 +82,9 @@ class RandomUser {
         static const QString keys[] = {u"新建公式夹"_s, u"新建公式"_s, u"删除"_s, u"上移"_s,
                                        u"下移"_s,       u"复制"_s,     u"粘贴"_s};
         const QString& key = keys[below(7)];
-        return give([&] { desk_.clickEditButton(key); }, key.toStdString());
+        return desk_.editButton(key).isEnabled()
+                   ? give([&] { desk_.clickEditButton(key); }, key.toStdString())
+                   : "nothing";
     }
 
     std::string key() {

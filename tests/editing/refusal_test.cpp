@@ -81,6 +81,7 @@ TEST_F(Refusal, ACommandThatIsDoneInPartShowsWhatIsStored) {
          u"管"_s},
     };
     second.addProperty(1, u"形"_s, 0, flow, NodeTypeFormula);
+    start();
     select(u"梁"_s);
     press(u"复制"_s);
     for (const auto& each : cases) {

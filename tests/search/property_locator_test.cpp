@@ -71,6 +71,7 @@ TEST_F(Locate, TheHostsValuesDecide) {
         locate();
         EXPECT_EQ(shown(), value == u"12"_s ? u"管/流量"_s : u"柱/稳定"_s);
     }
+    desk->control().RunCalc();
 }
 
 TEST_F(Locate, TheLocatedItemIsHighlightedUntilAnotherIsShown) {
