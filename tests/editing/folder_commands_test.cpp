@@ -72,6 +72,8 @@ TEST_F(FolderCommand, DeletingAFolderRemovesItsSubtreeDeepestFirst) {
     desk.clickNode(QStringLiteral("梁"));
     desk.questions().answers = {true};
     desk.clickEditButton(QStringLiteral("删除"));
+    // A file with a trigger is not opened again.
+    first.connection().execute(QStringLiteral("Drop Trigger Watch"));
     EXPECT_EQ(desk.questions().asked, QStringList{QStringLiteral("确实要删除公式夹-[梁]吗？")});
     EXPECT_EQ(first.rows(QStringLiteral("Select ID From Gone")),
               (QStringList{QString::number(simple), QString::number(cantilever),
