@@ -68,7 +68,7 @@ TEST_F(LibraryFile, IsRefusedWhenItWouldLoseOrInventRows) {
         {Refused,
          "Drop Table Tree; Create Table Tree (ID Integer Primary Key, Name, PID, OrderID)"},
         {Refused, "Alter Table Formula Rename ID To Number; Alter Table Formula Add ID Integer"},
-        {Refused, "Alter Table Tree Rename To T; Create View Tree As Select * From T"},
+        {Refused, "Alter Table RecentVar Rename To T; Create View RecentVar As Select * From T"},
         {Refused,
          "Drop Table RecentVar; Create Table RecentVar (VarName Memo, FormulaID, Value, "
          "VarSourceType, VarMemo)"},
