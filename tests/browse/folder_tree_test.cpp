@@ -143,5 +143,22 @@ TEST(FolderTreeModel, ShowsTheSameAfterManyChangesAsWhenItIsBuiltAnew) {
     EXPECT_EQ(model.rowCount(), 0);
 }
 
+TEST(NodeImages, EachHasAnIconOfItsOwn) {
+    QList<QIcon> icons;
+    for (int image = 1; image <= 7; ++image) {
+        icons.append(nodeIcon(static_cast<NodeImage>(image)));
+    }
+    for (const int image : {2, 12, 13}) {
+        icons.append(formulaIcon(static_cast<FormulaImage>(image)));
+    }
+    QList<QImage> drawn;
+    for (const QIcon& icon : icons) {
+        const QImage image = icon.pixmap(32).toImage();
+        EXPECT_FALSE(image.isNull());
+        EXPECT_FALSE(drawn.contains(image)) << drawn.size();
+        drawn.append(image);
+    }
+}
+
 }  // namespace
 }  // namespace varo::test
