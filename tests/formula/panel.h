@@ -1,7 +1,7 @@
 #pragma once
 
-#include "form/panes.h"
 #include "driver/grid_driver.h"
+#include "form/panes.h"
 #include "formula/formula_pane.h"
 #include "platform/ui/result_box.h"
 #include "support/recording_questions.h"
@@ -33,12 +33,11 @@ class Panel : public testing::Test, public PropertySource {
         window.show();
         window.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
-        QObject::connect(
-            &pane, &FormulaPane::expressionStored, &window,
-            [this](qint32 id, const QString& text) { told.append(u"%1|%2"_s.arg(id).arg(text)); });
-        QObject::connect(
-            &pane, &FormulaPane::memoStored, &window,
-            [this](qint32 id, const QString& text) { told.append(u"%1|%2"_s.arg(id).arg(text)); });
+        const auto tell = [this](qint32 id, const QString& text) {
+            told.append(u"%1|%2"_s.arg(id).arg(text));
+        };
+        QObject::connect(&pane, &FormulaPane::expressionStored, &window, tell);
+        QObject::connect(&pane, &FormulaPane::memoStored, &window, tell);
     }
 
     QString propertyValue(const QString& name) override {

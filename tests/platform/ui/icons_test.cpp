@@ -1,6 +1,7 @@
 #include "platform/ui/icons.h"
 
 #include "platform/ui/fonts.h"
+#include "platform/ui/ink.h"
 
 #include <QApplication>
 #include <QDir>
@@ -9,8 +10,6 @@
 #include <QPainter>
 #include <QPalette>
 
-#include <algorithm>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -61,18 +60,12 @@ TEST(Icons, StandardActionsCanBeSeenOnEveryPaletteAndToldFromDisabledOnes) {
     const QPalette before = QApplication::palette();
     for (const QColor& window : {QColor(0xef, 0xef, 0xef), QColor(0x2d, 0x2d, 0x30)}) {
         QApplication::setPalette(QPalette(window));
-        /// The strongest contrast with the background.
         const auto contrast = [&](QIcon::Mode mode) {
             QImage shown(16, 16, QImage::Format_RGB32);
             shown.fill(window);
             QPainter painter(&shown);
             themeIcon(u"edit-copy"_s).paint(&painter, shown.rect(), Qt::AlignCenter, mode);
-            int strongest = 0;
-            for (int i = 0; i < 16 * 16; ++i) {
-                const int difference = qGray(shown.pixel(i % 16, i / 16)) - qGray(window.rgb());
-                strongest = std::max(strongest, std::abs(difference));
-            }
-            return strongest;
+            return inkOf(shown, window).contrast;
         };
         EXPECT_GT(contrast(QIcon::Normal), 120) << window.red();
         EXPECT_GT(contrast(QIcon::Disabled), 40) << window.red();

