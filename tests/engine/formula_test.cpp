@@ -58,14 +58,6 @@ TEST(Formula, EvaluatesRowsIntoAColumnOfTheirOwn) {
     EXPECT_EQ(numbers[598], std::log(2.0) / 2);
 }
 
-TEST(Formula, MovesWithItsVariables) {
-    Formula formula = Formula::parse("alpha+beta");
-    const Formula moved = std::move(formula);
-    EXPECT_EQ(moved.variable(1).name, "beta");
-    EXPECT_EQ(moved.indexOf("ALPHA"), 0U);
-    EXPECT_EQ(moved.indexOf("gamma"), std::nullopt);
-}
-
 TEST(Formula, IsParsedAndEvaluatedByThreadsAtOnce) {
     const Formula shared = Formula::parse("x!+StrLen(R2S(x,2))");
     std::array<double, 2> sums{};

@@ -47,11 +47,3 @@ TEST(Unicode, MapsLetterCase) {
         EXPECT_EQ(lowerCase(c[0]), c[3]) << static_cast<std::uint32_t>(c[0]);
     }
 }
-
-TEST(Unicode, CountsAndFindsCharacters) {
-    EXPECT_EQ(characterCount("aé中😀"), 4U);
-    EXPECT_EQ(byteOffset("aé中😀", 2), 3U);
-    EXPECT_EQ(byteOffset("aé中😀", 9), 10U);
-    EXPECT_EQ(trimBlanks(" \u3000a b\t"), "a b");
-    EXPECT_EQ(trimBlanks(" "), "");
-}
