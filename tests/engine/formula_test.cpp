@@ -26,6 +26,7 @@ TEST(Formula, EvaluatesAgainWithOtherValuesAndNumbersFromAnArray) {
     EXPECT_FALSE(formula.evaluate(std::array{10.0, 6.0, 0.0}, number, error));
     EXPECT_EQ(error.code, ErrorCode::DivisionByZero);
     EXPECT_EQ(number, 45);
+    EXPECT_TRUE(std::signbit(Formula::parse("-a")(std::array{0.0})));
 }
 
 TEST(Formula, TellsWhyAnArrayOfNumbersGivesNoNumber) {

@@ -3,7 +3,6 @@
 #include "platform/data/create_database.h"
 #include "platform/data/item_database.h"
 #include "support/process.h"
-#include "support/read_only_folder.h"
 #include "support/test_library.h"
 
 #include <QDir>
@@ -147,23 +146,6 @@ TEST(Connection, GivesUpOnALockOfAnotherProgramAfterTwoSeconds) {
     items.connection.open(items.path());
     items.add(u"after"_s);
     EXPECT_EQ(items.names(), QStringList{u"after"_s});
-}
-
-TEST(Connection, OpensAReadOnlyFileForReading) {
-    ItemDatabase items;
-    items.add(u"one"_s);
-    items.connection.close();
-    const test::ReadOnlyFolder folder(items.directory.path(), items.path());
-    if (!folder.readOnly()) {
-        GTEST_SKIP() << "no way to make a folder read-only for this user";
-    }
-    items.connection.open(items.path());
-    EXPECT_EQ(items.names(), QStringList{u"one"_s});
-    EXPECT_THROW(items.add(u"two"_s), Error);
-    EXPECT_EQ(items.names(), QStringList{u"one"_s});
-    EXPECT_THROW(createDatabase(items.directory.filePath(u"new.db"_s), u"Create Table T (A);"_s),
-                 Error);
-    items.connection.close();
 }
 
 TEST(CreateDatabase, LeavesWhatIsThereAlreadyAndNothingWhenItFails) {
