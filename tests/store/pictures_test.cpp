@@ -66,13 +66,10 @@ TEST_F(Pictures, StayAsTheyWereWhenTheFormulaIsMissingOrTheFileCannotBeReadOrIsT
     }
 }
 
-TEST_F(Pictures, AreInsertedWithoutAndRemovedWithTheirType) {
+TEST_F(Pictures, AreInsertedWithoutTheirType) {
     ASSERT_TRUE(funcs.InserFieldFromFile(in, formula, connection));
     EXPECT_EQ(stored(), "bytes");
     EXPECT_EQ(picType(), u"0"_s);
-    library.addPicture(formula, "other");
-    ASSERT_TRUE(funcs.DelPicture(formula, connection));
-    EXPECT_EQ(rows(u"Select Pic,PicType From Formula"_s), u"|0"_s);
 }
 
 TEST_F(Pictures, SayWhyTheyCannotBeWrittenAndLeaveNoPartOfAFile) {

@@ -218,9 +218,6 @@ TEST_F(Records, OutOfReachFailEveryOperationWithoutATrace) {
     const std::function<bool()> operations[] = {
         [&] { return funcs.GetNodeInfo(rs, to); },
         [&] { return funcs.GetFormulaByOrder(u"Nothing"_s, rs, connection); },
-        [&] {
-            return funcs.FindShowFolder({u"Select"_s, {}}, rs, connection);
-        },
         [&] { return funcs.FindFolder(a, rs, connection, 2); },
         [&] { return funcs.GetLocateInfoByPropName(a, 3, rs, connection); },
         [&] { return funcs.AddNewFormula(0, a, a, a, 0, id, to); },

@@ -20,14 +20,19 @@ QStringList filesIn(const QTemporaryDir& directory) {
     return QDir(directory.path()).entryList(QDir::Files | QDir::Hidden);
 }
 
-TEST(Connection, IsClosedByMovingFromItAndByOpeningWhatCannotBeOpened) {
+TEST(Connection, IsClosedWithItsRecordsByMovingFromItAndByOpeningWhatCannotBeOpened) {
     ItemDatabase items;
     ItemDatabase others;
     Connection& connection = items.connection;
     others.add(u"other"_s);
-    const Recordset old = connection.query(u"Select Name From Item"_s);
+    Recordset rows = others.connection.query(u"Select Name From Item"_s);
+    others.connection.close();
+    EXPECT_FALSE(rows.isOpen());
+    EXPECT_TRUE(rows.atEnd());
+    EXPECT_THROW(rows.moveNext(), Error);
+    EXPECT_THROW(rows.column(u"Name"), Error);
+    EXPECT_THROW(Recordset().text(0), Error);
     connection.open(others.path());
-    EXPECT_FALSE(old.isOpen());
     Connection moved = std::move(connection);
     connection = std::move(moved);
     EXPECT_EQ(items.names(), QStringList{u"other"_s});
