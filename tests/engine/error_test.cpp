@@ -48,11 +48,6 @@ TEST(Errors, OperandsAreChecked) {
         "1=1▸='a' → =");
 }
 
-TEST(Errors, AVariableWithoutAValueIsNamed) {
-    expectAnswers("a+Fy → 变量“Fy”没有值！ | StrLen(s) → 变量“s”没有值！ | t+1 → 变量“t”没有值！",
-                  {{"a", 1.0}, {"s", 1.0}, {"t", "x"}});
-}
-
 TEST(Errors, LeaveTheListOfVariablesComplete) {
     expectVariables(
         "a+b* → a b | a+*b+c)+d → a b c d | @a,b;c → a b c | StrLen(a → a:text | "

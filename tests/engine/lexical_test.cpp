@@ -27,20 +27,25 @@ TEST(Lexical, FullWidthFormsReadAsTheirAsciiForms) {
     expectAnswers(
         "（１＋２）×３ → 9 | ６÷２－１ → 2 | 2·3＊4／6 → 4 | 2＾3＝8 → 1 | 1＜2 And 2＞1 → 1 | "
         "2≥2 And 1≤2 And 1≠2 → 1 | 1＜＝1 And 1＜＞2 And 2＞＝1 → 1 | 1<＝1 → 1 | 5\u22122 → 3 | "
-        "1e＋2 → 100 | １2３ → 123 | \"（１）\" → '（１）' | ｓｑｒｔ(４) → 2 | １ ａｎｄ ０ → 0");
+        "1e＋2 → 100 | １2３ → 123 | 1．5Ｅ2 → 150 | \"（１）\" → '（１）' | ＂a＂＂b＂ → 'a\"b' | "
+        "＇＂＇ → '＂' | ｓQｒT(４) → 2 | １ ａＮd ０ → 0 | 0 oＲ 1 → 1 | pＩ → 3.141592653589793");
 }
 
 TEST(Lexical, NamesCompareWithoutLetterCaseAndKeepTheirFirstSpelling) {
     expectVariables(
         "σ+弯矩+d₁+_x+a1_b+Ⅱ+é → σ 弯矩 d₁ _x a1_b Ⅱ é | d1+d₁ → d1 d₁ | Fy+fY+FY → Fy | "
-        "Σ+σ+ς → Σ | Ａb+aB → Ab | \u212A+k → \u212A | straße+STRASSE → straße STRASSE");
+        "Σ+σ+ς → Σ | Ａb+aB → Ab | \u212A+k → \u212A | straße+STRASSE → straße STRASSE | "
+        "ｓ＿1+Ｓ_１ → s_1");
     expectAnswers("Fy*2 → 6", {{"FY", 3.0}});
 }
 
 TEST(Lexical, ConstantsOperatorWordsAndFunctionsAreNoVariables) {
     expectVariables(
         "pi+PI+π+Π+exp+Exp →  | int+log+If → int log If | "
+        "Note+oR_+Andy+pi2+e5+Results → Note oR_ Andy pi2 e5 Results | "
         "a AND b or NOT c LIKE d equal e → a b c:text d:text e:text");
+    const std::string name = repeated("x", 300);
+    expectVariables(name + "+" + name + "1+xx → " + name + " " + name + "1 xx");
     expectAnswers("exp → 2.718281828459045 | π → 3.141592653589793");
 }
 

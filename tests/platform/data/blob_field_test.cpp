@@ -37,13 +37,12 @@ class BlobFieldTest : public testing::Test {
     qint32 id = items.add(u"one"_s);
 };
 
-TEST_F(BlobFieldTest, HoldsAnySizeOfBytesInChunksOfAnySize) {
+TEST_F(BlobFieldTest, HoldsBytesInChunksOfAnySize) {
     EXPECT_EQ(stored(), QByteArray());
-    for (const int size : {1, 100, 4096, 70000, 1, 0}) {
-        store(test::pictureBytes(size));
-        EXPECT_EQ(stored(), test::pictureBytes(size));
+    for (const QByteArray& bytes : {test::pictureBytes(70000), QByteArray(), QByteArray("abc")}) {
+        store(bytes);
+        EXPECT_EQ(stored(), bytes);
     }
-    store("abc");
     BlobField source = field();
     QByteArray read(3, '\0');
     source.getChunk({read.data(), 2});

@@ -53,18 +53,6 @@ TEST(Recordset, ReadsEveryStoredTypeAsNumberAndAsText) {
     }
 }
 
-TEST(Recordset, IsClosedWithItsConnection) {
-    ItemDatabase items;
-    items.add(u"one"_s);
-    Recordset rows = items.connection.query(u"Select * From Item"_s);
-    items.connection.close();
-    EXPECT_FALSE(rows.isOpen());
-    EXPECT_TRUE(rows.atEnd());
-    EXPECT_THROW(rows.moveNext(), Error);
-    EXPECT_THROW(rows.column(u"Name"), Error);
-    EXPECT_THROW(Recordset().text(0), Error);
-}
-
 TEST(Recordset, StaysOpenWhileItsConnectionWritesAndLocksTheFileUntilItIsClosed) {
     ItemDatabase items;
     items.add(u"one"_s);
