@@ -4,6 +4,8 @@
 #include "library/node_id.h"
 #include "support/printers.h"
 
+#include <QStringList>
+
 #include <gtest/gtest.h>
 
 namespace varo::test {
@@ -65,28 +67,12 @@ TEST(NodeId, HasOneKeyAndNoOtherTextIsOne) {
         EXPECT_EQ(nodeWithKey(key), node) << key.toStdString();
         EXPECT_EQ(node.parentId(), node.folder.value_or(0));
     }
-    for (const QString& other : {u""_s,
-                                 u"DBNode"_s,
-                                 u"DBNode0"_s,
-                                 u"DBNode-1"_s,
-                                 u"DBNode01"_s,
-                                 u"DBNode+1"_s,
-                                 u" DBNode1"_s,
-                                 u"DBNode1 "_s,
-                                 u"dbnode1"_s,
-                                 u"DBNode4294967297"_s,
-                                 u"FormulaNode7"_s,
-                                 u"FormulaNode7->"_s,
-                                 u"FormulaNode7->DBNode"_s,
-                                 u"FormulaNode7->DBNode0"_s,
-                                 u"FormulaNode07->DBNode1"_s,
-                                 u"FormulaNodex->DBNode1"_s,
-                                 u"FormulaNode->DBNode1"_s,
-                                 u"FormulaNode7->DBNode1->DBNode1"_s,
-                                 u"FormulaNode4294967297->DBNode1"_s,
-                                 u"DBNode1->FormulaNode7"_s,
-                                 u"LvFormulaKey1"_s,
-                                 u"'; drop table Tree; --"_s}) {
+    for (const QString& other :
+         u",DBNode,DBNode0,DBNode-1,DBNode01,DBNode+1, DBNode1,DBNode1 ,dbnode1,DBNode4294967297,"
+         "FormulaNode7,FormulaNode7->,FormulaNode7->DBNode,FormulaNode7->DBNode0,"
+         "FormulaNode07->DBNode1,FormulaNodex->DBNode1,FormulaNode->DBNode1,"
+         "FormulaNode7->DBNode1->DBNode1,FormulaNode4294967297->DBNode1,DBNode1->FormulaNode7,"
+         "LvFormulaKey1,'; drop table Tree; --"_s.split(u',')) {
         EXPECT_FALSE(nodeWithKey(other).isValid()) << other.toStdString();
     }
     EXPECT_EQ(keyOf({}), QString());
@@ -95,11 +81,7 @@ TEST(NodeId, HasOneKeyAndNoOtherTextIsOne) {
 TEST(NameRules, CountCharactersAndRefuseBlanks) {
     const QString emptyFolder = u"公式夹名称不能为空！"_s;
     const QString longFolder = u"公式夹名称超过40个字符！"_s;
-    const struct {
-        const NameRules& rules;
-        QString name;
-        QString refusal;
-    } cases[] = {
+    const std::tuple<const NameRules&, QString, QString> cases[] = {
         {folderNameRules(), u" 'O''Neil'; \"%_ "_s, {}},
         {folderNameRules(), QString(40, u'夹'), {}},
         {folderNameRules(), QString(41, u'夹'), longFolder},
@@ -110,8 +92,8 @@ TEST(NameRules, CountCharactersAndRefuseBlanks) {
         {formulaNameRules(), QString(21, u'式'), u"公式名称超过20个字符！"_s},
         {formulaNameRules(), u" "_s, u"公式名称不能为空！"_s},
     };
-    for (const auto& each : cases) {
-        EXPECT_EQ(refusal(each.rules, each.name), each.refusal);
+    for (const auto& [rules, name, expected] : cases) {
+        EXPECT_EQ(refusal(rules, name), expected);
     }
 }
 

@@ -14,17 +14,14 @@ struct Row {
     QString constant = {};
 };
 
-constexpr int kAnd = 1;
-constexpr int kOr = 2;
-constexpr int kNot = 3;
-constexpr int kLeaf = 4;
+enum Type { And = 1, Or, Not, Leaf };
 
 void addCondition(TestLibrary& library, int filter, const std::vector<Row>& rows) {
     for (const Row& row : rows) {
         library.connection().execute(
             u"insert into FilterCond(ID,UserID,ParentID,Type) values(?,?,?,?)"_s,
             {row.id, filter, row.parent, row.type});
-        if (row.type == kLeaf) {
+        if (row.type == Leaf) {
             library.connection().execute(
                 u"insert into FilterExpressions(FilterID,ExpID,FieldName,CompareType,TheConst) "
                 "values(?,?,?,?,?)"_s,
@@ -38,19 +35,19 @@ struct Host : PropertySource {
         asked.append(name);
         return values.value(name);
     }
-    QHash<QString, QString> values{{u"d"_s, u"12"_s},
-                                   {u"mixed"_s, u" 12mm"_s},
-                                   {u"text"_s, u"工字钢"_s},
-                                   {u"padded"_s, u"  x "_s}};
+    const QHash<QString, QString> values{{u"d"_s, u"12"_s},
+                                         {u"mixed"_s, u" 12mm"_s},
+                                         {u"text"_s, u"工字钢"_s},
+                                         {u"padded"_s, u"  x "_s}};
     QStringList asked;
 };
 
 TEST(Condition, ComparesTheHostsValueAndCombines) {
     const auto leaf = [](int id, int parent, bool holds) {
-        return Row{id, parent, kLeaf, u"d"_s, 0, holds ? u"12"_s : u"1"_s};
+        return Row{id, parent, Leaf, u"d"_s, 0, holds ? u"12"_s : u"1"_s};
     };
     const auto one = [](const QString& field, int comparison, const QString& constant) {
-        return std::vector{Row{1, 0, kLeaf, field, comparison, constant}};
+        return std::vector{Row{1, 0, Leaf, field, comparison, constant}};
     };
     const auto pair = [&](int type, bool left, bool right) {
         return std::vector{Row{1, 0, type}, leaf(2, 1, left), leaf(3, 1, right)};
@@ -81,19 +78,19 @@ TEST(Condition, ComparesTheHostsValueAndCombines) {
         {"unknown property", one(u"none"_s, 7, u"x"_s), false},
         {"unknown comparison", one(u"d"_s, 9, u"12"_s), false},
         {"unknown comparison", one(u"d"_s, 9, u"12"_s), true, true},
-        {"and", pair(kAnd, true, true), true},
-        {"and", pair(kAnd, true, false), false},
-        {"and", pair(kAnd, false, true), false},
-        {"and of one", {{1, 0, kAnd}, leaf(2, 1, true)}, true},
-        {"or", pair(kOr, true, false), true},
-        {"or", pair(kOr, false, true), true},
-        {"or", pair(kOr, false, false), false, true},
-        {"not", {{1, 0, kNot}, leaf(2, 1, true)}, false, true},
-        {"not", {{1, 0, kNot}, leaf(2, 1, false)}, true},
-        {"not takes the last of several as it is", pair(kNot, false, true), true},
-        {"not takes the last of several as it is", pair(kNot, true, false), false},
-        {"nested", {{1, 0, kNot}, {2, 1, kAnd}, leaf(3, 2, true), leaf(4, 2, false)}, true},
-        {"by identifier, not as stored", {{1, 0, kNot}, leaf(3, 1, true), leaf(2, 1, false)}, true},
+        {"and", pair(And, true, true), true},
+        {"and", pair(And, true, false), false},
+        {"and", pair(And, false, true), false},
+        {"and of one", {{1, 0, And}, leaf(2, 1, true)}, true},
+        {"or", pair(Or, true, false), true},
+        {"or", pair(Or, false, true), true},
+        {"or", pair(Or, false, false), false, true},
+        {"not", {{1, 0, Not}, leaf(2, 1, true)}, false, true},
+        {"not", {{1, 0, Not}, leaf(2, 1, false)}, true},
+        {"not takes the last of several as it is", pair(Not, false, true), true},
+        {"not takes the last of several as it is", pair(Not, true, false), false},
+        {"nested", {{1, 0, Not}, {2, 1, And}, leaf(3, 2, true), leaf(4, 2, false)}, true},
+        {"by identifier, not as stored", {{1, 0, Not}, leaf(3, 1, true), leaf(2, 1, false)}, true},
         {"the last root decides", {leaf(1, 0, true), leaf(2, 0, false)}, false},
         {"the last root decides", {leaf(1, 0, false), leaf(2, 0, true)}, true},
         {"no rows", {}, false},
@@ -116,11 +113,11 @@ TEST(Condition, IsNestedAHundredLevelsAtMost) {
         TestLibrary library;
         std::vector<Row> rows;
         for (int id = 1; id <= levels; ++id) {
-            rows.push_back({id, id - 1, kAnd});
+            rows.push_back({id, id - 1, And});
         }
-        rows.push_back({levels + 1, levels, kLeaf, u"d"_s, 0, u"12"_s});
+        rows.push_back({levels + 1, levels, Leaf, u"d"_s, 0, u"12"_s});
         addCondition(library, 7, rows);
-        addCondition(library, 8, {{1, 0, kAnd}, {2, 1, kOr}, {2, 2, kOr}});
+        addCondition(library, 8, {{1, 0, And}, {2, 1, Or}, {2, 2, Or}});
         Host host;
         Condition condition(library.connection(), library.funcs(), host);
         bool holds = false;
@@ -171,7 +168,7 @@ TEST_F(Search, FindsFormulasThenFoldersLibraryByLibrary) {
 
 TEST_F(Search, KeepsWhatHasNoConditionOrOneThatHolds) {
     const auto is = [](const QString& constant) {
-        return std::vector{Row{1, 0, kLeaf, u"d"_s, 0, constant}};
+        return std::vector{Row{1, 0, Leaf, u"d"_s, 0, constant}};
     };
     addCondition(first, 0, is(u"1"_s));
     addCondition(first, 7, is(u"12"_s));
@@ -189,21 +186,15 @@ TEST_F(Search, KeepsWhatHasNoConditionOrOneThatHolds) {
 TEST_F(Search, AFailureEndsItWithWhatWasFoundBefore) {
     mark(first, 0, shear, NodeTypeFormula);
     mark(second, 7, flow, NodeTypeFormula);
-    addCondition(second, 7, {{1, 0, kAnd}, {2, 1, kLeaf, u"d"_s, 0, u"12"_s}});
-    const struct {
-        const char* table;
-        const char* column;
-        QString failure;
-    } cases[] = {
-        {"Property", "PropName", u"无法读取用户指定属性“用途”的信息！"_s},
-        {"FilterCond", "Type", u"无法形成合成后的查找条件！"_s},
-        {"FilterExpressions", "TheConst", u"无法形成合成后的查找条件！"_s},
-    };
+    addCondition(second, 7, {{1, 0, And}, {2, 1, Leaf, u"d"_s, 0, u"12"_s}});
     const QString item = u"0->2->2->DBNode1 in 1"_s;
-    for (const auto& each : cases) {
-        const MissingColumn missing(second, each.table, each.column);
+    for (const auto& [table, column, told] :
+         {std::tuple{"Property", "PropName", u"无法读取用户指定属性“用途”的信息！"_s},
+          {"FilterCond", "Type", u"无法形成合成后的查找条件！"_s},
+          {"FilterExpressions", "TheConst", u"无法形成合成后的查找条件！"_s}}) {
+        const MissingColumn missing(second, table, column);
         EXPECT_EQ(found().value(0), item);
-        EXPECT_EQ(failure, each.failure);
+        EXPECT_EQ(failure, told);
     }
     EXPECT_EQ(found(), (QStringList{item, u"7->1->2->DBNode2 in 1"_s}));
     ASSERT_TRUE(QFile::remove(second.path()));

@@ -1,32 +1,24 @@
 #include "library/stored_values.h"
 
-#include "support/test_library.h"
-
-#include <gtest/gtest.h>
+#include "library/open_libraries.h"
 
 namespace varo::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
-/// A library with two formulas: a is 3 for the first, the unowned b is 5.
-class StoredValuesTest : public testing::Test {
+/// a is 3 for 弯曲, the unowned b is 5.
+class StoredValuesTest : public testing::Test, protected OpenLibraries {
   protected:
-    StoredValuesTest() {
-        first_ = library_.addFormula(0, u"和"_s, u"a+b"_s);
-        second_ = library_.addFormula(0, u"差"_s, u"a-b"_s);
-        library_.addValue(u"a"_s, first_, u"3"_s);
-        library_.addValue(u"b"_s, 0, u"5"_s);
-        QString key;
-        bool added = false;
-        libraries_.Add(library_.fileName(), library_.folder(), u"库"_s, key, {}, added);
-        EXPECT_TRUE(current_.open(1));
+    StoredValuesTest() { addValues(); }
+
+    void addValues() {
+        first.addValue(u"a"_s, bending, u"3"_s);
+        first.addValue(u"b"_s, 0, u"5"_s);
     }
 
     /// The values of a and b that a formula sees, joined by blanks.
     QString seen(qint32 formula) {
         QStringList texts;
-        for (const StoredValue& each : values_.valuesOf({u"a"_s, u"b"_s}, formula)) {
+        for (const StoredValue& each : values.valuesOf({u"a"_s, u"b"_s}, formula)) {
             texts.append(each.isRead ? each.value : u"?"_s + each.value);
         }
         return texts.join(u' ');
@@ -34,69 +26,55 @@ class StoredValuesTest : public testing::Test {
 
     /// "formula|value" for each row of a variable, in the order of the formulas.
     QString rows(const QString& name) {
-        return library_
-            .rows(
-                u"select FormulaID, Value from RecentVar where VarName = '%1' order by "
-                "FormulaID"_s.arg(name))
-            .join(u' ');
+        const QString query =
+            u"select FormulaID, Value from RecentVar where VarName = '%1' order by FormulaID"_s;
+        return first.rows(query.arg(name)).join(u' ');
     }
 
-    TestLibrary library_;
-    colFormulaDB libraries_;
-    CurrentLibrary current_{libraries_, library_.questions()};
-    StoredValues values_{current_};
-    qint32 first_ = 0;
-    qint32 second_ = 0;
+    StoredValues values{library};
+    const QString notAdded = u"无法添加新的变量！"_s;
 };
 
 TEST_F(StoredValuesTest, AFormulaSeesItsOwnThenTheUnownedThenZero) {
-    EXPECT_EQ(seen(first_), u"3 5"_s);
-    EXPECT_EQ(seen(second_), u"0 5"_s);
-    EXPECT_EQ(values_.valuesOf({u"B"_s}, first_).front().value, u"5"_s);
+    EXPECT_EQ(seen(bending), u"3 5"_s);
+    EXPECT_EQ(seen(shear), u"0 5"_s);
+    EXPECT_EQ(values.valuesOf({u"B"_s}, bending).front().value, u"5"_s);
 }
 
 TEST_F(StoredValuesTest, ATypedValueBecomesTheFormulasOwn) {
-    const QString refused = u"给定变量的值超过255个字符"_s;
-    struct {
+    const QString longest(255, u'7');
+    const struct {
         const char* what;
-        QString name, typed, shown, rows, failure;
-    } const cases[] = {
-        {"a new value", u"a"_s, u"4.5"_s, u"4.5"_s, u"1|4.5"_s, {}},
-        {"the same value", u"a"_s, u"3"_s, u"3"_s, u"1|3"_s, {}},
-        {"blanks around it", u"a"_s, u"  12 "_s, u"  12 "_s, u"1|12"_s, {}},
-        {"nothing, for its own", u"a"_s, u""_s, u"0"_s, u"1|0"_s, {}},
-        {"zero, for its own", u"a"_s, u"0"_s, u"0"_s, u"1|0"_s, {}},
-        {"a statement",
-         u"a"_s,
-         u"'; drop table Tree; --"_s,
-         u"'; drop table Tree; --"_s,
-         u"1|'; drop table Tree; --"_s,
-         {}},
-        {"wildcards", u"a"_s, u"100%_\""_s, u"100%_\""_s, u"1|100%_\""_s, {}},
-        {"outside the basic plane", u"a"_s, u"𝛔😀"_s, u"𝛔😀"_s, u"1|𝛔😀"_s, {}},
-        {"255 characters",
-         u"a"_s,
-         QString(255, u'7'),
-         QString(255, u'7'),
-         u"1|"_s + QString(255, u'7'),
-         {}},
-        {"256 characters", u"a"_s, QString(256, u'8'), u"0"_s, u"1|3"_s, refused},
-        {"the unowned row is taken over", u"b"_s, u"7"_s, u"7"_s, u"1|7"_s, {}},
-        {"zero takes nothing over", u"b"_s, u"0"_s, u"0"_s, u"0|5"_s, {}},
-        {"zero in another spelling", u"b"_s, u"-0.0e5"_s, u"-0.0e5"_s, u"0|5"_s, {}},
-        {"nothing takes over", u"b"_s, u""_s, u"0"_s, u"1|0"_s, {}},
-        {"nobody had a value", u"c"_s, u"text"_s, u"text"_s, u"1|text"_s, {}},
-        {"nobody had a value, zero", u"c"_s, u"0"_s, u"0"_s, u""_s, {}},
-        {"in capitals", u"A"_s, u"8"_s, u"8"_s, u"1|8"_s, {}},
+        QString name, typed, rows;
+        QString shown = typed;
+        QString failure = {};
+    } cases[] = {
+        {"a new value", u"a"_s, u"4.5"_s, u"1|4.5"_s},
+        {"the same value", u"a"_s, u"3"_s, u"1|3"_s},
+        {"blanks around it", u"a"_s, u"  12 "_s, u"1|12"_s},
+        {"nothing, for its own", u"a"_s, u""_s, u"1|0"_s, u"0"_s},
+        {"zero, for its own", u"a"_s, u"0"_s, u"1|0"_s},
+        {"a statement", u"a"_s, u"'; drop table Tree; --"_s, u"1|'; drop table Tree; --"_s},
+        {"wildcards", u"a"_s, u"100%_\""_s, u"1|100%_\""_s},
+        {"outside the basic plane", u"a"_s, u"𝛔😀"_s, u"1|𝛔😀"_s},
+        {"255 characters", u"a"_s, longest, u"1|"_s + longest},
+        {"256 characters", u"a"_s, longest + u'7', u"1|3"_s, u"0"_s,
+         u"给定变量的值超过255个字符"_s},
+        {"the unowned row is taken over", u"b"_s, u"7"_s, u"1|7"_s},
+        {"zero takes nothing over", u"b"_s, u"0"_s, u"0|5"_s},
+        {"zero in another spelling", u"b"_s, u"-0.0e5"_s, u"0|5"_s},
+        {"nothing takes over", u"b"_s, u""_s, u"1|0"_s, u"0"_s},
+        {"no value was stored", u"c"_s, u"text"_s, u"1|text"_s},
+        {"no value was stored, zero", u"c"_s, u"0"_s, u""_s},
+        {"in capitals", u"A"_s, u"8"_s, u"1|8"_s},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);
-        library_.connection().execute(u"delete from RecentVar"_s);
-        library_.addValue(u"a"_s, first_, u"3"_s);
-        library_.addValue(u"b"_s, 0, u"5"_s);
-        current_.close();
-        ASSERT_TRUE(current_.open(1));
-        const StoredEdit edit = values_.store(each.name, first_, each.typed);
+        first.connection().execute(u"delete from RecentVar"_s);
+        addValues();
+        library.close();
+        ASSERT_TRUE(library.open(1));
+        const StoredEdit edit = values.store(each.name, bending, each.typed);
         EXPECT_EQ(edit.shown, each.shown);
         EXPECT_EQ(edit.failure, each.failure);
         EXPECT_EQ(rows(each.name.toLower()), each.rows);
@@ -104,55 +82,87 @@ TEST_F(StoredValuesTest, ATypedValueBecomesTheFormulasOwn) {
 }
 
 TEST_F(StoredValuesTest, AValueThatWasTakenOverIsNoLongerSeenByOtherFormulas) {
-    values_.store(u"b"_s, first_, u"9"_s);
-    EXPECT_EQ(seen(second_), u"0 0"_s);
-    values_.store(u"b"_s, second_, u"2"_s);
-    EXPECT_EQ(seen(first_), u"3 9"_s);
+    values.store(u"b"_s, bending, u"9"_s);
+    EXPECT_EQ(seen(shear), u"0 0"_s);
+    values.store(u"b"_s, shear, u"2"_s);
+    EXPECT_EQ(seen(bending), u"3 9"_s);
     EXPECT_EQ(rows(u"b"_s), u"1|9 2|2"_s);
 }
 
 TEST_F(StoredValuesTest, WhatCannotBeStoredIsToldAndTheStoredValueStaysKnown) {
-    EXPECT_EQ(seen(first_), u"3 5"_s);
-    library_.connection().execute(
-        u"create trigger u before update on RecentVar begin select raise(abort, 'no'); end"_s);
-    library_.connection().execute(
-        u"create trigger i before insert on RecentVar begin select raise(abort, 'no'); end"_s);
-    const QString notAdded = u"无法添加新的变量！"_s;
-    EXPECT_EQ(values_.store(u"a"_s, first_, u"4"_s).failure, u"无法编辑选定变量的值！"_s);
-    EXPECT_EQ(values_.storePicked(u"a"_s, first_, u"4"_s).failure, u"无法编辑选定变量的值！"_s);
-    EXPECT_EQ(values_.store(u"b"_s, first_, u"4"_s).failure, notAdded);
-    const StoredEdit edit = values_.store(u"c"_s, first_, u" 4"_s);
+    EXPECT_EQ(seen(bending), u"3 5"_s);
+    first.refuse("Update", "RecentVar");
+    EXPECT_EQ(values.store(u"a"_s, bending, u"4"_s).failure, u"无法编辑选定变量的值！"_s);
+    EXPECT_EQ(values.storePicked(u"a"_s, bending, u"4"_s).failure, u"无法编辑选定变量的值！"_s);
+    EXPECT_EQ(values.store(u"b"_s, bending, u"4"_s).failure, notAdded);
+    first.allow();
+    first.refuse("Insert", "RecentVar");
+    const StoredEdit edit = values.store(u"c"_s, bending, u" 4"_s);
     EXPECT_EQ(edit.failure, notAdded);
     EXPECT_EQ(edit.shown, u" 4"_s) << "as it was typed";
-    EXPECT_EQ(seen(first_), u"3 5"_s);
+    EXPECT_EQ(seen(bending), u"3 5"_s);
 }
 
 TEST_F(StoredValuesTest, WhatCannotBeReadIsSaidToBeSoAndCountsAsZero) {
-    EXPECT_EQ(values_.valuesOf({u"a"_s}, first_).front().value, u"3"_s);
-    library_.connection().execute(u"alter table RecentVar rename to Gone"_s);
-    EXPECT_EQ(seen(first_), u"3 ?0"_s) << "what is known stays known";
-    EXPECT_EQ(values_.store(u"b"_s, first_, u"4"_s).failure, u"无法添加新的变量！"_s);
-    library_.connection().execute(u"alter table Gone rename to RecentVar"_s);
-    EXPECT_EQ(seen(first_), u"3 5"_s);
+    EXPECT_EQ(values.valuesOf({u"a"_s}, bending).front().value, u"3"_s);
+    first.connection().execute(u"alter table RecentVar rename to Gone"_s);
+    EXPECT_EQ(seen(bending), u"3 ?0"_s) << "what is known stays known";
+    EXPECT_EQ(values.store(u"b"_s, bending, u"4"_s).failure, notAdded);
+    first.connection().execute(u"alter table Gone rename to RecentVar"_s);
+    EXPECT_EQ(seen(bending), u"3 5"_s);
 }
 
 TEST_F(StoredValuesTest, TheSourceAndItsParameterStayWithAValueThatIsTypedOrPicked) {
-    ASSERT_TRUE(library_.funcs().EditFormulaVarPara(u"a"_s, first_, VarSourceTable,
-                                                    u"材料.mdb->钢"_s, library_.connection()));
-    const auto expectTable = [this](const QString& value) {
-        const StoredValue stored = values_.valuesOf({u"a"_s}, first_).front();
+    const QString table = u"材料.mdb->钢"_s;
+    ASSERT_TRUE(library.funcs().EditFormulaVarPara(u"a"_s, bending, VarSourceTable, table,
+                                                   library.connection()));
+    for (const QString& value : {u"3"_s, u"4"_s, u" 206000"_s}) {
+        EXPECT_EQ(value[0] == u' ' ? values.storePicked(u"a"_s, bending, value).failure
+                                   : values.store(u"a"_s, bending, value).failure,
+                  QString());
+        const StoredValue stored = values.valuesOf({u"a"_s}, bending).front();
         EXPECT_EQ(stored.source, VarSourceTable);
-        EXPECT_EQ(stored.parameter, u"材料.mdb->钢"_s);
+        EXPECT_EQ(stored.parameter, table);
         EXPECT_EQ(stored.value, value);
-    };
-    expectTable(u"3"_s);
-    values_.store(u"a"_s, first_, u"4"_s);
-    expectTable(u"4"_s);
-    EXPECT_EQ(values_.storePicked(u"a"_s, first_, u" 206000"_s).failure, QString());
-    expectTable(u" 206000"_s);
-    EXPECT_EQ(rows(u"a"_s), u"1| 206000"_s);
-    values_.storePicked(u"a"_s, second_, u"1"_s);
+    }
+    values.storePicked(u"a"_s, shear, u"1"_s);
     EXPECT_EQ(rows(u"a"_s), u"1| 206000"_s) << "only where a formula has a value of its own";
+}
+
+TEST_F(StoredValuesTest, AreThoseOfTheLibraryThatIsOpen) {
+    second.addValue(u"a"_s, flow, u"2"_s);
+    for (const int number : {1, 2, 1}) {
+        ASSERT_TRUE(library.open(number));
+        EXPECT_EQ(library.number(), number);
+        EXPECT_EQ(library.folder(), (number == 1 ? first : second).folder());
+        EXPECT_EQ(seen(1), number == 1 ? u"3 5"_s : u"2 0"_s);
+    }
+}
+
+TEST_F(StoredValuesTest, StayWhenTheSameFileIsOpenedUnderAnotherNumber) {
+    configure(first);
+    EXPECT_EQ(seen(bending), u"3 5"_s);
+    const data::Transaction open(library.connection());
+    ASSERT_TRUE(library.open(3));
+    EXPECT_EQ(library.number(), 3);
+    EXPECT_EQ(library.variables().Count(), 2);
+    library.connection().execute(u"Delete From Tree"_s);
+    EXPECT_EQ(outline(first).section(u'(', 0, 0), u"梁"_s) << "the transaction goes on";
+}
+
+TEST_F(StoredValuesTest, AreForgottenWithALibraryThatCannotBeOpened) {
+    TestLibrary missing;
+    configure(missing);
+    ASSERT_TRUE(QFile::remove(missing.path()));
+    for (const int number : {0, 3, 4, -1}) {
+        ASSERT_TRUE(library.open(1));
+        EXPECT_EQ(seen(bending), u"3 5"_s);
+        EXPECT_FALSE(library.open(number));
+        EXPECT_FALSE(library.isOpen());
+        EXPECT_EQ(library.number(), 0);
+        EXPECT_EQ(library.variables().Count(), 0);
+    }
+    EXPECT_TRUE(questions.informed.isEmpty());
 }
 
 }  // namespace

@@ -6,14 +6,12 @@
 
 namespace varo::test {
 
+using namespace Qt::StringLiterals;
+
 TestConfiguration::TestConfiguration(std::initializer_list<const TestLibrary*> libraries) {
     for (const TestLibrary* library : libraries) {
-        addLibrary(*library, QStringLiteral("库%1").arg(count_ + 1));
+        addLibrary(*library, u"库%1"_s.arg(count_ + 1));
     }
-}
-
-void TestConfiguration::addLibrary(const TestLibrary& library, const QString& text) {
-    addLibrary(text, library.folder(), library.fileName());
 }
 
 void TestConfiguration::addLibrary(const QString& text, const QString& folder,
@@ -25,14 +23,10 @@ void TestConfiguration::addLibrary(const QString& text, const QString& folder,
 }
 
 void TestConfiguration::write(const QByteArray& bytes) const {
-    QFile file(folder_.filePath(QStringLiteral("Varo-Pelm.ini")));
+    QFile file(path_);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
         throw std::runtime_error("cannot write the configuration file");
     }
-}
-
-void TestConfiguration::removeFile() const {
-    QFile::remove(folder_.filePath(QStringLiteral("Varo-Pelm.ini")));
 }
 
 Desk::Desk(const QString& configurationFolder, QSize size) {

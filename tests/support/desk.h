@@ -21,13 +21,16 @@ class TestConfiguration {
 
     QString folder() const { return folder_.path(); }
     void addLibrary(const QString& text, const QString& folder, const QString& fileName);
-    void addLibrary(const TestLibrary& library, const QString& text);
+    void addLibrary(const TestLibrary& library, const QString& text) {
+        addLibrary(text, library.folder(), library.fileName());
+    }
     /// Replaces the file by these bytes.
     void write(const QByteArray& bytes) const;
-    void removeFile() const;
+    void removeFile() const { QFile::remove(path_); }
 
   private:
     QTemporaryDir folder_;
+    const QString path_ = folder_.filePath(QStringLiteral("Varo-Pelm.ini"));
     QByteArray entries_;
     int count_ = 0;
 };

@@ -23,8 +23,7 @@ class FileLimit {
         setrlimit(RLIMIT_FSIZE, &before_);
         std::signal(SIGXFSZ, signal_);
     }
-    FileLimit(const FileLimit&) = delete;
-    FileLimit& operator=(const FileLimit&) = delete;
+    Q_DISABLE_COPY_MOVE(FileLimit)
 
   private:
     rlimit before_{};

@@ -10,8 +10,10 @@
 //
 // spill PATH: writes half of a transaction into the library and waits to be killed.
 
+#include "store/attempt.h"
 #include "store/db_funcs.h"
 #include "support/file_limit.h"
+#include "support/recording_questions.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -20,17 +22,9 @@
 #include <unistd.h>
 
 using namespace varo;
+using namespace Qt::StringLiterals;
 
 namespace {
-
-class SilentQuestions : public Questions {
-  public:
-    void inform(const QString&) override {}
-    bool confirm(const QString&, Choice) override { return false; }
-    std::optional<ChosenFile> chooseFile(const QString&, const QStringList&) override {
-        return std::nullopt;
-    }
-};
 
 // Unbuffered, so that nothing said is lost when the process is killed.
 void say(const QByteArray& line) {
@@ -72,40 +66,33 @@ int hold(const char* path, const char* statements, const char* said) {
 // Adds a formula with two values, all or nothing.
 bool addFormula(clsDBFuncs& funcs, data::Connection& connection, const QString& name,
                 const QString& memo) {
-    try {
+    bool added = false;
+    const bool committed = attempt([&] {
         data::Transaction transaction(connection);
         qint32 id = 0;
-        const bool added =
-            funcs.AddNewFormula(1, name, QStringLiteral("a+b"), memo, 0, id, connection) &&
-            funcs.AddNewVar(QStringLiteral("a"), id, name, connection) &&
-            funcs.AddNewVar(QStringLiteral("b"), id, name, connection);
+        added = funcs.AddNewFormula(1, name, u"a+b"_s, memo, 0, id, connection) &&
+                funcs.AddNewVar(u"a"_s, id, name, connection) &&
+                funcs.AddNewVar(u"b"_s, id, name, connection);
         if (added) {
             transaction.commit();
         }
-        return added;
-    } catch (const data::Error&) {
-        return false;
-    }
+    });
+    return added && committed;
 }
 
 int edit(const char* path, const QString& memo) {
-    SilentQuestions questions;
+    test::RecordingQuestions questions;
     clsDBFuncs funcs(questions);
     data::Connection connection;
     connection.open(QString::fromLocal8Bit(path));
     for (int number = 1;; ++number) {
-        const QString name = QStringLiteral("formula %1 of %2").arg(number).arg(getpid());
+        const QString name = u"formula %1 of %2"_s.arg(number).arg(getpid());
         if (!addFormula(funcs, connection, name, memo)) {
             say("refused");
             return 0;
         }
         say(name.toUtf8());
     }
-}
-
-int fill(const char* path, const char* bytes) {
-    const test::FileLimit limit(std::strtol(bytes, nullptr, 10));
-    return edit(path, QString(1000, QLatin1Char('m')));
 }
 
 }  // namespace
@@ -122,7 +109,8 @@ int main(int argc, char** argv) {
             return edit(argv[2], {});
         }
         if (command == "fill" && argc > 3) {
-            return fill(argv[2], argv[3]);
+            const test::FileLimit limit(std::strtol(argv[3], nullptr, 10));
+            return edit(argv[2], QString(1000, u'm'));
         }
     } catch (const data::Error& error) {
         std::fprintf(stderr, "%s\n", error.what());

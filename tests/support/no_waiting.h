@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtGlobal>
+
 #include <sqlite3.h>
 
 namespace varo::test {
@@ -14,8 +16,7 @@ class NoWaiting {
         sqlite3_vfs_register(&files_, 1);
     }
     ~NoWaiting() { sqlite3_vfs_unregister(&files_); }
-    NoWaiting(const NoWaiting&) = delete;
-    NoWaiting& operator=(const NoWaiting&) = delete;
+    Q_DISABLE_COPY_MOVE(NoWaiting)
 
   private:
     sqlite3_vfs files_ = *sqlite3_vfs_find(nullptr);

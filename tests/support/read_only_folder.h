@@ -19,8 +19,7 @@ class ReadOnlyFolder {
                                      nullptr) == 0
                              : geteuid() != 0 && permit(QFile::ReadOwner | QFile::ExeOwner);
     }
-    ReadOnlyFolder(const ReadOnlyFolder&) = delete;
-    ReadOnlyFolder& operator=(const ReadOnlyFolder&) = delete;
+    Q_DISABLE_COPY_MOVE(ReadOnlyFolder)
     ~ReadOnlyFolder() {
         mounted_ ? umount2(path_, MNT_DETACH) == 0
                  : permit(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

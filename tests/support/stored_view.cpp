@@ -8,42 +8,42 @@ namespace varo::test {
 
 namespace {
 
+using namespace Qt::StringLiterals;
+
+QString textAndKey(const QModelIndex& index) {
+    return index.data(Qt::EditRole).toString() + u' ' +
+           index.data(ui::NodeView::KeyRole).toString();
+}
+
 void addNodes(const FolderTreeModel& model, const QModelIndex& parent, int depth,
               QStringList& lines) {
     for (int row = 0; row < model.rowCount(parent); ++row) {
         const QModelIndex index = model.index(row, 0, parent);
         const FolderTree::Images images = model.tree().images(FolderTreeModel::nodeOf(index));
-        lines.append(QStringLiteral("%1%2 %3 [%4 %5]")
-                         .arg(QString(2 * depth, u' '), index.data(Qt::EditRole).toString(),
-                              index.data(ui::NodeView::KeyRole).toString())
+        lines.append(u"%1%2 [%3 %4]"_s.arg(QString(2 * depth, u' '), textAndKey(index))
                          .arg(images.image)
                          .arg(images.selectedImage));
         addNodes(model, index, depth + 1, lines);
     }
 }
 
-QStringList shown(const Varo_CalcEx& control) {
-    const auto& tree = *control.findChild<ui::NodeView*>(QStringLiteral("tvFolder"));
-    const auto& list = *control.findChild<ui::NodeView*>(QStringLiteral("lvFormula"));
+QStringList shown(const ControlDriver& control) {
+    const auto& model = static_cast<const FolderTreeModel&>(*control.tree().model());
     QStringList lines;
-    addNodes(static_cast<const FolderTreeModel&>(*tree.model()), {}, 0, lines);
-    lines.append(QStringLiteral("selected ") + tree.selectedKey());
-    for (int row = 0; row < list.model()->rowCount(); ++row) {
-        const QModelIndex index = list.model()->index(row, 0);
+    addNodes(model, {}, 0, lines);
+    lines.append(u"selected "_s + control.tree().selectedKey());
+    for (int row = 0; row < control.list().model()->rowCount(); ++row) {
+        const QModelIndex index = control.list().model()->index(row, 0);
         const QImage picture = index.data(Qt::DecorationRole).value<QIcon>().pixmap(16).toImage();
         const auto bytes = QByteArrayView(picture.constBits(), picture.sizeInBytes());
-        lines.append(QStringLiteral("%1 %2 [%3]")
-                         .arg(index.data(Qt::EditRole).toString(),
-                              index.data(ui::NodeView::KeyRole).toString())
-                         .arg(qChecksum(bytes)));
+        lines.append(u"%1 [%2]"_s.arg(textAndKey(index)).arg(qChecksum(bytes)));
     }
     return lines;
 }
 
 /// The selected formula and what is shown of it.
-QStringList shownFormula(const Varo_CalcEx& control) {
-    return {control.findChild<ui::NodeView*>(QStringLiteral("lvFormula"))->selectedKey(),
-            control.findChild<QLineEdit*>(QStringLiteral("txtFormula"))->text()};
+QStringList shownFormula(const ControlDriver& control) {
+    return {control.list().selectedKey(), control.formulaBox().text()};
 }
 
 }  // namespace
@@ -60,15 +60,15 @@ testing::AssertionResult showsWhatIsStored(Desk& desk) {
     // A user can deselect every formula; a control that has just been started does not.
     const bool deselected = desk.list().selectedKey().isEmpty();
     const QStringList wanted =
-        shown(fresh) + (deselected ? QStringList{QString(), QString()} : shownFormula(fresh));
-    const QStringList found = shown(desk.control()) + shownFormula(desk.control());
+        shown(ControlDriver(fresh)) +
+        (deselected ? QStringList{{}, {}} : shownFormula(ControlDriver(fresh)));
+    const QStringList found = shown(desk) + shownFormula(desk);
     if (wanted == found && questions.informed.isEmpty()) {
         return testing::AssertionSuccess();
     }
-    return testing::AssertionFailure() << "stored:\n"
-                                       << wanted.join(u'\n').toStdString() << "\nshown:\n"
-                                       << found.join(u'\n').toStdString() << "\n"
-                                       << questions.informed.join(u'\n').toStdString();
+    const QStringList told =
+        QStringList{u"stored:"_s} + wanted + QStringList{u"shown:"_s} + found + questions.informed;
+    return testing::AssertionFailure() << told.join(u'\n').toStdString();
 }
 
 }  // namespace varo::test

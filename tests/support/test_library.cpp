@@ -8,9 +8,11 @@ namespace varo::test {
 
 namespace {
 
+using namespace Qt::StringLiterals;
+
 void require(bool done, const char* step) {
     if (!done) {
-        throw data::Error(QStringLiteral("the test library failed to ") + QLatin1StringView(step));
+        throw data::Error(u"the test library failed to "_s + QLatin1StringView(step));
     }
 }
 
@@ -54,42 +56,30 @@ void TestLibrary::addProperty(qint32 property, const QString& name, qint32 filte
 }
 
 void TestLibrary::addPicture(qint32 formula, const QByteArray& bytes) {
-    const QString file = addFile(QStringLiteral("picture to add"), bytes);
+    const QString file = addFile(u"picture to add"_s, bytes);
     require(funcs_.AddNewPicture(formula, file, connection_), "add a picture");
     QFile::remove(file);
 }
 
 void TestLibrary::refuse(const char* step, const char* table, const QString& when) {
-    connection_.execute(QStringLiteral("Create Trigger Refuse Before %1 On %2 When %3 Begin "
-                                       "Select Raise(Abort, 'refused'); End")
-                            .arg(QLatin1StringView(step), QLatin1StringView(table), when));
-}
-
-void TestLibrary::allow() {
-    connection_.execute(QStringLiteral("Drop Trigger Refuse"));
+    connection_.execute(
+        u"Create Trigger Refuse Before %1 On %2 When %3 Begin Select Raise(Abort, 'refused'); End"_s
+            .arg(QLatin1StringView(step), QLatin1StringView(table), when));
 }
 
 void MissingColumn::rename(const char* from, const char* to) {
-    library_.connection().execute(
-        QStringLiteral("Alter Table %1 Rename Column %2 To %3")
-            .arg(QLatin1StringView(table_), QLatin1StringView(from), QLatin1StringView(to)));
+    library_.connection().execute(u"Alter Table %1 Rename Column %2 To %3"_s.arg(
+        QLatin1StringView(table_), QLatin1StringView(from), QLatin1StringView(to)));
 }
 
 QStringList TestLibrary::content() {
-    QStringList lines = rows(QStringLiteral("Select * From Tree")) +
-                        rows(QStringLiteral("Select * From RecentVar")) +
-                        rows(QStringLiteral("Select * From Property"));
-    const QString formula = QStringLiteral("Select %1 From Formula");
-    lines += rows(formula.arg(QStringLiteral("ID,Name,Formula,Memo,PicType,PID,OrderID")));
-    for (const QString& picture : rows(formula.arg(QStringLiteral("hex(Pic)")))) {
+    QStringList lines = rows(u"Select * From Tree"_s) + rows(u"Select * From RecentVar"_s) +
+                        rows(u"Select * From Property"_s) +
+                        rows(u"Select ID,Name,Formula,Memo,PicType,PID,OrderID From Formula"_s);
+    for (const QString& picture : rows(u"Select hex(Pic) From Formula"_s)) {
         lines.append(QString::number(qHash(picture)));
     }
     return lines;
-}
-
-QStringList TestLibrary::rows(const QString& query) {
-    data::Recordset recordset = connection_.query(query);
-    return remainingRows(recordset);
 }
 
 QStringList remainingRows(data::Recordset& recordset) {

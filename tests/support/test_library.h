@@ -12,6 +12,9 @@
 
 namespace varo::test {
 
+/// The rows of a record set from the current one on, their fields joined by "|".
+QStringList remainingRows(data::Recordset& recordset);
+
 /// A library in a folder of its own that goes away with it, filled through the data operations. A
 /// step that fails throws data::Error, which fails the test.
 class TestLibrary {
@@ -44,13 +47,16 @@ class TestLibrary {
 
     /// Lets a step ("Insert") on a table fail, for rows of which `when` is true, until allow().
     void refuse(const char* step, const char* table, const QString& when = QStringLiteral("1"));
-    void allow();
+    void allow() { connection_.execute(QStringLiteral("Drop Trigger Refuse")); }
 
     /// Everything that is stored.
     QStringList content();
 
     /// One string for each row of a query made of the test's own text: its fields, joined by "|".
-    QStringList rows(const QString& query);
+    QStringList rows(const QString& query) {
+        data::Recordset recordset = connection_.query(query);
+        return remainingRows(recordset);
+    }
 
   private:
     QTemporaryDir directory_;
@@ -68,8 +74,7 @@ class MissingColumn {
         rename(column, "Away");
     }
     ~MissingColumn() { rename("Away", column_); }
-    MissingColumn(const MissingColumn&) = delete;
-    MissingColumn& operator=(const MissingColumn&) = delete;
+    Q_DISABLE_COPY_MOVE(MissingColumn)
 
   private:
     void rename(const char* from, const char* to);
@@ -78,9 +83,6 @@ class MissingColumn {
     const char* table_;
     const char* column_;
 };
-
-/// The rows of a record set from the current one on, their fields joined by "|".
-QStringList remainingRows(data::Recordset& recordset);
 
 /// `size` bytes in which every chunk differs from every other.
 QByteArray pictureBytes(qsizetype size);

@@ -44,12 +44,8 @@ class WmfBuilder {
         if (bytes.size() % 2 != 0) {
             bytes.append('\0');
         }
-        appendLong(records_, 3 + words.size() + static_cast<std::size_t>(bytes.size()) / 2);
-        appendWord(records_, function);
-        for (const int word : words) {
-            appendWord(records_, word);
-        }
-        records_ += bytes;
+        const auto size = 3 + static_cast<int>(words.size()) + static_cast<int>(bytes.size() / 2);
+        records_ += bytesOf({size & 0xFFFF, size >> 16, function}) + bytesOf(words) + bytes;
         return *this;
     }
 
@@ -73,38 +69,27 @@ class WmfBuilder {
 
     /// The file without a placement.
     QByteArray bytes() const {
-        QByteArray file;
-        for (const int word : {1, 9, 0x300}) {
-            appendWord(file, word);
-        }
-        appendLong(file, 9 + static_cast<std::size_t>(records_.size()) / 2 + 3);
-        appendWord(file, 16);
-        appendLong(file, 1000);
-        appendWord(file, 0);
-        file += records_;
-        appendLong(file, 3);
-        appendWord(file, 0);
-        return file;
+        const int size = 9 + static_cast<int>(records_.size() / 2) + 3;
+        return bytesOf({1, 9, 0x300, size & 0xFFFF, size >> 16, 16, 1000, 0, 0}) + records_ +
+               bytesOf({3, 0, 0});
     }
 
     /// The file with one.
     QByteArray placed(const QRect& bounds, int unitsPerInch) const {
-        QByteArray file("\xD7\xCD\xC6\x9A", 4);
-        for (const int word : {0, bounds.left(), bounds.top(), bounds.left() + bounds.width(),
-                               bounds.top() + bounds.height(), unitsPerInch, 0, 0, 0}) {
-            appendWord(file, word);
-        }
-        return file + bytes();
+        return QByteArray("\xD7\xCD\xC6\x9A", 4) +
+               bytesOf({0, bounds.left(), bounds.top(), bounds.left() + bounds.width(),
+                        bounds.top() + bounds.height(), unitsPerInch, 0, 0, 0}) +
+               bytes();
     }
 
   private:
-    static void appendWord(QByteArray& bytes, int word) {
-        bytes.append(static_cast<char>(word & 0xFF));
-        bytes.append(static_cast<char>(word >> 8 & 0xFF));
-    }
-    static void appendLong(QByteArray& bytes, std::size_t number) {
-        appendWord(bytes, static_cast<int>(number & 0xFFFF));
-        appendWord(bytes, static_cast<int>(number >> 16 & 0xFFFF));
+    static QByteArray bytesOf(std::initializer_list<int> words) {
+        QByteArray bytes;
+        for (const int word : words) {
+            bytes.append(static_cast<char>(word & 0xFF));
+            bytes.append(static_cast<char>(word >> 8 & 0xFF));
+        }
+        return bytes;
     }
 
     QByteArray records_;

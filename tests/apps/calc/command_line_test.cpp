@@ -1,10 +1,15 @@
 #include "calc/calc_process.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
 #include <algorithm>
-#include <gtest/gtest.h>
 
 namespace varo::test {
 namespace {
+
+using namespace Qt::StringLiterals;
 
 struct Case {
     const char* arguments;
@@ -15,7 +20,7 @@ struct Case {
 /// Expects each run to print what is expected when its status is 0, else to complain of it.
 void check(std::initializer_list<Case> cases) {
     for (const Case& test : cases) {
-        const CalcOutcome outcome = runCalc(test.arguments);
+        const Outcome outcome = runCalc(test.arguments);
         const std::string hint = test.status == 2 ? "用“varo-calc --help”查看用法。\n" : "";
         EXPECT_EQ(outcome.status, test.status) << test.arguments;
         EXPECT_EQ(outcome.out, test.status == 0 ? test.expected : "") << test.arguments;
@@ -43,7 +48,7 @@ TEST(CommandLine, ComplainsOfFormulaAndValues) {
            {"--table missing.csv a+b c=1", "公式没有变量“c”！\n", 1},
            {"--table missing.csv a+b", "无法打开“missing.csv”：没有这个文件！\n", 1},
            {"--table / a+b", "无法读取“/”：这是一个文件夹！\n", 1}});
-    const CalcOutcome outcome = runCalc("--vars a+b*");
+    const Outcome outcome = runCalc("--vars a+b*");
     EXPECT_EQ(outcome.out, "a\t数值\nb\t数值\n") << "the variables of a wrong formula, too";
     EXPECT_EQ(outcome.err, "公式不完整！（公式第5个字符）\n");
     EXPECT_EQ(outcome.status, 1);
@@ -66,7 +71,7 @@ TEST(CommandLine, WrongUsageEndsWithTwo) {
 }
 
 TEST(CommandLine, TheHelpFitsAScreen) {
-    const CalcOutcome outcome = runCalc("--help");
+    const Outcome outcome = runCalc("--help");
     EXPECT_EQ(outcome.status, 0);
     QStringList lines = QString::fromStdString(outcome.out).split(u'\n');
     EXPECT_EQ(lines.takeLast(), QString()) << "the last line must end";
@@ -81,12 +86,39 @@ TEST(CommandLine, TheHelpFitsAScreen) {
 
 TEST(CommandLine, AResultThatCannotBeWrittenFails) {
     for (const char* arguments : {"1+1", "--vars a", "--help", "--table - a"}) {
-        QProcess program;
-        program.setStandardOutputFile(QStringLiteral("/dev/full"));
-        const CalcOutcome outcome = runCalc(program, arguments, "a\n1\n");
+        const Outcome outcome = runCalc(arguments, "a\n1\n", u"/dev/full"_s);
         EXPECT_EQ(outcome.status, 1) << arguments;
         EXPECT_EQ(outcome.err, "无法写出结果：磁盘已满！\n") << arguments;
     }
+}
+
+/// Runs the commands behind "$ " in the guide's blocks of the kind "console"; what a block shows of
+/// a table with "cat" is the table for those behind it.
+TEST(Guide, ItsExamplesAreWhatTheProgramPrints) {
+    QFile guide(QStringLiteral(VARO_CALC_GUIDE));
+    ASSERT_TRUE(guide.open(QIODevice::ReadOnly));
+    const QTemporaryDir folder;
+    int calculations = 0;
+    for (const QString& block :
+         QString::fromUtf8(guide.readAll()).split(u"```console"_s).sliced(1)) {
+        for (const QString& example : block.section(u"```"_s, 0, 0).split(u"\n$ "_s).sliced(1)) {
+            const QString command = example.section(u'\n', 0, 0);
+            const QString shown = example.section(u'\n', 1).trimmed() + u'\n';
+            if (command.startsWith(u"cat ")) {
+                QFile table(folder.filePath(command.sliced(4)));
+                ASSERT_TRUE(table.open(QIODevice::WriteOnly) && table.write(shown.toUtf8()) > 0);
+                continue;
+            }
+            QProcess shell;
+            shell.setWorkingDirectory(folder.path());
+            shell.setProcessChannelMode(QProcess::MergedChannels);
+            const QString path = QFileInfo(QStringLiteral(VARO_CALC_PROGRAM)).path();
+            shell.start(u"sh"_s, {u"-c"_s, u"PATH="_s + path + u":$PATH; "_s + command});
+            EXPECT_EQ(outcomeOf(shell).out, shown.toStdString()) << qPrintable(command);
+            ++calculations;
+        }
+    }
+    EXPECT_GT(calculations, 5);
 }
 
 }  // namespace

@@ -1,10 +1,8 @@
 #include "calc/calc_process.h"
 
-#include <QFile>
-#include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QThread>
 
-#include <gtest/gtest.h>
 #include <pty.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -46,7 +44,7 @@ TEST_F(TableStream, ResultsComeWhileRowsAreStillBeingWritten) {
         EXPECT_EQ(seen, results);
     }
     program_.closeWriteChannel();
-    EXPECT_EQ(outcomeOf(program_).status, 0);
+    EXPECT_EQ(calcOutcomeOf(program_).status, 0);
 }
 
 TEST_F(TableStream, ATableLargerThanTheMemoryIsCalculated) {
@@ -55,26 +53,23 @@ TEST_F(TableStream, ATableLargerThanTheMemoryIsCalculated) {
 #endif
     constexpr rlim_t kMemory = 32 << 20;
     constexpr int kRows = 50'000;
-    const QTemporaryDir folder;
-    const QString result = folder.filePath(QStringLiteral("result.csv"));
-    QFile table(folder.filePath(QStringLiteral("table.csv")));
-    ASSERT_TRUE(table.open(QIODevice::WriteOnly));
+    QTemporaryFile table;
+    QTemporaryFile result;
+    ASSERT_TRUE(table.open() && result.open());
     table.write("text,x\n");
     for (int i = 0; i < kRows; ++i) {
         table.write(QByteArray(1000, 't') + ',' + QByteArray::number(i) + '\n');
     }
-    table.close();
+    ASSERT_TRUE(table.flush());
     program_.setStandardInputFile(table.fileName());
-    program_.setStandardOutputFile(result);
+    program_.setStandardOutputFile(result.fileName());
     program_.setChildProcessModifier([] {
         const rlimit limit{kMemory, kMemory};
         setrlimit(RLIMIT_AS, &limit);
     });
     start(QStringLiteral("x+0.5"));
-    EXPECT_EQ(outcomeOf(program_).err, "");
-    QFile written(result);
-    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
-    const QByteArray content = written.readAll();
+    EXPECT_EQ(calcOutcomeOf(program_).err, "");
+    const QByteArray content = result.readAll();
     EXPECT_EQ(content.count('\n'), kRows + 1);
     EXPECT_TRUE(content.endsWith(",49999,49999.5\n"));
 }
@@ -86,7 +81,7 @@ TEST_F(TableStream, AReaderThatEndsEndsTheCalculation) {
     start(QStringLiteral("x"));
     ASSERT_TRUE(reader.waitForFinished());
     write("x\n1\n");
-    const CalcOutcome outcome = outcomeOf(program_);
+    const Outcome outcome = calcOutcomeOf(program_);
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "无法写出结果：接收输出的程序已结束！\n");
 }
@@ -105,7 +100,7 @@ TEST_F(TableStream, ATerminalSeesTheProgressUntilTheEnd) {
         }
     }
     program_.closeWriteChannel();
-    EXPECT_EQ(outcomeOf(program_).status, 1);
+    EXPECT_EQ(calcOutcomeOf(program_).status, 1);
     ::close(programSide);
     std::string seen;
     char bytes[4096];

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <gtest/gtest.h>
-#include <string>
 
 namespace varo::test {
 namespace {
@@ -18,7 +16,7 @@ struct Case {
 /// Expects a status of 0 if nothing is complained of, else 1.
 void check(std::initializer_list<Case> cases) {
     for (const auto& [arguments, table, out, err] : cases) {
-        const CalcOutcome outcome = runCalc((std::string("--table - ") + arguments).c_str(), table);
+        const Outcome outcome = runCalc((std::string("--table - ") + arguments).c_str(), table);
         EXPECT_EQ(outcome.out, out) << table;
         EXPECT_EQ(outcome.err, err) << table;
         EXPECT_EQ(outcome.status, err.empty() ? 0 : 1) << table;
@@ -69,7 +67,7 @@ TEST(Table, TheFirstTenRowsWithoutResultAreToldThenTheirNumber) {
         table += "0\n2\n";
     }
     for (const char* formula : {"--table - 1/x", "--table - R2S(1/x,1)"}) {
-        const CalcOutcome outcome = runCalc(formula, table);
+        const Outcome outcome = runCalc(formula, table);
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 25);
         EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 11) << outcome.err;
@@ -103,8 +101,8 @@ TEST(Table, ManyRowsAtATimeGiveWhatRowByRowGives) {
         table += ",\"第" + std::to_string(i) + "行，\n\"\"," + std::string(i % 50, '-') + "\",";
         table += std::to_string(divisor) + '\n';
     }
-    const CalcOutcome batches = runCalc("--table - a^1.5/b-k k=3", table);
-    const CalcOutcome rows = runCalc("--table - If(t='',a^1.5/b-k,0) k=3 t=", table);
+    const Outcome batches = runCalc("--table - a^1.5/b-k k=3", table);
+    const Outcome rows = runCalc("--table - If(t='',a^1.5/b-k,0) k=3 t=", table);
     EXPECT_TRUE(batches.out == rows.out);
     EXPECT_EQ(batches.err, rows.err);
     EXPECT_EQ(batches.status, 1);

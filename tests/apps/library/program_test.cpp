@@ -1,6 +1,6 @@
-#include "library/library_files.h"
+#include "program.h"
 
-#include <QProcess>
+#include "library/library_files.h"
 
 namespace varo {
 namespace {
@@ -15,11 +15,9 @@ class LibraryProgram : public LibraryFiles {
         program.setStandardOutputFile(output);
         program.start(QStringLiteral(VARO_LIBRARY_PROGRAM),
                       arguments.split(u' ', Qt::SkipEmptyParts));
-        EXPECT_TRUE(program.waitForFinished(60'000)) << "varo-library did not end";
-        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-        EXPECT_EQ(program.exitCode(), code) << arguments.toStdString();
-        const QByteArray complaint = program.readAllStandardError();
-        return program.readAllStandardOutput() + (complaint.isEmpty() ? "" : "!") + complaint;
+        const auto [status, out, err] = test::outcomeOf(program);
+        EXPECT_EQ(status, code) << arguments.toStdString();
+        return QByteArray::fromStdString(out + (err.empty() ? "" : "!") + err);
     }
 };
 
