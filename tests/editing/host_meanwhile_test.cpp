@@ -61,20 +61,24 @@ TEST_F(HostMeanwhile, AListingThatIsToldAboutLeavesTheOneThatTheHostWants) {
 TEST_F(HostMeanwhile, NothingIsHeldWhileACopyOrPasteIsToldAbout) {
     first.addPicture(bending, pictureBytes(100));
     first.addPicture(shear, pictureBytes(100));
+    first.addPicture(torsion, pictureBytes(100));
     const auto write = [this] { first.connection().execute(u"Update Tree Set Name = Name"_s); };
     const QString copies = work.filePath(u"%1PastePic.bmp"_s);
     ASSERT_TRUE(QDir().mkdir(copies.arg(bending)));
+    ASSERT_TRUE(QDir().mkdir(copies.arg(torsion)));
     desk->questions().meanwhile = write;
     for (const QString& formula : {u"弯曲"_s, QString()}) {
         select(u"梁"_s, formula);
         press(u"复制"_s);
-        EXPECT_EQ(desk->messages().size(), 1);
+        EXPECT_EQ(desk->messages().size(), 1) << "once for both";
         told();
     }
     ASSERT_TRUE(QFile(copies.arg(shear)).resize(16384LL * 32768)) << "too long for a picture";
     select(u"柱"_s);
     press(u"粘贴"_s, false);
     EXPECT_EQ(desk->messages().size(), 1);
+    EXPECT_EQ(first.rows(u"Select PicType, length(Pic) From Formula Where ID > 5"_s).join(u' '),
+              u"2| 2| 2|"_s);
 }
 
 }  // namespace

@@ -141,24 +141,6 @@ TEST_F(CopyAndPaste, PicturesGoAlong) {
     EXPECT_FALSE(QFile::exists(copied));
 }
 
-TEST_F(CopyAndPaste, APictureThatCannotBeMovedIsToldAndLeftOut) {
-    first.addPicture(bending, pictureBytes(100));
-    first.addPicture(shear, pictureBytes(100));
-    first.addPicture(torsion, pictureBytes(100));
-    const QString copies = workFile(u"%1PastePic.bmp"_s);
-    ASSERT_TRUE(QDir().mkdir(copies.arg(bending)));
-    ASSERT_TRUE(QDir().mkdir(copies.arg(torsion)));
-    copyFormula(bending);
-    EXPECT_EQ(told().size(), 1);
-    copy(beams);
-    EXPECT_EQ(told().size(), 1) << "once for both";
-    ASSERT_TRUE(QFile(copies.arg(shear)).resize(16384LL * 32768)) << "too long for a picture";
-    EXPECT_TRUE(paste(columns, false).complete);
-    EXPECT_EQ(told().size(), 1);
-    EXPECT_EQ(first.rows(u"Select PicType, length(Pic) From Formula Where ID > 5"_s),
-              (QStringList{u"2|"_s, u"2|"_s, u"2|"_s}));
-}
-
 TEST_F(CopyAndPaste, AStepThatFailsEndsThePasteAndLeavesWhatItDid) {
     const struct {
         const char *step, *table;
