@@ -5,14 +5,10 @@
 //
 // edit PATH: adds formulas with values until it is killed; a line is the name of one that is in.
 //
-// fill PATH BYTES: adds formulas until the file may not grow beyond BYTES; lines as with edit, then
-// "refused".
-//
 // spill PATH: writes half of a transaction into the library and waits to be killed.
 
 #include "store/attempt.h"
 #include "store/db_funcs.h"
-#include "support/file_limit.h"
 #include "support/recording_questions.h"
 
 #include <cstdio>
@@ -64,13 +60,12 @@ int hold(const char* path, const char* statements, const char* said) {
 }
 
 // Adds a formula with two values, all or nothing.
-bool addFormula(clsDBFuncs& funcs, data::Connection& connection, const QString& name,
-                const QString& memo) {
+bool addFormula(clsDBFuncs& funcs, data::Connection& connection, const QString& name) {
     bool added = false;
     const bool committed = attempt([&] {
         data::Transaction transaction(connection);
         qint32 id = 0;
-        added = funcs.AddNewFormula(1, name, u"a+b"_s, memo, 0, id, connection) &&
+        added = funcs.AddNewFormula(1, name, u"a+b"_s, {}, 0, id, connection) &&
                 funcs.AddNewVar(u"a"_s, id, name, connection) &&
                 funcs.AddNewVar(u"b"_s, id, name, connection);
         if (added) {
@@ -80,14 +75,14 @@ bool addFormula(clsDBFuncs& funcs, data::Connection& connection, const QString& 
     return added && committed;
 }
 
-int edit(const char* path, const QString& memo) {
+int edit(const char* path) {
     test::RecordingQuestions questions;
     clsDBFuncs funcs(questions);
     data::Connection connection;
     connection.open(QString::fromLocal8Bit(path));
     for (int number = 1;; ++number) {
         const QString name = u"formula %1 of %2"_s.arg(number).arg(getpid());
-        if (!addFormula(funcs, connection, name, memo)) {
+        if (!addFormula(funcs, connection, name)) {
             say("refused");
             return 0;
         }
@@ -106,11 +101,7 @@ int main(int argc, char** argv) {
             }
         }
         if (command == "edit") {
-            return edit(argv[2], {});
-        }
-        if (command == "fill" && argc > 3) {
-            const test::FileLimit limit(std::strtol(argv[3], nullptr, 10));
-            return edit(argv[2], QString(1000, u'm'));
+            return edit(argv[2]);
         }
     } catch (const data::Error& error) {
         std::fprintf(stderr, "%s\n", error.what());
