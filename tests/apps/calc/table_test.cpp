@@ -32,8 +32,9 @@ TEST(Table, GetsAColumnOfResults) {
 }
 
 TEST(Table, KeepsItsContentAndForm) {
-    check({{"x", "x,注\n1,\"a,b\"\n2,\"say \"\"hi\"\"\"\n3,\" a \"\n4,3/4\" pipe\n",
-            "x,注,Result\n1,\"a,b\",1\n2,\"say \"\"hi\"\"\",2\n3,\" a \",3\n4,\"3/4\"\" pipe\",4\n",
+    check({{"x", "x,注\n1,\"a,b\"\n2,\"say \"\"hi\"\"\"\n3,\" a\"\n4,\"b \"\n5,3/4\" pipe\n",
+            "x,注,Result\n1,\"a,b\",1\n2,\"say \"\"hi\"\"\",2\n3,\" a\",3\n4,\"b \",4\n5,\"3/4\"\" "
+            "pipe\",5\n",
             ""},
            {"x", "x,注\r\n1,\"a\r\nb\"\r\n2,c", "x,注,Result\r\n1,\"a\r\nb\",1\r\n2,c,2\r\n", ""},
            {"x", "x\r1\r2\r", "x,Result\r\n1,1\r\n2,2\r\n", ""},
