@@ -51,7 +51,7 @@ function(varo_room name room)
 endfunction()
 
 # varo_library(NAME [ROOM ...] SOURCES ... LINKS ...): a static library. ROOM is its folder below src.
-# LINKS are the only project targets whose headers its code can include.
+# Its code can include the headers of LINKS, and of what these link, and no others.
 function(varo_library name)
   cmake_parse_arguments(ARG "" "ROOM" "SOURCES;LINKS" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})

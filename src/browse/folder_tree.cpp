@@ -9,8 +9,7 @@ namespace varo {
 namespace {
 
 constexpr auto kLibraryImages = FolderTree::imagesOf(NodeImage::Library, NodeImage::Library);
-constexpr auto kFolderImages =
-    FolderTree::imagesOf(NodeImage::Folder, NodeImage::FolderOpen);
+constexpr auto kFolderImages = FolderTree::imagesOf(NodeImage::Folder, NodeImage::FolderOpen);
 
 /// The part of a name that fits.
 QStringView storable(QStringView name) {

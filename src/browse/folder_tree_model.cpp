@@ -62,7 +62,7 @@ void FolderTreeModel::setImages(const QModelIndex& index, FolderTree::Images ima
 
 QModelIndex FolderTreeModel::indexOf(FolderTree::Node node) const {
     return node == FolderTree::kNone ? QModelIndex()
-                                    : createIndex(tree_.row(node), NameColumn, quintptr{node});
+                                     : createIndex(tree_.row(node), NameColumn, quintptr{node});
 }
 
 QModelIndex FolderTreeModel::index(int row, int column, const QModelIndex& parent) const {

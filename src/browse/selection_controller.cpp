@@ -17,7 +17,7 @@ SelectionController::SelectionController(LibraryTree& tree, FormulaList& list, F
     connect(&tree, &LibraryTree::nodeClicked, this, &SelectionController::selectNode);
     connect(&list, &FormulaList::formulaClicked, this, [this](qint32 id) {
         selectFormula(id);
-        isFormulaSelected_ = formula() == id;
+        isFormulaSelected_ = isFormulaSelected_ || formula() == id;
     });
     connect(&list, &FormulaList::emptyClicked, this, &SelectionController::deselectFormula);
     connect(&pane, &FormulaPane::expressionStored, this, [this](qint32 id, const QString& text) {
@@ -39,7 +39,7 @@ void SelectionController::selectFormula(qint32 id) {
     }
 }
 
-bool SelectionController::showNode(const NodeId& node, const QString& notOpened) {
+bool SelectionController::showNode(NodeId node, const QString& notOpened) {
     if (!tree_.contains(node)) {
         return false;
     }
@@ -51,9 +51,9 @@ bool SelectionController::showNode(const NodeId& node, const QString& notOpened)
     const bool opened = library_.open(node.library);
     if (!opened || !list_.ShowFolderFormulas(node.parentId(), messages)) {
         showNothing();
-        messages.inform(
-            opened ? QStringLiteral("无法读取节点“%1”下所有的公式！").arg(tree_.text(node))
-                   : notOpened);
+        messages.inform(opened
+                            ? QStringLiteral("无法读取节点“%1”下所有的公式！").arg(tree_.text(node))
+                            : notOpened);
         messages.show(questions_);
         return false;
     }
@@ -151,9 +151,11 @@ bool SelectionController::storeEdits() {
 }
 
 NodeId SelectionController::nodeForCommand() {
+    if (!storeEdits()) {
+        return {};
+    }
     const NodeId selected = tree_.selectedNode();
-    const bool isShown =
-        storeEdits() && selected.isValid() && (selected == listedNode_ || showNode(selected));
+    const bool isShown = selected.isValid() && (selected == listedNode_ || showNode(selected));
     return isShown ? selected : NodeId{};
 }
 

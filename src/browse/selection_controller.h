@@ -36,7 +36,7 @@ class SelectionController : public QObject {
 
     /// The same, right after what was being typed has been stored (see nodeForCommand()).
     /// `notOpened` is what the user is told when the library cannot be opened.
-    bool showNode(const NodeId& node,
+    bool showNode(NodeId node,
                   const QString& notOpened = QStringLiteral("无法打开用户指定的数据库！"));
     void showFormula(qint32 id);
 

@@ -184,7 +184,10 @@ void Varo_CalcEx::RunCalc() {
     // The widget that has the focus may be disabled on the way.
     const QWidget* focused = QApplication::focusWidget();
     const bool hadFocus = focused != nullptr && (focused == this || isAncestorOf(focused));
-    parts.started = parts.start();
+    // A message may let the host call again: what it has started stays started.
+    if (parts.start()) {
+        parts.started = true;
+    }
     if (hadFocus) {
         parts.form.tvFolder->setFocus();
     }
@@ -245,7 +248,11 @@ void Varo_CalcEx::ClickTreeNode(const QString& TheKey) {
 }
 
 void Varo_CalcEx::SelFormula(const QString& TheKey) {
-    parts_->selection.selectFormula(formulaIdOf(TheKey));
+    if (isFormulaKey(TheKey)) {
+        parts_->selection.selectFormula(formulaIdOf(TheKey));
+    } else {
+        parts_->selection.highlight().remove();
+    }
 }
 
 void Varo_CalcEx::SetDesignProp(const QString& TheLocationPropName) {
@@ -297,7 +304,8 @@ void Varo_CalcEx::Parts::ShowHelp() {
 
 void Varo_CalcEx::Parts::sendResult() {
     // A control that stands alone is its own host window.
-    ui::postWindowMessage(control.window(), calcMessage, 0, ui::windowHandleOf(form.panel.result.txtResult));
+    ui::postWindowMessage(control.window(), calcMessage, 0,
+                          ui::windowHandleOf(form.panel.result.txtResult));
 }
 
 }  // namespace varo

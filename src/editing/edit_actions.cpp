@@ -55,7 +55,8 @@ const std::array kCommands{
     Description{EditCommand::VariableSource, "mnuPopVarSource", QStringLiteral("变量值来源"),
                 "code-variable", kOnFormula},
     Description{EditCommand::MoveUp, "mnuPopMoveUp", QStringLiteral("上移"), "go-up", kOnItem},
-    Description{EditCommand::MoveDown, "mnuPopMoveDown", QStringLiteral("下移"), "go-down", kOnItem},
+    Description{EditCommand::MoveDown, "mnuPopMoveDown", QStringLiteral("下移"), "go-down",
+                kOnItem},
     Description{EditCommand::Copy, "mnuPopCopy", QStringLiteral("复制"), "edit-copy", kOnItem,
                 Qt::CTRL | Qt::Key_C},
     Description{EditCommand::Paste, "mnuPopPaste", QStringLiteral("粘贴"), "edit-paste", kAlways,
@@ -74,20 +75,20 @@ const std::array kCommands{
 
 /// The buttons of the tool bar, in order; nothing stands for a separator.
 const std::optional<EditCommand> kButtons[] = {EditCommand::NewFolder,
-                                              EditCommand::NewFormula,
-                                              std::nullopt,
-                                              EditCommand::Copy,
-                                              EditCommand::Paste,
-                                              EditCommand::Delete,
-                                              std::nullopt,
-                                              EditCommand::MoveUp,
-                                              EditCommand::MoveDown,
-                                              std::nullopt,
-                                              EditCommand::Find,
-                                              EditCommand::FindNext,
-                                              EditCommand::FindPrevious,
-                                              std::nullopt,
-                                              EditCommand::Help};
+                                               EditCommand::NewFormula,
+                                               std::nullopt,
+                                               EditCommand::Copy,
+                                               EditCommand::Paste,
+                                               EditCommand::Delete,
+                                               std::nullopt,
+                                               EditCommand::MoveUp,
+                                               EditCommand::MoveDown,
+                                               std::nullopt,
+                                               EditCommand::Find,
+                                               EditCommand::FindNext,
+                                               EditCommand::FindPrevious,
+                                               std::nullopt,
+                                               EditCommand::Help};
 
 }  // namespace
 

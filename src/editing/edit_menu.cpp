@@ -68,6 +68,8 @@ void EditMenu::openOnList(const QModelIndex& index, const QPoint& position) {
             return;
         }
         selection_.setFormulaSelected(true);
+    } else if (selection_.formula()) {
+        return;  // the click on empty space has been refused
     }
     selection_.makeFormulaCurrent();
     open(List, position);
@@ -83,12 +85,12 @@ void EditMenu::open(Place place, const QPoint& position) {
     static const Entry kEntries[] = {
         {EditCommand::LibraryManager, nullptr, Tree}, {std::nullopt, "mnuPopLine5", Tree},
         {EditCommand::NewFolder, nullptr, Tree},      {EditCommand::NewFormula, nullptr, List},
-        {EditCommand::Delete, nullptr, kBoth},         {std::nullopt, "mnuPopLine4", kBoth},
+        {EditCommand::Delete, nullptr, kBoth},        {std::nullopt, "mnuPopLine4", kBoth},
         {EditCommand::LocateNode, nullptr, Tree},     {EditCommand::LocateFormula, nullptr, List},
         {EditCommand::VariableSource, nullptr, List}, {std::nullopt, "mnuPopLine1", kBoth},
-        {EditCommand::MoveUp, nullptr, kBoth},         {EditCommand::MoveDown, nullptr, kBoth},
-        {std::nullopt, "mnuPopLine2", kBoth},          {EditCommand::Copy, nullptr, kBoth},
-        {EditCommand::Paste, nullptr, kBoth},          {std::nullopt, "mnuPopLine3", kBoth},
+        {EditCommand::MoveUp, nullptr, kBoth},        {EditCommand::MoveDown, nullptr, kBoth},
+        {std::nullopt, "mnuPopLine2", kBoth},         {EditCommand::Copy, nullptr, kBoth},
+        {EditCommand::Paste, nullptr, kBoth},         {std::nullopt, "mnuPopLine3", kBoth},
         {EditCommand::Rename, nullptr, kBoth},
     };
     // The actions are those of the tool bar: an entry is hidden by leaving it out of the menu.

@@ -17,9 +17,8 @@ FolderCommands::FolderCommands(SelectionController& selection, LibraryTree& tree
       library_(library),
       clipboard_(clipboard),
       questions_(questions) {
-    tree.model().setRenamer([this](const NodeId& folder, const QString& name) {
-        return storeName(folder, name);
-    });
+    tree.model().setRenamer(
+        [this](const NodeId& folder, const QString& name) { return storeName(folder, name); });
 }
 
 void FolderCommands::newFolder() {
@@ -80,8 +79,7 @@ bool FolderCommands::pasteFolders() {
     return complete;
 }
 
-bool FolderCommands::pasteBelow(const NodeId& target, bool withSubfolders,
-                                HeldMessages& messages) {
+bool FolderCommands::pasteBelow(const NodeId& target, bool withSubfolders, HeldMessages& messages) {
     const ui::clsWaitCursor waiting;
     PastedFolders pasted = clipboard_.insertFolders(library_, target.parentId(), withSubfolders,
                                                     tree_.levelsBelow(target), messages);
@@ -112,8 +110,7 @@ bool FolderCommands::deleteFolder() {
         return true;
     }
     const NodeId parent = tree_.parentOf(folder);
-    const QString question =
-        QStringLiteral("确实要删除公式夹-[%1]吗？").arg(tree_.text(folder));
+    const QString question = QStringLiteral("确实要删除公式夹-[%1]吗？").arg(tree_.text(folder));
     // The host may have turned to something else while the user was asked.
     if (!questions_.confirm(question, Choice::YesNo) || !selection_.isSelected(folder)) {
         return true;
@@ -145,8 +142,7 @@ bool FolderCommands::moveFolder(MoveDirection direction) {
         return true;
     }
     FolderOrder order;
-    const QString failure =
-        exchangeFolders(library_, *folder.folder, *neighbour.folder, order);
+    const QString failure = exchangeFolders(library_, *folder.folder, *neighbour.folder, order);
     if (!failure.isEmpty()) {
         questions_.inform(failure);
         return false;

@@ -13,8 +13,7 @@ FormulaCommands::FormulaCommands(SelectionController& selection, FormulaList& li
       library_(library),
       clipboard_(clipboard),
       questions_(questions) {
-    list.model().setRenamer(
-        [this](qint32 id, const QString& name) { return storeName(id, name); });
+    list.model().setRenamer([this](qint32 id, const QString& name) { return storeName(id, name); });
 }
 
 /// Lists a formula that has just been inserted, and shows it.
@@ -95,8 +94,8 @@ bool FormulaCommands::deleteFormula() {
         return true;
     }
     const NodeId folder = selection_.listedNode();
-    const QString question = QStringLiteral("确实要删除公式-[%1]吗？")
-                                 .arg(list_.model().find(*id)->FormulaName);
+    const QString question =
+        QStringLiteral("确实要删除公式-[%1]吗？").arg(list_.model().find(*id)->FormulaName);
     // The host may have turned to something else while the user was asked.
     if (!questions_.confirm(question, Choice::YesNo) || selection_.listedNode() != folder ||
         selection_.formula() != id) {

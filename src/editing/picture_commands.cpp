@@ -112,7 +112,7 @@ void PictureCommands::deletePicture() {
 
 void PictureCommands::showLarge() {
     const clsFormulaInfo* formula = selected();
-    if (formula == nullptr || !description_.hasPicture() ||
+    if (formula == nullptr || !description_.showsPicture() ||
         !QFileInfo(formula->FormulaPicPath).isFile()) {
         return;
     }

@@ -56,6 +56,9 @@ void Calculator::clear() {
 }
 
 void Calculator::markStale() {
+    if (form_.txtResult->state() == State::Stale) {
+        return;  // nothing changes with the next keystroke
+    }
     setHasResult(false);
     if (!showsSum_ && !form_.txtResult->text().isEmpty()) {
         form_.txtResult->setState(State::Stale, QStringLiteral("公式或变量值已改变，请重新计算"));

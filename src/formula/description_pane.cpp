@@ -64,7 +64,7 @@ void DescriptionPane::showPicture(const ui::Picture& picture) {
     showOnly(form_.imgDesc);
 }
 
-bool DescriptionPane::hasPicture() const {
+bool DescriptionPane::showsPicture() const {
     return !form_.imgDesc->picture().isNull();
 }
 

@@ -33,7 +33,7 @@ class DescriptionPane : public QObject {
     void showPicture(const ui::Picture& picture);
 
     /// Whether the formula has a picture that can be shown.
-    bool hasPicture() const;
+    bool showsPicture() const;
 
     /// Shows that the formula has no picture.
     void removePicture();

@@ -56,7 +56,6 @@ void PropertyLocator::showItem(int position) {
     if (!selection_.storeEdits()) {
         return;
     }
-    selection_.highlight().remove();
     const clsLocateProp& item = located_.Item(position);
     const NodeId node = nodeOf(item);
     const qint32 id = item.NodeID;

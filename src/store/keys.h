@@ -8,8 +8,6 @@ namespace varo {
 
 /// Keys and tags of tree nodes and list items: built and taken apart here alone.
 
-inline constexpr QStringView kRootNodeTag = u"RootNode";
-inline constexpr QStringView kFolderTag = u"FormulaNode";
 inline constexpr QStringView kLibraryKeyPrefix = u"DBNode";
 inline constexpr QStringView kFolderKeyPrefix = u"FormulaNode";
 inline constexpr QStringView kFormulaKeyPrefix = u"LvFormulaKey";
@@ -51,9 +49,6 @@ inline QString locatedKey(qint32 filterID, qint32 nodeID, qint32 nodeType, QStri
 inline bool isFolderKey(QStringView key) {
     return key.contains(kFolderKeyPrefix);
 }
-inline bool isFormulaKey(QStringView key) {
-    return key.contains(kFormulaKeyPrefix);
-}
 
 /// Identifier of the folder with this key; 0, the library's top level, for any other key.
 inline qint32 folderIdOf(QStringView key) {
@@ -74,6 +69,12 @@ inline int libraryNumberOf(QStringView key) {
 inline QString libraryKeyOf(QStringView key) {
     const auto at = key.startsWith(kFolderKeyPrefix) ? key.indexOf(kKeySeparator) : -1;
     return (at < 0 ? key : key.sliced(at + kKeySeparator.size())).toString();
+}
+
+/// Whether this is the key of a formula: only one spelling of a number is.
+inline bool isFormulaKey(QStringView key) {
+    return key.startsWith(kFormulaKeyPrefix) &&
+           formulaKey(key.sliced(kFormulaKeyPrefix.size()).toInt()) == key;
 }
 
 /// Identifier of the formula with this list key; 0 for any other key.

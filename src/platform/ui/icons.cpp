@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QGuiApplication>
+#include <QHash>
 #include <QIconEngine>
 #include <QPainter>
 #include <QStandardPaths>
@@ -95,8 +96,11 @@ void chooseBreeze() {
 
 QIcon ownIcon(const QString& name) {
     [[maybe_unused]] static const bool isReady = (initIconResources(), true);
-    QIcon icon;
-    if (!name.isEmpty()) {
+    // Views ask for the icon of each row that they draw. Never destroyed: icons must not outlive the
+    // application.
+    static auto& made = *new QHash<QString, QIcon>;
+    QIcon& icon = made[name];
+    if (icon.isNull() && !name.isEmpty()) {
         const QString file = QStringLiteral(":/varo/icons/%1.svg").arg(name);
         icon.addFile(file);
         // Styles tint the icon of a selected item so strongly that icons look alike.

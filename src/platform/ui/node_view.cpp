@@ -186,15 +186,19 @@ void NodeView::fitColumn() {
     constexpr int kReadableCharacters = 12;
     const int readable =
         kReadableCharacters * fontMetrics().averageCharWidth() + iconSize().width();
+    // The height does not depend on the horizontal bar, which the width decides on: the bar would
+    // come and go for ever.
+    const int height = maximumViewportSize().height();
     int width = viewport()->width();
     QModelIndex index = indexAt({0, 0});
-    for (; index.isValid() && visualRect(index).top() < viewport()->height();
-         index = indexBelow(index)) {
+    for (int top = 0; index.isValid() && top < height; index = indexBelow(index)) {
+        top += rowHeight(index);
         int indent = indentation();
         for (QModelIndex above = index.parent(); above.isValid(); above = above.parent()) {
             indent += indentation();
         }
-        width = std::max(width, indent + std::min(readable, sizeHintForIndex(index).width()));
+        const int text = fontMetrics().horizontalAdvance(index.data().toString());
+        width = std::max(width, indent + std::min(readable, text + iconSize().width()));
     }
     // Resizing calls back until nothing changes any more.
     if (header()->sectionSize(0) != width) {
