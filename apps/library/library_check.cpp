@@ -2,6 +2,7 @@
 #include "library/limits.h"
 #include "platform/data/connection.h"
 #include "platform/pictures/picture_format.h"
+#include "store/library_structure.h"
 #include "store/template.h"
 
 #include <QHash>
@@ -138,6 +139,13 @@ class Check {
             attempt([&] { checkLength(limit); });
         }
         attempt([&] { checkVersion(); });
+        attempt([&] {
+            if (!keepsRows(connection_)) {
+                add(
+                    QStringLiteral("the tables can lose or invent rows: an identifier that the "
+                                   "database does not give, a trigger or the like"));
+            }
+        });
         attempt([&] {
             report_.folders = count(QStringLiteral("select count(*) from Tree"));
             report_.formulas = count(QStringLiteral("select count(*) from Formula"));

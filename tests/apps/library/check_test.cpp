@@ -41,6 +41,7 @@ delete from FilterExpressions → condition 2 of filter 5: it has no comparison
 update FilterCond set Type=9 where ID=1 → condition 1 of filter 5: its type is 9
 insert into RecentVar(VarName,FormulaID) values('X',1) → variable "x" of formula 1 has 2 values
 insert into Property select 1,'q',0,1,2 → 2 properties of formula 1 have the identifier 1
+create trigger t after update on Tree begin delete from Formula; end → the tables can lose or invent rows: an identifier that the database does not give, a trigger or the like
 delete from TableInfo → the version record DBVersion is missing
 update TableInfo set PrptyVal='1.0' → the version record DBVersion is "1.0", not "2.0"
 )";
