@@ -29,8 +29,8 @@ class FormulaList : public QObject {
 
     /// Lists the formulas directly under a folder of the current library (0: its top level) and
     /// writes their stored pictures to files; no formula is selected then. Returns false when
-    /// reading fails; the list is then incomplete. What there is to tell of properties and pictures is put
-    /// into `messages`.
+    /// reading fails; the list is then incomplete. What there is to tell of properties and pictures
+    /// is put into `messages`.
     bool ShowFolderFormulas(qint32 folderID, HeldMessages& messages);
 
     /// Empties the list with its records.

@@ -12,8 +12,8 @@
 namespace varo {
 
 /// The formulas of one folder as a model for a list in report view, with their records and
-/// pictures. Answers the keys of formulas under ui::NodeView::KeyRole. The labels can be edited once
-/// a renamer is set. To add a column, add an enumerator and its row in the table of the
+/// pictures. Answers the keys of formulas under ui::NodeView::KeyRole. The labels can be edited
+/// once a renamer is set. To add a column, add an enumerator and its row in the table of the
 /// implementation.
 class FormulaListModel : public QAbstractTableModel {
     Q_OBJECT

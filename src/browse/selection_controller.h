@@ -61,8 +61,8 @@ class SelectionController : public QObject {
     bool storeEdits();
 
     /// For a command on the tree: stores what is being typed and makes sure that the list shows the
-    /// selected node, which may have been selected by opening it only. Returns that node; an invalid
-    /// one, the user having been told, when the command cannot go on.
+    /// selected node, which may have been selected by opening it only. Returns that node; an
+    /// invalid one, the user having been told, when the command cannot go on.
     NodeId nodeForCommand();
 
     /// For a command on the list: stores what is being typed and returns the selected formula; none

@@ -39,8 +39,8 @@ class EditActions : public QObject {
     Q_OBJECT
 
   public:
-    /// Fills `toolBar`, whose window part takes the shortcuts that work everywhere in it. Everything
-    /// handed in must outlive this.
+    /// Fills `toolBar`, whose window part takes the shortcuts that work everywhere in it.
+    /// Everything handed in must outlive this.
     EditActions(QToolBar& toolBar, SelectionController& selection, const LibraryTree& tree,
                 const FormulaList& list, const Clipboard& clipboard);
 

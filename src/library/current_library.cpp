@@ -15,7 +15,8 @@ bool CurrentLibrary::open(int number) {
         return false;
     }
     const clsFormulaDB& library = libraries_.Item(key);
-    const bool isSameFile = isOpen() && folder_ == library.FormulaDBPath && name_ == library.FormulaDBName;
+    const bool isSameFile =
+        isOpen() && folder_ == library.FormulaDBPath && name_ == library.FormulaDBName;
     if (!isSameFile) {
         close();
         if (!ConnectLibrary(library.FormulaDBPath, library.FormulaDBName, connection_, QString())) {

@@ -72,10 +72,9 @@ SubtreeDeletion deleteSubtree(CurrentLibrary& library, qint32 folder) {
             // Another program has deleted its row; its formulas may still be there.
             subtree.push_back(folder);
         }
-        deletion.complete =
-            std::ranges::all_of(subtree | std::views::reverse, [&](qint32 each) {
-                return deleteFolder(library, each, deletion.gone);
-            });
+        deletion.complete = std::ranges::all_of(subtree | std::views::reverse, [&](qint32 each) {
+            return deleteFolder(library, each, deletion.gone);
+        });
         transaction.commit();
         deletion.committed = true;
     });

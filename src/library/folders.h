@@ -30,8 +30,8 @@ struct FolderOrder {
 };
 
 /// Exchanges the places of two neighbours and reads the library's folders as they are then. Returns
-/// what the user is to be told when that fails, with the library as it was; "" otherwise. Properties
-/// that cannot be read are no failure.
+/// what the user is to be told when that fails, with the library as it was; "" otherwise.
+/// Properties that cannot be read are no failure.
 QString exchangeFolders(CurrentLibrary& library, qint32 folder, qint32 neighbour,
                         FolderOrder& order);
 

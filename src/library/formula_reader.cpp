@@ -8,8 +8,8 @@
 
 namespace varo {
 
-FormulaReader::FormulaReader(CurrentLibrary& library, const WorkingFiles& files, PictureFile pictureFile,
-                             HeldMessages& messages)
+FormulaReader::FormulaReader(CurrentLibrary& library, const WorkingFiles& files,
+                             PictureFile pictureFile, HeldMessages& messages)
     : library_(library), files_(files), pictureFile_(pictureFile), messages_(messages) {}
 
 bool FormulaReader::read(qint32 folderID, colFormulaInfo& formulas) {

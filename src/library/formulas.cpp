@@ -12,8 +12,7 @@ InsertedFormula insertFormula(CurrentLibrary& library, clsDBFuncs& funcs,
         return InsertedFormula::None;
     }
     const bool hasFile = QFileInfo(formula.FormulaPicPath).isFile();
-    return !hasFile ||
-                   funcs.InserFieldFromFile(formula.FormulaPicPath, id, library.connection())
+    return !hasFile || funcs.InserFieldFromFile(formula.FormulaPicPath, id, library.connection())
                ? InsertedFormula::Whole
                : InsertedFormula::WithoutPicture;
 }

@@ -9,8 +9,7 @@ namespace {
 /// The node that is located, or that has the located formula in it.
 NodeId nodeOf(const clsLocateProp& located) {
     const qint32 folder = located.NodeType == NodeTypeFormula ? located.PID : located.NodeID;
-    return {libraryNumberOf(located.RootKey),
-            folder == 0 ? std::nullopt : std::optional(folder)};
+    return {libraryNumberOf(located.RootKey), folder == 0 ? std::nullopt : std::optional(folder)};
 }
 
 }  // namespace
@@ -48,7 +47,7 @@ void PropertyLocator::step(int by) {
     const int wanted = shown_ + by;
     if (wanted >= 1 && wanted <= located_.Count()) {
         showItem(wanted);
-        emit stepsChanged(shown_ < located_.Count(), shown_ > 1);
+        emit stepsChanged(shown_<located_.Count(), shown_> 1);
     }
 }
 

@@ -29,8 +29,8 @@ constexpr struct {
 
 PictureFormat pictureFormatOf(QByteArrayView head) {
     const auto found = std::ranges::find_if(kSignatures, [&](const auto& each) {
-        return head.startsWith(QByteArrayView(each.signature.data(),
-                                              static_cast<qsizetype>(each.signature.size())));
+        return head.startsWith(
+            QByteArrayView(each.signature.data(), static_cast<qsizetype>(each.signature.size())));
     });
     return found == std::end(kSignatures) ? PictureFormat::None : found->format;
 }

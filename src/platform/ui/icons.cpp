@@ -96,8 +96,8 @@ void chooseBreeze() {
 
 QIcon ownIcon(const QString& name) {
     [[maybe_unused]] static const bool isReady = (initIconResources(), true);
-    // Views ask for the icon of each row that they draw. Never destroyed: icons must not outlive the
-    // application.
+    // Views ask for the icon of each row that they draw. Never destroyed: icons must not outlive
+    // the application.
     static auto& made = *new QHash<QString, QIcon>;
     QIcon& icon = made[name];
     if (icon.isNull() && !name.isEmpty()) {

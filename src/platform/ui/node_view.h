@@ -39,8 +39,8 @@ class NodeView : public QTreeView {
     /// which is then dropped.
     bool commitEdit();
 
-    /// Keeps the first column as wide as the view, so that longer texts are cut and end in "…"; only
-    /// items far to the right, of which too little could be read, make it wider.
+    /// Keeps the first column as wide as the view, so that longer texts are cut and end in "…";
+    /// only items far to the right, of which too little could be read, make it wider.
     void fitFirstColumn();
 
     /// Keys that raise commandKeyPressed() while the view, and not the editor of a label, has the
