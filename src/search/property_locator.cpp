@@ -47,7 +47,8 @@ void PropertyLocator::step(int by) {
     const int wanted = shown_ + by;
     if (wanted >= 1 && wanted <= located_.Count()) {
         showItem(wanted);
-        emit stepsChanged(shown_<located_.Count(), shown_> 1);
+        const bool canStepNext = shown_ < located_.Count();
+        emit stepsChanged(canStepNext, shown_ > 1);
     }
 }
 
@@ -55,6 +56,7 @@ void PropertyLocator::showItem(int position) {
     if (!selection_.storeEdits()) {
         return;
     }
+    selection_.highlight().remove();
     const clsLocateProp& item = located_.Item(position);
     const NodeId node = nodeOf(item);
     const qint32 id = item.NodeID;

@@ -18,6 +18,7 @@ class Keyboard : public BeamDesk {
 TEST_F(Keyboard, HelpAndTheStepsOfALocateAreReachedFromAnywhereInTheControl) {
     first.addProperty(1, u"形"_s, 0, shear, NodeTypeFormula);
     first.addProperty(1, u"形"_s, 0, columns, NodeTypeFolder);
+    start();
     for (QWidget* target : {static_cast<QWidget*>(&desk->formulaBox()),
                             static_cast<QWidget*>(&desk->tree()), &desk->child("cmdCalCulate")}) {
         desk->control().SetDesignProp(u"形"_s);
@@ -29,6 +30,7 @@ TEST_F(Keyboard, HelpAndTheStepsOfALocateAreReachedFromAnywhereInTheControl) {
         press(*target, Qt::Key_F1);
         EXPECT_EQ(told(), u"无法找到帮助文件！"_s);
     }
+    desk->control().RunCalc();
 }
 
 TEST_F(Keyboard, DeleteInTheListNeedsAFormulaThatTheUserHasChosenThere) {
@@ -78,9 +80,20 @@ TEST_F(Keyboard, ARightClickWhoseSelectionIsRefusedOpensNoMenu) {
     EXPECT_FALSE(desk->menu().isVisible());
     desk->openMenu(desk->tree(), u"柱"_s);
     EXPECT_FALSE(desk->menu().isVisible());
+    desk->clickEmptySpace(desk->list(), Qt::RightButton);
+    EXPECT_FALSE(desk->menu().isVisible());
     EXPECT_EQ(selected(), u"梁"_s);
     EXPECT_EQ(told(), u"用户输入的说明超过255个字符！"_s);
     description.setPlainText(u"短"_s);
+}
+
+TEST_F(Keyboard, NoKeyIsTakenForTheOneOfAnotherFormula) {
+    select(u"梁"_s);
+    const QString shown = desk->list().selectedKey();
+    for (const QString& key : {u"LvFormulaKey02"_s, u"LvFormulaKey 2"_s, u"LvFormulaKeyX"_s}) {
+        desk->control().SelFormula(key);
+        EXPECT_EQ(desk->list().selectedKey(), shown) << key.toStdString();
+    }
 }
 
 TEST_F(Keyboard, ANameThatTheTreeIsTooNarrowForIsCutAndToldWhole) {
