@@ -50,6 +50,20 @@ TEST_F(Calculation, ShowsTheResultOrWhatIsWrong) {
     EXPECT_TRUE(questions.informed.isEmpty());
 }
 
+TEST_F(Calculation, AnErrorAfterAResultLeavesNothingToPassOn) {
+    const qint32 formula = library.addFormula(0, u"式"_s, u"1/A"_s);
+    library.addValue(u"A"_s, formula, u"1"_s);
+    EXPECT_TRUE(library.funcs().EditFormulaVarPara(u"A"_s, formula, VarSourceProperty, u"面积"_s,
+                                                   library.connection()));
+    properties[u"面积"_s] = u"4"_s;
+    show(formula);
+    EXPECT_TRUE(canUseResult());
+    properties.clear();
+    pane.refreshPropertyValues();
+    EXPECT_EQ(result.state(), State::Error);
+    EXPECT_FALSE(canUseResult());
+}
+
 TEST_F(Calculation, TakesValuesByTheTypeOfTheVariable) {
     const QString formula = u"If(s Equal \"梁\",x,0)"_s;
     EXPECT_EQ(calculated(formula, {{u"s"_s, u"梁"_s}, {u"x"_s, u"+1.5E2"_s}}), u"150.00"_s);
