@@ -68,7 +68,7 @@ bool LibraryTree::addLibrary(const clsFormulaDB& library) {
 
 void LibraryTree::markProperties(int library, const std::vector<qint32>& folders) {
     for (const qint32 folder : folders) {
-        const NodeId node{library, folder == 0 ? std::nullopt : std::optional(folder)};
+        const NodeId node = nodeOf(library, folder);
         if (const QModelIndex index = model_.find(node); index.isValid()) {
             model_.setImages(index, imagesWithProperty(node));
         }

@@ -20,6 +20,11 @@ struct NodeId {
     bool operator==(const NodeId&) const = default;
 };
 
+/// The node of a library under which `parentId` is stored: 0 is the library itself.
+constexpr NodeId nodeOf(int library, qint32 parentId) {
+    return {library, parentId == 0 ? std::nullopt : std::optional(parentId)};
+}
+
 /// Key of a node; "" for an invalid one.
 QString keyOf(const NodeId& node);
 

@@ -7,9 +7,9 @@ namespace varo {
 namespace {
 
 /// The node that is located, or that has the located formula in it.
-NodeId nodeOf(const clsLocateProp& located) {
+NodeId placeOf(const clsLocateProp& located) {
     const qint32 folder = located.NodeType == NodeTypeFormula ? located.PID : located.NodeID;
-    return {libraryNumberOf(located.RootKey), folder == 0 ? std::nullopt : std::optional(folder)};
+    return nodeOf(libraryNumberOf(located.RootKey), folder);
 }
 
 }  // namespace
@@ -58,7 +58,7 @@ void PropertyLocator::showItem(int position) {
     }
     selection_.highlight().remove();
     const clsLocateProp& item = located_.Item(position);
-    const NodeId node = nodeOf(item);
+    const NodeId node = placeOf(item);
     const qint32 id = item.NodeID;
     const bool isFormula = item.NodeType == NodeTypeFormula;
     shown_ = position;
