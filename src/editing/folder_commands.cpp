@@ -28,8 +28,7 @@ void FolderCommands::newFolder() {
     }
     const QString name = QStringLiteral("新建公式夹");
     qint32 id = 0;
-    if (tree_.levelsBelow(parent) == 0 ||
-        !library_.funcs().AddNewFolder(parent.parentId(), name, id, library_.connection())) {
+    if (tree_.levelsBelow(parent) == 0 || !addFolder(library_, parent.parentId(), name, id)) {
         questions_.inform(QStringLiteral("无法创建新的公式夹！"));
         return;
     }
@@ -100,7 +99,7 @@ void FolderCommands::renameFolder() {
 bool FolderCommands::storeName(const NodeId& folder, const QString& name) {
     return storeLabel(tree_.view(), questions_, folderNameRules(), name, [&] {
         return folder.library == library_.number() &&
-               library_.funcs().RenameFolder(*folder.folder, name, library_.connection());
+               varo::renameFolder(library_, *folder.folder, name);
     });
 }
 

@@ -34,8 +34,7 @@ void FormulaCommands::newFormula() {
     clsFormulaInfo formula;
     formula.FormulaName = QStringLiteral("新建公式");
     formula.FormulaPID = folder.parentId();
-    if (insertFormula(library_, library_.funcs(), formula, formula.FormulaID) ==
-        InsertedFormula::None) {
+    if (!addFormula(library_, formula.FormulaPID, formula.FormulaName, formula.FormulaID)) {
         questions_.inform(QStringLiteral("无法创建新的公式！"));
         return;
     }
@@ -83,9 +82,8 @@ void FormulaCommands::renameFormula() {
 }
 
 bool FormulaCommands::storeName(qint32 id, const QString& name) {
-    return storeLabel(list_.view(), questions_, formulaNameRules(), name, [&] {
-        return library_.funcs().RenameFormula(id, name, library_.connection());
-    });
+    return storeLabel(list_.view(), questions_, formulaNameRules(), name,
+                      [&] { return varo::renameFormula(library_, id, name); });
 }
 
 bool FormulaCommands::deleteFormula() {
@@ -122,8 +120,7 @@ bool FormulaCommands::moveFormula(MoveDirection direction) {
     if (!neighbour) {
         return true;
     }
-    if (!library_.funcs().ExchangeOrderID(*id, *neighbour, QStringLiteral("Formula"),
-                                          library_.connection())) {
+    if (!exchangeFormulas(library_, *id, *neighbour)) {
         questions_.inform(QStringLiteral("移动公式失败！"));
         return false;
     }

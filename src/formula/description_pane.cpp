@@ -1,6 +1,7 @@
 #include "formula/description_pane.h"
 
 #include "library/formula_reader.h"
+#include "library/formulas.h"
 #include "library/limits.h"
 #include "platform/ui/picture_box.h"
 
@@ -50,7 +51,7 @@ void DescriptionPane::show(const clsFormulaInfo& formula) {
     }
     if (!QFileInfo::exists(file)) {
         HeldMessages unread;
-        extractPicture(formula.FormulaID, file, library_.connection(), unread);
+        extractPicture(library_, formula.FormulaID, file, unread);
     }
     showPicture(ui::Picture::read(file));
 }
@@ -136,7 +137,7 @@ bool DescriptionPane::store() {
         refusal_.tell(text, QStringLiteral("用户输入的说明超过255个字符！"));
         return false;
     }
-    if (!library_.funcs().EditFormulaMemo(*formula, text, library_.connection())) {
+    if (!storeMemo(library_, *formula, text)) {
         refusal_.tell(text, QStringLiteral("无法编辑选定公式的备注！"));
         return true;
     }

@@ -1,5 +1,6 @@
 #include "formula/formula_box.h"
 
+#include "library/formulas.h"
 #include "library/limits.h"
 #include "platform/ui/tool_tip.h"
 
@@ -47,7 +48,7 @@ void FormulaBox::store() {
         refusal_.tell(text, QStringLiteral("用户输入的公式超过255个字符！"));
         return;
     }
-    if (!library_.funcs().EditFormulaExpression(*formula, text, library_.connection())) {
+    if (!storeExpression(library_, *formula, text)) {
         refusal_.tell(text, QStringLiteral("无法编辑选定公式的内容！"));
         return;
     }

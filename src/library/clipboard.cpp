@@ -126,9 +126,8 @@ QString Clipboard::copyPicture(CurrentLibrary& library, const clsFormulaInfo& fo
         return {};
     }
     PictureCopy copy(files_.copiedPicture(formula.FormulaID));
-    const bool copied =
-        (copy.take(formula.FormulaPicPath) && copy.replaceTarget()) ||
-        extractPicture(formula.FormulaID, copy.target(), library.connection(), messages);
+    const bool copied = (copy.take(formula.FormulaPicPath) && copy.replaceTarget()) ||
+                        extractPicture(library, formula.FormulaID, copy.target(), messages);
     return copied ? copy.target() : QString();
 }
 
@@ -167,7 +166,7 @@ PastedFormula Clipboard::insertFormula(CurrentLibrary& library, qint32 folder,
     }
     if (hasPicture && pasted.inserted == InsertedFormula::Whole) {
         const QString file = files_.listedPicture(formula.FormulaID);
-        if (extractPicture(formula.FormulaID, file, library.connection(), messages)) {
+        if (extractPicture(library, formula.FormulaID, file, messages)) {
             formula.FormulaPicPath = file;
         }
     }

@@ -55,6 +55,14 @@ bool readFolders(CurrentLibrary& library, FolderRows& rows) {
            });
 }
 
+bool addFolder(CurrentLibrary& library, qint32 parent, const QString& name, qint32& id) {
+    return library.funcs().AddNewFolder(parent, name, id, library.connection());
+}
+
+bool renameFolder(CurrentLibrary& library, qint32 folder, const QString& name) {
+    return library.funcs().RenameFolder(folder, name, library.connection());
+}
+
 SubtreeDeletion deleteSubtree(CurrentLibrary& library, qint32 folder) {
     SubtreeDeletion deletion;
     const bool ran = attempt([&] {

@@ -10,6 +10,14 @@ namespace varo {
 /// Reads all folders of the library. Returns false when reading fails; shows nothing.
 bool readFolders(CurrentLibrary& library, FolderRows& rows);
 
+/// Appends a folder with this name to those below `parent` (0: the library's top level); `id`
+/// receives its identifier. Returns false when that fails.
+bool addFolder(CurrentLibrary& library, qint32 parent, const QString& name, qint32& id);
+
+/// Renames a folder. Returns false, with the folder as it was, when that fails. A folder that has
+/// gone is no failure.
+bool renameFolder(CurrentLibrary& library, qint32 folder, const QString& name);
+
 /// What deleteSubtree() has done.
 struct SubtreeDeletion {
     std::vector<qint32> gone;  ///< the deleted folders, each behind those below it

@@ -39,7 +39,7 @@ QString FormulaReader::pictureOf(qint32 formulaID, qint32 pictureType) {
     }
     const QString file = (files_.*pictureFile_)(formulaID);
     HeldMessages messages;
-    const bool extracted = extractPicture(formulaID, file, library_.connection(), messages);
+    const bool extracted = extractPicture(library_, formulaID, file, messages);
     // What keeps one picture from its file often keeps all the others too: one message says so.
     if (!reported_ && !messages.isEmpty()) {
         reported_ = true;
@@ -48,9 +48,9 @@ QString FormulaReader::pictureOf(qint32 formulaID, qint32 pictureType) {
     return extracted ? file : QString();
 }
 
-bool extractPicture(qint32 formulaID, const QString& file, data::Connection& connection,
+bool extractPicture(CurrentLibrary& library, qint32 formulaID, const QString& file,
                     HeldMessages& messages) {
-    if (!clsDBFuncs(messages).ExtractPicture(formulaID, file, connection)) {
+    if (!clsDBFuncs(messages).ExtractPicture(formulaID, file, library.connection())) {
         return false;
     }
     const bool isEmpty = QFileInfo(file).size() == 0;

@@ -9,7 +9,7 @@ namespace varo {
 /// Writes a formula's stored picture to `file`, replacing what is there. Returns false, with no
 /// file there, when the formula has none, or when it cannot be read or written, which `messages` is
 /// told.
-bool extractPicture(qint32 formulaID, const QString& file, data::Connection& connection,
+bool extractPicture(CurrentLibrary& library, qint32 formulaID, const QString& file,
                     HeldMessages& messages);
 
 /// Reads formulas of a library as records, and their stored pictures into files.

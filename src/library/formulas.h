@@ -12,6 +12,20 @@ enum class InsertedFormula { None, WithoutPicture, Whole };
 InsertedFormula insertFormula(CurrentLibrary& library, clsDBFuncs& funcs,
                               const clsFormulaInfo& formula, qint32& id);
 
+/// Appends an empty formula with this name to the folder; `id` receives its identifier. Returns
+/// false when that fails.
+bool addFormula(CurrentLibrary& library, qint32 folder, const QString& name, qint32& id);
+
+/// Each stores one field of a formula as it is, and returns false, with the formula as it was, when
+/// that fails. A formula that has gone is no failure.
+bool renameFormula(CurrentLibrary& library, qint32 id, const QString& name);
+bool storeExpression(CurrentLibrary& library, qint32 id, const QString& expression);
+bool storeMemo(CurrentLibrary& library, qint32 id, const QString& memo);
+
+/// Exchanges the places of two formulas of one folder. Returns false with nothing changed when that
+/// fails.
+bool exchangeFormulas(CurrentLibrary& library, qint32 id, qint32 neighbour);
+
 enum class DeletedFormula { None, WithoutProperties, Whole };
 
 /// Deletes a formula and its properties.
