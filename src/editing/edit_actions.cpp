@@ -94,7 +94,11 @@ const std::optional<EditCommand> kButtons[] = {EditCommand::NewFolder,
 
 EditActions::EditActions(QToolBar& toolBar, SelectionController& selection, const LibraryTree& tree,
                          const FormulaList& list, const Clipboard& clipboard)
-    : selection_(selection), tree_(tree), list_(list), clipboard_(clipboard) {
+    : controlKeys_(*toolBar.parentWidget()),
+      selection_(selection),
+      tree_(tree),
+      list_(list),
+      clipboard_(clipboard) {
     for (const Description& description : kCommands) {
         auto* action = new QAction(ui::themeIcon(QString::fromLatin1(description.icon)),
                                    description.caption, this);
@@ -104,12 +108,10 @@ EditActions::EditActions(QToolBar& toolBar, SelectionController& selection, cons
         action->setShortcut(description.shortcut);
         action->setShortcutVisibleInContextMenu(true);
         action->setEnabled(false);
+        // Tree and list take the keys of their items themselves.
+        action->setShortcutContext(Qt::WidgetShortcut);
         if (description.scope == Scope::Control) {
-            action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-            toolBar.parentWidget()->addAction(action);
-        } else {
-            // Shown in the menu; tree and list take the keys themselves.
-            action->setShortcutContext(Qt::WidgetShortcut);
+            controlKeys_.add(*action);
         }
         actions_[description.command] = action;
     }

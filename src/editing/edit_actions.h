@@ -2,6 +2,7 @@
 
 #include "browse/selection_controller.h"
 #include "library/clipboard.h"
+#include "platform/ui/action_keys.h"
 
 #include <QObject>
 
@@ -69,6 +70,7 @@ class EditActions : public QObject {
     bool canPaste() const;
     bool hasNeighbour(int step) const;
 
+    ui::ActionKeys controlKeys_;
     const SelectionController& selection_;
     const LibraryTree& tree_;
     const FormulaList& list_;

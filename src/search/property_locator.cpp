@@ -2,6 +2,8 @@
 
 #include "store/keys.h"
 
+#include <QScopedValueRollback>
+
 namespace varo {
 
 namespace {
@@ -24,9 +26,11 @@ PropertyLocator::PropertyLocator(SelectionController& selection, LibraryTree& tr
       questions_(questions) {}
 
 void PropertyLocator::locate(const QString& property) {
-    if (!selection_.storeEdits()) {
+    // The search asks the host, who must not start another one on the same list.
+    if (isSearching_ || !selection_.storeEdits()) {
         return;
     }
+    const QScopedValueRollback searching(isSearching_, true);
     emit stepsChanged(false, false);
     shown_ = 0;
     const QString failure = search_.run(property, located_);

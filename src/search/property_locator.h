@@ -19,7 +19,7 @@ class PropertyLocator : public QObject {
 
     /// Finds what carries a property called `property` and suits the host, and shows the first.
     /// What fails is told to the user and leaves the list as far as it was built, with nothing
-    /// shown of it.
+    /// shown of it. Does nothing while a search is under way.
     void locate(const QString& property);
 
     void showNext() { step(1); }
@@ -39,6 +39,7 @@ class PropertyLocator : public QObject {
     PropertySearch& search_;
     Questions& questions_;
     colLocateProp located_;
+    bool isSearching_ = false;
     int shown_ = 0;  ///< 1-based position in the located list
 };
 

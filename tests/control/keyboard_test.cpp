@@ -1,8 +1,10 @@
 #include "support/beam_desk.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QSignalSpy>
 
 namespace varo::test {
 namespace {
@@ -31,6 +33,18 @@ TEST_F(Keyboard, HelpAndTheStepsOfALocateAreReachedFromAnywhereInTheControl) {
         EXPECT_EQ(told(), u"无法找到帮助文件！"_s);
     }
     desk->control().RunCalc();
+}
+
+TEST_F(Keyboard, AnOfferedKeyIsTakenBeforeTheHostsOwnShortcut) {
+    QAction hostAction;
+    hostAction.setShortcuts({Qt::Key_F1, Qt::Key_F3});
+    QSignalSpy triggered(&hostAction, &QAction::triggered);
+    desk->addAction(&hostAction);
+    press(desk->tree(), Qt::Key_F1);
+    EXPECT_EQ(told(), u"无法找到帮助文件！"_s);
+    EXPECT_TRUE(triggered.isEmpty());
+    press(desk->tree(), Qt::Key_F3);
+    EXPECT_EQ(triggered.size(), 1) << "nothing has been located";
 }
 
 TEST_F(Keyboard, DeleteInTheListNeedsAFormulaThatTheUserHasChosenThere) {

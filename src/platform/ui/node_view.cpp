@@ -1,5 +1,6 @@
 #include "platform/ui/node_view.h"
 
+#include "platform/ui/action_keys.h"
 #include "platform/ui/colors.h"
 #include "platform/ui/icons.h"
 #include "platform/ui/label_editor.h"
@@ -70,12 +71,6 @@ class NodeDelegate : public QStyledItemDelegate {
     mutable QPointer<QWidget> editor_;
     mutable bool accepted_ = true;
 };
-
-/// The keys that are down; those of the number pad count as the others.
-QKeySequence keysOf(const QKeyEvent& event) {
-    const auto modifiers = event.modifiers() & ~Qt::KeypadModifier;
-    return QKeyCombination(modifiers, static_cast<Qt::Key>(event.key()));
-}
 
 }  // namespace
 
