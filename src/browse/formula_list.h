@@ -43,7 +43,7 @@ class FormulaList : public QObject {
     /// none.
     std::optional<qint32> neighbour(qint32 id, int step) const;
 
-    /// Selects a listed formula and scrolls to it, without telling anybody; nothing deselects all.
+    /// Selects a listed formula and scrolls to it; `std::nullopt` deselects all. Raises no signal.
     void select(std::optional<qint32> id);
 
     /// Opens the label of a listed formula.

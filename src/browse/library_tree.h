@@ -48,7 +48,7 @@ class LibraryTree : public QObject {
     int levelsBelow(const NodeId& node) const;
 
     NodeId selectedNode() const;
-    /// Selects a node and scrolls to it, without telling anybody.
+    /// Selects a node and scrolls to it; raises no signal.
     void select(const NodeId& node);
 
     /// Opens the label of a folder.

@@ -56,9 +56,9 @@ class Varo_CalcEx : public QWidget {
     void GetCellInfo(qint32& UnitContentID, qint32& UnitTypeID, qint32& PrptysetID,
                      qint32& RecordsetID, qint32& FieldID, qint32& RecNum) const;
 
-    /// Folder for the control's working picture files, which no other control may have; "" chooses
-    /// the folder of the program, or the user's own for the program when that takes no files or
-    /// another control has it, or else a temporary one. Counts from the next listing on.
+    /// Folder for the control's working picture files, which no other control may use; "" chooses
+    /// the folder of the program, or the user's own for the program when that cannot be written to
+    /// or another control uses it, or else a temporary one. Counts from the next listing on.
     void setWorkFolder(const QString& folder);
 
     /// Name of the message that brings a result to the host's window: word argument 0, long

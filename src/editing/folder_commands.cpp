@@ -65,7 +65,7 @@ bool FolderCommands::pasteFolders() {
     const bool withSubfolders =
         clipboard_.holdsSubfolders() &&
         questions_.confirm(QStringLiteral("复制子公式夹吗？"), Choice::YesNo);
-    // The host may have turned to something else while the user was asked.
+    // The host may have changed the selection while the user was asked.
     if (!selection_.isSelected(target)) {
         return true;
     }
@@ -110,7 +110,7 @@ bool FolderCommands::deleteFolder() {
     }
     const NodeId parent = tree_.parentOf(folder);
     const QString question = QStringLiteral("确实要删除公式夹-[%1]吗？").arg(tree_.text(folder));
-    // The host may have turned to something else while the user was asked.
+    // The host may have changed the selection while the user was asked.
     if (!questions_.confirm(question, Choice::YesNo) || !selection_.isSelected(folder)) {
         return true;
     }

@@ -18,7 +18,7 @@ FormulaCommands::FormulaCommands(SelectionController& selection, FormulaList& li
 
 /// Lists a formula that has just been inserted, and shows it.
 void FormulaCommands::append(const clsFormulaInfo& formula) {
-    // A damaged table gives out identifiers that are taken; the listed formula stays then.
+    // A damaged table assigns identifiers that are in use; the listed formula stays then.
     if (list_.model().find(formula.FormulaID) == nullptr) {
         list_.model().append(formula);
     }
@@ -94,7 +94,7 @@ bool FormulaCommands::deleteFormula() {
     const NodeId folder = selection_.listedNode();
     const QString question =
         QStringLiteral("确实要删除公式-[%1]吗？").arg(list_.model().find(*id)->FormulaName);
-    // The host may have turned to something else while the user was asked.
+    // The host may have changed the selection while the user was asked.
     if (!questions_.confirm(question, Choice::YesNo) || selection_.listedNode() != folder ||
         selection_.formula() != id) {
         return true;

@@ -42,18 +42,18 @@ class Clipboard {
 
     /// Copies a folder, all folders below it and their formulas as one state of the library.
     /// Returns false when the library cannot be read or has no such folder; the clipboard is then
-    /// empty. What there is to tell of pictures waits in `messages`.
+    /// empty. Failures of pictures are added to `messages`.
     bool captureFolders(CurrentLibrary& library, qint32 folder, HeldMessages& messages);
 
-    /// Copies a formula of the library. A picture that cannot be copied is left out; why waits in
-    /// `messages`.
+    /// Copies a formula of the library. A picture that cannot be copied is left out; the reason is
+    /// added to `messages`.
     void captureFormula(CurrentLibrary& library, const clsFormulaInfo& formula,
                         HeldMessages& messages);
 
     /// Puts a copy of the folders, with or without those in the first one, and of their formulas
     /// behind the folders in `target` (0: the top level). New folders are `levels` deep at most.
     /// What was done before a step that fails stays done, unless the library takes nothing at all.
-    /// What there is to tell of pictures waits in `messages`.
+    /// Failures of pictures are added to `messages`.
     PastedFolders insertFolders(CurrentLibrary& library, qint32 target, bool withSubfolders,
                                 int levels, HeldMessages& messages) const;
 

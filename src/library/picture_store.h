@@ -19,7 +19,7 @@ class PictureStore {
     QString fileOf(qint32 formulaID) const { return files_.listedPicture(formulaID); }
 
     /// Stores `copy`, which was made for fileOf(), in the library and in the place of the formula's
-    /// file: both or neither. Returns false when that fails; what there is to tell waits in
+    /// file: both or neither. Returns false when that fails; the reasons are added to
     /// `messages`.
     bool store(qint32 formulaID, PictureCopy& copy, HeldMessages& messages);
 

@@ -13,10 +13,10 @@ namespace varo {
 /// library begins anew, so no two controls may share one.
 class WorkFolder {
   public:
-    /// Takes, for as long as this lives, the first of `preferred` that takes files and that no
-    /// other control has, of this program or another one; where there is none, a temporary folder
-    /// that goes away with this. Each of `preferred` ends with a separator; one that does not exist
-    /// is made.
+    /// Takes, for as long as this lives, the first of `preferred` that can be written to and
+    /// that no other control uses, in this program or another one; where there is none, a
+    /// temporary folder that is removed with this. Each of `preferred` ends with a separator; one
+    /// that does not exist is made.
     explicit WorkFolder(const QStringList& preferred);
 
     /// The folder, with its separator at the end. Nothing can be written there when not even a

@@ -14,8 +14,8 @@ namespace varo {
 class WorkingFiles {
   public:
     /// Files lie in `folder` from now on, which no other control may have; "" chooses the first of
-    /// `defaults` that takes files and that no other control has, or else a temporary folder. A
-    /// folder chosen before is kept as long as this lives, or until it is given up by discard().
+    /// `defaults` that can be written to and that no other control uses, or else a temporary
+    /// folder. A folder chosen before is kept as long as this lives, or until discard().
     void setFolder(const QString& folder, const QStringList& defaults);
 
     /// No file that has been written so far is used any more.
