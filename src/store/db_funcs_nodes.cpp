@@ -68,19 +68,23 @@ bool opens(data::Connection& conn, const QString& statement) {
     return list(rs, conn, statement);
 }
 
-// Inserts a row behind its siblings and takes the identifier that it was given. The transaction
-// takes the row back when that is beyond 32 bits: nothing could refer to it.
-bool insertLast(data::Connection& conn, const QString& table, const QString& columns,
-                data::Arguments values, qint32 PID, qint32& newID) {
+// Statement that inserts a row of `table` behind its siblings, with values for `columns` and, at
+// last, the parent; it inserts none when that would need an order number beyond 32 bits.
+QString insertLastInto(const QString& table, const QString& columns) {
+    const auto parent = static_cast<int>(columns.count(u',')) + 2;
     // Without its limit the inner query would look at every sibling, not at the last one alone.
-    const QString statement =
-        QStringLiteral(
-            "Insert Into %1(%2,PID,OrderID) "
-            "Select %3?,Coalesce(Cast(Last As Integer) + 1, 1) "
-            "From (Select Max(OrderID) As Last From %1 Where PID = ? Limit 1) "
-            "Where Last Is Null Or Last Between -2147483648 And 2147483646")
-            .arg(table, columns, QStringLiteral("?,").repeated(static_cast<int>(values.size())));
-    values.insert(values.end(), {PID, PID});
+    return QStringLiteral(
+               "Insert Into %1(%2,PID,OrderID) Select %3?%4,Coalesce(Cast(O As Integer)+1,1) "
+               "From (Select Max(OrderID) O From %1 Where PID=?%4 Limit 1) "
+               "Where O Is Null Or O Between -2147483648 And 2147483646")
+        .arg(table, columns, QStringLiteral("?,").repeated(parent - 1))
+        .arg(parent);
+}
+
+// Runs a statement of insertLastInto() and takes the identifier that the row was given. The
+// transaction takes the row back when that is beyond 32 bits: nothing could refer to it.
+bool insertLast(data::Connection& conn, const QString& table, const QString& statement,
+                const data::Arguments& values, qint32 PID, qint32& newID) {
     return attempt([&] {
         data::Transaction transaction(conn);
         if (conn.execute(statement, values) == 0) {
@@ -180,14 +184,17 @@ bool clsDBFuncs::DelFormulaByPID(qint32 PID, data::Connection& conn) {
 
 bool clsDBFuncs::AddNewFolder(qint32 PID, const QString& name, qint32& newID,
                               data::Connection& conn) {
-    return insertLast(conn, QStringLiteral("Tree"), QStringLiteral("Name"), {name}, PID, newID);
+    static const QString statement = insertLastInto(QStringLiteral("Tree"), QStringLiteral("Name"));
+    return insertLast(conn, QStringLiteral("Tree"), statement, {name, PID}, PID, newID);
 }
 
 bool clsDBFuncs::AddNewFormula(qint32 PID, const QString& name, const QString& formula,
                                const QString& memo, qint32 picType, qint32& newID,
                                data::Connection& conn) {
-    return insertLast(conn, QStringLiteral("Formula"), QStringLiteral("Name,Formula,Memo,PicType"),
-                      {name, formula, memo, picType}, PID, newID);
+    static const QString statement =
+        insertLastInto(QStringLiteral("Formula"), QStringLiteral("Name,Formula,Memo,PicType"));
+    return insertLast(conn, QStringLiteral("Formula"), statement,
+                      {name, formula, memo, picType, PID}, PID, newID);
 }
 
 bool clsDBFuncs::EditFormulaMemo(qint32 ID, const QString& memo, data::Connection& conn) {

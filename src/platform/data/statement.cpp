@@ -118,11 +118,16 @@ void run(sqlite3* database, const QString& text, const Arguments& arguments) {
 }
 
 void StatementCache::run(sqlite3* database, const QString& text, const Arguments& arguments) {
-    StatementHandle statement;
+    auto place = idle_.find(text);
+    if (place == idle_.end()) {
+        if (idle_.size() == kMostIdleStatements) {
+            idle_.clear();
+        }
+        place = idle_.emplace(text, nullptr).first;
+    }
     // Taken out while it runs: one that fails is not used again.
-    if (const auto known = idle_.find(text); known != idle_.end()) {
-        statement = std::move(known->second);
-        idle_.erase(known);
+    StatementHandle statement = std::move(place->second);
+    if (statement != nullptr) {
         bind(statement.get(), arguments);
     } else {
         statement = prepare(database, text, arguments);
@@ -131,10 +136,7 @@ void StatementCache::run(sqlite3* database, const QString& text, const Arguments
     }
     sqlite3_reset(statement.get());
     sqlite3_clear_bindings(statement.get());
-    if (idle_.size() == kMostIdleStatements) {
-        idle_.clear();
-    }
-    idle_.emplace(text, std::move(statement));
+    place->second = std::move(statement);
 }
 
 QString quoted(const QString& name) {

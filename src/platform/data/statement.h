@@ -49,7 +49,7 @@ class StatementCache {
     void clear() noexcept { idle_.clear(); }
 
   private:
-    std::unordered_map<QString, StatementHandle> idle_;  ///< by their texts
+    std::unordered_map<QString, StatementHandle> idle_;  ///< by their texts; null after a failure
 };
 
 /// `name` as an identifier in a statement.
