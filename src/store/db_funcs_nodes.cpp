@@ -69,14 +69,16 @@ bool opens(data::Connection& conn, const QString& statement) {
 }
 
 // Statement that inserts a row of `table` behind its siblings, with values for `columns` and, at
-// last, the parent; it inserts none when that would need an order number beyond 32 bits.
+// last, the parent. It fails where that would need an order number beyond 32 bits: the Abs() of
+// this number is an error.
 QString insertLastInto(const QString& table, const QString& columns) {
     const auto parent = static_cast<int>(columns.count(u',')) + 2;
-    // Without its limit the inner query would look at every sibling, not at the last one alone.
     return QStringLiteral(
-               "Insert Into %1(%2,PID,OrderID) Select %3?%4,Coalesce(Cast(O As Integer)+1,1) "
-               "From (Select Max(OrderID) O From %1 Where PID=?%4 Limit 1) "
-               "Where O Is Null Or O Between -2147483648 And 2147483646")
+               "Insert Into %1(%2,PID,OrderID) Values(%3?%4,(Select Case "
+               "When Max(OrderID) Is Null Then 1 "
+               "When Max(OrderID) Between -2147483648 And 2147483646 "
+               "Then Cast(Max(OrderID) As Integer)+1 "
+               "Else Abs(-9223372036854775807-1) End From %1 Where PID=?%4))")
         .arg(table, columns, QStringLiteral("?,").repeated(parent - 1))
         .arg(parent);
 }
@@ -87,11 +89,9 @@ bool insertLast(data::Connection& conn, const QString& table, const QString& sta
                 const data::Arguments& values, qint32 PID, qint32& newID) {
     return attempt([&] {
         data::Transaction transaction(conn);
-        if (conn.execute(statement, values) == 0) {
+        if (!change(conn, statement, values)) {
             renumberSiblings(table, PID, conn);
-            if (conn.execute(statement, values) == 0) {
-                throw data::Error(QStringLiteral("%1: no order number is left").arg(table));
-            }
+            conn.execute(statement, values);
         }
         const qint32 id = conn.lastInsertedId();
         transaction.commit();
