@@ -107,18 +107,6 @@ TEST_F(Offering, PasteIsOfferedWhereWhatWasCopiedFits) {
     }
 }
 
-TEST_F(Offering, AnEmptyTreeShowsItsMenuWithEveryEntryDisabled) {
-    const TestConfiguration none;
-    none.write("[Access]\nNodeCount=0\n");
-    Desk empty(none.folder());
-    empty.clickEmptySpace(empty.tree(), Qt::RightButton);
-    EXPECT_EQ(empty.menu().actions().size(), 14);
-    for (const QAction* action : empty.menu().actions()) {
-        EXPECT_TRUE(action->isSeparator() || !action->isEnabled());
-    }
-    empty.menu().close();
-}
-
 TEST_F(Offering, MenuAndToolBarShowTheSameActionsWithIconsAndShortcuts) {
     const QList<QAction*> buttons = desk->child<QToolBar>("tbEdit").actions();
     QStringList entries;
