@@ -75,7 +75,6 @@ TEST_F(Commands, ANewFormulaComesLastIsShownAndOpensItsLabel) {
 }
 
 TEST_F(Commands, ADeletionIsConfirmedAndSelectsWhatIsLeft) {
-    first.addProperty(1, u"形"_s, 0, simple, NodeTypeFolder);
     const QStringList before = first.content();
     select(u"梁"_s);
     press(u"删除"_s, false);
@@ -103,7 +102,6 @@ TEST_F(Commands, ADeletionIsConfirmedAndSelectsWhatIsLeft) {
     press(u"删除"_s);
     EXPECT_EQ(selected(), u"库1"_s);
     EXPECT_EQ(outline(first), u"柱(稳定) 板()"_s);
-    EXPECT_EQ(first.rows(u"Select Count(*) From Property"_s), QStringList{u"0"_s});
     EXPECT_EQ(told(), QString());
 }
 

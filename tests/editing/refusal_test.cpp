@@ -5,6 +5,9 @@
 namespace varo::test {
 namespace {
 
+/// Nothing is copied before.
+const auto kNone = u"none"_s;
+
 class Refusal : private NoWaiting, public PictureDesk {
   protected:
     void rename(ui::NodeView& view) {
@@ -18,7 +21,7 @@ TEST_F(Refusal, ALockedLibraryIsToldByEachCommandAndLeavesEverythingAsItWas) {
         QString formula;  ///< to be selected in 梁; "" to stay on the folder
         std::function<void()> give;
         QString message;
-        QString copied = u"none"_s;  ///< put into the clipboard before: a formula of 梁, "" for 梁
+        QString copied = kNone;  ///< put into the clipboard before: a formula of 梁, "" for 梁
     } commands[] = {
         {{}, [&] { press(u"新建公式夹"_s); }, u"无法创建新的公式夹！"_s},
         {{}, [&] { press(u"新建公式"_s); }, u"无法创建新的公式！"_s},
@@ -39,7 +42,7 @@ TEST_F(Refusal, ALockedLibraryIsToldByEachCommandAndLeavesEverythingAsItWas) {
     choose(picture(), u"复制"_s);
     const QStringList before = first.content();
     for (const auto& each : commands) {
-        if (each.copied != u"none"_s) {
+        if (each.copied != kNone) {
             select(u"梁"_s, each.copied);
             press(u"复制"_s);
         }
@@ -62,45 +65,24 @@ TEST_F(Refusal, ACommandThatIsDoneInPartShowsWhatIsStored) {
     }
     start();
     const struct {
-        QString node, formula, copied;  ///< to be selected; to be copied before, "none" for nothing
+        QString node, formula, copied;  ///< to be selected; to be copied before
         QString button;
         const char *step, *table;
         QString when, message, selectedThen;
     } cases[] = {
-        {u"板"_s,
-         {},
-         {},
-         u"粘贴"_s,
-         "Insert",
-         "Tree",
-         u"new.Name = '悬臂'"_s,
-         u"粘贴公式夹失败！"_s,
-         u"板"_s},
+        {u"板"_s, u""_s, u""_s, u"粘贴"_s, "Insert", "Tree", u"new.Name = '悬臂'"_s,
+         u"粘贴公式夹失败！"_s, u"板"_s},
         {u"柱"_s, u"稳定"_s, u"弯曲"_s, u"粘贴"_s, "Update", "Formula", u"1"_s,
          u"粘贴公式的图形文件失败！"_s, u"柱"_s},
-        {u"梁"_s, u"剪切"_s, u"none"_s, u"删除"_s, "Delete", "Property", u"1"_s,
+        {u"梁"_s, u"剪切"_s, kNone, u"删除"_s, "Delete", "Property", u"1"_s,
          u"无法关联删除相关的属性！"_s, u"梁"_s},
-        {u"梁"_s,
-         {},
-         u"none"_s,
-         u"删除"_s,
-         "Delete",
-         "Tree",
-         u"old.ID = 1"_s,
-         u"删除公式夹失败！"_s,
+        {u"梁"_s, u""_s, kNone, u"删除"_s, "Delete", "Tree", u"old.ID = 1"_s, u"删除公式夹失败！"_s,
          u"梁"_s},
-        {u"板"_s,
-         {},
-         u"none"_s,
-         u"删除"_s,
-         "Delete",
-         "Property",
-         u"1"_s,
-         u"删除公式夹失败！"_s,
+        {u"板"_s, u""_s, kNone, u"删除"_s, "Delete", "Property", u"1"_s, u"删除公式夹失败！"_s,
          u"库1"_s},
     };
     for (const auto& each : cases) {
-        if (each.copied != u"none"_s) {
+        if (each.copied != kNone) {
             select(u"梁"_s, each.copied);
             press(u"复制"_s);
         }
