@@ -40,7 +40,11 @@ TEST_F(Keyboard, DeleteInTheListNeedsAFormulaThatTheUserHasChosenThere) {
     press(desk->list(), Qt::Key_Down);
     press(desk->list(), Qt::Key_Delete);
     EXPECT_EQ(asked(), u"确实要删除公式-[剪切]吗？"_s);
+    desk->clickEmptySpace(desk->list());
     desk->control().SelFormula(u"LvFormulaKey%1"_s.arg(torsion));
+    press(desk->list(), Qt::Key_Delete);
+    EXPECT_EQ(asked(), QString()) << "the choice has been taken back";
+    desk->clickFormula(u"剪切"_s);
     select(u"柱"_s);
     press(desk->list(), Qt::Key_Delete);
     EXPECT_EQ(asked(), QString()) << "the choice was made in another folder";

@@ -93,11 +93,10 @@ TEST_F(Pictures, WhatIsNoFileOrPictureReplacesNone) {
     choose(picture(), u"替换"_s);
     EXPECT_FALSE(desk->questions().fileTitle.isEmpty()) << "the user cancels";
     const QString own = pictureFile(bending);
-    chooseFile(picture(), u"替换"_s,
-               QFileInfo(own).path() + u"/../"_s + QDir(work.path()).dirName() + u'/' +
-                   QFileInfo(own).fileName(),
-               kBmp);
-    EXPECT_EQ(told(), QString()) << "the formula's own file";
+    first.refuse("Update", "Formula");
+    chooseFile(picture(), u"替换"_s, work.filePath(u"./%1TempPic.bmp"_s.arg(bending)), kBmp);
+    first.allow();
+    EXPECT_EQ(told(), QString()) << "the formula's own file, which is not stored again";
     chooseFile(picture(), u"替换"_s, newPicture, kWmf);
     EXPECT_EQ(told(), u"文件new.bmp.wmf不存在，\n不能添加到当前公式！"_s);
     for (const QByteArray& file : {QByteArray(), QByteArray("text"), blue.chopped(20)}) {

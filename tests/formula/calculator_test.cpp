@@ -64,7 +64,10 @@ TEST_F(Calculation, AnErrorAfterAResultLeavesNothingToPassOn) {
     EXPECT_FALSE(canUseResult());
 }
 
-TEST_F(Calculation, TakesValuesByTheTypeOfTheVariable) {
+TEST_F(Calculation, TakesValuesByTheTypeThatTheFormulaGivesTheirVariable) {
+    EXPECT_EQ(calculated(u"StrLen(v)"_s, {{u"v"_s, u"12"_s}}), u"2.00"_s);
+    EXPECT_EQ(calculated(u"v+1"_s), u"13.00"_s);
+    EXPECT_EQ(calculated(u"StrLen(v)"_s), u"2.00"_s);
     const QString formula = u"If(s Equal \"梁\",x,0)"_s;
     EXPECT_EQ(calculated(formula, {{u"s"_s, u"梁"_s}, {u"x"_s, u"+1.5E2"_s}}), u"150.00"_s);
     for (const QString& wrong : {u"12a"_s, u"1,5"_s, u"1e999"_s}) {
@@ -72,12 +75,6 @@ TEST_F(Calculation, TakesValuesByTheTypeOfTheVariable) {
                   u"用户为变量“x”所赋的值与变量类型不符！"_s);
         EXPECT_FALSE(canUseResult());
     }
-}
-
-TEST_F(Calculation, AValueFollowsTheTypeThatTheFormulaGivesItsVariable) {
-    EXPECT_EQ(calculated(u"StrLen(v)"_s, {{u"v"_s, u"12"_s}}), u"2.00"_s);
-    EXPECT_EQ(calculated(u"v+1"_s), u"13.00"_s);
-    EXPECT_EQ(calculated(u"StrLen(v)"_s), u"2.00"_s);
 }
 
 TEST_F(Calculation, FollowsTheDecimalPlaces) {
