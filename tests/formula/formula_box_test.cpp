@@ -33,9 +33,17 @@ TEST_F(FormulaBoxTest, ATextIsStoredWhenTheBoxLosesTheFocus) {
     type(QString());
     leave();
     EXPECT_EQ(expression(first), u"a+b"_s) << "an empty text is never stored";
+    show(first);
+    type(u"a-b"_s);
+    leave();
+    while (box.isUndoAvailable()) {
+        box.undo();
+    }
+    EXPECT_TRUE(pane.storeEdits());
+    EXPECT_EQ(expression(first), u"a+b"_s) << "brought back with undo";
     show(second);
     EXPECT_EQ(expression(second), u"c"_s);
-    EXPECT_EQ(told.size(), 4);
+    EXPECT_EQ(told.size(), 6);
 }
 
 TEST_F(FormulaBoxTest, TheBoxTakes255CharactersButShowsALongerTextWholeFromItsBeginning) {
