@@ -102,13 +102,15 @@ TEST_F(Locate, TheLocatedItemIsHighlightedUntilAnotherIsShown) {
 
 TEST_F(Locate, AFailureIsToldAndLeavesTheShownFormulasLibrary) {
     select(u"梁"_s);
+    desk->typeValue(u"M"_s, u"3"_s);
     {
         const MissingColumn missing(second, "Property", "PropName");
         locate();
     }
     EXPECT_EQ(told(), u"无法读取用户指定属性“用途”的信息！"_s);
     desk->typeValue(u"M"_s, u"8"_s);
-    EXPECT_EQ(first.rows(u"Select VarName, Value From RecentVar"_s), QStringList{u"M|8"_s});
+    EXPECT_EQ(first.rows(u"Select VarName, Value From RecentVar"_s), QStringList{u"M|8"_s})
+        << "no second row";
     EXPECT_TRUE(second.rows(u"Select * From RecentVar"_s).isEmpty());
 }
 

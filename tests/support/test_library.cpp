@@ -2,7 +2,9 @@
 
 #include "store/template.h"
 
+#include <QBuffer>
 #include <QFile>
+#include <QImage>
 
 namespace varo::test {
 
@@ -101,6 +103,15 @@ QByteArray pictureBytes(qsizetype size) {
         state = state * 1664525 + 1013904223;
         byte = static_cast<char>(state >> 24);
     }
+    return bytes;
+}
+
+QByteArray imageBytes(QSize size, const QColor& color, const char* format) {
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(color);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    require(image.save(&buffer, format), "write a picture");
     return bytes;
 }
 
