@@ -81,6 +81,9 @@ TEST_F(PictureBoxTest, RefusesAPictureCutOffAnywhere) {
             ASSERT_FALSE(load(whole.chopped(cut))) << format << " short of " << cut;
         }
     }
+    QByteArray png = encoded(sampleImage(), "png");
+    png[33] = '\x7F';  // the size of its second chunk
+    EXPECT_FALSE(load(png));
 }
 
 TEST_F(PictureBoxTest, RefusesAJpegWhoseOnlyEndIsItsThumbnails) {
