@@ -166,5 +166,78 @@ TEST(CreateDatabase, LeavesWhatIsThereAlreadyAndNothingWhenItFails) {
     EXPECT_EQ(filesIn(items.directory), QStringList{u"items.db"_s});
 }
 
+TEST(Connection, ListsTheTablesOfAFileButNeitherViewsNorWhatTheDatabaseKeepsForItself) {
+    ItemDatabase items;
+    for (const char* statement :
+         {"Create View Seen As Select * From Item", "Create Table [钢 \"a\" [b] (v)",
+          "Create Table [Select] (v)", "Create Table sqlitex (v)",
+          "Create Virtual Table Words Using fts5(v)"}) {
+        items.connection.execute(QString::fromUtf8(statement));
+    }
+    EXPECT_EQ(items.connection.tables(),
+              (QStringList{u"Item"_s, u"钢 \"a\" [b"_s, u"Select"_s, u"sqlitex"_s}));
+    EXPECT_EQ(items.connection.structure(u"钢 \"a\" [b"_s)->columns.size(), 1);
+}
+
+TEST(Connection, TellsTheTypeOfAColumnByItsDeclaration) {
+    const std::pair<const char*, ColumnType> cases[] = {
+        {"", ColumnType::Any},
+        {"Hyperlink", ColumnType::Any},
+        {"Integer", ColumnType::Integer},
+        {"Counter", ColumnType::Integer},
+        {"Byte", ColumnType::Integer},
+        {"Long", ColumnType::Integer},
+        {"Double Precision", ColumnType::Floating},
+        {"Single", ColumnType::Floating},
+        {"Real", ColumnType::Floating},
+        {"Float(24)", ColumnType::Floating},
+        {"Money", ColumnType::Money},
+        {"Currency", ColumnType::Money},
+        {"Decimal(18,4)", ColumnType::Decimal},
+        {"Numeric", ColumnType::Decimal},
+        {"nvarchar(50)", ColumnType::Text},
+        {"Text(255)", ColumnType::Text},
+        {"Long Text", ColumnType::Text},
+        {"Memo", ColumnType::Text},
+        {"Guid", ColumnType::Guid},
+        {"UniqueIdentifier", ColumnType::Guid},
+        {"DateTime", ColumnType::Date},
+        {"Timestamp", ColumnType::Date},
+        {"Boolean", ColumnType::YesNo},
+        {"Bit", ColumnType::YesNo},
+        {"YesNo", ColumnType::YesNo},
+        {"Blob", ColumnType::Binary},
+        {"LongBinary", ColumnType::Binary},
+        {"OleObject", ColumnType::Binary},
+    };
+    ItemDatabase items;
+    QStringList columns;
+    for (const auto& [declaration, type] : cases) {
+        columns.append(u"c%1 %2"_s.arg(columns.size()).arg(QLatin1StringView(declaration)));
+    }
+    items.connection.execute(u"Create Table Typed (%1)"_s.arg(columns.join(u',')));
+    const auto structure = items.connection.structure(u"typed"_s);
+    ASSERT_EQ(structure->columns.size(), std::ssize(cases));
+    for (qsizetype i = 0; i < std::ssize(cases); ++i) {
+        EXPECT_EQ(structure->columns[i].type, cases[i].second) << cases[i].first;
+    }
+}
+
+TEST(Connection, SaysWhatIdentifiesTheRowsOfATable) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"(a)", "rowid"},
+        {"(RowID Text)", "_rowid_"},
+        {"(rowid, _rowid_)", "oid"},
+        {"(rowid, _rowid_, OID)", ""},
+        {"(a Primary Key) Without Rowid", ""},
+    };
+    ItemDatabase items;
+    for (const auto& [definition, name] : cases) {
+        items.connection.execute(u"Create Table T "_s + QLatin1StringView(definition));
+        EXPECT_EQ(items.connection.structure(u"T"_s)->rowNumber, QLatin1StringView(name));
+        items.connection.execute(u"Drop Table T"_s);
+    }
+}
+
 }  // namespace
 }  // namespace varo::data
