@@ -132,6 +132,11 @@ void Varo_CalcEx::Parts::connectCommands() {
     actions.connectCommand(EditCommand::Help, [this] { ShowHelp(); });
     actions.connectCommand(EditCommand::FindNext, [this] { locator.showNext(); });
     actions.connectCommand(EditCommand::FindPrevious, [this] { locator.showPrevious(); });
+    actions.connectCommand(EditCommand::VariableSource, [this] {
+        if (selection.formulaForCommand()) {
+            pane.editVariableSources();
+        }
+    });
     connect(&locator, &PropertyLocator::stepsChanged, &control,
             [this](bool canStepNext, bool canStepBack) {
                 actions.setEnabled(EditCommand::FindNext, canStepNext);

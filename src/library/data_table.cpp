@@ -73,8 +73,8 @@ bool DataTable::list(const DataListing& listing) {
     pages_.clear();
     rowCount_ = 0;
     hasFailed_ = false;
-    hasMore_ = true;
-    return loadMore();
+    hasMore_ = !columns_.empty();
+    return hasMore_ && loadMore();
 }
 
 bool DataTable::loadMore() {

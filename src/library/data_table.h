@@ -49,9 +49,9 @@ class DataTable {
     /// yes or no and binary values are not.
     bool isShown(int column) const { return columns_.at(column).isShown; }
 
-    /// Lists the rows anew. Sorting is by value: numbers before texts, texts without regard to
-    /// ASCII letter case, equal values in the order of the table. Returns false when reading fails;
-    /// no row is listed then.
+    /// Lists the rows anew, none before open(). Sorting is by value: numbers before texts, texts
+    /// without regard to ASCII letter case, equal values in the order of the table. Returns false
+    /// when reading fails; no row is listed then.
     bool list(const DataListing& listing);
 
     /// Rows listed so far; 0 before open().

@@ -80,13 +80,15 @@ void VariableSources::setParameter(const QString& name, VarSource type, const QS
     changes_.Add(name, formulaID_, QString(), type, parameter, QString(), added);
 }
 
-QString VariableSources::fault() const {
+VariableSources::Fault VariableSources::fault() const {
     for (const clsVarInfo& change : changes_) {
         if (change.VarSourceType != VarSourceTyped && change.VarMemo.trimmed().isEmpty()) {
-            return QStringLiteral("用户没有为变量“%1”设置参数！").arg(change.VarName);
+            return {change.VarName,
+                    QStringLiteral("用户没有为变量“%1”设置参数！").arg(change.VarName)};
         }
         if (change.VarMemo.size() > kTextLimit) {
-            return QStringLiteral("变量“%1”的参数超过255个字符！").arg(change.VarName);
+            return {change.VarName,
+                    QStringLiteral("变量“%1”的参数超过255个字符！").arg(change.VarName)};
         }
     }
     return {};

@@ -37,8 +37,12 @@ class VariableSources {
     /// Notes a change of the parameter; the source is the one that was noted before, else `type`.
     void setParameter(const QString& name, VarSource type, const QString& parameter);
 
-    /// What keeps the changes from being stored, for the user; "" when nothing does.
-    QString fault() const;
+    /// The first variable whose change cannot be stored and why, for the user; "" when all can.
+    struct Fault {
+        QString variable;
+        QString text;
+    };
+    Fault fault() const;
 
     /// Stores the changes in the order in which they were begun, a value "0" first where the
     /// formula has none. Returns why a step failed, for the user, or "". What was stored before
