@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QPointer>
+#include <QTest>
 #include <QTimer>
 
 #include <exception>
@@ -10,17 +11,21 @@ namespace varo {
 
 void withDialog(const char* name, const std::function<void()>& open,
                 const std::function<void(QDialog&)>& use) {
+    const QString wanted = QString::fromLatin1(name);
     bool wasOpened = false;
     std::exception_ptr failure;
     QTimer whileOpen;
     QObject::connect(&whileOpen, &QTimer::timeout, &whileOpen, [&] {
         const QPointer<QDialog> dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (dialog.isNull() || dialog->objectName() != QLatin1StringView(name)) {
+        if (dialog.isNull() || dialog->objectName() != wanted) {
             return;
         }
         whileOpen.stop();
         wasOpened = true;
         try {
+            if (!QTest::qWaitForWindowActive(dialog)) {
+                throw DriverError(QStringLiteral("'%1' does not become active").arg(wanted));
+            }
             use(*dialog);
         } catch (...) {
             failure = std::current_exception();
@@ -35,8 +40,7 @@ void withDialog(const char* name, const std::function<void()>& open,
         std::rethrow_exception(failure);
     }
     if (!wasOpened) {
-        throw DriverError(
-            QStringLiteral("'%1' has not been opened").arg(QString::fromLatin1(name)));
+        throw DriverError(QStringLiteral("'%1' has not been opened").arg(wanted));
     }
 }
 

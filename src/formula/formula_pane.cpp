@@ -76,6 +76,7 @@ void FormulaPane::editVariableSources() {
     if (!formula) {
         return;
     }
+    const int libraryNumber = library_.number();
     const QString text = box_.text();
     const QPointer<VarSourceDialog> dialog = new VarSourceDialog(
         text, *formula, library_, questions_, form_.MSFEditVarList->parentWidget());
@@ -91,7 +92,7 @@ void FormulaPane::editVariableSources() {
     }
     delete dialog;
     // The host may have turned the control to another formula meanwhile.
-    if (shown_.id() == formula) {
+    if (library_.number() == libraryNumber && shown_.id() == formula) {
         box_.reload(text);
         calculator_.calculate();
     }

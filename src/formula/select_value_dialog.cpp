@@ -15,6 +15,7 @@
 #include <QLabel>
 #include <QLineEdit>
 
+#include <algorithm>
 #include <utility>
 
 namespace varo {
@@ -79,7 +80,7 @@ void SelectValueDialog::connectParts() {
         txtFilter_->setFocus();
         txtFilter_->setText(text);
     });
-    connect(MSFShowTable_->selectionModel(), &QItemSelectionModel::currentChanged, this,
+    connect(MSFShowTable_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &SelectValueDialog::offer);
     connect(txtFilter_, &QLineEdit::textChanged, this, &SelectValueDialog::filter);
     txtFilter_->installEventFilter(this);
@@ -124,7 +125,7 @@ void SelectValueDialog::goTo(const QString& value, const std::optional<PickedPla
 void SelectValueDialog::findValue() {
     const QString value = std::exchange(wantedValue_, {});
     const bool isUntouched = model_->listing().filter.isEmpty() && model_->listing().sortColumn < 0;
-    if (value.isEmpty() || !isUntouched || MSFShowTable_->currentIndex().isValid()) {
+    if (value.isEmpty() || !isUntouched || selected().isValid()) {
         return;
     }
     std::optional<DataTable::Place> found;
@@ -158,13 +159,12 @@ void SelectValueDialog::moveTo(int row, int column) {
     MSFShowTable_->scrollTo(index, QAbstractItemView::PositionAtCenter);
 }
 
-/// The first row that is left becomes the current one, in the column that was: the value of another
-/// row is then found by typing alone.
+/// The first row that is left becomes the current one, in the column of the cell that was selected
+/// last: the value of another row is then found by typing alone.
 void SelectValueDialog::filter(const QString& text) {
-    const int column = MSFShowTable_->currentIndex().column();
     model_->setFilter(text);
-    if (column >= 0 && model_->rowCount() > 0) {
-        moveTo(0, column);
+    if (column_ >= 0 && model_->rowCount() > 0) {
+        moveTo(0, column_);
     }
     offer();
 }
@@ -174,8 +174,8 @@ bool SelectValueDialog::eventFilter(QObject* watched, QEvent* event) {
         const int key = static_cast<QKeyEvent*>(event)->key();
         if (key == Qt::Key_Down || key == Qt::Key_Up) {
             MSFShowTable_->setFocus();
-            if (!MSFShowTable_->currentIndex().isValid() && model_->rowCount() > 0) {
-                moveTo(0, 0);
+            if (!selected().isValid() && model_->rowCount() > 0) {
+                moveTo(0, std::max(column_, 0));
             }
             return true;
         }
@@ -183,8 +183,13 @@ bool SelectValueDialog::eventFilter(QObject* watched, QEvent* event) {
     return QDialog::eventFilter(watched, event);
 }
 
-QString SelectValueDialog::currentText() {
-    const QModelIndex index = MSFShowTable_->currentIndex();
+/// The view makes its first cell the current one when it gets the focus, without selecting it.
+QModelIndex SelectValueDialog::selected() const {
+    return MSFShowTable_->selectionModel()->selectedIndexes().value(0);
+}
+
+QString SelectValueDialog::selectedText() {
+    const QModelIndex index = selected();
     return table_.cell(index.row(), index.column()).text;
 }
 
@@ -194,11 +199,12 @@ void SelectValueDialog::offer() {
     lblRows_->setText(rows > 0 ? QStringLiteral("%1行%2").arg(rows).arg(more)
                       : model_->listing().filter.isEmpty() ? QStringLiteral("没有数据")
                                                            : QStringLiteral("没有符合筛选的行"));
-    cmdOK_->setEnabled(!currentText().isEmpty());
+    cmdOK_->setEnabled(!selectedText().isEmpty());
+    column_ = selected().isValid() ? selected().column() : column_;
 }
 
 void SelectValueDialog::accept() {
-    const QString text = currentText();
+    const QString text = selectedText();
     if (text.isEmpty()) {
         return;
     }
@@ -206,7 +212,7 @@ void SelectValueDialog::accept() {
         questions_.inform(QStringLiteral("给定变量的值超过255个字符"));
         return;
     }
-    const QModelIndex index = MSFShowTable_->currentIndex();
+    const QModelIndex index = selected();
     value_ = text;
     if (const auto number = table_.numberOf(index.row())) {
         place_ = {*number, index.column()};

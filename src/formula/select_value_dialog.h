@@ -9,6 +9,7 @@
 
 #include <optional>
 
+class QModelIndex;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -25,7 +26,7 @@ struct PickedPlace {
 };
 
 /// The window `frmSelValue`, in which the user picks a value of a data table: a double click on a
-/// cell, or Enter or OK for the current one. An empty cell cannot be picked; a text that is longer
+/// cell, or Enter or OK for the selected one. An empty cell cannot be picked; a text that is longer
 /// than a value may be is refused. While it is open it holds no lock on the file.
 class SelectValueDialog : public QDialog {
     Q_OBJECT
@@ -64,7 +65,8 @@ class SelectValueDialog : public QDialog {
     void loadMore();
     void moveTo(int row, int column);
     void offer();
-    QString currentText();
+    QModelIndex selected() const;
+    QString selectedText();
 
     const QString folder_;
     const DataTableName name_;
@@ -74,6 +76,7 @@ class SelectValueDialog : public QDialog {
     DataTableModel* model_;
     QString wantedValue_;
     std::optional<PickedPlace> wantedPlace_;
+    int column_ = -1;  ///< of the cell that was selected last
     bool cancelled_ = false;
     QString value_;
     std::optional<PickedPlace> place_;

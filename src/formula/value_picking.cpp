@@ -50,10 +50,10 @@ void ValuePicking::pick(int row) {
 void ValuePicking::take(const SelectValueDialog& dialog, const QString& name, qint32 formulaID,
                         int libraryNumber) {
     const QString value = dialog.value();
-    const StoredEdit edit = library_.number() == libraryNumber
-                                ? stored_.storePicked(name, formulaID, value)
-                                : StoredEdit{value, valueNotStoredMessage()};
-    if (shown_.id() == formulaID) {
+    const bool isOpen = library_.number() == libraryNumber;
+    const StoredEdit edit = isOpen ? stored_.storePicked(name, formulaID, value)
+                                   : StoredEdit{value, valueNotStoredMessage()};
+    if (isOpen && shown_.id() == formulaID) {
         for (int row = 1; row < grid_.Rows(); ++row) {
             if (grid_.GetCellText(row, kNameColumn) == name) {
                 grid_.SetCellText(row, kValueColumn, value);

@@ -98,7 +98,7 @@ QString VariableSources::store() {
     if (changes_.Count() == 0) {
         return {};
     }
-    std::vector<StoredChange> stored;
+    std::vector<StoredChange> done;
     QString failure;
     const bool committed = attempt([&] {
         data::Transaction transaction(connection_);
@@ -109,15 +109,20 @@ QString VariableSources::store() {
             if (!failure.isEmpty()) {
                 break;
             }
-            stored.push_back({&change, isNew});
+            done.push_back({&change, isNew});
         }
         transaction.commit();
     });
     if (!committed) {
-        // The library takes no changes, so the first step has failed.
-        return failure.isEmpty() ? notStored(own(changes_.Item(1).VarName) == nullptr) : failure;
+        if (failure.isEmpty()) {
+            // The library takes no changes: it is the first step that has failed.
+            const QString& name = changes_.Item(1).VarName;
+            stored(name);
+            failure = notStored(own(name) == nullptr);
+        }
+        return failure;
     }
-    for (const StoredChange& each : stored) {
+    for (const StoredChange& each : done) {
         remember(each);
     }
     return failure;

@@ -2,6 +2,7 @@
 
 #include "library/open_libraries.h"
 #include "library/stored_values.h"
+#include "support/no_waiting.h"
 
 namespace varo::test {
 namespace {
@@ -116,6 +117,7 @@ TEST_F(VariableSourcesTest, WhatWasStoredBeforeAFailingStepStays) {
 
 TEST_F(VariableSourcesTest, ALibraryThatTakesNoChangesFailsAtTheFirstStep) {
     for (const bool isNew : {false, true}) {
+        const NoWaiting noWaiting;
         VariableSources refused(library, bending);
         ASSERT_TRUE(refused.connect(first.folder(), first.fileName(), {}));
         refused.setParameter(isNew ? u"c"_s : u"a"_s, VarSourceProperty, u"长度"_s);
