@@ -36,6 +36,10 @@ void withDialog(const char* name, const std::function<void()>& open,
     });
     whileOpen.start(0);
     open();
+    // What opens it may have been queued.
+    for (int round = 0; round < 3; ++round) {
+        QCoreApplication::processEvents();
+    }
     if (failure) {
         std::rethrow_exception(failure);
     }

@@ -134,7 +134,9 @@ void Varo_CalcEx::Parts::connectCommands() {
     actions.connectCommand(EditCommand::FindPrevious, [this] { locator.showPrevious(); });
     actions.connectCommand(EditCommand::VariableSource, [this] {
         if (selection.formulaForCommand()) {
-            pane.editVariableSources();
+            // Queued: the host may destroy the control, and so the menu, while the dialog is open.
+            QMetaObject::invokeMethod(&pane, &FormulaPane::editVariableSources,
+                                      Qt::QueuedConnection);
         }
     });
     connect(&locator, &PropertyLocator::stepsChanged, &control,

@@ -1,7 +1,6 @@
 #include "formula/data_table_model.h"
 
 #include "library/limits.h"
-#include "platform/ui/tool_tip.h"
 #include "platform/ui/wait_cursor.h"
 
 namespace varo {
@@ -67,7 +66,7 @@ int DataTableModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant DataTableModel::data(const QModelIndex& index, int role) const {
-    if (role != Qt::DisplayRole && role != Qt::ToolTipRole && role != Qt::TextAlignmentRole) {
+    if (role != Qt::DisplayRole && role != Qt::TextAlignmentRole) {
         return {};
     }
     const DataCell& cell = table_.cell(index.row(), index.column());
@@ -76,8 +75,7 @@ QVariant DataTableModel::data(const QModelIndex& index, int role) const {
         return QVariant(Qt::AlignVCenter | (cell.isNumber ? Qt::AlignRight : Qt::AlignLeft));
     }
     const bool isCut = cell.text.size() > kTextLimit;
-    const QString shown = isCut ? cell.text.first(kTextLimit) + u'…' : cell.text;
-    return role == Qt::ToolTipRole ? ui::plainToolTip(shown) : shown;
+    return isCut ? cell.text.first(kTextLimit) + u'…' : cell.text;
 }
 
 QVariant DataTableModel::headerData(int section, Qt::Orientation orientation, int role) const {

@@ -1,7 +1,11 @@
 #include "formula/data_table_view.h"
 
-#include <QEvent>
+#include "platform/ui/tool_tip.h"
+
 #include <QHeaderView>
+#include <QHelpEvent>
+#include <QStyledItemDelegate>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -13,9 +17,27 @@ constexpr int kCellPadding = 8;
 constexpr int kNarrowest = 60;
 constexpr int kWidest = 260;
 
+/// Shows a text as tool tip where it is cut.
+class CellDelegate : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                   const QModelIndex& index) override {
+        if (event->type() != QEvent::ToolTip) {
+            return QStyledItemDelegate::helpEvent(event, view, option, index);
+        }
+        const bool isCut = sizeHint(option, index).width() > option.rect.width();
+        QToolTip::showText(event->globalPos(),
+                           isCut ? ui::plainToolTip(index.data().toString()) : QString(), view);
+        return true;
+    }
+};
+
 }  // namespace
 
 DataTableView::DataTableView(QWidget* parent) : QTableView(parent) {
+    setItemDelegate(new CellDelegate(this));
     setSelectionMode(SingleSelection);
     setEditTriggers(NoEditTriggers);
     setTabKeyNavigation(false);

@@ -82,7 +82,9 @@ void SelectValueDialog::connectParts() {
     });
     connect(MSFShowTable_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &SelectValueDialog::offer);
-    connect(txtFilter_, &QLineEdit::textChanged, this, &SelectValueDialog::filter);
+    filtering_.setSingleShot(true);
+    connect(&filtering_, &QTimer::timeout, this, &SelectValueDialog::filter);
+    connect(txtFilter_, &QLineEdit::textChanged, this, &SelectValueDialog::takeFilter);
     txtFilter_->installEventFilter(this);
     connect(model_, &DataTableModel::modelReset, this, [this] { loading_.start(); });
     // Queued: a failure can come while the grid is being drawn.
@@ -159,10 +161,23 @@ void SelectValueDialog::moveTo(int row, int column) {
     MSFShowTable_->scrollTo(index, QAbstractItemView::PositionAtCenter);
 }
 
+/// A long table is filtered when the user pauses in typing.
+void SelectValueDialog::takeFilter() {
+    constexpr int kLong = 20000;
+    constexpr int kPause = 200;  // milliseconds
+    isLong_ = isLong_ || model_->rowCount() > kLong;
+    if (isLong_) {
+        filtering_.start(kPause);
+    } else {
+        filter();
+    }
+}
+
 /// The first row that is left becomes the current one, in the column of the cell that was selected
 /// last: the value of another row is then found by typing alone.
-void SelectValueDialog::filter(const QString& text) {
-    model_->setFilter(text);
+void SelectValueDialog::filter() {
+    filtering_.stop();
+    model_->setFilter(txtFilter_->text());
     if (column_ >= 0 && model_->rowCount() > 0) {
         moveTo(0, column_);
     }
@@ -204,6 +219,9 @@ void SelectValueDialog::offer() {
 }
 
 void SelectValueDialog::accept() {
+    if (filtering_.isActive()) {
+        filter();
+    }
     const QString text = selectedText();
     if (text.isEmpty()) {
         return;

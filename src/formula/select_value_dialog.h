@@ -61,7 +61,8 @@ class SelectValueDialog : public QDialog {
     void buildLayout();
     void connectParts();
     void findValue();
-    void filter(const QString& text);
+    void takeFilter();
+    void filter();
     void loadMore();
     void moveTo(int row, int column);
     void offer();
@@ -80,6 +81,8 @@ class SelectValueDialog : public QDialog {
     bool cancelled_ = false;
     QString value_;
     std::optional<PickedPlace> place_;
+    bool isLong_ = false;  ///< so many rows have been listed that filtering takes its time
+    QTimer filtering_;
     QTimer loading_;  ///< lists the rest of the rows while nothing else is to be done
 
     QLineEdit* txtFilter_;

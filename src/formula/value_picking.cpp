@@ -11,20 +11,31 @@ namespace varo {
 ValuePicking::ValuePicking(ui::EditGrid& grid, CurrentLibrary& library, const ShownFormula& shown,
                            Questions& questions)
     : grid_(grid), library_(library), shown_(shown), questions_(questions), stored_(library) {
-    connect(&grid, &ui::EditGrid::CellActivate, this, &ValuePicking::pick);
+    connect(&grid, &ui::EditGrid::CellActivate, this, &ValuePicking::activate);
 }
 
-void ValuePicking::pick(int row) {
+void ValuePicking::activate(int row) {
     const auto formula = shown_.id();
     const QString name = grid_.GetCellText(row, kNameColumn);
-    const auto parameter = formula ? stored_.tableOf(name, *formula) : std::nullopt;
-    if (!parameter) {
+    if (isPicking_ || !formula || !stored_.tableOf(name, *formula)) {
         return;
     }
+    isPicking_ = true;
     // So that the cell is not edited afterwards, whatever is picked.
-    const QString before = grid_.GetCellText(row, kValueColumn);
-    grid_.SetCellText(row, kValueColumn, before);
+    grid_.SetCellText(row, kValueColumn, grid_.GetCellText(row, kValueColumn));
+    // Queued: the host may destroy the control, and so the grid, while the dialog is open.
+    QMetaObject::invokeMethod(
+        this, [this, name] { pick(name); }, Qt::QueuedConnection);
+}
 
+void ValuePicking::pick(const QString& name) {
+    const auto formula = shown_.id();
+    const auto parameter = formula ? stored_.tableOf(name, *formula) : std::nullopt;
+    if (!parameter) {
+        isPicking_ = false;
+        return;
+    }
+    const QString before = stored_.valuesOf({name}, *formula).front().value;
     const int libraryNumber = library_.number();
     const QString folder = library_.folder();
     const QPointer<SelectValueDialog> dialog =
@@ -44,6 +55,7 @@ void ValuePicking::pick(int row) {
         take(*dialog, name, *formula, libraryNumber);
     }
     delete dialog;
+    isPicking_ = false;
 }
 
 /// The host may have turned the control to another formula, or library, while the dialog was open.

@@ -29,7 +29,8 @@ class ValuePicking : public QObject {
     void valueChanged();
 
   private:
-    void pick(int row);
+    void activate(int row);
+    void pick(const QString& name);
     void take(const SelectValueDialog& dialog, const QString& name, qint32 formulaID,
               int libraryNumber);
 
@@ -40,6 +41,7 @@ class ValuePicking : public QObject {
     StoredValues stored_;
     /// Where each value of a table was picked last, by the file, the table and the value.
     QHash<QStringList, PickedPlace> places_;
+    bool isPicking_ = false;
 };
 
 }  // namespace varo

@@ -1,3 +1,4 @@
+#include "driver/dialog_driver.h"
 #include "support/beam_desk.h"
 
 #include <random>
@@ -75,7 +76,13 @@ class RandomUser {
         const QAction* chosen =
             enabled[static_cast<std::size_t>(below(static_cast<int>(enabled.size())))];
         const QByteArray name = chosen->objectName().toLatin1();
-        return give([&] { desk_.choose(name.constData()); }, name.toStdString());
+        const auto choose = [&] { desk_.choose(name.constData()); };
+        if (name != "mnuPopVarSource") {
+            return give(choose, name.toStdString());
+        }
+        withDialog("frmVarSource", choose,
+                   [this](QDialog& dialog) { below(2) == 0 ? dialog.accept() : dialog.reject(); });
+        return name.toStdString();
     }
 
     std::string button() {

@@ -417,5 +417,19 @@ TEST_F(ValueSources, AHostThatTurnsTheControlElsewhereMeanwhileLosesNothing) {
     EXPECT_EQ(desk->gridTexts(), (QStringList{u"v=0"_s, u"A=0"_s}));
 }
 
+TEST_F(ValueSources, TheDialogsGoWithAControlThatIsDestroyed) {
+    feedFromTable();
+    const auto destroy = [&](QDialog&) { desk.reset(); };
+    edit(destroy);
+    start();
+    select(u"梁"_s, u"弯曲"_s);
+    ui::EditGrid& grid = desk->grid();
+    grid.setCurrentCell(0, 1);
+    withDialog(
+        "frmSelValue", [&] { QTest::keyClick(&grid, Qt::Key_F4); }, destroy);
+    start();
+    EXPECT_EQ(told(), QString());
+}
+
 }  // namespace
 }  // namespace varo::test
