@@ -49,11 +49,13 @@ TEST_F(Offering, TreeAndListOfferByKindAndPositionOfTheItem) {
         {u"柱"_s, {}, u"NewFolder Del MoveUp MoveDown Copy Rename"_s, u"复制 删除 上移 下移"_s},
         {u"板"_s, {}, u"NewFolder Del MoveUp Copy Rename"_s, u"复制 删除 上移"_s},
         {u"管"_s, {}, u"NewFolder Del MoveDown Copy Rename"_s, u"复制 删除 下移"_s},
-        {u"梁"_s, u"弯曲"_s, u"NewFormula Del VarSource MoveDown Copy Rename"_s, u"复制 删除 下移"_s},
+        {u"梁"_s, u"弯曲"_s, u"NewFormula Del VarSource MoveDown Copy Rename"_s,
+         u"复制 删除 下移"_s},
         {u"梁"_s, u"剪切"_s, u"NewFormula Del VarSource MoveUp MoveDown Copy Rename"_s,
          u"复制 删除 上移 下移"_s},
         {u"梁"_s, u"扭转"_s, u"NewFormula Del VarSource MoveUp Copy Rename"_s, u"复制 删除 上移"_s},
-        {u"简支"_s, u"挠度"_s, u"NewFormula Del VarSource MoveDown Copy Rename"_s, u"复制 删除 下移"_s},
+        {u"简支"_s, u"挠度"_s, u"NewFormula Del VarSource MoveDown Copy Rename"_s,
+         u"复制 删除 下移"_s},
     };
     for (const Case& each : cases) {
         const bool inTree = each.formula.isEmpty();

@@ -42,7 +42,8 @@ class VariableSourcesTest : public testing::Test, protected OpenLibraries {
 TEST_F(VariableSourcesTest, AreThoseOfTheFormulasOwnValues) {
     const auto told = [&](const QString& name) {
         const VariableSource source = sources.stored(name);
-        return QString::number(source.type) + source.parameter + (source.isRead ? QString() : u"?"_s);
+        return QString::number(source.type) + source.parameter +
+               (source.isRead ? QString() : u"?"_s);
     };
     EXPECT_EQ(told(u"A"_s), u"1面积"_s);
     EXPECT_EQ(told(u"b"_s), u"0"_s);

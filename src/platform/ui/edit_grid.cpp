@@ -300,7 +300,8 @@ void EditGrid::keyPressEvent(QKeyEvent* event) {
         altDown || (event->key() == Qt::Key_F4 && event->modifiers() == Qt::NoModifier);
     if (!index.isValid() || !isPick) {
         QTableWidget::keyPressEvent(event);
-    } else if (altDown && index.flags().testFlag(Qt::ItemIsEditable) && offersChoices(index)) {
+    } else if ((altDown || isDropDown(styleOf(index))) &&
+               index.flags().testFlag(Qt::ItemIsEditable) && offersChoices(index)) {
         openChoices(index);
     } else {
         activate(index);

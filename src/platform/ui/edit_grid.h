@@ -69,8 +69,8 @@ class EditGrid : public QTableWidget {
     /// handler may rebuild the grid or show a window.
     void CellEdited(int Row, int Col, const QString& Text);
     /// The user asks to pick a value for a cell: a double click, F4, or, where a cell offers no
-    /// drop-down items, Alt+Down. After a double click editing starts unless the handler has set
-    /// the text of a cell, be it to the same text.
+    /// drop-down items, Alt+Down; both keys open the list of a DropDown cell. After a double click
+    /// editing starts unless the handler has set the text of a cell, be it to the same text.
     void CellActivate(int Row, int Col);
     /// The button of a Button cell was pressed, by the mouse, F4 or Alt+Down.
     void CellButtonClick(int Row, int Col);
