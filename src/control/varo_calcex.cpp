@@ -132,6 +132,13 @@ void Varo_CalcEx::Parts::connectCommands() {
     actions.connectCommand(EditCommand::Help, [this] { ShowHelp(); });
     actions.connectCommand(EditCommand::FindNext, [this] { locator.showNext(); });
     actions.connectCommand(EditCommand::FindPrevious, [this] { locator.showPrevious(); });
+    actions.connectCommand(EditCommand::VariableSource, [this] {
+        if (selection.formulaForCommand()) {
+            // Queued: the host may destroy the control, and so the menu, while the dialog is open.
+            QMetaObject::invokeMethod(&pane, &FormulaPane::editVariableSources,
+                                      Qt::QueuedConnection);
+        }
+    });
     connect(&locator, &PropertyLocator::stepsChanged, &control,
             [this](bool canStepNext, bool canStepBack) {
                 actions.setEnabled(EditCommand::FindNext, canStepNext);

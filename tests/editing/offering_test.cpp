@@ -29,10 +29,10 @@ TEST_F(Offering, TreeAndListOfferByKindAndPositionOfTheItem) {
         {u"柱"_s, u""_s, u"NewFolder Del MoveUp MoveDown Copy Rename"_s},
         {u"板"_s, u""_s, u"NewFolder Del MoveUp Copy Rename"_s},
         {u"管"_s, u""_s, u"NewFolder Del MoveDown Copy Rename"_s},
-        {u"梁"_s, u"弯曲"_s, u"NewFormula Del MoveDown Copy Rename"_s},
-        {u"梁"_s, u"剪切"_s, u"NewFormula Del MoveUp MoveDown Copy Rename"_s},
-        {u"梁"_s, u"扭转"_s, u"NewFormula Del MoveUp Copy Rename"_s},
-        {u"简支"_s, u"挠度"_s, u"NewFormula Del MoveDown Copy Rename"_s},
+        {u"梁"_s, u"弯曲"_s, u"NewFormula Del VarSource MoveDown Copy Rename"_s},
+        {u"梁"_s, u"剪切"_s, u"NewFormula Del VarSource MoveUp MoveDown Copy Rename"_s},
+        {u"梁"_s, u"扭转"_s, u"NewFormula Del VarSource MoveUp Copy Rename"_s},
+        {u"简支"_s, u"挠度"_s, u"NewFormula Del VarSource MoveDown Copy Rename"_s},
     };
     for (const auto& [node, formula, offered] : cases) {
         const bool inTree = formula.isEmpty();
