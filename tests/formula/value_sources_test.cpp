@@ -255,6 +255,7 @@ TEST_F(ValueSources, OnlyATableOfAFileInTheFolderOfTheLibraryCanBeChosen) {
             selectIn(chooser, "FileDB", u"坏.mdb"_s);
             EXPECT_EQ(told(), u"无法打开用户指定的数据库！"_s);
             EXPECT_EQ(tables.count(), 2) << "unchanged";
+            EXPECT_EQ(label(chooser, "lblMissing"), u"这个文件无法打开，请选择别的文件"_s);
             EXPECT_FALSE(canAccept(chooser)) << "they are another file's";
             selectIn(chooser, "FileDB", u"材料.mdb"_s);
             EXPECT_FALSE(canAccept(chooser));
