@@ -86,6 +86,9 @@ SelectDatabaseDialog::SelectDatabaseDialog(const QString& folder, Questions& que
     // Queued: a message must not open while the click that caused it is being handled.
     connect(FileDB_, &QListWidget::itemSelectionChanged, this, &SelectDatabaseDialog::openFile,
             Qt::QueuedConnection);
+    // A file that could not be opened is tried again.
+    connect(FileDB_, &QListWidget::itemDoubleClicked, this, &SelectDatabaseDialog::openFile,
+            Qt::QueuedConnection);
     connect(lstTableName_, &QListWidget::itemSelectionChanged, this,
             &SelectDatabaseDialog::showTable);
     connect(lstTableName_, &QListWidget::itemDoubleClicked, this, &SelectDatabaseDialog::accept);
@@ -124,10 +127,11 @@ void SelectDatabaseDialog::showFolder() {
 
 void SelectDatabaseDialog::openFile() {
     const QString file = selectedText(*FileDB_);
+    lblShowDBName_->setText(file);
     if (file.isEmpty()) {
+        offer();
         return;
     }
-    lblShowDBName_->setText(file);
     const bool isListed = listTables(file);
     if (!isListed) {
         // Those of the file before stay to be seen, but belong to another file.

@@ -41,10 +41,10 @@ class ValueSources : public BeamDesk {
         settle();
     }
 
-    /// Opens the picker by a double click on a value.
-    void pick(const QString& name, const std::function<void(QDialog&)>& use) {
+    /// Opens the picker by a double click on the value of M.
+    void pick(const std::function<void(QDialog&)>& use) {
         ui::EditGrid& grid = desk->grid();
-        const QPoint at = grid.visualItemRect(grid.item(rowOf(grid, name) - 1, 1)).center();
+        const QPoint at = grid.visualItemRect(grid.item(rowOf(grid, u"M"_s) - 1, 1)).center();
         withDialog(
             "frmSelValue",
             [&] {
@@ -74,33 +74,28 @@ class ValueSources : public BeamDesk {
         settle();
     }
 
-    /// Chooses a source from the drop-down list of a row, by the keyboard.
-    static void chooseType(const QDialog& dialog, int row, int type) {
+    /// Opens the editor of a cell by the keyboard.
+    template <class Editor>
+    static Editor& beginEdit(const QDialog& dialog, int row, int column) {
         ui::EditGrid& grid = gridOf(dialog);
         grid.setFocus();
-        grid.setCurrentCell(row - 1, 1);
+        grid.setCurrentCell(row - 1, column);
         QTest::keyClick(&grid, Qt::Key_F2);
-        auto* choice = qobject_cast<QComboBox*>(grid.indexWidget(grid.currentIndex()));
-        ASSERT_NE(choice, nullptr);
-        choice->setCurrentIndex(type);
-        QTest::keyClick(choice, Qt::Key_Return);
+        auto* editor = qobject_cast<Editor*>(grid.indexWidget(grid.currentIndex()));
+        if (editor == nullptr) {
+            throw DriverError(u"the cell has another editor"_s);
+        }
+        return *editor;
+    }
+    static void chooseType(const QDialog& dialog, int row, int type) {
+        auto& choice = beginEdit<QComboBox>(dialog, row, 1);
+        choice.setCurrentIndex(type);
+        QTest::keyClick(&choice, Qt::Key_Return);
         settle();
     }
-    static QLineEdit& beginParameter(const QDialog& dialog, int row) {
-        ui::EditGrid& grid = gridOf(dialog);
-        grid.setFocus();
-        grid.setCurrentCell(row - 1, 2);
-        QTest::keyClick(&grid, Qt::Key_F2);
-        auto* line = qobject_cast<QLineEdit*>(grid.indexWidget(grid.currentIndex()));
-        if (line == nullptr) {
-            throw DriverError(u"the parameter is not edited as plain text"_s);
-        }
-        line->selectAll();
-        return *line;
-    }
     static void typeParameter(const QDialog& dialog, int row, const QString& text) {
-        QLineEdit& line = beginParameter(dialog, row);
-        line.insert(text);
+        auto& line = beginEdit<QLineEdit>(dialog, row, 2);
+        line.setText(text);
         QTest::keyClick(&line, Qt::Key_Return);
         settle();
     }
@@ -134,10 +129,10 @@ class ValueSources : public BeamDesk {
     }
 
     /// Lets M come from the table of steels.
-    void feedFromTable(const QString& parameter = u"材料.mdb->钢 材"_s) {
+    void feedFromTable() {
         first.addValue(u"M"_s, bending, u"7"_s);
-        ASSERT_TRUE(first.funcs().EditFormulaVarPara(u"M"_s, bending, VarSourceTable, parameter,
-                                                     first.connection()));
+        ASSERT_TRUE(first.funcs().EditFormulaVarPara(u"M"_s, bending, VarSourceTable,
+                                                     u"材料.mdb->钢 材"_s, first.connection()));
         start();
         select(u"梁"_s, u"弯曲"_s);
     }
@@ -202,7 +197,7 @@ TEST_F(ValueSources, AMissingParameterOrAFailureIsToldAndTheDialogStaysOpen) {
         EXPECT_EQ(gridOf(dialog).currentRow(), 1);
         EXPECT_TRUE(dialog.isVisible());
         // What is still being typed counts.
-        beginParameter(dialog, 2).insert(u"p"_s);
+        beginEdit<QLineEdit>(dialog, 2, 2).setText(u"p"_s);
         first.refuse("Insert", "RecentVar");
         partOf<QPushButton>(dialog, "cmdOK").click();
         EXPECT_EQ(told(), u"无法添加新的变量！"_s);
@@ -222,14 +217,12 @@ TEST_F(ValueSources, NamesOfPropertiesAreOfferedWhileOneIsTyped) {
                                                      first.connection()));
     }
     edit([&](QDialog& dialog) {
-        EXPECT_EQ(beginParameter(dialog, 1).completer(), nullptr) << "no property feeds M";
+        EXPECT_EQ(beginEdit<QLineEdit>(dialog, 1, 2).completer(), nullptr) << "no property feeds M";
         chooseType(dialog, 1, VarSourceProperty);
-        QLineEdit& line = beginParameter(dialog, 1);
-        QTest::keyClick(&line, Qt::Key_Delete);
-        line.insert(u"长"_s);
-        line.completer()->setCompletionPrefix(line.text());
-        EXPECT_EQ(line.completer()->completionCount(), 1);
-        EXPECT_EQ(line.completer()->currentCompletion(), u"杆件长度"_s);
+        QCompleter& offered = *beginEdit<QLineEdit>(dialog, 1, 2).completer();
+        offered.setCompletionPrefix(u"长"_s);
+        EXPECT_EQ(offered.completionCount(), 1);
+        EXPECT_EQ(offered.currentCompletion(), u"杆件长度"_s);
     });
 }
 
@@ -255,6 +248,7 @@ TEST_F(ValueSources, OnlyATableOfAFileInTheFolderOfTheLibraryCanBeChosen) {
             selectIn(chooser, "FileDB", u"坏.mdb"_s);
             EXPECT_EQ(told(), u"无法打开用户指定的数据库！"_s);
             EXPECT_EQ(tables.count(), 2) << "unchanged";
+            EXPECT_EQ(label(chooser, "lblMissing"), u"这个文件无法打开，请选择别的文件"_s);
             EXPECT_FALSE(canAccept(chooser)) << "they are another file's";
             selectIn(chooser, "FileDB", u"材料.mdb"_s);
             EXPECT_FALSE(canAccept(chooser));
@@ -268,7 +262,7 @@ TEST_F(ValueSources, OnlyATableOfAFileInTheFolderOfTheLibraryCanBeChosen) {
 
 TEST_F(ValueSources, AValueIsPickedByADoubleClickAndStored) {
     feedFromTable();
-    pick(u"M"_s, [&](QDialog& dialog) {
+    pick([&](QDialog& dialog) {
         QTableView& table = tableOf(dialog);
         EXPECT_EQ(dialog.windowTitle(), u"选择变量的值"_s);
         EXPECT_EQ(label(dialog, "lblShowDBPath"), first.pathOf(u"材料.mdb"_s));
@@ -304,7 +298,7 @@ TEST_F(ValueSources, AValueIsPickedByADoubleClickAndStored) {
 
 TEST_F(ValueSources, ThePickedRowIsFoundAgainAndGivingUpChangesNothing) {
     feedFromTable();
-    pick(u"M"_s, [&](QDialog& dialog) {
+    pick([&](QDialog& dialog) {
         tableOf(dialog).setCurrentIndex(tableOf(dialog).model()->index(1, 1));
         QTest::keyClick(&tableOf(dialog), Qt::Key_Return);
         EXPECT_FALSE(dialog.isVisible());
@@ -316,7 +310,7 @@ TEST_F(ValueSources, ThePickedRowIsFoundAgainAndGivingUpChangesNothing) {
             start();
             select(u"梁"_s, u"弯曲"_s);
         }
-        pick(u"M"_s, [&](QDialog& dialog) {
+        pick([&](QDialog& dialog) {
             const QModelIndex current = tableOf(dialog).currentIndex();
             EXPECT_EQ(current.row(), again ? 0 : 1) << "the first with the value";
             EXPECT_EQ(current.column(), 1);
@@ -330,7 +324,7 @@ TEST_F(ValueSources, ThePickedRowIsFoundAgainAndGivingUpChangesNothing) {
 
 TEST_F(ValueSources, ThePickerIsFilteredByTypingAndSortedByItsHeader) {
     feedFromTable();
-    pick(u"M"_s, [&](QDialog& dialog) {
+    pick([&](QDialog& dialog) {
         QTableView& table = tableOf(dialog);
         const auto names = [&] {
             QString joined;
@@ -375,7 +369,7 @@ TEST_F(ValueSources, ATableThatCannotBeReadIsToldAndNothingElseIsRead) {
         select(u"柱"_s);
         start();
         select(u"梁"_s, u"弯曲"_s);
-        pick(u"M"_s, [&](QDialog& dialog) {
+        pick([&](QDialog& dialog) {
             EXPECT_EQ(tableOf(dialog).model()->rowCount(), 0);
             EXPECT_FALSE(canAccept(dialog));
         });
@@ -390,7 +384,7 @@ TEST_F(ValueSources, AHostThatTurnsTheControlElsewhereMeanwhileLosesNothing) {
         tableOf(dialog).setCurrentIndex(tableOf(dialog).model()->index(0, 1));
         click(dialog, "cmdOK");
     };
-    pick(u"M"_s, [&](QDialog& dialog) {
+    pick([&](QDialog& dialog) {
         desk->control().SelFormula(u"LvFormulaKey%1"_s.arg(torsion));
         pickFirst(dialog);
     });
@@ -398,7 +392,7 @@ TEST_F(ValueSources, AHostThatTurnsTheControlElsewhereMeanwhileLosesNothing) {
     EXPECT_EQ(desk->gridTexts(), (QStringList{u"T=0"_s, u"W=0"_s}));
 
     select(u"梁"_s, u"弯曲"_s);
-    pick(u"M"_s, [&](QDialog& dialog) {
+    pick([&](QDialog& dialog) {
         desk->control().ClickTreeNode(u"FormulaNode1->DBNode2"_s);
         pickFirst(dialog);
     });

@@ -2,8 +2,8 @@
 
 #include "platform/ui/dialogs.h"
 
+#include <QApplication>
 #include <QFileDialog>
-#include <QGuiApplication>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -21,8 +21,10 @@ struct Answer {
 /// Shows a box with the given answers, the first of them the default, and returns the chosen one.
 QMessageBox::StandardButton ask(QWidget* owner, QMessageBox::Icon icon, const QString& text,
                                 std::initializer_list<Answer> answers) {
-    QMessageBox box(owner);
-    box.setWindowTitle(QGuiApplication::applicationDisplayName());
+    // Over the dialog that is open, if one is: else it could lie behind that dialog.
+    QWidget* dialog = QApplication::activeModalWidget();
+    QMessageBox box(dialog != nullptr ? dialog : owner);
+    box.setWindowTitle(QApplication::applicationDisplayName());
     box.setIcon(icon);
     box.setTextFormat(Qt::PlainText);
     box.setText(text);
