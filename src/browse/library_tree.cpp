@@ -1,6 +1,8 @@
 #include "browse/library_tree.h"
 
 #include "library/folders.h"
+#include "library/library_files.h"
+#include "library/library_list.h"
 #include "library/properties.h"
 #include "platform/ui/node_view.h"
 #include "store/keys.h"
@@ -14,6 +16,8 @@ constexpr auto kLibraryWithProperty =
     FolderTree::imagesOf(NodeImage::LibraryWithProperty, NodeImage::LibraryWithProperty);
 constexpr auto kFolderWithProperty =
     FolderTree::imagesOf(NodeImage::FolderWithProperty, NodeImage::FolderWithPropertyOpen);
+constexpr auto kUnreadableLibrary =
+    FolderTree::imagesOf(NodeImage::LibraryUnreadable, NodeImage::LibraryUnreadable);
 constexpr auto kLocated = FolderTree::imagesOf(NodeImage::FolderLocated, NodeImage::FolderLocated);
 
 constexpr FolderTree::Images imagesWithProperty(const NodeId& node) {
@@ -30,40 +34,54 @@ LibraryTree::LibraryTree(ui::NodeView& view, CurrentLibrary& library, Questions&
     connect(&view, &ui::NodeView::nodeExpanded, &view, &ui::NodeView::selectItem);
 }
 
-bool LibraryTree::BuildFormulaTree(const colFormulaDB& libraries) {
+bool LibraryTree::BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable onUnreadable) {
     view_.setEnabled(true);
     clear();
+    bool allRead = true;
     for (const clsFormulaDB& library : libraries) {
-        if (!addLibrary(library)) {
+        const QString failure = addLibrary(library);
+        allRead = allRead && failure.isEmpty();
+        if (!failure.isEmpty() && onUnreadable == OnUnreadable::Stop) {
+            questions_.inform(failure);
             return false;
         }
     }
     model_.squeeze();
-    return true;
+    return allRead;
 }
 
-bool LibraryTree::addLibrary(const clsFormulaDB& library) {
+/// Returns what the user is to be told when the library cannot be read; "" otherwise.
+QString LibraryTree::addLibrary(const clsFormulaDB& library) {
     const int number = libraryNumberOf(library.NodeKey);
     const QPersistentModelIndex root = model_.addLibrary(number, library.FormulaNodeText);
     view_.scrollTo(root);
-    const auto failed = [this](const QString& message) {
-        questions_.inform(message);
-        return false;
+    const auto failed = [&](const QString& message, const QString& reason) {
+        mark(root, library, reason);
+        return message;
     };
     library_.close();
     if (!library_.open(number)) {
-        return failed(QStringLiteral("无法打开用户选择的数据库！"));
+        return failed(QStringLiteral("无法打开用户选择的数据库！"),
+                      reasonOf(library_.openFailure()));
     }
     FolderRows rows;
     if (!readFolders(library_, rows)) {
-        return failed(QStringLiteral("读取数据库失败，无法显示完整的树结构！"));
+        const auto message = QStringLiteral("读取数据库失败，无法显示完整的树结构！");
+        return failed(message, message);
     }
     model_.addFolders(root, std::move(rows));
     view_.expand(root);
     std::vector<qint32> withProperty;
     const bool propertiesRead = readNodesWithProperty(library_, NodeTypeFolder, withProperty);
     markProperties(number, withProperty);
-    return propertiesRead || failed(propertiesNotReadMessage());
+    return propertiesRead ? QString()
+                          : failed(propertiesNotReadMessage(), propertiesNotReadMessage());
+}
+
+void LibraryTree::mark(const QModelIndex& root, const clsFormulaDB& library,
+                       const QString& reason) {
+    model_.setImages(root, kUnreadableLibrary);
+    model_.setNote(root, pathOf(library) + u'\n' + reason);
 }
 
 void LibraryTree::markProperties(int library, const std::vector<qint32>& folders) {

@@ -15,6 +15,9 @@ class NodeView;
 
 namespace varo {
 
+/// What becomes of the libraries behind one that cannot be read.
+enum class OnUnreadable { Stop, GoOn };
+
 /// The library tree: the configured libraries and their folders. It shows which node is selected;
 /// SelectionController decides, but for a node that the user opens, which is then selected.
 class LibraryTree : public QObject {
@@ -28,9 +31,10 @@ class LibraryTree : public QObject {
     FolderTreeModel& model() { return model_; }
 
     /// Fills the tree anew from `libraries`, opening each in turn; the last one is then the current
-    /// library. Returns false, having told the user, at the first library that cannot be read; the
-    /// libraries before it stay.
-    bool BuildFormulaTree(const colFormulaDB& libraries);
+    /// library. The node of a library that cannot be read is marked, with path and reason as its
+    /// tool tip. To stop there tells the user; the libraries before it stay. Returns whether all
+    /// could be read.
+    bool BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable onUnreadable);
 
     /// Removes every node.
     void clear() { model_.clear(); }
@@ -77,7 +81,8 @@ class LibraryTree : public QObject {
     void nodeClicked(const NodeId& node);
 
   private:
-    bool addLibrary(const clsFormulaDB& library);
+    QString addLibrary(const clsFormulaDB& library);
+    void mark(const QModelIndex& root, const clsFormulaDB& library, const QString& reason);
     void removeStale(const NodeId& folder, const NodeId& kept);
     void collectExpanded(const QModelIndex& parent, std::vector<NodeId>& expanded) const;
     std::vector<std::pair<NodeId, FolderTree::Images>> markedBelow(const QModelIndex& parent) const;

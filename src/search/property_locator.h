@@ -22,6 +22,9 @@ class PropertyLocator : public QObject {
     /// shown of it.
     void locate(const QString& property);
 
+    /// Forgets what has been found, because the libraries are about to be others.
+    void forget();
+
     void showNext() { step(1); }
     void showPrevious() { step(-1); }
 

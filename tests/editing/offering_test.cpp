@@ -8,7 +8,7 @@ namespace {
 
 class Offering : public BeamDesk {
   protected:
-    /// Captions of the enabled buttons, but for help and the two that are always there.
+    /// Captions of the enabled buttons, but for those that are always there.
     QString buttons() {
         QStringList enabled;
         for (const QAction* action : desk->child<QToolBar>("tbEdit").actions()) {
@@ -17,6 +17,7 @@ class Offering : public BeamDesk {
             }
         }
         EXPECT_EQ(enabled.takeLast(), u"帮助"_s);
+        EXPECT_EQ(enabled.takeLast(), u"公式库管理"_s);
         EXPECT_EQ(enabled.first(2).join(u' '), u"新建公式夹 新建公式"_s);
         return enabled.sliced(2).join(u' ');
     }
@@ -44,11 +45,14 @@ class Offering : public BeamDesk {
 
 TEST_F(Offering, TreeAndListOfferByKindAndPositionOfTheItem) {
     const Case cases[] = {
-        {u"库1"_s, {}, u"NewFolder"_s, {}},
-        {u"梁"_s, {}, u"NewFolder Del MoveDown Copy Rename"_s, u"复制 删除 下移"_s},
-        {u"柱"_s, {}, u"NewFolder Del MoveUp MoveDown Copy Rename"_s, u"复制 删除 上移 下移"_s},
-        {u"板"_s, {}, u"NewFolder Del MoveUp Copy Rename"_s, u"复制 删除 上移"_s},
-        {u"管"_s, {}, u"NewFolder Del MoveDown Copy Rename"_s, u"复制 删除 下移"_s},
+        {u"库1"_s, {}, u"FormulaDB NewFolder"_s, {}},
+        {u"梁"_s, {}, u"FormulaDB NewFolder Del MoveDown Copy Rename"_s, u"复制 删除 下移"_s},
+        {u"柱"_s,
+         {},
+         u"FormulaDB NewFolder Del MoveUp MoveDown Copy Rename"_s,
+         u"复制 删除 上移 下移"_s},
+        {u"板"_s, {}, u"FormulaDB NewFolder Del MoveUp Copy Rename"_s, u"复制 删除 上移"_s},
+        {u"管"_s, {}, u"FormulaDB NewFolder Del MoveDown Copy Rename"_s, u"复制 删除 下移"_s},
         {u"梁"_s, u"弯曲"_s, u"NewFormula Del MoveDown Copy Rename"_s, u"复制 删除 下移"_s},
         {u"梁"_s, u"剪切"_s, u"NewFormula Del MoveUp MoveDown Copy Rename"_s,
          u"复制 删除 上移 下移"_s},
@@ -68,7 +72,7 @@ TEST_F(Offering, TreeAndListOfferByKindAndPositionOfTheItem) {
 }
 
 TEST_F(Offering, EmptySpaceOfTheTreeAndTheKeyForMenusSpeakOfTheSelectedNode) {
-    const QString ofColumns = u"NewFolder Del MoveUp MoveDown Copy Rename"_s;
+    const QString ofColumns = u"FormulaDB NewFolder Del MoveUp MoveDown Copy Rename"_s;
     select(u"柱"_s, u"稳定"_s);
     desk->clickEmptySpace(desk->tree(), Qt::RightButton);
     EXPECT_EQ(entries(), ofColumns);
@@ -107,16 +111,23 @@ TEST_F(Offering, PasteIsOfferedWhereWhatWasCopiedFits) {
     }
 }
 
-TEST_F(Offering, AnEmptyTreeShowsItsMenuWithEveryEntryDisabled) {
+TEST_F(Offering, AnEmptyTreeOffersTheLibraryManagerWhereThereIsAConfigurationFile) {
     const TestConfiguration none;
     none.write("[Access]\nNodeCount=0\n");
     Desk empty(none.folder());
-    empty.clickEmptySpace(empty.tree(), Qt::RightButton);
-    EXPECT_EQ(empty.menu().actions().size(), 14);
-    for (const QAction* action : empty.menu().actions()) {
-        EXPECT_TRUE(action->isSeparator() || !action->isEnabled());
+    for (const bool isThere : {true, false}) {
+        if (!isThere) {
+            none.removeFile();
+        }
+        empty.clickEmptySpace(empty.tree(), Qt::RightButton);
+        EXPECT_EQ(empty.menu().actions().size(), 14);
+        for (const QAction* action : empty.menu().actions()) {
+            const bool offered = isThere && action->text() == u"公式库管理";
+            EXPECT_TRUE(action->isSeparator() || action->isEnabled() == offered);
+        }
+        EXPECT_EQ(empty.editButton(u"公式库管理"_s).isEnabled(), isThere);
+        empty.menu().close();
     }
-    empty.menu().close();
 }
 
 TEST_F(Offering, MenuAndToolBarShowTheSameActionsWithTheirShortcuts) {
@@ -137,7 +148,7 @@ TEST_F(Offering, MenuAndToolBarShowTheSameActionsWithTheirShortcuts) {
         "Line3 Rename重命名F2"_s;
     desk->openMenu(desk->tree(), u"柱"_s);
     EXPECT_EQ(described(),
-              u"FormulaDB公式库管理 Line5 NewFolder新建公式夹* Del删除Del* Line4 "
+              u"FormulaDB公式库管理* Line5 NewFolder新建公式夹* Del删除Del* Line4 "
               "LocateNode节点定位条件 Line1 "_s +
                   common);
     desk->openMenu(desk->list(), u"稳定"_s);
@@ -151,8 +162,9 @@ TEST_F(Offering, MenuAndToolBarShowTheSameActionsWithTheirShortcuts) {
         EXPECT_TRUE(action->isSeparator() || !action->icon().isNull());
         EXPECT_TRUE(action->isSeparator() || action->toolTip() == action->text());
     }
-    EXPECT_EQ(captions.join(u' ').simplified(),
-              u"新建公式夹 新建公式 复制 粘贴 删除 上移 下移 查找 查找下一个 查找上一个 帮助"_s);
+    EXPECT_EQ(
+        captions.join(u' ').simplified(),
+        u"新建公式夹 新建公式 复制 粘贴 删除 上移 下移 查找 查找下一个 查找上一个 公式库管理 帮助"_s);
     desk->clickEditButton(u"帮助"_s);
     EXPECT_EQ(told(), u"无法找到帮助文件！"_s);
 }
