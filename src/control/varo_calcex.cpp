@@ -136,10 +136,9 @@ void Varo_CalcEx::Parts::connectCommands() {
             [this](const QStringList& dropped) { manageLibraries(dropped); });
     connect(&selection, &SelectionController::stateChanged, &control, [this](SelectionState state) {
         // The first library can be added wherever there is a configuration file to name it.
-        if (state == SelectionState::Nothing) {
-            actions.setEnabled(EditCommand::LibraryManager, management.canManage());
-            form.tvFolder->setAcceptDrops(management.canManage());
-        }
+        const bool canManage = state != SelectionState::Nothing || management.canManage();
+        actions.setEnabled(EditCommand::LibraryManager, canManage);
+        form.tvFolder->setAcceptDrops(canManage);
     });
     actions.connectCommand(EditCommand::FindNext, [this] { locator.showNext(); });
     actions.connectCommand(EditCommand::FindPrevious, [this] { locator.showPrevious(); });

@@ -19,7 +19,6 @@ class Dropping : public ManagerDesk {
 TEST_F(Dropping, LibrariesAreMovedTogetherToWhereTheyAreDropped) {
     desk.reset();
     configuration.addLibrary(third, u"库3"_s);
-    const TestLibrary fourth(u"fourth.mdb"_s);
     configuration.addLibrary(fourth, u"库4"_s);
     start();
     const struct {

@@ -64,13 +64,19 @@ class OpenManager {
     }
     /// Types into the open editor of a text; ends with a key unless that is 0.
     void type(const QString& text, Qt::Key end = Qt::Key_Return) const {
-        auto& editor = child<QLineEdit>(u"labelEditor"_s);
-        editor.selectAll();
-        editor.insert(text);
-        if (end != 0) {
-            QTest::keyClick(&editor, end);
+        // Editors that are closed go when the dialog is back in its own event loop.
+        for (auto* editor : dialog_.findChildren<QLineEdit*>(u"labelEditor"_s)) {
+            if (editor->isVisible()) {
+                editor->selectAll();
+                editor->insert(text);
+                if (end != 0) {
+                    QTest::keyClick(editor, end);
+                }
+                settle();
+                return;
+            }
         }
-        settle();
+        throw std::logic_error("no text is being edited");
     }
     /// Drops what is dragged on a row, or on empty space for -1.
     void drop(const QMimeData& dragged, int row) const {
@@ -97,13 +103,14 @@ class OpenManager {
     LibraryManagerDialog& dialog_;
 };
 
-/// A library that is not configured, in a file called "third.mdb".
-struct ThirdLibrary {
+/// Libraries that are not configured.
+struct OtherLibraries {
     TestLibrary third{u"third.mdb"_s};
+    TestLibrary fourth{u"fourth.mdb"_s};
 };
 
 /// A control on the beam libraries, 库1 and 库2, with its library manager.
-class ManagerDesk : protected ThirdLibrary, public BeamDesk {
+class ManagerDesk : protected OtherLibraries, public BeamDesk {
   protected:
     /// A control that is started then shows the same libraries, under keys that count from 1.
     ~ManagerDesk() override {
