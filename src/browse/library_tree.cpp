@@ -16,6 +16,7 @@ constexpr auto kLibraryWithProperty =
     FolderTree::imagesOf(NodeImage::LibraryWithProperty, NodeImage::LibraryWithProperty);
 constexpr auto kFolderWithProperty =
     FolderTree::imagesOf(NodeImage::FolderWithProperty, NodeImage::FolderWithPropertyOpen);
+constexpr auto kPlainLibrary = FolderTree::imagesOf(NodeImage::Library, NodeImage::Library);
 constexpr auto kUnreadableLibrary =
     FolderTree::imagesOf(NodeImage::LibraryUnreadable, NodeImage::LibraryUnreadable);
 constexpr auto kLocated = FolderTree::imagesOf(NodeImage::FolderLocated, NodeImage::FolderLocated);
@@ -55,27 +56,51 @@ QString LibraryTree::addLibrary(const clsFormulaDB& library) {
     const int number = libraryNumberOf(library.NodeKey);
     const QPersistentModelIndex root = model_.addLibrary(number, library.FormulaNodeText);
     view_.scrollTo(root);
-    const auto failed = [&](const QString& message, const QString& reason) {
-        mark(root, library, reason);
-        return message;
-    };
     library_.close();
-    if (!library_.open(number)) {
-        return failed(QStringLiteral("无法打开用户选择的数据库！"),
-                      reasonOf(library_.openFailure()));
+    const bool opened = library_.open(number);
+    const QString failure =
+        opened ? readInto(root, number) : QStringLiteral("无法打开用户选择的数据库！");
+    if (!failure.isEmpty()) {
+        unread_.insert(number);
+        mark(root, library, opened ? failure : reasonOf(library_.openFailure()));
     }
+    return failure;
+}
+
+/// Shows the folders of the current library below its node.
+QString LibraryTree::readInto(const QModelIndex& root, int number) {
     FolderRows rows;
     if (!readFolders(library_, rows)) {
-        const auto message = QStringLiteral("读取数据库失败，无法显示完整的树结构！");
-        return failed(message, message);
+        return QStringLiteral("读取数据库失败，无法显示完整的树结构！");
     }
     model_.addFolders(root, std::move(rows));
     view_.expand(root);
     std::vector<qint32> withProperty;
     const bool propertiesRead = readNodesWithProperty(library_, NodeTypeFolder, withProperty);
     markProperties(number, withProperty);
-    return propertiesRead ? QString()
-                          : failed(propertiesNotReadMessage(), propertiesNotReadMessage());
+    return propertiesRead ? QString() : propertiesNotReadMessage();
+}
+
+void LibraryTree::readAgain() {
+    const int number = library_.number();
+    const QModelIndex root = model_.find({number, std::nullopt});
+    if (!unread_.contains(number) || !root.isValid()) {
+        return;
+    }
+    const FolderTree::Images before = model_.tree().images(FolderTreeModel::nodeOf(root));
+    model_.removeFolders(root);
+    model_.setImages(root, kPlainLibrary);
+    if (readInto(root, number).isEmpty()) {
+        unread_.remove(number);
+        model_.setNote(root, QString());
+    } else {
+        model_.setImages(root, before);
+    }
+}
+
+void LibraryTree::clear() {
+    model_.clear();
+    unread_.clear();
 }
 
 void LibraryTree::mark(const QModelIndex& root, const clsFormulaDB& library,

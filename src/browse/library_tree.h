@@ -4,6 +4,7 @@
 #include "library/current_library.h"
 
 #include <QObject>
+#include <QSet>
 
 #include <optional>
 #include <utility>
@@ -37,7 +38,10 @@ class LibraryTree : public QObject {
     bool BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable onUnreadable);
 
     /// Removes every node.
-    void clear() { model_.clear(); }
+    void clear();
+
+    /// Shows the folders of the current library when they could not be read before and now can.
+    void readAgain();
 
     bool contains(const NodeId& node) const { return model_.find(node).isValid(); }
     /// Name of a node; "" for an unknown one.
@@ -82,6 +86,7 @@ class LibraryTree : public QObject {
 
   private:
     QString addLibrary(const clsFormulaDB& library);
+    QString readInto(const QModelIndex& root, int number);
     void mark(const QModelIndex& root, const clsFormulaDB& library, const QString& reason);
     void removeStale(const NodeId& folder, const NodeId& kept);
     void collectExpanded(const QModelIndex& parent, std::vector<NodeId>& expanded) const;
@@ -91,6 +96,7 @@ class LibraryTree : public QObject {
     CurrentLibrary& library_;
     Questions& questions_;
     FolderTreeModel model_;
+    QSet<int> unread_;  ///< numbers of the libraries that could not be read
 };
 
 }  // namespace varo

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <system_error>
@@ -108,20 +109,42 @@ bool Configuration::readLibraries(const QString& folder, int count) {
         return false;
     }
     for (int i = 1; i <= count; ++i) {
-        const QString number = QString::number(i);
-        QString text;
-        QString name;
-        QString path;
-        if (!file_.readValue(kSection, kRootNodeText + number, text) ||
-            !file_.readValue(kSection, kRootNodeName + number, name) ||
-            !file_.readValue(kSection, kRootNodePath + number, path)) {
+        if (!addLibrary(folder, i)) {
             return false;
         }
-        QString key;
-        bool added = false;
-        libraries_.Add(name, absoluteFolder(folder, path), text, key, QString(), added);
     }
     return true;
+}
+
+bool Configuration::addLibrary(const QString& folder, int number) {
+    const QString digits = QString::number(number);
+    QString text;
+    QString name;
+    QString path;
+    if (!file_.readValue(kSection, kRootNodeText + digits, text) ||
+        !file_.readValue(kSection, kRootNodeName + digits, name) ||
+        !file_.readValue(kSection, kRootNodePath + digits, path)) {
+        return false;
+    }
+    QString key;
+    bool added = false;
+    libraries_.Add(name, absoluteFolder(folder, path), text, key, QString(), added);
+    return true;
+}
+
+void Configuration::readCompleteLibraries(const QString& folder) {
+    libraries_.Clear();
+    file_.setFolder(folder);
+    const auto isNamed = [this](int number) {
+        QString value;
+        const std::array keys{kRootNodeText, kRootNodeName, kRootNodePath};
+        return std::ranges::any_of(keys, [&](const QString& key) {
+            return file_.readValue(kSection, key + QString::number(number), value);
+        });
+    };
+    for (int i = 1; isNamed(i); ++i) {
+        addLibrary(folder, i);
+    }
 }
 
 /// How the file writes the folders that it names.

@@ -42,6 +42,10 @@ class Configuration {
     /// from `folder`. On failure returns false, with the reason for the user in `errorText`.
     bool ReadConfigFile(const QString& folder, QString& errorText);
 
+    /// Replaces the libraries by those of the file that are complete, where the file as a whole
+    /// cannot be read.
+    void readCompleteLibraries(const QString& folder);
+
     /// Writes the libraries to the file in `folder`; failures as above. Everything else in the
     /// file, or in the backup when there is no file, stays: other sections, comments, the order,
     /// the encoding, and how the folder of a library that was there before is written.
@@ -49,6 +53,7 @@ class Configuration {
 
   private:
     bool readLibraries(const QString& folder, int count);
+    bool addLibrary(const QString& folder, int number);
     QHash<QString, QString> writtenFolders(const QString& folder);
 
     colFormulaDB& libraries_;

@@ -20,11 +20,13 @@ LibraryManagement::LibraryManagement(QWidget& window, colFormulaDB& libraries, T
 
 bool LibraryManagement::read(const QString& folder, QString& errorText) {
     folder_ = folder;
-    return configuration_.ReadConfigFile(folder, errorText);
+    readFailed_ = !configuration_.ReadConfigFile(folder, errorText);
+    return !readFailed_;
 }
 
 void LibraryManagement::forget() {
     folder_.clear();
+    readFailed_ = false;
     libraries_.Clear();
 }
 
@@ -39,7 +41,13 @@ LibraryManagement::Outcome LibraryManagement::manage(const QStringList& files) {
     const auto unload = qScopeGuard([&] { delete dialog; });
     isOpen_ = true;
     dialog->setConfigFolder(folder);
+    if (readFailed_) {
+        configuration_.readCompleteLibraries(folder);
+    }
     dialog->CopyColData(true);
+    if (readFailed_) {
+        libraries_.Clear();
+    }
     dialog->InitForm();
     if (!files.isEmpty()) {
         QMetaObject::invokeMethod(
@@ -77,6 +85,7 @@ LibraryManagement::Outcome LibraryManagement::apply(const QString& folder,
         case LibraryChange::Done:
             break;
     }
+    readFailed_ = false;
     return allRead ? Outcome::AllRead : Outcome::SomeUnread;
 }
 

@@ -22,7 +22,8 @@ class LibraryManagement {
                       Questions* given, Questions& questions);
 
     /// Reads the libraries from the configuration file in `folder`, in the place of those that
-    /// there are. On failure there are none, and `errorText` says why; they can be managed then.
+    /// there are. On failure there are none, and `errorText` says why; they can be managed then,
+    /// beginning with those that the file holds complete.
     bool read(const QString& folder, QString& errorText);
 
     /// There are no libraries, and no folder that they could be added in.
@@ -56,6 +57,7 @@ class LibraryManagement {
     Questions& questions_;
     Configuration configuration_;
     QString folder_;
+    bool readFailed_ = false;
     bool isOpen_ = false;
 };
 

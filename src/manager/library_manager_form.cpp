@@ -86,6 +86,7 @@ void addList(LibraryManagerForm& form, QDialog& dialog) {
     form.lblTitle = named(new QLabel(dialog.windowTitle(), &dialog), "lblTitle");
     form.tbsDB = named(new QTabBar(&dialog), "tbsDB");
     form.tbsDB->setDrawBase(false);
+    form.tbsDB->setExpanding(false);
     form.tbsDB->addTab(ui::ownIcon(QStringLiteral("library")), QStringLiteral("Access"));
     form.tbsDB->setTabData(0, QStringLiteral("AccessDB"));
     form.lvDB = named(new LibraryListView(&dialog), "lvDB");
@@ -93,8 +94,11 @@ void addList(LibraryManagerForm& form, QDialog& dialog) {
     form.lblTitle->setBuddy(form.lvDB);
     auto& column = static_cast<QVBoxLayout&>(*dialog.layout());
     column.addWidget(form.lblTitle);
-    column.addWidget(form.tbsDB);
-    column.addWidget(form.lvDB, 1);
+    auto* tabbed = new QVBoxLayout;
+    tabbed->setSpacing(0);
+    tabbed->addWidget(form.tbsDB);
+    tabbed->addWidget(form.lvDB, 1);
+    column.addLayout(tabbed, 1);
 }
 
 void addButtons(LibraryManagerForm& form, QDialog& dialog) {

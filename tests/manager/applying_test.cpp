@@ -67,6 +67,27 @@ TEST_F(Applying, AnEmptyListThenARestartThenAddingOneWorks) {
     EXPECT_EQ(libraries() + told(), u"新添加的公式库"_s);
 }
 
+TEST_F(Applying, AFileThatWasPutAsideWhenTheProgramWasKilledIsTakenBack) {
+    const QByteArray before = ini();
+    ASSERT_TRUE(QFile::rename(iniPath(), backupPath()));
+    start();
+    EXPECT_EQ(libraries() + told(), u"库1 库2"_s);
+    EXPECT_EQ(ini(), before);
+    EXPECT_FALSE(QFile::exists(backupPath()));
+}
+
+TEST_F(Applying, AConfigurationFileThatLacksAKeyLosesNoOtherLibrary) {
+    configuration.write(ini().replace("RootNodeText1", "Away").replace("NodeCount", "Count"));
+    start();
+    EXPECT_EQ(libraries(), QString());
+    EXPECT_TRUE(told().contains(u"NodeCount"_s));
+    manage([&](const OpenManager& manager) { EXPECT_EQ(manager.texts(), u"库2"_s); });
+    desk->control().SetDesignProp(u"用途"_s);
+    EXPECT_EQ(told(), QString()) << "nothing is configured";
+    manage([&](const OpenManager& manager) { manager.press(u"cmdOK"_s); });
+    EXPECT_EQ(libraries(), u"库2"_s);
+}
+
 TEST_F(Applying, AConfigurationFolderThatTakesNothingKeepsTheOldList) {
     const QByteArray before = ini();
     auto readOnly = std::optional<ReadOnlyFolder>();
@@ -104,12 +125,15 @@ TEST_F(Applying, AConfigurationFolderThatHasGoneLeavesNothingUntilRunCalc) {
 }
 
 TEST_F(Applying, ALibraryThatHasGoneIsMarkedAndTheOthersStand) {
+    third.addFolder(0, u"拱"_s);
+    third.connection().close();
+    const QString away = third.pathOf(u"away"_s);
     manage([&](const OpenManager& manager) {
         desk->questions().file = ChosenFile{third.path(), 0};
         manager.press(u"添加数据库"_s);
         manager.type(u"三"_s);
         manager.press(u"上移"_s);
-        QFile::remove(third.path());
+        ASSERT_TRUE(QFile::rename(third.path(), away));
         manager.press(u"cmdOK"_s);
     });
     EXPECT_EQ(told(), QString());
@@ -120,12 +144,11 @@ TEST_F(Applying, ALibraryThatHasGoneIsMarkedAndTheOthersStand) {
                     .contains(third.path() + u"\n文件不存在"_s));
     desk->clickNode(u"管"_s);
     EXPECT_EQ(desk->listTexts(), QStringList{u"流量"_s});
-    manage([&](const OpenManager& manager) {
-        manager.click(u"三"_s);
-        manager.press(u"清除数据库"_s);
-        manager.press(u"cmdOK"_s);
-    });
-    EXPECT_EQ(libraries(), u"库1 库2"_s);
+    desk->clickNode(u"三"_s);
+    EXPECT_EQ(told(), u"无法打开用户指定的数据库！"_s);
+    ASSERT_TRUE(QFile::rename(away, third.path()));
+    desk->clickNode(u"三"_s);
+    EXPECT_TRUE(desk->treeTexts().contains(u"  拱"_s)) << "read once it can be";
 }
 
 TEST_F(Applying, TheHostMayGoOnWhileTheManagerIsOpen) {
