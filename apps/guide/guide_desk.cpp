@@ -94,13 +94,16 @@ void GuideDesk::pointAt(const QString& entry) {
     settle();
 }
 
-QImage GuideDesk::pictureOfQuestion(const std::function<void()>& ask) {
+QImage GuideDesk::pictureOfQuestion(const std::function<void()>& ask,
+                                    const std::function<void()>& work) {
     QImage taken;
     QTimer whileAsked;
     connect(&whileAsked, &QTimer::timeout, this, [&] {
         QWidget* box = QApplication::activeModalWidget();
         if (box != nullptr && taken.isNull()) {
             whileAsked.stop();
+            work();
+            settle();
             taken = grabWithPopups();
             QTest::keyClick(box, Qt::Key_Escape);
         }

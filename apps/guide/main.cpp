@@ -17,6 +17,7 @@
 #include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
+#include <QTreeView>
 
 #include <algorithm>
 #include <cstdlib>
@@ -265,6 +266,16 @@ QImage picker(GuideDesk& desk) {
     return taken;
 }
 
+QImage manager(GuideDesk& desk) {
+    desk.clickItem(desk.tree(), QStringLiteral("弯曲"));
+    const auto selectSecond = [] {
+        auto& list = *QApplication::activeModalWidget()->findChild<QTreeView*>();
+        list.setCurrentIndex(list.model()->index(1, 0));
+    };
+    return desk.pictureOfQuestion([&] { desk.clickButton(QStringLiteral("公式库管理")); },
+                                  selectSecond);
+}
+
 void makePictures(const QString& configuration, const QDir& folder) {
     struct {
         const char* name;
@@ -273,7 +284,7 @@ void makePictures(const QString& configuration, const QDir& folder) {
         {"overview", overview},    {"toolbar", toolBar},     {"calculation", calculation},
         {"palette", palette},      {"menus", menus},         {"rename", rename},
         {"delete", deletion},      {"picture", pictureMenu}, {"copy", copying},
-        {"sources", valueSources}, {"picker", picker},
+        {"sources", valueSources}, {"picker", picker},       {"manager", manager},
     };
     for (const auto& scene : scenes) {
         GuideDesk desk(configuration);

@@ -22,6 +22,9 @@ class PropertyLocator : public QObject {
     /// shown of it. Does nothing while a search is under way.
     void locate(const QString& property);
 
+    /// Forgets what has been found, because the libraries are about to be others.
+    void forget();
+
     void showNext() { step(1); }
     void showPrevious() { step(-1); }
 

@@ -39,12 +39,15 @@ class LayerFile {
     LayerFile& operator=(const LayerFile&) = delete;
     ~LayerFile() { close(); }
 
-    QByteArray start(int length) {
+    /// The bytes from `offset` on, `length` of them or as many as there are.
+    QByteArray read(qint64 offset, int length) {
         qint64 size = 0;
         check(file()->pMethods->xFileSize(file(), &size));
-        QByteArray bytes(static_cast<qsizetype>(std::min<qint64>(size, length)), '\0');
+        const qint64 left = std::max<qint64>(size - offset, 0);
+        QByteArray bytes(static_cast<qsizetype>(std::min<qint64>(left, length)), '\0');
         if (!bytes.isEmpty()) {
-            check(file()->pMethods->xRead(file(), bytes.data(), static_cast<int>(bytes.size()), 0));
+            check(file()->pMethods->xRead(file(), bytes.data(), static_cast<int>(bytes.size()),
+                                          offset));
         }
         return bytes;
     }
@@ -76,7 +79,18 @@ class LayerFile {
 }  // namespace
 
 QByteArray fileStart(const QString& path, int length) {
-    return LayerFile(path).start(length);
+    return LayerFile(path).read(0, length);
+}
+
+void readBytes(const QString& path, const std::function<void(const QByteArray&)>& take) {
+    constexpr int kPiece = 1 << 20;
+    LayerFile file(path);
+    qint64 offset = 0;
+    for (QByteArray piece = file.read(0, kPiece); !piece.isEmpty();
+         piece = file.read(offset, kPiece)) {
+        take(piece);
+        offset += piece.size();
+    }
 }
 
 }  // namespace varo::data

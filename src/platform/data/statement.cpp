@@ -91,7 +91,8 @@ bool isBlank(const char* text) {
 }  // namespace
 
 void throwLastError(sqlite3* database) {
-    throw Error(QString::fromUtf8(sqlite3_errmsg(database)));
+    throw Error(QString::fromUtf8(sqlite3_errmsg(database)),
+                sqlite3_errcode(database) == SQLITE_BUSY);
 }
 
 StatementHandle prepare(sqlite3* database, const QString& text, const Arguments& arguments) {

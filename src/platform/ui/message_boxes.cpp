@@ -53,18 +53,23 @@ bool MessageBoxes::confirm(const QString& text, Choice choice) {
                 {QMessageBox::Cancel, QStringLiteral("取消")}}) == QMessageBox::Ok;
 }
 
-std::optional<ChosenFile> MessageBoxes::chooseFile(const QString& title,
-                                                   const QStringList& filters) {
-    QFileDialog dialog(owner_, title);
-    // A name that does not exist is accepted: the caller may append an extension first.
+std::optional<ChosenFile> MessageBoxes::chooseFile(const FileQuestion& question) {
+    QFileDialog dialog(owner_, question.title);
+    // A name that does not exist is accepted: the caller may append an extension first, and for
+    // that reason asks itself whether a file may be replaced.
     dialog.setFileMode(QFileDialog::AnyFile);
-    dialog.setNameFilters(filters);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    if (question.purpose == FileQuestion::Purpose::New) {
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+    }
+    dialog.setNameFilters(question.filters);
+    dialog.selectFile(question.initialName);
     const bool chosen = runDialog(dialog);
     const QStringList files = dialog.selectedFiles();
     if (!chosen || files.isEmpty()) {
         return std::nullopt;
     }
-    const auto filter = static_cast<int>(filters.indexOf(dialog.selectedNameFilter()));
+    const auto filter = static_cast<int>(question.filters.indexOf(dialog.selectedNameFilter()));
     return ChosenFile{files.first(), std::max(filter, 0)};
 }
 
