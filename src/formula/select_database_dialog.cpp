@@ -49,6 +49,20 @@ SelectDatabaseDialog::SelectDatabaseDialog(const QString& folder, Questions& que
     setObjectName(QStringLiteral("frmSelDB"));
     setWindowTitle(QStringLiteral("选择数据库文件"));
 
+    buildLayout();
+    // Queued: a message must not open while the click that caused it is being handled.
+    connect(FileDB_, &QListWidget::itemSelectionChanged, this, &SelectDatabaseDialog::openFile,
+            Qt::QueuedConnection);
+    // A file that could not be opened is tried again.
+    connect(FileDB_, &QListWidget::itemDoubleClicked, this, &SelectDatabaseDialog::openFile,
+            Qt::QueuedConnection);
+    connect(lstTableName_, &QListWidget::itemSelectionChanged, this,
+            &SelectDatabaseDialog::showTable);
+    connect(lstTableName_, &QListWidget::itemDoubleClicked, this, &SelectDatabaseDialog::accept);
+    connect(cmdOK_, &QPushButton::clicked, this, &SelectDatabaseDialog::accept);
+}
+
+void SelectDatabaseDialog::buildLayout() {
     auto* files = new QGroupBox(QStringLiteral("选择数据库："), this);
     auto* filesColumn = new QVBoxLayout(files);
     filesColumn->addWidget(DriveDB_);
@@ -82,17 +96,6 @@ SelectDatabaseDialog::SelectDatabaseDialog(const QString& folder, Questions& que
     layout->addLayout(chosen);
     layout->addLayout(bottom);
     resize(520, 440);
-
-    // Queued: a message must not open while the click that caused it is being handled.
-    connect(FileDB_, &QListWidget::itemSelectionChanged, this, &SelectDatabaseDialog::openFile,
-            Qt::QueuedConnection);
-    // A file that could not be opened is tried again.
-    connect(FileDB_, &QListWidget::itemDoubleClicked, this, &SelectDatabaseDialog::openFile,
-            Qt::QueuedConnection);
-    connect(lstTableName_, &QListWidget::itemSelectionChanged, this,
-            &SelectDatabaseDialog::showTable);
-    connect(lstTableName_, &QListWidget::itemDoubleClicked, this, &SelectDatabaseDialog::accept);
-    connect(buttons.cmdOK, &QPushButton::clicked, this, &SelectDatabaseDialog::accept);
 }
 
 void SelectDatabaseDialog::InitForm(const QString& chosen) {

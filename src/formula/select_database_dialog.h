@@ -33,6 +33,7 @@ class SelectDatabaseDialog : public QDialog {
     void done(int result) override;
 
   private:
+    void buildLayout();
     void showFolder();
     void openFile();
     bool listTables(const QString& file);
@@ -56,7 +57,7 @@ class SelectDatabaseDialog : public QDialog {
     QLabel* lblShowDBName_;
     QLabel* lblShowTableName_;
     QLabel* lblMissing_;
-    QPushButton* cmdOK_;
+    QPushButton* cmdOK_ = nullptr;
 };
 
 }  // namespace varo
