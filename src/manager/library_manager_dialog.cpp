@@ -98,6 +98,8 @@ void LibraryManagerDialog::InitForm() {
     if (configFolder_.isEmpty() || !file.isFile()) {
         form_.lvDB->setEmptyText(
             QStringLiteral("没有找到配置文件 %1，不能管理公式库。").arg(file.fileName()));
+        libraries_.Clear();
+        model_.refill();
         return;
     }
     form_.lvDB->setEmptyText(

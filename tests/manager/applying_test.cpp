@@ -84,7 +84,11 @@ TEST_F(Applying, AConfigurationFileThatLacksAKeyLosesNoOtherLibrary) {
     manage([&](const OpenManager& manager) { EXPECT_EQ(manager.texts(), u"库2"_s); });
     desk->control().SetDesignProp(u"用途"_s);
     EXPECT_EQ(told(), QString()) << "nothing is configured";
-    manage([&](const OpenManager& manager) { manager.press(u"cmdOK"_s); });
+    manage([&](const OpenManager& manager) {
+        desk->control().RunCalc();
+        EXPECT_EQ(told(), QString()) << "nothing is read while the manager is open";
+        manager.press(u"cmdOK"_s);
+    });
     EXPECT_EQ(libraries(), u"库2"_s);
 }
 
