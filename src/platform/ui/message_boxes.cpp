@@ -2,6 +2,7 @@
 
 #include "platform/ui/dialogs.h"
 
+#include <QApplication>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QMessageBox>
@@ -21,7 +22,9 @@ struct Answer {
 /// Shows a box with the given answers, the first of them the default, and returns the chosen one.
 QMessageBox::StandardButton ask(QWidget* owner, QMessageBox::Icon icon, const QString& text,
                                 std::initializer_list<Answer> answers) {
-    QMessageBox box(owner);
+    // Over a dialog of the control that is open, which would cover it otherwise.
+    QWidget* dialog = QApplication::activeModalWidget();
+    QMessageBox box(dialog == nullptr ? owner : dialog);
     box.setWindowTitle(QGuiApplication::applicationDisplayName());
     box.setIcon(icon);
     box.setTextFormat(Qt::PlainText);
