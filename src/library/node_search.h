@@ -24,11 +24,11 @@ enum class TextPlace { Start = 0, End = 1, Anywhere = 2 };
 struct FindCriteria {
     bool inFolders = false;
     bool inFormulas = false;
-    QString name;
+    QString name = {};
     TextPlace namePlace = TextPlace::Start;
-    QString memo;  ///< in the description, which formulas alone have
+    QString memo = {};  ///< in the description, which formulas alone have
     TextPlace memoPlace = TextPlace::Start;
-    QString property;  ///< the whole name of a property
+    QString property = {};  ///< the whole name of a property
 
     /// Whether one of the kinds that are searched has a criterion.
     bool canBeSearched() const;

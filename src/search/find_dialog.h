@@ -25,7 +25,7 @@ class FindDialog : public QDialog {
     /// Shows what was found last, reads the names of the properties, and offers the criteria.
     void InitForm();
 
-    /// Milliseconds for which a search keeps the program from going on.
+    /// Milliseconds for which a search keeps the program from going on; 0 shows its progress.
     void setSlice(int milliseconds) { run_.setSlice(milliseconds); }
 
     void reject() override;

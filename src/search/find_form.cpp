@@ -168,6 +168,7 @@ FindForm buildFindForm(QDialog& dialog) {
     form.lblTitle = make<QLabel>("lblTitle", &dialog, dialog.windowTitle());
     form.TabFind = make<QTabBar>("TabFind", &dialog);
     form.TabFind->setDrawBase(false);
+    form.TabFind->setExpanding(false);
     form.TabFind->addTab(ui::themeIcon(QStringLiteral("edit-find")), QStringLiteral("查找"));
     form.TabFind->addTab(ui::themeIcon(QStringLiteral("view-preview")), QStringLiteral("图片"));
     form.PicFind = makePane("PicFind", &dialog);

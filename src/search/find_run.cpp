@@ -1,6 +1,6 @@
 #include "search/find_run.h"
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QTimerEvent>
 
 #include <utility>
@@ -47,13 +47,12 @@ void FindRun::timerEvent(QTimerEvent* event) {
 }
 
 bool FindRun::runSlice() {
-    QElapsedTimer time;
-    time.start();
+    const QDeadlineTimer deadline(slice_);
     std::vector<FindHit> hits;
     bool goesOn = true;
     do {
         goesOn = search_->advance(kHitsAtOnce, hits);
-    } while (goesOn && !time.hasExpired(slice_));
+    } while (goesOn && !deadline.hasExpired());
     results_.append(std::move(hits));
     return goesOn;
 }

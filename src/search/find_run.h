@@ -30,7 +30,7 @@ class FindRun : public QObject {
     /// The search under way, or the last one; null before the first.
     const NodeSearch* search() const { return search_.get(); }
 
-    /// Milliseconds for which the program does not go on meanwhile.
+    /// Milliseconds for which the program does not go on meanwhile, not negative.
     void setSlice(int milliseconds) { slice_ = milliseconds; }
 
   signals:
