@@ -73,6 +73,31 @@ QString FindHit::tag() const {
     return findTag(kind, parentId);
 }
 
+void FindHits::add(NodeType kind, int library, qint32 id, qint32 parentId, QStringView name) {
+    text_ += name;
+    rows_.push_back({kind, library, id, parentId, text_.size()});
+}
+
+void FindHits::append(const FindHits& others) {
+    const qsizetype before = text_.size();
+    text_ += others.text_;
+    for (Row row : others.rows_) {
+        row.textEnd += before;
+        rows_.push_back(row);
+    }
+}
+
+void FindHits::clear() {
+    rows_.clear();
+    text_.clear();
+}
+
+FindHit FindHits::at(std::size_t position) const {
+    const Row& row = rows_[position];
+    const qsizetype begin = position == 0 ? 0 : rows_[position - 1].textEnd;
+    return {row.kind, row.library, row.id, row.parentId, text_.sliced(begin, row.textEnd - begin)};
+}
+
 NodeSearch::NodeSearch(const colFormulaDB& libraries, FindCriteria criteria)
     : criteria_(std::move(criteria)),
       canMatch_(canBeStored(criteria_.name) && canBeStored(criteria_.memo) &&
@@ -92,7 +117,7 @@ NodeSearch::NodeSearch(const colFormulaDB& libraries, FindCriteria criteria)
     }
 }
 
-bool NodeSearch::advance(int most, std::vector<FindHit>& hits) {
+bool NodeSearch::advance(int most, FindHits& hits) {
     if (failure_ != Failure::None || at_ == libraries_.size()) {
         return false;
     }
@@ -102,12 +127,15 @@ bool NodeSearch::advance(int most, std::vector<FindHit>& hits) {
     const bool read = attempt([&] {
         for (; rows_.isOpen() && !rows_.atEnd() && most > 0; rows_.moveNext()) {
             const qint32 id = rows_.integer(0);
-            if (!listed_.contains(id)) {
+            // Without properties each node is one row.
+            if (!criteria_.property.isEmpty()) {
+                if (listed_.contains(id)) {
+                    continue;
+                }
                 listed_.insert(id);
-                hits.push_back(
-                    {kinds_[kind_], libraries_[at_].number, id, rows_.integer(2), rows_.text(1)});
-                --most;
             }
+            hits.add(kinds_[kind_], libraries_[at_].number, id, rows_.integer(2), rows_.text(1));
+            --most;
         }
     });
     if (!read) {

@@ -56,6 +56,30 @@ struct FindHit {
     NodeId parent() const { return nodeOf(library, parentId); }
 };
 
+/// Many hits, in few bytes over their names.
+class FindHits {
+  public:
+    void add(NodeType kind, int library, qint32 id, qint32 parentId, QStringView name);
+    void append(const FindHits& others);
+    void clear();
+
+    std::size_t size() const { return rows_.size(); }
+    /// The hit at a position below size().
+    FindHit at(std::size_t position) const;
+
+  private:
+    struct Row {
+        NodeType kind;
+        int library;
+        qint32 id;
+        qint32 parentId;
+        qsizetype textEnd;
+    };
+
+    std::vector<Row> rows_;
+    QString text_;
+};
+
 /// Searches all libraries, one after the other, folders before formulas. It reads them on a
 /// connection of its own and changes nothing.
 class NodeSearch {
@@ -68,7 +92,7 @@ class NodeSearch {
     /// Goes on with the search: appends at most `most` hits of one library to `hits`, each node
     /// once for a library and kind. Returns false when the search has ended, at its end or with
     /// failure().
-    bool advance(int most, std::vector<FindHit>& hits);
+    bool advance(int most, FindHits& hits);
 
     Failure failure() const { return failure_; }
 

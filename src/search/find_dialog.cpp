@@ -218,10 +218,8 @@ void FindDialog::showEnd() {
 void FindDialog::locateSelected() {
     const QModelIndex selected = form_.lvFindResult->currentIndex();
     if (selected.isValid()) {
-        // A copy: the message that the hit is gone lets the host go on.
-        const FindHit hit = results_.hit(selected.row());
         results_.setLocated(selected.row());
-        locator_.locate(hit);
+        locator_.locate(results_.hit(selected.row()));
     }
 }
 

@@ -3,9 +3,6 @@
 #include "browse/node_images.h"
 #include "platform/ui/tool_tip.h"
 
-#include <iterator>
-#include <utility>
-
 namespace varo {
 
 FindResults::FindResults(LibraryTree& tree) : tree_(tree) {
@@ -15,13 +12,12 @@ FindResults::FindResults(LibraryTree& tree) : tree_(tree) {
     });
 }
 
-void FindResults::append(std::vector<FindHit> hits) {
-    if (hits.empty()) {
+void FindResults::append(const FindHits& hits) {
+    if (hits.size() == 0) {
         return;
     }
     beginInsertRows({}, count(), count() + static_cast<int>(hits.size()) - 1);
-    hits_.insert(hits_.end(), std::make_move_iterator(hits.begin()),
-                 std::make_move_iterator(hits.end()));
+    hits_.append(hits);
     endInsertRows();
     emit changed();
 }
@@ -63,7 +59,7 @@ QVariant FindResults::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) {
         return {};
     }
-    const FindHit& found = hit(index.row());
+    const FindHit found = hit(index.row());
     switch (role) {
         case Qt::DisplayRole:
             return found.name;

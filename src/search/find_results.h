@@ -5,8 +5,6 @@
 
 #include <QAbstractTableModel>
 
-#include <vector>
-
 namespace varo {
 
 /// What the last search has found, as a list of one column; and which of it was located last. It
@@ -24,11 +22,11 @@ class FindResults : public QAbstractTableModel {
     /// `tree` names libraries and folders; it must outlive this.
     explicit FindResults(LibraryTree& tree);
 
-    bool isEmpty() const { return hits_.empty(); }
+    bool isEmpty() const { return count() == 0; }
     int count() const { return static_cast<int>(hits_.size()); }
-    const FindHit& hit(int position) const { return hits_[static_cast<std::size_t>(position)]; }
+    FindHit hit(int position) const { return hits_.at(static_cast<std::size_t>(position)); }
 
-    void append(std::vector<FindHit> hits);
+    void append(const FindHits& hits);
     void clear();
 
     /// Position, from 0, of the hit that was located last; -1 when none was.
@@ -53,7 +51,7 @@ class FindResults : public QAbstractTableModel {
 
   private:
     LibraryTree& tree_;
-    std::vector<FindHit> hits_;
+    FindHits hits_;
     int located_ = -1;
 };
 

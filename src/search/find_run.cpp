@@ -10,7 +10,7 @@ namespace varo {
 namespace {
 
 /// Hits that are read before the time is looked at.
-constexpr int kHitsAtOnce = 500;
+constexpr int kHitsAtOnce = 1000;
 
 }  // namespace
 
@@ -48,12 +48,13 @@ void FindRun::timerEvent(QTimerEvent* event) {
 
 bool FindRun::runSlice() {
     const QDeadlineTimer deadline(slice_);
-    std::vector<FindHit> hits;
+    FindHits hits;
     bool goesOn = true;
     do {
         goesOn = search_->advance(kHitsAtOnce, hits);
+        results_.append(hits);
+        hits.clear();
     } while (goesOn && !deadline.hasExpired());
-    results_.append(std::move(hits));
     return goesOn;
 }
 

@@ -29,10 +29,8 @@ void FindSteps::offer() {
 
 void FindSteps::step(int by) {
     const int position = results_.located() + by;
-    // A copy: the message that the hit is gone lets the host go on.
-    const FindHit hit = results_.hit(position);
     results_.setLocated(position);
-    locator_.locate(hit);
+    locator_.locate(results_.hit(position));
 }
 
 }  // namespace varo

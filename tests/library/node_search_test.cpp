@@ -20,8 +20,8 @@ class Find : public testing::Test, protected NoWaiting, protected OpenLibraries 
         }
         failure = search.failure();
         QStringList names;
-        for (const FindHit& hit : hits) {
-            names.append(hit.name);
+        for (std::size_t i = 0; i < hits.size(); ++i) {
+            names.append(hits.at(i).name);
         }
         return names.join(u' ');
     }
@@ -32,7 +32,7 @@ class Find : public testing::Test, protected NoWaiting, protected OpenLibraries 
         return {.inFormulas = true, .memo = memo, .memoPlace = place};
     }
 
-    std::vector<FindHit> hits;
+    FindHits hits;
     NodeSearch::Failure failure = NodeSearch::Failure::None;
 };
 
@@ -109,8 +109,8 @@ TEST_F(Find, ListsANodeOnceForALibraryAndKind) {
         EXPECT_EQ(found(wanted, most), u"梁 柱 剪切 管"_s);
     }
     QStringList keys;
-    for (const FindHit& hit : hits) {
-        keys.append(hit.key() + u' ' + hit.tag());
+    for (std::size_t i = 0; i < hits.size(); ++i) {
+        keys.append(hits.at(i).key() + u' ' + hits.at(i).tag());
     }
     EXPECT_EQ(keys,
               (QStringList{u"FindItem1->DBNode1->1 1->0"_s, u"FindItem2->DBNode1->1 1->0"_s,

@@ -65,6 +65,10 @@ class PictureGrid::Delegate : public QStyledItemDelegate {
                              whole(box.top() + (box.height() - size.height()) / 2));
         painter.save();
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        if (image.hasAlphaChannel()) {
+            // Drawings without a background are made for white paper.
+            painter.fillRect(QRectF(corner, size), Qt::white);
+        }
         painter.drawImage(QRectF(corner, size), image);
         painter.restore();
     }
