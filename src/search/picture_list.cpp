@@ -10,8 +10,10 @@ namespace varo {
 
 namespace {
 
-/// Entries that are read at a time.
-constexpr int kEntries = 200;
+/// Entries that are read at a time, and the milliseconds in between, in which the first pictures
+/// can be read.
+constexpr int kEntries = 250;
+constexpr int kPause = 15;
 
 }  // namespace
 
@@ -20,7 +22,7 @@ PictureList::PictureList(const colFormulaDB& libraries,
     : QAbstractListModel(parent), catalog_(libraries), pathOf_(std::move(pathOf)) {}
 
 void PictureList::load() {
-    timer_.start(0, this);
+    timer_.start(kPause, this);
     readEntries();
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 class Offering : public BeamDesk {
   protected:
-    /// Captions of the enabled buttons, but for help and the two that are always there.
+    /// Captions of the enabled buttons, but for help, find and the two that are always there.
     QString buttons() {
         QStringList enabled;
         for (const QAction* action : desk->child<QToolBar>("tbEdit").actions()) {
@@ -17,6 +17,7 @@ class Offering : public BeamDesk {
             }
         }
         EXPECT_EQ(enabled.takeLast(), u"帮助"_s);
+        EXPECT_EQ(enabled.takeLast(), u"查找"_s);
         EXPECT_EQ(enabled.first(2).join(u' '), u"新建公式夹 新建公式"_s);
         return enabled.sliced(2).join(u' ');
     }

@@ -25,9 +25,12 @@ class FindPictures : public FindDesk {
     }
     ui::PictureGrid& pictures() { return part<ui::PictureGrid>("ImageGridFind"); }
     QModelIndex picture(int row) { return pictures().model()->index(row, 0); }
+    /// Shows a tab until all pictures have been listed.
     void showTab(int tab) {
         auto& tabs = part<QTabBar>("TabFind");
         QTest::mouseClick(&tabs, Qt::LeftButton, {}, tabs.tabRect(tab).center());
+        auto* list = qobject_cast<PictureList*>(pictures().model());
+        EXPECT_TRUE(QTest::qWaitFor([&] { return list == nullptr || !list->isLoading(); }));
         settle();
     }
     QString listed() {
