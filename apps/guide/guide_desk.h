@@ -24,10 +24,13 @@ class GuideDesk : public QWidget, public ControlDriver {
     /// Moves the pointer to an entry of the menu that is open.
     void pointAt(const QString& entry);
 
-    /// Runs `ask`, which must open a modal box, and takes a picture of the window with the box, in
-    /// which `work` has been done, and which is then given up.
-    QImage pictureOfQuestion(
-        const std::function<void()>& ask, const std::function<void()>& work = [] {});
+    /// Runs `ask`, which must open a modal box, and takes a picture of the window with the box,
+    /// which is then given up.
+    QImage pictureOfQuestion(const std::function<void()>& ask);
+
+    /// The same for a dialog, which is first worked with.
+    QImage pictureOfDialog(const std::function<void()>& open,
+                           const std::function<void(QWidget& dialog)>& use);
 
     /// The window as it is.
     QImage picture() { return grabWithPopups(); }

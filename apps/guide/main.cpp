@@ -2,12 +2,15 @@
 #include "guide_desk.h"
 #include "host/chinese_application.h"
 #include "platform/ui/edit_grid.h"
+#include "platform/ui/picture_grid.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QHash>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPainter>
@@ -268,12 +271,56 @@ QImage picker(GuideDesk& desk) {
 
 QImage manager(GuideDesk& desk) {
     desk.clickItem(desk.tree(), QStringLiteral("弯曲"));
-    const auto selectSecond = [] {
-        auto& list = *QApplication::activeModalWidget()->findChild<QTreeView*>();
+    const auto selectSecond = [](const QWidget& dialog) {
+        auto& list = *dialog.findChild<QTreeView*>();
         list.setCurrentIndex(list.model()->index(1, 0));
     };
-    return desk.pictureOfQuestion([&] { desk.clickButton(QStringLiteral("公式库管理")); },
-                                  selectSecond);
+    return desk.pictureOfDialog([&] { desk.clickButton(QStringLiteral("公式库管理")); },
+                                selectSecond);
+}
+
+/// Works with the find dialog and takes its picture.
+QImage findDialog(GuideDesk& desk, const std::function<void(QWidget&)>& use) {
+    QRect dialog;
+    desk.clickItem(desk.tree(), QStringLiteral("弯曲"));
+    const QImage image = desk.pictureOfDialog([&] { desk.clickButton(QStringLiteral("查找")); },
+                                              [&](QWidget& shown) {
+                                                  shown.resize(560, 420);
+                                                  shown.move(desk.mapToGlobal(QPoint(0, 0)));
+                                                  use(shown);
+                                                  settle();
+                                                  dialog = QRect(QPoint(0, 0), shown.size());
+                                              });
+    return image.copy(dialog);
+}
+
+QImage finding(GuideDesk& desk) {
+    return findDialog(desk, [](QWidget& dialog) {
+        for (const char* name : {"ChkFolder", "ChkFormula", "ChkName", "OptFindName2"}) {
+            dialog.findChild<QAbstractButton*>(QString::fromLatin1(name))->click();
+        }
+        auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("txtName"));
+        name->setText(QStringLiteral("弯"));
+        QTest::keyClick(name, Qt::Key_Return);
+        auto* results = dialog.findChild<QTreeView*>(QStringLiteral("lvFindResult"));
+        results->setCurrentIndex(results->model()->index(1, 0));
+    });
+}
+
+QImage findingByPicture(GuideDesk& desk) {
+    return findDialog(desk, [](QWidget& dialog) {
+        dialog.findChild<QTabBar*>(QStringLiteral("TabFind"))->setCurrentIndex(1);
+        auto* grid = dialog.findChild<ui::PictureGrid*>(QStringLiteral("ImageGridFind"));
+        grid->setFocus();
+        grid->setCurrentIndex(grid->model()->index(1, 0));
+        constexpr int kSeen = 6;
+        if (!QTest::qWaitFor([&] {
+                return grid->stateOf(kSeen - 1) == ui::PictureGrid::State::Shown &&
+                       grid->stateOf(0) == ui::PictureGrid::State::Shown;
+            })) {
+            throw DriverError(QStringLiteral("the pictures do not appear"));
+        }
+    });
 }
 
 void makePictures(const QString& configuration, const QDir& folder) {
@@ -281,10 +328,20 @@ void makePictures(const QString& configuration, const QDir& folder) {
         const char* name;
         QImage (*make)(GuideDesk&);
     } const scenes[] = {
-        {"overview", overview},    {"toolbar", toolBar},     {"calculation", calculation},
-        {"palette", palette},      {"menus", menus},         {"rename", rename},
-        {"delete", deletion},      {"picture", pictureMenu}, {"copy", copying},
-        {"sources", valueSources}, {"picker", picker},       {"manager", manager},
+        {"overview", overview},
+        {"toolbar", toolBar},
+        {"calculation", calculation},
+        {"palette", palette},
+        {"menus", menus},
+        {"rename", rename},
+        {"delete", deletion},
+        {"picture", pictureMenu},
+        {"copy", copying},
+        {"sources", valueSources},
+        {"picker", picker},
+        {"manager", manager},
+        {"find", finding},
+        {"images", findingByPicture},
     };
     for (const auto& scene : scenes) {
         GuideDesk desk(configuration);

@@ -14,6 +14,8 @@
 #include "platform/ui/registered_message.h"
 #include "platform/ui/result_box.h"
 #include "platform/ui/wait_cursor.h"
+#include "search/find_dialog.h"
+#include "search/find_steps.h"
 #include "search/property_locator.h"
 #include "store/keys.h"
 #include "store/library_connection.h"
@@ -97,6 +99,9 @@ struct Varo_CalcEx::Parts : PropertySource {
     PictureCommands pictures;
     PictureArea pictureArea;
     PropertyLocator locator;
+    FindLocator findLocator;
+    FindResults findResults;
+    FindSteps findSteps;
     TreeRebuild rebuild;
     LibraryManagement management;
 };
@@ -124,6 +129,10 @@ Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
       pictures(selection, list, pane.description(), pictureStore, questions),
       pictureArea(form.panel.description, pane.description(), selection, pictures),
       locator(selection, tree, library, propertySearch, questions),
+      findLocator(selection, tree, list, questions),
+      findResults(tree),
+      findSteps(*form.PicControl, findResults, findLocator, actions.action(EditCommand::FindNext),
+                actions.action(EditCommand::FindPrevious)),
       rebuild(selection, tree, list, library, locator),
       management(owner, libraries, rebuild, given, questions) {
     connectCommands();
@@ -131,6 +140,11 @@ Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
 
 void Varo_CalcEx::Parts::connectCommands() {
     actions.connectCommand(EditCommand::Help, [this] { ShowHelp(); });
+    actions.connectCommand(EditCommand::Find, [this] {
+        if (selection.storeEdits()) {
+            openFindDialog(libraries, findResults, findLocator, questions, &control);
+        }
+    });
     actions.connectCommand(EditCommand::LibraryManager, [this] { manageLibraries(); });
     connect(&tree.view(), &ui::NodeView::filesDropped, &control,
             [this](const QStringList& dropped) { manageLibraries(dropped); });
