@@ -6,9 +6,15 @@
 // edit PATH: adds formulas with values until it is killed; a line is the name of one that is in.
 //
 // spill PATH: writes half of a transaction into the library and waits to be killed.
+//
+// session PATH FOLDER COUNT: saves COUNT filters for formula 1, one over the other, with the backup
+// in FOLDER, and waits to be killed; a line is the number of filters that have been saved.
 
+#include "library/condition_text.h"
+#include "library/property_session.h"
 #include "store/attempt.h"
 #include "store/db_funcs.h"
+#include "store/library_connection.h"
 #include "support/recording_questions.h"
 
 #include <cstdio>
@@ -90,6 +96,30 @@ int edit(const char* path) {
     }
 }
 
+int session(const char* path, const char* ownFolder, int count) {
+    test::RecordingQuestions questions;
+    clsDBFuncs funcs(questions);
+    PropertySession session(QString::fromLocal8Bit(ownFolder), funcs);
+    QString folder;
+    QString name;
+    SplitFilePath(QString::fromLocal8Bit(path), folder, name);
+    if (!session.SetConnection(folder, name, {}).isEmpty() ||
+        !session.InitForm(1, NodeTypeFormula).isEmpty()) {
+        return 1;
+    }
+    const qint32 property = session.add().value_or(0);
+    for (int number = 1; number <= count; ++number) {
+        const QString text = u"a = %1 and b = %1"_s.arg(number);
+        if (!session.saveFilter(property, parseCondition(text).tree)) {
+            return 1;
+        }
+        say(QByteArray::number(number));
+    }
+    for (;;) {
+        pause();
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -99,6 +129,9 @@ int main(int argc, char** argv) {
             if (command == each.command) {
                 return hold(argv[2], each.statements, each.said);
             }
+        }
+        if (command == "session" && argc > 4) {
+            return session(argv[2], argv[3], std::atoi(argv[4]));
         }
         if (command == "edit") {
             return edit(argv[2]);

@@ -28,7 +28,8 @@ QByteArray readWhole(Connection& connection, const std::function<void(const QByt
     // What a write-ahead log holds goes into the file; without one this does nothing.
     connection.query(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
     const ReadSnapshot snapshot(connection);
-    if (QFileInfo(connection.path() + QStringLiteral("-wal")).size() > 0) {
+    const QString log = QFileInfo(connection.path()).canonicalFilePath() + QStringLiteral("-wal");
+    if (QFileInfo(log).size() > 0) {
         throw Error(QStringLiteral("%1: another program uses the file").arg(connection.path()));
     }
     QCryptographicHash hash(QCryptographicHash::Sha256);
