@@ -82,6 +82,7 @@ TEST_F(Locate, WhatIsGoneSinceIsToldAndSteppedPastButNotAClosedLibrary) {
     EXPECT_EQ(told(), u"用户需要定位的公式不存在！"_s);
     press(previous);
     EXPECT_EQ(shown(), u"梁/剪切"_s);
+    desk->control().RunCalc();
 }
 
 TEST_F(Locate, TheHostsValuesDecide) {

@@ -25,7 +25,7 @@ folder = [1] → 1:11: else than tables
 [[folder]]⏎name = "a\u0000b" → 2:8: U+0000
 [[property]]⏎id = 1⏎name = 'a'⏎node_type = 1 → 1:1: needs "node"
 [[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = 'a >= "x"' → 6:14: the condition: this comparison needs a number
-[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = '跨度 = 1 and 材料 = 木' → 6:31: the condition: expected a number
+[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = '跨度 = 1 and 材料 = 木' → 6:30: the condition: expected a number
 [[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = "a = \"x\"" → 6:13: the condition: this comparison
 [[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = """⏎a =""" → 6:13: the condition: expected
 [[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = 'a = 1'⏎condition_id = 0 → 7:16: numbers from 1
