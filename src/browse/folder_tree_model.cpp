@@ -58,7 +58,9 @@ void FolderTreeModel::removeFolders(const QModelIndex& parent) {
 
 void FolderTreeModel::setImages(const QModelIndex& index, FolderTree::Images images) {
     tree_.setImages(nodeOf(index), images);
-    emit dataChanged(index, index, {Qt::DecorationRole, ui::NodeView::SelectedIconRole});
+    emit dataChanged(
+        index, index,
+        {Qt::DecorationRole, ui::NodeView::SelectedIconRole, Qt::AccessibleDescriptionRole});
 }
 
 void FolderTreeModel::setNote(const QModelIndex& library, const QString& text) {
@@ -121,6 +123,9 @@ QVariant FolderTreeModel::nameData(FolderTree::Node node, int role) const {
             return nodeIcon(static_cast<NodeImage>(tree_.images(node).image));
         case ui::NodeView::SelectedIconRole:
             return nodeIcon(static_cast<NodeImage>(tree_.images(node).selectedImage));
+        case Qt::AccessibleDescriptionRole:
+            return locatedDescription(static_cast<NodeImage>(tree_.images(node).image) ==
+                                      NodeImage::FolderLocated);
         case ui::NodeView::KeyRole:
             return keyOf(tree_.id(node));
         default:

@@ -50,4 +50,8 @@ QIcon formulaIcon(FormulaImage image) {
     return ui::ownIcon(nameOf(image));
 }
 
+QString locatedDescription(bool isLocated) {
+    return isLocated ? QStringLiteral("定位到的项") : QString();
+}
+
 }  // namespace varo

@@ -21,4 +21,8 @@ enum class FormulaImage { Formula = 2, FormulaWithProperty = 12, FormulaLocated 
 QIcon nodeIcon(NodeImage image);
 QIcon formulaIcon(FormulaImage image);
 
+/// What those who do not see the picture are told of an item that is drawn as located; nothing of
+/// any other.
+QString locatedDescription(bool isLocated);
+
 }  // namespace varo

@@ -2,7 +2,7 @@
 
 #include "library/library_files.h"
 #include "library/picture_files.h"
-#include "platform/data/create_database.h"
+#include "platform/data/copy_database.h"
 #include "platform/shared_folder/shared_folder.h"
 #include "store/attempt.h"
 #include "store/template.h"

@@ -1,38 +1,19 @@
 #include "platform/data/create_database.h"
 
-#include "platform/data/connection.h"
-#include "platform/data/file_start.h"
+#include "platform/data/error.h"
 #include "platform/data/sqlite_driver.h"
+#include "platform/data/unfinished_file.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QRandomGenerator>
 
 #include <filesystem>
 #include <memory>
 #include <sqlite3.h>
-#include <unistd.h>
 
 namespace varo::data {
 
 namespace {
-
-// A file that is removed unless it has been renamed.
-class UnfinishedFile {
-  public:
-    explicit UnfinishedFile(const QString& finalPath)
-        : path_(QStringLiteral("%1.%2.tmp")
-                    .arg(finalPath)
-                    .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0'))) {}
-    UnfinishedFile(const UnfinishedFile&) = delete;
-    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-    ~UnfinishedFile() { QFile::remove(path_); }
-
-    const QString& path() const { return path_; }
-
-  private:
-    QString path_;
-};
 
 using Handle = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
 
@@ -93,19 +74,6 @@ void removeJournals(const QString& path) {
     }
 }
 
-void writeCopy(const QString& source, const QString& path) {
-    QFile file(path);
-    const auto require = [&](bool done) {
-        if (!done) {
-            throw Error(QStringLiteral("%1: %2").arg(path, file.errorString()));
-        }
-    };
-    require(file.open(QIODevice::WriteOnly));
-    readBytes(source, [&](const QByteArray& bytes) { require(file.write(bytes) == bytes.size()); });
-    // On the disk before it is given its name.
-    require(file.flush() && fsync(file.handle()) == 0);
-}
-
 }  // namespace
 
 void createDatabase(const QString& path, const QString& script) {
@@ -115,18 +83,6 @@ void createDatabase(const QString& path, const QString& script) {
     writeDatabase(file.path(), script);
     requireNothingAt(absolutePath);
     replaceDatabase(file.path(), absolutePath);
-}
-
-void copyDatabase(const QString& source, const QString& target) {
-    Connection connection;
-    connection.open(source);
-    const ReadSnapshot unchanged(connection);
-    if (QFileInfo(source + QStringLiteral("-wal")).size() > 0) {
-        throw Error(QStringLiteral("%1: a part of it is in its write-ahead log").arg(source));
-    }
-    const UnfinishedFile copy(QFileInfo(target).absoluteFilePath());
-    writeCopy(source, copy.path());
-    replaceDatabase(copy.path(), target);
 }
 
 void replaceDatabase(const QString& unfinished, const QString& path) {

@@ -10,13 +10,6 @@ namespace varo::data {
 /// already.
 void createDatabase(const QString& path, const QString& script);
 
-/// Copies the database file `source` byte for byte to `target`, as one state of it: it is read
-/// under a lock that keeps other programs from writing. The copy appears whole or not at all, and
-/// takes the place of what is at `target` as replaceDatabase() says. Throws Error when the source
-/// cannot be opened, is locked or has a write-ahead log with something in it, or the copy cannot be
-/// written.
-void copyDatabase(const QString& source, const QString& target);
-
 /// Gives the closed database file `unfinished` its final place at `path`, in the same file system.
 /// An SQLite database that is there is first recovered, taken out of write-ahead logging and
 /// locked, so that what its journal holds cannot get into the new one; the file at `path` is then

@@ -19,13 +19,18 @@ struct NameDeleter {
 };
 using Name = std::unique_ptr<const char, NameDeleter>;
 
+/// The absolute path with links resolved, which the file layer does not follow.
+QString finalPath(const QString& path) {
+    const QFileInfo file(path);
+    return file.exists() ? file.canonicalFilePath() : file.absoluteFilePath();
+}
+
 /// An open file of SQLite's file layer.
 class LayerFile {
   public:
     explicit LayerFile(const QString& path)
         : path_(path),
-          name_(sqlite3_create_filename(QFileInfo(path).absoluteFilePath().toUtf8().constData(), "",
-                                        "", 0, nullptr)) {
+          name_(sqlite3_create_filename(finalPath(path).toUtf8().constData(), "", "", 0, nullptr)) {
         sqlite3_vfs* layer = sqlite3_vfs_find(nullptr);
         bytes_.resize(static_cast<std::size_t>(layer->szOsFile) / sizeof(std::max_align_t) + 1);
         const int result = layer->xOpen(layer, name_.get(), file(),

@@ -74,7 +74,7 @@ TEST(Copy, NobodyWritesToTheSourceWhileItsBytesAreRead) {
     sqlite3_close(other);
 }
 
-TEST(Copy, FailsWholeOnAFullDiskAndForAFileWithAWriteAheadLog) {
+TEST(Copy, FailsWholeOnAFullDiskAndHasWhatAWriteAheadLogHolds) {
     ItemDatabase items;
     items.add(QString(100'000, u'a'));
     const QString copy = items.directory.filePath(u"copy.db"_s);
@@ -82,10 +82,11 @@ TEST(Copy, FailsWholeOnAFullDiskAndForAFileWithAWriteAheadLog) {
         const test::FileLimit full(50'000);
         EXPECT_THROW(copyDatabase(items.path(), copy), Error);
     }
+    EXPECT_TRUE(QDir(items.directory.path()).entryList({u"copy*"_s}, QDir::Files).isEmpty());
     items.connection.query(u"PRAGMA journal_mode = WAL"_s);
     items.add(u"in the log"_s);
-    EXPECT_THROW(copyDatabase(items.path(), copy), Error);
-    EXPECT_TRUE(QDir(items.directory.path()).entryList({u"copy*"_s}, QDir::Files).isEmpty());
+    copyDatabase(items.path(), copy);
+    EXPECT_TRUE(test::fileContent(copy).contains("in the log"));
 }
 
 }  // namespace
