@@ -39,12 +39,18 @@ class LayerFile {
     LayerFile& operator=(const LayerFile&) = delete;
     ~LayerFile() { close(); }
 
-    QByteArray start(int length) {
+    qint64 size() {
         qint64 size = 0;
         check(file()->pMethods->xFileSize(file(), &size));
-        QByteArray bytes(static_cast<qsizetype>(std::min<qint64>(size, length)), '\0');
+        return size;
+    }
+
+    /// At most `length` bytes from `offset` on, fewer at the end of the file.
+    QByteArray read(qint64 offset, qint64 length) {
+        QByteArray bytes(static_cast<qsizetype>(std::min(size() - offset, length)), '\0');
         if (!bytes.isEmpty()) {
-            check(file()->pMethods->xRead(file(), bytes.data(), static_cast<int>(bytes.size()), 0));
+            check(file()->pMethods->xRead(file(), bytes.data(), static_cast<int>(bytes.size()),
+                                          offset));
         }
         return bytes;
     }
@@ -76,7 +82,15 @@ class LayerFile {
 }  // namespace
 
 QByteArray fileStart(const QString& path, int length) {
-    return LayerFile(path).start(length);
+    return LayerFile(path).read(0, length);
+}
+
+void readFile(const QString& path, const std::function<void(const QByteArray&)>& take) {
+    constexpr qint64 kPiece = 1 << 20;
+    LayerFile file(path);
+    for (qint64 offset = 0; offset < file.size(); offset += kPiece) {
+        take(file.read(offset, kPiece));
+    }
 }
 
 }  // namespace varo::data
