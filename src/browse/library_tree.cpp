@@ -14,6 +14,7 @@ constexpr auto kLibraryWithProperty =
     FolderTree::imagesOf(NodeImage::LibraryWithProperty, NodeImage::LibraryWithProperty);
 constexpr auto kFolderWithProperty =
     FolderTree::imagesOf(NodeImage::FolderWithProperty, NodeImage::FolderWithPropertyOpen);
+constexpr auto kPlainLibrary = FolderTree::imagesOf(NodeImage::Library, NodeImage::Library);
 constexpr auto kLocated = FolderTree::imagesOf(NodeImage::FolderLocated, NodeImage::FolderLocated);
 
 constexpr FolderTree::Images imagesWithProperty(const NodeId& node) {
@@ -181,6 +182,13 @@ std::vector<std::pair<NodeId, FolderTree::Images>> LibraryTree::markedBelow(
         }
     }
     return marked;
+}
+
+void LibraryTree::showProperties(const NodeId& node, bool carries) {
+    if (const QModelIndex index = model_.find(node); index.isValid()) {
+        const auto plain = node.isFolder() ? kPlainFolder : kPlainLibrary;
+        model_.setImages(index, carries ? imagesWithProperty(node) : plain);
+    }
 }
 
 void LibraryTree::setLocated(const NodeId& node, bool located) {

@@ -14,6 +14,7 @@
 #include "platform/ui/registered_message.h"
 #include "platform/ui/result_box.h"
 #include "platform/ui/wait_cursor.h"
+#include "search/locate_conditions.h"
 #include "search/property_locator.h"
 #include "store/keys.h"
 #include "store/library_connection.h"
@@ -98,6 +99,8 @@ struct Varo_CalcEx::Parts : PropertySource {
     PictureCommands pictures;
     PictureArea pictureArea;
     PropertyLocator locator;
+    PropertyEditor propertyEditor;
+    LocateConditions locateConditions;
 };
 
 Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
@@ -124,7 +127,9 @@ Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
            [this] { return Configuration::exists(configurationFolder); }),
       pictures(selection, list, pane.description(), pictureStore, questions),
       pictureArea(form.panel.description, pane.description(), selection, pictures),
-      locator(selection, tree, library, propertySearch, questions) {
+      locator(selection, tree, library, propertySearch, questions),
+      propertyEditor(library, files, *this, questions, owner),
+      locateConditions(selection, tree, list, propertyEditor) {
     connectCommands();
 }
 
@@ -132,6 +137,15 @@ void Varo_CalcEx::Parts::connectCommands() {
     actions.connectCommand(EditCommand::Help, [this] { ShowHelp(); });
     actions.connectCommand(EditCommand::FindNext, [this] { locator.showNext(); });
     actions.connectCommand(EditCommand::FindPrevious, [this] { locator.showPrevious(); });
+    const auto connectConditions = [this](EditCommand command, void (LocateConditions::*edit)()) {
+        // Queued: the host may destroy the control, and so the menu, while the dialog is open.
+        actions.connectCommand(command, [this, edit] {
+            QMetaObject::invokeMethod(
+                &control, [this, edit] { (locateConditions.*edit)(); }, Qt::QueuedConnection);
+        });
+    };
+    connectConditions(EditCommand::LocateNode, &LocateConditions::editNode);
+    connectConditions(EditCommand::LocateFormula, &LocateConditions::editFormula);
     connect(&locator, &PropertyLocator::stepsChanged, &control,
             [this](bool canStepNext, bool canStepBack) {
                 actions.setEnabled(EditCommand::FindNext, canStepNext);

@@ -30,6 +30,8 @@ class CurrentLibrary {
     int number() const { return isOpen() ? number_ : 0; }
     /// Folder of the open file, with its trailing separator.
     const QString& folder() const { return folder_; }
+    /// Name of the open file.
+    const QString& fileName() const { return name_; }
 
     data::Connection& connection() { return connection_; }
     clsDBFuncs& funcs() { return funcs_; }
