@@ -115,6 +115,12 @@ void ConditionDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
     }
 }
 
+QSize ConditionDelegate::sizeHint(const QStyleOptionViewItem& option,
+                                  const QModelIndex& index) const {
+    constexpr int kRoomForEditor = 6;
+    return QStyledItemDelegate::sizeHint(option, index) + QSize(0, kRoomForEditor);
+}
+
 void ConditionDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                                              const QModelIndex&) const {
     // At least as high as the editor needs, so that no text is cut.
@@ -131,7 +137,6 @@ ConditionView::ConditionView(QWidget* parent)
     setSelectionMode(QAbstractItemView::SingleSelection);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setUniformRowHeights(true);
-    setItemsExpandable(false);
     setExpandsOnDoubleClick(false);
     setAllColumnsShowFocus(true);
     setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |

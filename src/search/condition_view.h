@@ -30,6 +30,8 @@ class ConditionDelegate : public QStyledItemDelegate {
     void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                               const QModelIndex& index) const override;
 
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
   private:
     QWidget* createChoice(QWidget* parent, const ConditionNode& node) const;
     QWidget* createNameBox(QWidget* parent) const;
@@ -38,8 +40,8 @@ class ConditionDelegate : public QStyledItemDelegate {
     mutable QPointer<QWidget> editor_;
 };
 
-/// The tree of a condition, with every group open. Enter edits, Tab goes on to the next part of a
-/// comparison; nodes are dragged within the tree.
+/// The tree of a condition; a tree of another shape is shown with every group open. Enter edits,
+/// Tab goes on to the next part of a comparison; nodes are dragged within the tree.
 class ConditionView : public QTreeView {
     Q_OBJECT
 

@@ -42,6 +42,7 @@ std::optional<int> PropertyEditor::edit(const PropertyTarget& target) {
     const QPointer<QWidget> window(&window_);
     const QPointer dialog(
         new PropertyDialog(target.title, session, properties_, questions_, &window_));
+    dialog->setWindowTitle(QStringLiteral("%1 - %2").arg(target.title, target.name));
     const auto unload = qScopeGuard([&] { delete dialog; });
     const bool isAccepted = ui::runDialog(*dialog);
     if (window.isNull()) {

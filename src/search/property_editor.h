@@ -14,7 +14,8 @@ namespace varo {
 struct PropertyTarget {
     qint32 node = 0;  ///< a folder, 0 for the library itself, or a formula
     NodeType type = NodeTypeFolder;
-    QString title;
+    QString title;  ///< of the dialog
+    QString name;   ///< of the node
 };
 
 /// Opens the property-conditions dialog on a node of the current library, whose connection is

@@ -59,6 +59,7 @@ SetFilter::SetFilter(PropertySource& properties, QWidget* parent)
                     push(std::move(edit->tree), edit->selected);
                 }
             });
+    connect(&model_, &ConditionModel::modelReset, view_, &QTreeView::expandAll);
     connect(view_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             &SetFilter::updateActions);
     startEmpty();
@@ -88,6 +89,8 @@ void SetFilter::layOut() {
     lblRemarks_->setObjectName(QStringLiteral("lblRemarks"));
     lblRemarks_->setWordWrap(true);
     lblRemarks_->setTextFormat(Qt::PlainText);
+    // A line of it always has its place, so that the tree does not jump.
+    lblRemarks_->setMinimumHeight(fontMetrics().lineSpacing());
     txtCondition_->setObjectName(QStringLiteral("txtCondition"));
     txtCondition_->setAccessibleName(QStringLiteral("整个条件"));
     txtCondition_->setReadOnly(true);
@@ -165,7 +168,6 @@ void SetFilter::step(void (ConditionHistory::*go)()) {
 void SetFilter::show(const ConditionPath& selected) {
     model_.setEditable(isEditing_ && !isReplacedOnly());
     model_.show(tree());
-    view_->expandAll();
     const QModelIndex index = model_.indexOf(existing(tree(), selected));
     if (index != view_->currentIndex().siblingAtColumn(0)) {
         view_->select(index);
@@ -190,7 +192,6 @@ void SetFilter::showRemarks() {
         remarks.append(notice_);
     }
     lblRemarks_->setText(remarks.join(u'\n'));
-    lblRemarks_->setVisible(!remarks.isEmpty());
 }
 
 bool SetFilter::canRun(ConditionCommand command) const {
