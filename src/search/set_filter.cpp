@@ -255,6 +255,7 @@ bool SetFilter::check() {
     }
     if (first) {
         view_->select(model_.indexOf(*first));
+        view_->setFocus();
         texts.append(QStringLiteral("有 %1 处错误，已在条件中标出，说明在提示中。").arg(marked));
     }
     const bool isGood = faults.empty() && !isReplacedOnly();

@@ -54,7 +54,7 @@ class SetFilter : public QWidget {
 
     /// Returns whether the condition can be saved and is then evaluated as it is shown. What is
     /// wrong is marked at its place, until the condition changes, and the first such place
-    /// selected.
+    /// has the focus.
     bool check();
 
     /// Says that the condition has been stored as it stands.
