@@ -226,6 +226,13 @@ std::vector<std::pair<NodeId, FolderTree::Images>> LibraryTree::markedBelow(
     return marked;
 }
 
+void LibraryTree::showProperties(const NodeId& node, bool carries) {
+    if (const QModelIndex index = model_.find(node); index.isValid()) {
+        const auto plain = node.isFolder() ? kPlainFolder : kPlainLibrary;
+        model_.setImages(index, carries ? imagesWithProperty(node) : plain);
+    }
+}
+
 void LibraryTree::setLocated(const NodeId& node, bool located) {
     if (const QModelIndex index = model_.find(node); index.isValid()) {
         model_.setImages(index, located ? kLocated : imagesWithProperty(node));

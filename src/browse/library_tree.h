@@ -77,6 +77,10 @@ class LibraryTree : public QObject {
     /// library itself, and folders that the tree does not have.
     void markProperties(int library, const std::vector<qint32>& folders);
 
+    /// Draws a node as one that carries properties, or as one that does not; an unknown one does
+    /// nothing.
+    void showProperties(const NodeId& node, bool carries);
+
     /// Draws a node as located, or as one that carries a property; an unknown one does nothing.
     void setLocated(const NodeId& node, bool located);
 

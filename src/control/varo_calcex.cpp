@@ -16,6 +16,7 @@
 #include "platform/ui/wait_cursor.h"
 #include "search/find_dialog.h"
 #include "search/find_steps.h"
+#include "search/locate_conditions.h"
 #include "search/property_locator.h"
 #include "store/keys.h"
 #include "store/library_connection.h"
@@ -102,6 +103,8 @@ struct Varo_CalcEx::Parts : PropertySource {
     FindLocator findLocator;
     FindResults findResults;
     FindSteps findSteps;
+    PropertyEditor propertyEditor;
+    LocateConditions locateConditions;
     TreeRebuild rebuild;
     LibraryManagement management;
 };
@@ -133,6 +136,8 @@ Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
       findResults(tree),
       findSteps(*form.PicControl, findResults, findLocator, actions.action(EditCommand::FindNext),
                 actions.action(EditCommand::FindPrevious)),
+      propertyEditor(library, files, *this, questions, owner),
+      locateConditions(selection, tree, list, propertyEditor),
       rebuild(selection, tree, list, library, locator),
       management(owner, libraries, rebuild, given, questions) {
     connectCommands();
@@ -163,6 +168,15 @@ void Varo_CalcEx::Parts::connectCommands() {
                                       Qt::QueuedConnection);
         }
     });
+    const auto connectConditions = [this](EditCommand command, void (LocateConditions::*edit)()) {
+        // Queued: the host may destroy the control, and so the menu, while the dialog is open.
+        actions.connectCommand(command, [this, edit] {
+            QMetaObject::invokeMethod(
+                &control, [this, edit] { (locateConditions.*edit)(); }, Qt::QueuedConnection);
+        });
+    };
+    connectConditions(EditCommand::LocateNode, &LocateConditions::editNode);
+    connectConditions(EditCommand::LocateFormula, &LocateConditions::editFormula);
     connect(&locator, &PropertyLocator::stepsChanged, &control,
             [this](bool canStepNext, bool canStepBack) {
                 actions.setEnabled(EditCommand::FindNext, canStepNext);
