@@ -1,3 +1,4 @@
+#include "driver/dialog_driver.h"
 #include "guide_desk.h"
 #include "host/chinese_application.h"
 #include "platform/ui/edit_grid.h"
@@ -8,7 +9,9 @@
 #include <QApplication>
 #include <QDir>
 #include <QHash>
+#include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMessageBox>
 #include <QPainter>
 #include <QTabBar>
@@ -210,6 +213,72 @@ QImage copying(GuideDesk& desk) {
         .copy(kQuestionCrop);
 }
 
+/// Shows a folder that a user could have in place of the one that the pictures are taken in.
+void showFolder(const QDialog& dialog, const QString& file) {
+    const QStringList folders{QStringLiteral("/"), QStringLiteral("home"),
+                              QStringLiteral("公式库")};
+    partOf<QLabel>(dialog, "lblShowDBPath").setText(QStringLiteral("/home/公式库/") + file);
+    if (auto* list = dialog.findChild<QListWidget*>(QStringLiteral("DirDB"))) {
+        list->clear();
+        for (qsizetype depth = 0; depth < folders.size(); ++depth) {
+            list->addItem(QString(2 * depth, u' ') + folders[depth]);
+        }
+        list->setCurrentRow(list->count() - 1);
+    }
+}
+
+/// The dialog of the value sources on the elongation of a stepped bar, whose E comes from a table.
+QImage valueSources(GuideDesk& desk) {
+    QImage taken;
+    desk.clickItem(desk.tree(), QStringLiteral("轴向拉伸与压缩"));
+    const auto open = [&] {
+        desk.clickItem(desk.list(), QStringLiteral("阶梯杆的总伸长"), Qt::RightButton);
+        desk.choose("mnuPopVarSource");
+    };
+    withDialog("frmVarSource", open, [&](QDialog& dialog) {
+        auto& grid = partOf<ui::EditGrid>(dialog, "MSFEditVarSource");
+        grid.setCurrentCell(rowOf(grid, QStringLiteral("E")) - 1, 2);
+        settle();
+        const QImage sources = dialog.grab().toImage();
+        const auto choose = [&] { QTest::keyClick(&grid, Qt::Key_F4); };
+        withDialog("frmSelDB", choose, [&](QDialog& chooser) {
+            showFolder(chooser, {});
+            settle();
+            taken = sideBySide(sources, chooser.grab().toImage());
+        });
+    });
+    return taken;
+}
+
+/// The picker on the steels, filtered by what is typed.
+QImage picker(GuideDesk& desk) {
+    QImage taken;
+    desk.clickItem(desk.tree(), QStringLiteral("轴向拉伸与压缩"));
+    desk.clickItem(desk.list(), QStringLiteral("阶梯杆的总伸长"));
+    auto& grid = desk.child<ui::EditGrid>(QStringLiteral("MSFEditVarList"));
+    grid.setFocus();
+    grid.setCurrentCell(rowOf(grid, QStringLiteral("E")) - 1, 1);
+    const auto open = [&] { QTest::keyClick(&grid, Qt::Key_F4); };
+    withDialog("frmSelValue", open, [&](QDialog& dialog) {
+        settle();
+        desk.type(partOf<QLineEdit>(dialog, "txtFilter"), QStringLiteral("Q3"));
+        showFolder(dialog, QStringLiteral("材料.mdb"));
+        settle();
+        taken = dialog.grab().toImage();
+    });
+    return taken;
+}
+
+QImage manager(GuideDesk& desk) {
+    desk.clickItem(desk.tree(), QStringLiteral("弯曲"));
+    const auto selectSecond = [](const QWidget& dialog) {
+        auto& list = *dialog.findChild<QTreeView*>();
+        list.setCurrentIndex(list.model()->index(1, 0));
+    };
+    return desk.pictureOfDialog([&] { desk.clickButton(QStringLiteral("公式库管理")); },
+                                selectSecond);
+}
+
 /// Works with the find dialog and takes its picture.
 QImage findDialog(GuideDesk& desk, const std::function<void(QWidget&)>& use) {
     QRect dialog;
@@ -268,6 +337,9 @@ void makePictures(const QString& configuration, const QDir& folder) {
         {"delete", deletion},
         {"picture", pictureMenu},
         {"copy", copying},
+        {"sources", valueSources},
+        {"picker", picker},
+        {"manager", manager},
         {"find", finding},
         {"images", findingByPicture},
     };

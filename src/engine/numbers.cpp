@@ -158,6 +158,12 @@ double leadingNumber(std::string_view text) {
     return std::isfinite(value) ? value : 0;
 }
 
+bool startsWithNumber(std::string_view text) {
+    const std::string_view trimmed = trimBlanks(text);
+    double value = 0;
+    return scanSigned(trimmed, value) != trimmed.data() && std::isfinite(value);
+}
+
 std::string shortest(double value) {
     if (!std::isfinite(value)) {
         return notFinite(value);

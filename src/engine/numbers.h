@@ -28,6 +28,9 @@ std::optional<double> parseNumber(std::string_view text);
 /// double.
 double leadingNumber(std::string_view text);
 
+/// True when `text` begins, after blanks, with a number that leadingNumber() returns.
+bool startsWithNumber(std::string_view text);
+
 /// The shortest text that parseNumber reads back as `value`; without a sign for zero.
 std::string shortest(double value);
 

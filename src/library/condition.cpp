@@ -1,6 +1,5 @@
 #include "library/condition.h"
 
-#include "engine/numbers.h"
 #include "store/attempt.h"
 
 #include <vector>
@@ -9,64 +8,24 @@ namespace varo {
 
 namespace {
 
-enum ConditionType { And = 1, Or = 2, Not = 3, Leaf = 4 };
-
-enum Comparison {
-    Equal = 0,
-    NotEqual = 1,
-    Less = 2,
-    LessOrEqual = 3,
-    Greater = 4,
-    GreaterOrEqual = 5,
-    Contains = 6,
-    SameText = 7,
-};
-
-struct ConditionRow {
+struct Row {
     qint32 id;
-    qint32 type;
+    ConditionType type;
 };
-
-/// What a comparison says of the host's value and the stored constant; `otherwise` for an unknown
-/// code.
-bool compare(int comparison, const QString& value, const QString& constant, bool otherwise) {
-    const double left = engine::leadingNumber(value.toStdString());
-    const double right = engine::leadingNumber(constant.toStdString());
-    switch (comparison) {
-        case Equal:
-            return left == right;
-        case NotEqual:
-            return left != right;
-        case Less:
-            return left < right;
-        case LessOrEqual:
-            return left <= right;
-        case Greater:
-            return left > right;
-        case GreaterOrEqual:
-            return left >= right;
-        case Contains:
-            return value.contains(constant);
-        case SameText:
-            return value == constant;
-        default:
-            return otherwise;
-    }
-}
 
 }  // namespace
 
-bool Condition::evaluateChildren(qint32 filterID, qint32 parentID, int parentType, int depth,
-                                 bool& result) {
+bool Condition::evaluateChildren(qint32 filterID, qint32 parentID, ConditionType parentType,
+                                 int depth, bool& result) {
     data::Recordset rs;
     if (depth > kMaxDepth ||
         !funcs_.GetResFilterCondByParentID(filterID, parentID, rs, connection_)) {
         return false;
     }
-    std::vector<ConditionRow> rows;
+    std::vector<Row> rows;
     const bool read = attempt([&] {
         for (; !rs.atEnd(); rs.moveNext()) {
-            rows.push_back({rs.integer(u"ID"), rs.integer(u"Type")});
+            rows.push_back({rs.integer(u"ID"), static_cast<ConditionType>(rs.integer(u"Type"))});
         }
     });
     rs.close();
@@ -75,18 +34,18 @@ bool Condition::evaluateChildren(qint32 filterID, qint32 parentID, int parentTyp
     }
 
     bool first = true;
-    for (const ConditionRow& row : rows) {
+    for (const Row& row : rows) {
         const bool before = result;
-        const bool combines = row.type == And || row.type == Or || row.type == Not;
-        if ((combines && !evaluateChildren(filterID, row.id, row.type, depth + 1, result)) ||
-            (row.type == Leaf && !evaluateLeaf(filterID, row.id, result))) {
+        if ((isGroupType(row.type) &&
+             !evaluateChildren(filterID, row.id, row.type, depth + 1, result)) ||
+            (row.type == ConditionType::Comparison && !evaluateLeaf(filterID, row.id, result))) {
             return false;
         }
-        if (first && parentType == Not) {
+        if (first && parentType == ConditionType::Not) {
             result = !result;
-        } else if (!first && parentType == And) {
+        } else if (!first && parentType == ConditionType::And) {
             result = result && before;
-        } else if (!first && parentType == Or) {
+        } else if (!first && parentType == ConditionType::Or) {
             result = result || before;
         }
         first = false;
@@ -113,7 +72,8 @@ bool Condition::evaluateLeaf(qint32 filterID, qint32 expressionID, bool& result)
     rs.close();
     // The host is asked with nothing open: it may take its time.
     if (stored) {
-        result = compare(comparison, properties_.propertyValue(field).trimmed(), constant, result);
+        result =
+            compareValues(comparison, properties_.propertyValue(field).trimmed(), constant, result);
     }
     return read;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "library/condition_tree.h"
 #include "library/property_source.h"
 #include "platform/data/connection.h"
 #include "store/db_funcs.h"
@@ -17,14 +18,14 @@ class Condition {
     /// as it is. The value of a condition is that of its last root. Returns false when it cannot be
     /// read or is nested deeper than kMaxDepth.
     bool evaluate(qint32 filterID, bool& result) {
-        return evaluateChildren(filterID, 0, 0, 0, result);
+        return evaluateChildren(filterID, 0, {}, 0, result);
     }
 
     /// Deepest nesting; a condition that contains itself is deeper than any.
     static constexpr int kMaxDepth = 100;
 
   private:
-    bool evaluateChildren(qint32 filterID, qint32 parentID, int parentType, int depth,
+    bool evaluateChildren(qint32 filterID, qint32 parentID, ConditionType parentType, int depth,
                           bool& result);
     bool evaluateLeaf(qint32 filterID, qint32 expressionID, bool& result);
 

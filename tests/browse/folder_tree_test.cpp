@@ -65,32 +65,14 @@ TEST(FolderTree, EndsBelowItsDeepestLevel) {
     for (int id = 1; id <= kMaxFolderDepth + 5; ++id) {
         rows.add(id, id - 1, 1, u"f"_s);
     }
+    rows.add(0, 0, 2, u"zero"_s);
     tree.addFolders(root, std::move(rows), [](int) {});
     EXPECT_EQ(tree.levelsBelow(root), kMaxFolderDepth);
+    EXPECT_EQ(tree.levelsBelow(tree.find({1, 0})), 0) << "0 means the top level";
+    EXPECT_EQ(tree.find({2, 1}), FolderTree::kNone);
     EXPECT_EQ(tree.levelsBelow(tree.find({1, kMaxFolderDepth - 1})), 1);
     EXPECT_EQ(tree.levelsBelow(tree.find({1, kMaxFolderDepth})), 0);
     EXPECT_EQ(tree.find({1, kMaxFolderDepth + 1}), FolderTree::kNone);
-}
-
-TEST(FolderTree, TellsNodesApartByLibrary) {
-    FolderTree tree;
-    const auto first = tree.addLibrary(1, u"一"_s);
-    const auto second = tree.addLibrary(12, u"二"_s);
-    tree.addFolders(first, rowsOf({{1, 0, 1, u"a"_s}, {2, 1, 1, u"b"_s}}), [](int) {});
-    tree.addFolders(second, rowsOf({{1, 0, 1, u"c"_s}, {0, 0, 2, u"zero"_s}}), [](int) {});
-    for (const auto& [id, text] : {std::pair{NodeId{1, 2}, u"b"_s},
-                                   {NodeId{12, 1}, u"c"_s},
-                                   {NodeId{12, 0}, u"zero"_s},
-                                   {NodeId{12, std::nullopt}, u"二"_s}}) {
-        const auto node = tree.find(id);
-        ASSERT_NE(node, FolderTree::kNone);
-        EXPECT_EQ(tree.text(node), text);
-        EXPECT_EQ(tree.id(node), id);
-    }
-    EXPECT_EQ(tree.levelsBelow(tree.find({12, 0})), 0) << "0 means the top level";
-    for (const NodeId& unknown : {NodeId{}, NodeId{2, std::nullopt}, NodeId{12, 2}, NodeId{1, 0}}) {
-        EXPECT_EQ(tree.find(unknown), FolderTree::kNone);
-    }
 }
 
 /// With a second library, so that what is done to the first leaves the other alone.
@@ -141,23 +123,6 @@ TEST(FolderTreeModel, ShowsTheSameAfterManyChangesAsWhenItIsBuiltAnew) {
     EXPECT_EQ(listing(model.tree(), model.tree().library(1)).size(), 201);
     model.clear();
     EXPECT_EQ(model.rowCount(), 0);
-}
-
-TEST(NodeImages, EachHasAnIconOfItsOwn) {
-    QList<QIcon> icons;
-    for (int image = 1; image <= 7; ++image) {
-        icons.append(nodeIcon(static_cast<NodeImage>(image)));
-    }
-    for (const int image : {2, 12, 13}) {
-        icons.append(formulaIcon(static_cast<FormulaImage>(image)));
-    }
-    QList<QImage> drawn;
-    for (const QIcon& icon : icons) {
-        const QImage image = icon.pixmap(32).toImage();
-        EXPECT_FALSE(image.isNull());
-        EXPECT_FALSE(drawn.contains(image)) << drawn.size();
-        drawn.append(image);
-    }
 }
 
 }  // namespace

@@ -54,7 +54,11 @@ TEST_F(Keyboard, DeleteInTheListNeedsAFormulaThatTheUserHasChosenThere) {
     press(desk->list(), Qt::Key_Down);
     press(desk->list(), Qt::Key_Delete);
     EXPECT_EQ(asked(), u"确实要删除公式-[剪切]吗？"_s);
+    desk->clickEmptySpace(desk->list());
     desk->control().SelFormula(u"LvFormulaKey%1"_s.arg(torsion));
+    press(desk->list(), Qt::Key_Delete);
+    EXPECT_EQ(asked(), QString()) << "the choice has been taken back";
+    desk->clickFormula(u"剪切"_s);
     select(u"柱"_s);
     press(desk->list(), Qt::Key_Delete);
     EXPECT_EQ(asked(), QString()) << "the choice was made in another folder";
@@ -84,40 +88,46 @@ TEST_F(Keyboard, RunCalcLeavesTheFocusInTheTreeIfItWasInTheControl) {
     }
 }
 
-TEST_F(Keyboard, ARightClickWhoseSelectionIsRefusedOpensNoMenu) {
+TEST_F(Keyboard, NothingElseIsShownWhileTheDescriptionIsTooLongAndARightClickOpensNoMenu) {
     select(u"梁"_s, u"弯曲"_s);
     desk->click(desk->child("optDesc0"), Qt::LeftButton, {8, 8});
     auto& description = desk->child<QPlainTextEdit>("txtDesc");
     description.setFocus();
     description.setPlainText(QString(256, u'长'));
-    desk->openMenu(desk->list(), u"剪切"_s);
-    EXPECT_FALSE(desk->menu().isVisible());
-    desk->openMenu(desk->tree(), u"柱"_s);
-    EXPECT_FALSE(desk->menu().isVisible());
-    desk->clickEmptySpace(desk->list(), Qt::RightButton);
-    EXPECT_FALSE(desk->menu().isVisible());
-    EXPECT_EQ(selected(), u"梁"_s);
-    EXPECT_EQ(told(), u"用户输入的说明超过255个字符！"_s);
-    description.setPlainText(u"短"_s);
-}
-
-TEST_F(Keyboard, NoKeyIsTakenForTheOneOfAnotherFormula) {
-    select(u"梁"_s);
-    const QString shown = desk->list().selectedKey();
-    for (const QString& key : {u"LvFormulaKey02"_s, u"LvFormulaKey 2"_s, u"LvFormulaKeyX"_s}) {
-        desk->control().SelFormula(key);
-        EXPECT_EQ(desk->list().selectedKey(), shown) << key.toStdString();
+    const std::function<void()> steps[] = {
+        [&] { desk->openMenu(desk->list(), u"剪切"_s); },
+        [&] { desk->openMenu(desk->tree(), u"柱"_s); },
+        [&] { desk->clickEmptySpace(desk->list(), Qt::RightButton); },
+        [&] { desk->clickFormula(u"剪切"_s); },
+        [&] { desk->clickNode(u"库1"_s); },
+        [&] { desk->control().SetDesignProp(u"用途"_s); },
+    };
+    for (const auto& step : steps) {
+        step();
+        EXPECT_FALSE(desk->menu().isVisible());
+        EXPECT_EQ(selected(), u"梁"_s);
+        EXPECT_EQ(desk->list().selectedIndex().row(), 0);
+        EXPECT_EQ(description.toPlainText().size(), 256);
     }
+    EXPECT_EQ(told(), u"用户输入的说明超过255个字符！"_s) << "once";
+    description.setPlainText(u"短"_s);
+    start();
+    EXPECT_EQ(first.rows(u"Select Memo From Formula"_s).first(), u"短"_s)
+        << "stored when the control goes";
 }
 
-TEST_F(Keyboard, ANameThatTheTreeIsTooNarrowForIsCutAndToldWhole) {
-    const QString name(40, u'长');
+TEST_F(Keyboard, ANameTakesOneLineAndIsToldWholeWhereItIsCut) {
+    const QString name = u"上\n下"_s + QString(37, u'长');
     first.addFolder(0, name);
+    first.addFormula(beams, u"一\n二"_s);
     start();
-    const QModelIndex item = Desk::find(desk->tree(), name);
+    const QModelIndex item = Desk::find(desk->tree(), QString(name).replace(u'\n', u' '));
+    ASSERT_TRUE(item.isValid());
     EXPECT_LE(desk->tree().visualRect(item).right(), desk->tree().viewport()->width());
     EXPECT_EQ(desk->tree().textElideMode(), Qt::ElideRight);
-    EXPECT_TRUE(item.data(Qt::ToolTipRole).toString().contains(name));
+    EXPECT_TRUE(item.data(Qt::ToolTipRole).toString().contains(name.last(37)));
+    select(u"梁"_s);
+    EXPECT_EQ(desk->listTexts().last(), u"一 二"_s);
 }
 
 }  // namespace

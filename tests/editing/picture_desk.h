@@ -4,22 +4,12 @@
 #include "support/beam_desk.h"
 #include "support/wmf_builder.h"
 
-#include <QBuffer>
 #include <QDir>
 #include <QMenu>
 
 namespace varo::test {
 
 inline const auto kNotStored = u"处理图形文件失败！"_s;
-
-inline QByteArray imageBytes(QSize size, const QColor& color, const char* format) {
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(color);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    image.save(&buffer, format);
-    return bytes;
-}
 
 /// The beam libraries, where 弯曲 has a red picture and is selected, and 剪切 has none.
 class PictureDesk : public BeamDesk {

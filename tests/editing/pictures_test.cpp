@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QDialog>
-#include <QRadioButton>
 
 namespace varo::test {
 namespace {
@@ -41,9 +40,8 @@ TEST_F(Pictures, TheMenuOffersWhatSuitsThePlaceAndTheClipboard) {
     menu().close();
     desk->clickFormula(u"弯曲"_s);
     EXPECT_EQ(openMenu(picture()), u"替换 - 复制 粘贴 - 删除"_s);
-    desk->control().ClickTreeNode(folder(beams));
-    EXPECT_EQ(menuEntries(), QString());
-    desk->child<QRadioButton>("optDesc1").setEnabled(false);
+    menu().close();
+    desk->child("optDesc1").setEnabled(false);
     EXPECT_EQ(openMenu(picture()), QString());
     select(u"板"_s);
     EXPECT_EQ(openMenu(label()), QString());
@@ -68,16 +66,15 @@ TEST_F(Pictures, TheKeyboardOpensTheMenuOnTheDescriptionArea) {
 TEST_F(Pictures, AChosenFileIsStoredAndShown) {
     desk->clickFormula(u"剪切"_s);
     chooseFile(label(), u"添加"_s, first.addFile(u"图.JPG"_s, blue), kJpg);
-    EXPECT_EQ(desk->questions().fileTitle, u"选择图片"_s);
-    EXPECT_EQ(desk->questions().fileFilters.join(u' '), u"(*.bmp) (*.wmf) (*.jpg)"_s);
+    EXPECT_EQ(desk->questions().fileQuestion.title, u"选择图片"_s);
+    EXPECT_EQ(desk->questions().fileQuestion.filters.join(u' '), u"(*.bmp) (*.wmf) (*.jpg)"_s);
     EXPECT_EQ(stored(shear), storedAs(2, blue));
     EXPECT_EQ(fileContent(pictureFile(shear)), blue);
     EXPECT_EQ(shownColor(), QColor(Qt::blue));
     desk->clickFormula(u"弯曲"_s);
     EXPECT_EQ(shownColor(), QColor(Qt::red));
-    start();
-    select(u"梁"_s, u"剪切"_s);
-    EXPECT_EQ(shownColor(), QColor(Qt::blue)) << "it comes from the library";
+    desk->clickFormula(u"剪切"_s);
+    EXPECT_EQ(shownColor(), QColor(Qt::blue));
     const QByteArray drawing = WmfBuilder()
                                    .brush(0, 128, 0)
                                    .add(WmfBuilder::SelectObject, {0})
@@ -86,29 +83,23 @@ TEST_F(Pictures, AChosenFileIsStoredAndShown) {
     first.addFile(u"x.wmf"_s, drawing);
     chooseFile(picture(), u"替换"_s, first.pathOf(u"x"_s), kWmf);
     EXPECT_EQ(stored(shear), storedAs(2, drawing)) << "in another format, its extension added";
-    EXPECT_EQ(shownColor(), QColor(0, 128, 0));
+    start();
+    select(u"梁"_s, u"剪切"_s);
+    EXPECT_EQ(shownColor(), QColor(0, 128, 0)) << "it comes from the library";
     EXPECT_EQ(told(), QString());
 }
 
 TEST_F(Pictures, WhatIsNoFileOrPictureReplacesNone) {
     choose(picture(), u"替换"_s);
-    EXPECT_FALSE(desk->questions().fileTitle.isEmpty()) << "the user cancels";
+    EXPECT_FALSE(desk->questions().fileQuestion.title.isEmpty()) << "the user cancels";
     const QString own = pictureFile(bending);
-    chooseFile(picture(), u"替换"_s, own, kBmp);
-    chooseFile(picture(), u"替换"_s,
-               work.filePath(u"../%1/%2TempPic.bmp"_s.arg(QDir(work.path()).dirName(),
-                                                          QString::number(bending))),
-               kBmp);
-    EXPECT_EQ(told(), QString()) << "the formula's own file";
+    first.refuse("Update", "Formula");
+    chooseFile(picture(), u"替换"_s, work.filePath(u"./%1TempPic.bmp"_s.arg(bending)), kBmp);
+    first.allow();
+    EXPECT_EQ(told(), QString()) << "the formula's own file, which is not stored again";
     chooseFile(picture(), u"替换"_s, newPicture, kWmf);
     EXPECT_EQ(told(), u"文件new.bmp.wmf不存在，\n不能添加到当前公式！"_s);
-    QByteArray bomb = imageBytes({1, 1}, Qt::blue, "bmp");
-    qToLittleEndian(qint32{20000}, bomb.data() + 18);
-    qToLittleEndian(qint32{20000}, bomb.data() + 22);
-    const QByteArray wmf =
-        WmfBuilder().add(WmfBuilder::Rectangle, {1, 1, 0, 0}).placed(QRect(0, 0, 9, 9), 96);
-    for (const QByteArray& file :
-         {QByteArray(), QByteArray("text"), bomb, blue.chopped(20), wmf.chopped(4)}) {
+    for (const QByteArray& file : {QByteArray(), QByteArray("text"), blue.chopped(20)}) {
         chooseFile(picture(), u"替换"_s, first.addFile(u"x.jpg"_s, file), kJpg);
         EXPECT_EQ(told(), kNotStored);
     }
@@ -120,16 +111,12 @@ TEST_F(Pictures, WhatIsNoFileOrPictureReplacesNone) {
 
 TEST_F(Pictures, ACopiedPictureCanBePastedAlsoAfterARestart) {
     choose(picture(), u"复制"_s);
-    for (const bool restarted : {false, true}) {
-        if (restarted) {
-            start();
-        }
-        select(u"梁"_s, u"剪切"_s);
-        choose(label(), u"粘贴"_s);
-        EXPECT_EQ(stored(shear), storedAs(2, red));
-        EXPECT_EQ(shownColor(), QColor(Qt::red));
-        choose(picture(), u"删除"_s);
-    }
+    start();
+    select(u"梁"_s, u"剪切"_s);
+    choose(label(), u"粘贴"_s);
+    EXPECT_EQ(stored(shear), storedAs(2, red));
+    EXPECT_EQ(shownColor(), QColor(Qt::red));
+    choose(picture(), u"删除"_s);
     openMenu(label());
     ASSERT_TRUE(QFile::remove(workFile(u"backupPic.def"_s)));
     desk->child<QAction>("mnuPopPastePic").trigger();
@@ -140,8 +127,7 @@ TEST_F(Pictures, ACopiedPictureCanBePastedAlsoAfterARestart) {
 TEST_F(Pictures, APictureThatCannotBeShownCanBeCopiedAndDeleted) {
     first.addPicture(bending, "text");
     restart();
-    EXPECT_EQ(openMenu(picture()), u"替换 - 复制 (粘贴) - 删除"_s);
-    menu().close();
+    EXPECT_EQ(picture().text(), u"无法显示图片"_s);
     choose(picture(), u"复制"_s);
     EXPECT_EQ(fileContent(workFile(u"backupPic.def"_s)), "text");
     choose(picture(), u"删除"_s);

@@ -2,7 +2,9 @@
 
 #include "store/template.h"
 
+#include <QBuffer>
 #include <QFile>
+#include <QImage>
 
 namespace varo::test {
 
@@ -74,7 +76,8 @@ void MissingColumn::rename(const char* from, const char* to) {
 
 QStringList TestLibrary::content() {
     QStringList lines = rows(u"Select * From Tree"_s) + rows(u"Select * From RecentVar"_s) +
-                        rows(u"Select * From Property"_s) +
+                        rows(u"Select * From Property"_s) + rows(u"Select * From FilterCond"_s) +
+                        rows(u"Select * From FilterExpressions"_s) +
                         rows(u"Select ID,Name,Formula,Memo,PicType,PID,OrderID From Formula"_s);
     for (const QString& picture : rows(u"Select hex(Pic) From Formula"_s)) {
         lines.append(QString::number(qHash(picture)));
@@ -101,6 +104,15 @@ QByteArray pictureBytes(qsizetype size) {
         state = state * 1664525 + 1013904223;
         byte = static_cast<char>(state >> 24);
     }
+    return bytes;
+}
+
+QByteArray imageBytes(QSize size, const QColor& color, const char* format) {
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(color);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    require(image.save(&buffer, format), "write a picture");
     return bytes;
 }
 

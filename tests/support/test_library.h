@@ -6,6 +6,8 @@
 #include "support/recording_questions.h"
 
 #include <QByteArray>
+#include <QColor>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -86,6 +88,9 @@ class MissingColumn {
 
 /// `size` bytes in which every chunk differs from every other.
 QByteArray pictureBytes(qsizetype size);
+
+/// A picture of one colour.
+QByteArray imageBytes(QSize size, const QColor& color, const char* format);
 
 QByteArray fileContent(const QString& path);
 

@@ -19,7 +19,6 @@ class WmfBuilder {
         SetTextAlign = 0x012E,
         CreatePattern = 0x0142,
         DeleteObject = 0x01F0,
-        SetTextColor = 0x0209,
         SetWindowOrg = 0x020B,
         SetWindowExt = 0x020C,
         LineTo = 0x0213,

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
+
 namespace varo::data {
 
 /// The first `length` bytes of the file at `path`, fewer when the file is shorter. Changes nothing:
@@ -11,5 +13,9 @@ namespace varo::data {
 /// Reads through SQLite's file layer: closing any other handle of a file would take from this
 /// process the locks that SQLite holds on it.
 QByteArray fileStart(const QString& path, int length);
+
+/// Hands all bytes of the file at `path` to `take`, piece by piece; the rest as above. What `take`
+/// throws ends it.
+void readBytes(const QString& path, const std::function<void(const QByteArray&)>& take);
 
 }  // namespace varo::data

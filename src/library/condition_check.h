@@ -1,0 +1,37 @@
+#pragma once
+
+#include "library/condition_tree.h"
+
+namespace varo {
+
+/// What is wrong with a condition.
+enum class ConditionFaultKind {
+    Empty,              ///< it has no nodes
+    SeveralRoots,       ///< only the last one would decide
+    TooLarge,           ///< more than kMaxConditionNodes nodes
+    UnknownType,        ///< a node that is neither group nor comparison
+    EmptyGroup,         ///< a group without children
+    NotWithoutOne,      ///< NOT with more than one child
+    TooDeep,            ///< deeper than the evaluation goes
+    NoTerm,             ///< a stored comparison without its term
+    NoName,             ///< no property is named
+    NoNumber,           ///< numbers are compared, and the constant starts with none
+    UnknownComparison,  ///< none of the eight
+    NeverHolds,         ///< blanks around a text, which values are compared without
+    TooLong,            ///< a name or constant over kTextLimit characters
+    NotStorable,        ///< a name or constant that no file takes as it stands
+};
+
+struct ConditionFault {
+    ConditionPath place;  ///< empty: the condition as a whole
+    ConditionFaultKind kind;
+    QString text;  ///< a sentence for the user
+
+    bool operator==(const ConditionFault&) const = default;
+};
+
+/// Everything that is wrong with `tree`, from top to bottom; empty when it can be saved and is then
+/// evaluated as it stands.
+std::vector<ConditionFault> conditionFaults(const ConditionTree& tree);
+
+}  // namespace varo

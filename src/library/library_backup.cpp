@@ -1,0 +1,169 @@
+#include "library/library_backup.h"
+
+#include "platform/data/copy_database.h"
+#include "store/attempt.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+namespace varo {
+
+namespace {
+
+/// The library that a backup is of, and its digest when the dialog last changed it.
+struct Note {
+    QString library;
+    QByteArray digest;
+};
+
+QString backupIn(const QString& folder) {
+    return folder + QLatin1StringView(kBackupName);
+}
+
+QString noteIn(const QString& folder) {
+    return folder + QStringLiteral("BackupDB.note");
+}
+
+bool writeNote(const QString& path, const Note& note) {
+    const QJsonObject object{{QStringLiteral("library"), note.library},
+                             {QStringLiteral("sha256"), QString::fromLatin1(note.digest.toHex())}};
+    const QByteArray text = QJsonDocument(object).toJson();
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit();
+}
+
+/// An empty note when there is none or it cannot be read.
+Note readNote(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    const QJsonObject object = QJsonDocument::fromJson(file.readAll()).object();
+    return {object.value(u"library").toString(),
+            QByteArray::fromHex(object.value(u"sha256").toString().toLatin1())};
+}
+
+/// The SHA-256 of a file that nobody else uses; empty when it cannot be read.
+QByteArray digestOf(const QString& path) {
+    QFile file(path);
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    return file.open(QIODevice::ReadOnly) && hash.addData(&file) ? hash.result() : QByteArray();
+}
+
+/// True when the library can be read and is as it was noted. What a program that was killed has
+/// left half-written is undone first.
+bool isAsNoted(const Note& note) {
+    bool same = false;
+    return !note.library.isEmpty() && !note.digest.isEmpty() && attempt([&] {
+        data::Connection connection;
+        connection.open(note.library);
+        same = data::databaseDigest(connection) == note.digest;
+    }) && same;
+}
+
+bool removeIfAny(const QString& path) {
+    return !QFileInfo::exists(path) || QFile::remove(path);
+}
+
+/// The backup first: a note alone means nothing.
+bool discardIn(const QString& folder) {
+    return removeIfAny(backupIn(folder)) && removeIfAny(noteIn(folder));
+}
+
+bool keepAside(const QString& folder, const QString& library, Questions& questions) {
+    QString kept;
+    int number = 0;
+    do {
+        kept = folder + QStringLiteral("BackupDB-%1.def").arg(++number);
+    } while (QFileInfo::exists(kept));
+    if (!QFile::rename(backupIn(folder), kept)) {
+        return false;
+    }
+    removeIfAny(noteIn(folder));
+    const QString of =
+        library.isEmpty() ? QString() : QStringLiteral("数据库文件“%1”的").arg(library);
+    questions.inform(
+        QStringLiteral("上次编辑定位条件时留下了%1备份，已另存为：\n%2").arg(of, kept));
+    return true;
+}
+
+}  // namespace
+
+bool settleLeftBackup(const QString& folder, Questions& questions) {
+    if (!QFileInfo::exists(backupIn(folder))) {
+        return true;
+    }
+    const Note note = readNote(noteIn(folder));
+    if (!isAsNoted(note)) {
+        return keepAside(folder, note.library, questions);
+    }
+    if (digestOf(backupIn(folder)) == note.digest) {
+        return discardIn(folder);
+    }
+    const bool isWanted = questions.confirm(
+        QStringLiteral("上次编辑定位条件时程序意外结束，数据库文件：\n%1\n只保存了一部分修改。"
+                       "是否恢复编辑之前的数据？")
+            .arg(note.library),
+        Choice::YesNo);
+    // The user may have taken long to answer.
+    if (!isWanted || !isAsNoted(note)) {
+        return keepAside(folder, note.library, questions);
+    }
+    if (!attempt([&] { data::restoreDatabase(backupIn(folder), note.library); })) {
+        questions.inform(
+            QStringLiteral("回滚数据库失败，无法恢复原有的数据！\n"
+                           "请关闭数据库文件再试！"));
+        return false;
+    }
+    return discardIn(folder);
+}
+
+LibraryBackup::~LibraryBackup() {
+    if (isMade_ && !mustStay_) {
+        discard();
+    }
+}
+
+void LibraryBackup::make(data::Connection& connection) {
+    if (QFileInfo::exists(backupIn(folder_))) {
+        throw data::Error(QStringLiteral("%1 is there already").arg(backupIn(folder_)));
+    }
+    library_ = QFileInfo(connection.path()).absoluteFilePath();
+    data::copyDatabase(connection, backupIn(folder_), [&](const QByteArray& digest) {
+        digest_ = digest;
+        // A note without a backup means nothing, a backup without a note cannot be taken back.
+        if (!writeNote(noteIn(folder_), {library_, digest_})) {
+            throw data::Error(QStringLiteral("%1 cannot be written").arg(noteIn(folder_)));
+        }
+    });
+    isMade_ = true;
+}
+
+void LibraryBackup::noteLibrary(data::Connection& connection) {
+    attempt([&] {
+        digest_ = data::databaseDigest(connection);
+        writeNote(noteIn(folder_), {library_, digest_});
+    });
+}
+
+bool LibraryBackup::restore() {
+    const bool isUnchanged = !QFileInfo::exists(library_) || isAsNoted({library_, digest_});
+    const bool restored = isMade_ && isUnchanged &&
+                          attempt([&] { data::restoreDatabase(backupIn(folder_), library_); });
+    mustStay_ = !restored;
+    if (restored) {
+        discard();
+    }
+    return restored;
+}
+
+void LibraryBackup::discard() {
+    discardIn(folder_);
+    isMade_ = false;
+}
+
+}  // namespace varo

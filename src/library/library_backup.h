@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/data/connection.h"
+#include "platform/questions/questions.h"
+
+#include <QString>
+
+namespace varo {
+
+/// Name of the copy of a library that the property-conditions dialog can put back.
+inline constexpr auto kBackupName = "BackupDB.def";
+
+/// Settles what a program that was ended while its dialog was open has left in `folder`, so that
+/// nothing is lost when the next backup is made: the user is asked whether the library is to be
+/// taken back, if it is as the dialog last left it and differs from the backup; a backup that is
+/// not taken back is kept under another name in `folder`, which the user is told; one that is the
+/// library as it stands is deleted. To be called before LibraryBackup::make(), when no dialog of
+/// this folder is open. Does nothing when there is no backup. Returns false when the backup is
+/// still there, which can be overwritten then by nobody.
+bool settleLeftBackup(const QString& folder, Questions& questions);
+
+/// "BackupDB.def" in a folder that no other control uses, and beside it a note ("BackupDB.note")
+/// with the library's path and the digest that the library had when the dialog last changed it.
+class LibraryBackup {
+  public:
+    /// `folder` ends with a separator.
+    explicit LibraryBackup(const QString& folder) : folder_(folder) {}
+    /// Discards the backup, unless restore() failed.
+    ~LibraryBackup();
+    Q_DISABLE_COPY_MOVE(LibraryBackup)
+
+    /// Copies the library open on `connection`, as it is at one moment and whole or not at all.
+    /// Throws data::Error when that fails or an earlier backup is still there.
+    void make(data::Connection& connection);
+
+    /// Notes the library as it is now, after the dialog has changed it. When that fails, a backup
+    /// that is left is kept under another name instead of being taken back.
+    void noteLibrary(data::Connection& connection);
+
+    /// Puts the backup in the place of the library, whose connections are closed, and discards it.
+    /// Returns false when that fails: the library is then as it was, and the backup stays to be
+    /// settled the next time. It also fails when another program has changed the library since it
+    /// was noted.
+    bool restore();
+
+    /// Deletes backup and note.
+    void discard();
+
+  private:
+    QString folder_;
+    QString library_;
+    QByteArray digest_;  ///< of the library as it was last noted
+    bool isMade_ = false;
+    bool mustStay_ = false;
+};
+
+}  // namespace varo

@@ -1,0 +1,99 @@
+#include "platform/data/copy_database.h"
+
+#include "platform/data/create_database.h"
+#include "platform/data/file_start.h"
+#include "platform/data/unfinished_file.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+namespace varo::data {
+
+namespace {
+
+[[noreturn]] void fail(const QFileDevice& file) {
+    throw Error(QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
+}
+
+void write(QSaveFile& file, const QByteArray& bytes) {
+    if (file.write(bytes) != bytes.size()) {
+        fail(file);
+    }
+}
+
+/// Passes the file's bytes on while nobody can change them, and returns their SHA-256.
+QByteArray readWhole(Connection& connection, const std::function<void(const QByteArray&)>& take) {
+    // What a write-ahead log holds goes into the file; without one this does nothing.
+    connection.query(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
+    const ReadSnapshot snapshot(connection);
+    const QString log = QFileInfo(connection.path()).canonicalFilePath() + QStringLiteral("-wal");
+    if (QFileInfo(log).size() > 0) {
+        throw Error(QStringLiteral("%1: another program uses the file").arg(connection.path()));
+    }
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    readBytes(connection.path(), [&](const QByteArray& bytes) {
+        hash.addData(bytes);
+        take(bytes);
+    });
+    return hash.result();
+}
+
+}  // namespace
+
+QByteArray databaseDigest(Connection& connection) {
+    return readWhole(connection, [](const QByteArray&) {});
+}
+
+void copyDatabase(Connection& connection, const QString& path,
+                  const std::function<void(const QByteArray& digest)>& beforeItAppears) {
+    QSaveFile copy(path);
+    if (!copy.open(QIODevice::WriteOnly)) {
+        fail(copy);
+    }
+    beforeItAppears(readWhole(connection, [&](const QByteArray& bytes) { write(copy, bytes); }));
+    if (!copy.commit()) {
+        fail(copy);
+    }
+}
+
+void copyDatabase(const QString& source, const QString& target) {
+    Connection connection;
+    connection.open(source);
+    const QString path = QFileInfo(target).absoluteFilePath();
+    const UnfinishedFile unfinished(path);
+    copyDatabase(connection, unfinished.path(), [](const QByteArray&) {});
+    replaceDatabase(unfinished.path(), path);
+}
+
+void restoreDatabase(const QString& copy, const QString& path) {
+    const QFileInfo link(path);
+    const QString target = link.exists() ? link.canonicalFilePath() : link.absoluteFilePath();
+    const UnfinishedFile unfinished(target);
+    QFile source(copy);
+    if (!source.open(QIODevice::ReadOnly)) {
+        fail(source);
+    }
+    QSaveFile file(unfinished.path());
+    if (!file.open(QIODevice::WriteOnly)) {
+        fail(file);
+    }
+    constexpr qint64 kChunk = 1 << 20;
+    while (!source.atEnd()) {
+        const QByteArray bytes = source.read(kChunk);
+        if (bytes.isEmpty()) {
+            fail(source);
+        }
+        write(file, bytes);
+    }
+    if (link.exists()) {
+        file.setPermissions(link.permissions());
+    }
+    if (!file.commit()) {
+        fail(file);
+    }
+    replaceDatabase(unfinished.path(), target);
+}
+
+}  // namespace varo::data
