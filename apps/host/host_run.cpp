@@ -32,8 +32,8 @@ class PrintingQuestions : public Questions {
         return true;
     }
 
-    std::optional<ChosenFile> chooseFile(const QString& title, const QStringList&) override {
-        print(title);
+    std::optional<ChosenFile> chooseFile(const FileQuestion& question) override {
+        print(question.title);
         return std::nullopt;
     }
 

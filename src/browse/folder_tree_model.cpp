@@ -8,6 +8,7 @@ namespace varo {
 void FolderTreeModel::clear() {
     beginResetModel();
     tree_.clear();
+    notes_.clear();
     endResetModel();
 }
 
@@ -62,6 +63,11 @@ void FolderTreeModel::setImages(const QModelIndex& index, FolderTree::Images ima
         {Qt::DecorationRole, ui::NodeView::SelectedIconRole, Qt::AccessibleDescriptionRole});
 }
 
+void FolderTreeModel::setNote(const QModelIndex& library, const QString& text) {
+    notes_.insert(nodeOf(library), text);
+    emit dataChanged(library, library, {Qt::ToolTipRole});
+}
+
 QModelIndex FolderTreeModel::indexOf(FolderTree::Node node) const {
     return node == FolderTree::kNone ? QModelIndex()
                                      : createIndex(tree_.row(node), NameColumn, quintptr{node});
@@ -99,6 +105,11 @@ QVariant FolderTreeModel::data(const QModelIndex& index, int role) const {
     return {};
 }
 
+QString FolderTreeModel::toolTip(FolderTree::Node node) const {
+    const QString note = notes_.value(node);
+    return note.isEmpty() ? tree_.text(node) : tree_.text(node) + u'\n' + note;
+}
+
 QVariant FolderTreeModel::nameData(FolderTree::Node node, int role) const {
     switch (role) {
         case Qt::DisplayRole:
@@ -107,7 +118,7 @@ QVariant FolderTreeModel::nameData(FolderTree::Node node, int role) const {
         case Qt::EditRole:
             return tree_.text(node);
         case Qt::ToolTipRole:
-            return ui::plainToolTip(tree_.text(node));
+            return ui::plainToolTip(toolTip(node));
         case Qt::DecorationRole:
             return nodeIcon(static_cast<NodeImage>(tree_.images(node).image));
         case ui::NodeView::SelectedIconRole:

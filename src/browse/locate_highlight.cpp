@@ -23,4 +23,18 @@ void LocateHighlight::remove() {
     forget();
 }
 
+void LocateHighlight::removeFrom(const NodeId& node) {
+    const auto* located = std::get_if<NodeId>(&located_);
+    if (located != nullptr && *located == node) {
+        remove();
+    }
+}
+
+void LocateHighlight::removeFrom(qint32 formula) {
+    const auto* located = std::get_if<qint32>(&located_);
+    if (located != nullptr && *located == formula) {
+        remove();
+    }
+}
+
 }  // namespace varo

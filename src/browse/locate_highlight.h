@@ -20,6 +20,10 @@ class LocateHighlight {
     /// Draws what is located as a node or formula that carries a property.
     void remove();
 
+    /// The same, if it is this node, or this listed formula, that is located.
+    void removeFrom(const NodeId& node);
+    void removeFrom(qint32 formula);
+
     /// Forgets what is located, because tree and list have been filled anew.
     void forget() { located_ = std::monostate(); }
 

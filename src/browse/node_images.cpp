@@ -22,6 +22,8 @@ QString nameOf(NodeImage image) {
             return QStringLiteral("folder-open-property");
         case NodeImage::FolderLocated:
             return QStringLiteral("folder-located");
+        case NodeImage::LibraryUnreadable:
+            return QStringLiteral("library-unreadable");
     }
     return {};
 }

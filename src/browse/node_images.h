@@ -13,6 +13,7 @@ enum class NodeImage {
     FolderWithProperty = 5,
     FolderWithPropertyOpen = 6,
     FolderLocated = 7,
+    LibraryUnreadable = 8,
 };
 enum class FormulaImage { Formula = 2, FormulaWithProperty = 12, FormulaLocated = 13 };
 

@@ -4,6 +4,7 @@
 #include "platform/questions/questions.h"
 #include "store/collections.h"
 #include "store/db_funcs.h"
+#include "store/library_connection.h"
 
 #include <QString>
 
@@ -22,6 +23,9 @@ class CurrentLibrary {
     /// cannot be opened; shows nothing.
     bool open(int number);
 
+    /// Why the last open() failed; None when it did not, or there is no such library.
+    OpenFailure openFailure() const { return openFailure_; }
+
     /// Closes the file. What was read from it is forgotten.
     void close();
 
@@ -30,6 +34,8 @@ class CurrentLibrary {
     int number() const { return isOpen() ? number_ : 0; }
     /// Folder of the open file, with its trailing separator.
     const QString& folder() const { return folder_; }
+    /// Name of the open file.
+    const QString& fileName() const { return name_; }
 
     data::Connection& connection() { return connection_; }
     clsDBFuncs& funcs() { return funcs_; }
@@ -41,6 +47,7 @@ class CurrentLibrary {
     clsDBFuncs funcs_;
     data::Connection connection_;
     colVarInfo variables_;
+    OpenFailure openFailure_ = OpenFailure::None;
     int number_ = 0;
     QString folder_;
     QString name_;

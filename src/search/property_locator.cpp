@@ -47,6 +47,12 @@ void PropertyLocator::locate(const QString& property) {
     }
 }
 
+void PropertyLocator::forget() {
+    located_.Clear();
+    shown_ = 0;
+    emit stepsChanged(false, false);
+}
+
 void PropertyLocator::step(int by) {
     const int wanted = shown_ + by;
     if (!isSearching_ && wanted >= 1 && wanted <= located_.Count()) {

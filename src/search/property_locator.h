@@ -22,6 +22,9 @@ class PropertyLocator : public QObject {
     /// shown of it. Does nothing while a search or a step is under way.
     void locate(const QString& property);
 
+    /// Forgets what has been found, because the libraries are about to be others.
+    void forget();
+
     /// Shows the next or previous one. One that is gone since is told and stepped past; one whose
     /// library cannot be opened is told and stays the next one to be shown.
     void showNext() { step(1); }

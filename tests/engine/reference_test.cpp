@@ -145,20 +145,3 @@ TEST(Reference, DescribesEveryOperatorFunctionAndConstantWithAnExample) {
     }
     EXPECT_EQ(describedIn("函数"), functions);
 }
-
-TEST(Reference, GivesAnExampleOfEveryError) {
-    std::set<ErrorCode> shownErrors;
-    for (const Line& line : page()) {
-        for (const Example& example : line.examples) {
-            if (line.chapter == "错误提示") {
-                shownErrors.insert(outcomeOf(example.formula, example.given).error.code);
-            }
-        }
-    }
-    int code = 1;
-    for (Error error{ErrorCode::NumberWanted, 0, 0, {}}; !error.text().empty();
-         error.code = static_cast<ErrorCode>(++code)) {
-        EXPECT_TRUE(shownErrors.contains(error.code)) << error.text();
-    }
-    EXPECT_GT(code, static_cast<int>(ErrorCode::NotANumber));
-}

@@ -2,7 +2,7 @@
 # installs it below WORK, builds the consumer on what was installed and compares its output.
 # Arguments: SOURCE, the project's folder; WORK, a folder for everything that is made; COMPILER.
 
-set(consumer "${SOURCE}/tests/package/consumer")
+set(consumer "${SOURCE}/examples/engine")
 set(prefix "${WORK}/prefix")
 
 function(run)

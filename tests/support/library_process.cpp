@@ -3,8 +3,6 @@
 // lock PATH: keeps everybody else out of the library until it is killed; read PATH lets others
 // read, and write as far as to the commit; write PATH lets them read.
 //
-// edit PATH: adds formulas with values until it is killed; a line is the name of one that is in.
-//
 // spill PATH: writes half of a transaction into the library and waits to be killed.
 //
 // session PATH FOLDER COUNT: saves COUNT filters for formula 1, one over the other, with the backup
@@ -12,26 +10,24 @@
 
 #include "library/condition_text.h"
 #include "library/property_session.h"
-#include "store/attempt.h"
-#include "store/db_funcs.h"
 #include "store/library_connection.h"
 #include "support/recording_questions.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <sqlite3.h>
+#include <string>
 #include <string_view>
 #include <unistd.h>
 
 using namespace varo;
-using namespace Qt::StringLiterals;
 
 namespace {
 
 // Unbuffered, so that nothing said is lost when the process is killed.
-void say(const QByteArray& line) {
-    const QByteArray text = line + '\n';
-    if (write(STDOUT_FILENO, text.constData(), static_cast<std::size_t>(text.size())) < 0) {
+void say(const std::string& line) {
+    const std::string text = line + '\n';
+    if (write(STDOUT_FILENO, text.data(), text.size()) < 0) {
         std::exit(1);
     }
 }
@@ -65,37 +61,6 @@ int hold(const char* path, const char* statements, const char* said) {
     }
 }
 
-// Adds a formula with two values, all or nothing.
-bool addFormula(clsDBFuncs& funcs, data::Connection& connection, const QString& name) {
-    bool added = false;
-    const bool committed = attempt([&] {
-        data::Transaction transaction(connection);
-        qint32 id = 0;
-        added = funcs.AddNewFormula(1, name, u"a+b"_s, {}, 0, id, connection) &&
-                funcs.AddNewVar(u"a"_s, id, name, connection) &&
-                funcs.AddNewVar(u"b"_s, id, name, connection);
-        if (added) {
-            transaction.commit();
-        }
-    });
-    return added && committed;
-}
-
-int edit(const char* path) {
-    test::RecordingQuestions questions;
-    clsDBFuncs funcs(questions);
-    data::Connection connection;
-    connection.open(QString::fromLocal8Bit(path));
-    for (int number = 1;; ++number) {
-        const QString name = u"formula %1 of %2"_s.arg(number).arg(getpid());
-        if (!addFormula(funcs, connection, name)) {
-            say("refused");
-            return 0;
-        }
-        say(name.toUtf8());
-    }
-}
-
 int session(const char* path, const char* ownFolder, int count) {
     test::RecordingQuestions questions;
     clsDBFuncs funcs(questions);
@@ -109,11 +74,11 @@ int session(const char* path, const char* ownFolder, int count) {
     }
     const qint32 property = session.add().value_or(0);
     for (int number = 1; number <= count; ++number) {
-        const QString text = u"a = %1 and b = %1"_s.arg(number);
+        const QString text = QStringLiteral("a = %1 and b = %1").arg(number);
         if (!session.saveFilter(property, parseCondition(text).tree)) {
             return 1;
         }
-        say(QByteArray::number(number));
+        say(std::to_string(number));
     }
     for (;;) {
         pause();
@@ -124,20 +89,13 @@ int session(const char* path, const char* ownFolder, int count) {
 
 int main(int argc, char** argv) {
     const std::string_view command = argc > 2 ? argv[1] : "";
-    try {
-        for (const auto& each : Holds) {
-            if (command == each.command) {
-                return hold(argv[2], each.statements, each.said);
-            }
+    for (const auto& each : Holds) {
+        if (command == each.command) {
+            return hold(argv[2], each.statements, each.said);
         }
-        if (command == "session" && argc > 4) {
-            return session(argv[2], argv[3], std::atoi(argv[4]));
-        }
-        if (command == "edit") {
-            return edit(argv[2]);
-        }
-    } catch (const data::Error& error) {
-        std::fprintf(stderr, "%s\n", error.what());
+    }
+    if (command == "session" && argc > 4) {
+        return session(argv[2], argv[3], std::atoi(argv[4]));
     }
     return 1;
 }

@@ -44,15 +44,12 @@ class LayerFile {
     LayerFile& operator=(const LayerFile&) = delete;
     ~LayerFile() { close(); }
 
-    qint64 size() {
+    /// The bytes from `offset` on, `length` of them or as many as there are.
+    QByteArray read(qint64 offset, int length) {
         qint64 size = 0;
         check(file()->pMethods->xFileSize(file(), &size));
-        return size;
-    }
-
-    /// At most `length` bytes from `offset` on, fewer at the end of the file.
-    QByteArray read(qint64 offset, qint64 length) {
-        QByteArray bytes(static_cast<qsizetype>(std::min(size() - offset, length)), '\0');
+        const qint64 left = std::max<qint64>(size - offset, 0);
+        QByteArray bytes(static_cast<qsizetype>(std::min<qint64>(left, length)), '\0');
         if (!bytes.isEmpty()) {
             check(file()->pMethods->xRead(file(), bytes.data(), static_cast<int>(bytes.size()),
                                           offset));
@@ -90,11 +87,14 @@ QByteArray fileStart(const QString& path, int length) {
     return LayerFile(path).read(0, length);
 }
 
-void readFile(const QString& path, const std::function<void(const QByteArray&)>& take) {
-    constexpr qint64 kPiece = 1 << 20;
+void readBytes(const QString& path, const std::function<void(const QByteArray&)>& take) {
+    constexpr int kPiece = 1 << 20;
     LayerFile file(path);
-    for (qint64 offset = 0; offset < file.size(); offset += kPiece) {
-        take(file.read(offset, kPiece));
+    qint64 offset = 0;
+    for (QByteArray piece = file.read(0, kPiece); !piece.isEmpty();
+         piece = file.read(offset, kPiece)) {
+        take(piece);
+        offset += piece.size();
     }
 }
 

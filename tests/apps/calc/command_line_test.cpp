@@ -1,11 +1,5 @@
 #include "calc/calc_process.h"
 
-#include <QDir>
-#include <QFileInfo>
-#include <QTemporaryDir>
-
-#include <algorithm>
-
 namespace varo::test {
 namespace {
 
@@ -70,55 +64,12 @@ TEST(CommandLine, WrongUsageEndsWithTwo) {
            {"--vars --table x.csv a", "“--vars”和“--table”不能同时使用！\n", 2}});
 }
 
-TEST(CommandLine, TheHelpFitsAScreen) {
-    const Outcome outcome = runCalc("--help");
-    EXPECT_EQ(outcome.status, 0);
-    QStringList lines = QString::fromStdString(outcome.out).split(u'\n');
-    EXPECT_EQ(lines.takeLast(), QString()) << "the last line must end";
-    EXPECT_GT(lines.size(), 10);
-    EXPECT_LE(lines.size(), 24);
-    for (const QString& line : lines) {
-        const auto isWide = [](QChar c) { return c.unicode() > 0xFF; };
-        EXPECT_LE(line.size() + std::count_if(line.begin(), line.end(), isWide), 80)
-            << line.toStdString();
-    }
-}
-
 TEST(CommandLine, AResultThatCannotBeWrittenFails) {
     for (const char* arguments : {"1+1", "--vars a", "--help", "--table - a"}) {
         const Outcome outcome = runCalc(arguments, "a\n1\n", u"/dev/full"_s);
         EXPECT_EQ(outcome.status, 1) << arguments;
         EXPECT_EQ(outcome.err, "无法写出结果：磁盘已满！\n") << arguments;
     }
-}
-
-/// Runs the commands behind "$ " in the guide's blocks of the kind "console"; what a block shows of
-/// a table with "cat" is the table for those behind it.
-TEST(Guide, ItsExamplesAreWhatTheProgramPrints) {
-    QFile guide(QStringLiteral(VARO_CALC_GUIDE));
-    ASSERT_TRUE(guide.open(QIODevice::ReadOnly));
-    const QTemporaryDir folder;
-    int calculations = 0;
-    for (const QString& block :
-         QString::fromUtf8(guide.readAll()).split(u"```console"_s).sliced(1)) {
-        for (const QString& example : block.section(u"```"_s, 0, 0).split(u"\n$ "_s).sliced(1)) {
-            const QString command = example.section(u'\n', 0, 0);
-            const QString shown = example.section(u'\n', 1).trimmed() + u'\n';
-            if (command.startsWith(u"cat ")) {
-                QFile table(folder.filePath(command.sliced(4)));
-                ASSERT_TRUE(table.open(QIODevice::WriteOnly) && table.write(shown.toUtf8()) > 0);
-                continue;
-            }
-            QProcess shell;
-            shell.setWorkingDirectory(folder.path());
-            shell.setProcessChannelMode(QProcess::MergedChannels);
-            const QString path = QFileInfo(QStringLiteral(VARO_CALC_PROGRAM)).path();
-            shell.start(u"sh"_s, {u"-c"_s, u"PATH="_s + path + u":$PATH; "_s + command});
-            EXPECT_EQ(outcomeOf(shell).out, shown.toStdString()) << qPrintable(command);
-            ++calculations;
-        }
-    }
-    EXPECT_GT(calculations, 5);
 }
 
 }  // namespace

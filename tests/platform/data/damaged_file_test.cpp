@@ -32,24 +32,17 @@ QByteArray soundFile() {
 
 class DamagedFile : public testing::Test {
   protected:
-    /// Writes the file and opens it; `use` also reads all of it and writes. True when that worked.
-    bool opens(const QByteArray& content, bool use = false) {
+    /// Writes the file and opens it. True when that worked.
+    bool opens(const QByteArray& content) {
         EXPECT_TRUE(writeFile(path(), content));
         bool opened = true;
         try {
             Connection connection;
             connection.open(path());
-            if (use) {
-                Recordset rows = connection.query(u"Select * From Item"_s);
-                for (; !rows.atEnd(); rows.moveNext()) {
-                    rows.text(1);
-                }
-                connection.execute(u"Insert Into Item(Name) Values('new')"_s);
-            }
         } catch (const Error&) {
             opened = false;
         }
-        EXPECT_TRUE(use || test::fileContent(path()) == content) << "the file has been changed";
+        EXPECT_TRUE(test::fileContent(path()) == content) << "the file has been changed";
         EXPECT_EQ(QDir(directory_.path()).entryList(QDir::Files), QStringList{u"file.db"_s});
         return opened;
     }
@@ -78,23 +71,6 @@ TEST_F(DamagedFile, IsRefusedWhereverItWasCutShort) {
     }
     EXPECT_FALSE(opens(sound.left(sound.size() - 4096)));
     EXPECT_FALSE(opens(sound.left(sound.size() - 1)));
-}
-
-TEST_F(DamagedFile, FailsCleanlyWhateverBytesAreWrong) {
-    const QByteArray sound = soundFile();
-    ASSERT_TRUE(opens(sound, true));
-    std::mt19937 random(13);
-    int refused = 0;
-    for (int round = 0; round < 200; ++round) {
-        QByteArray damaged = sound;
-        for (int change = 0; change < 50; ++change) {
-            const auto limit = static_cast<quint32>(round % 2 == 0 ? 4096 : damaged.size());
-            damaged[static_cast<qsizetype>(16 + random() % (limit - 16))] =
-                static_cast<char>(random());
-        }
-        refused += opens(damaged, true) ? 0 : 1;
-    }
-    EXPECT_GT(refused, 50);
 }
 
 }  // namespace

@@ -1,17 +1,13 @@
 #include "platform/ui/icons.h"
 
-#include "platform/ui/fonts.h"
 #include "platform/ui/ink.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFontMetrics>
 #include <QImage>
 #include <QPainter>
 #include <QPalette>
 
 #include <gtest/gtest.h>
-#include <vector>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -26,21 +22,6 @@ int differentPixels(const QImage& a, const QImage& b) {
         }
     }
     return count;
-}
-
-TEST(Icons, CanBeToldApartAtTheSmallestSize) {
-    EXPECT_TRUE(ownIcon(QString()).isNull());  // makes the resource known
-    std::vector<QImage> images;
-    for (const QString& file : QDir(u":/varo/icons"_s).entryList()) {
-        images.push_back(ownIcon(file.chopped(4)).pixmap(16, 16).toImage());
-        ASSERT_EQ(images.back().size(), QSize(16, 16)) << file.toStdString();
-    }
-    ASSERT_GT(images.size(), 10U);
-    for (size_t i = 0; i < images.size(); ++i) {
-        for (size_t k = i + 1; k < images.size(); ++k) {
-            EXPECT_GT(differentPixels(images[i], images[k]), 40) << i << " and " << k;
-        }
-    }
 }
 
 TEST(Icons, AreDrawnForTheScreensPixels) {
@@ -73,10 +54,6 @@ TEST(Icons, StandardActionsCanBeSeenOnEveryPaletteAndToldFromDisabledOnes) {
     }
     EXPECT_TRUE(themeIcon(u"no-such-icon"_s).isNull());
     QApplication::setPalette(before);
-}
-
-TEST(Fonts, TheSongFontWritesChinese) {
-    EXPECT_TRUE(QFontMetrics(songFont()).inFont(u'式'));
 }
 
 }  // namespace

@@ -1,0 +1,65 @@
+#include "search/property_editor.h"
+
+#include "library/library_backup.h"
+#include "platform/ui/dialogs.h"
+#include "search/property_dialog.h"
+
+#include <QPointer>
+#include <QScopeGuard>
+
+namespace varo {
+
+void PropertyEditor::reopen(int number) {
+    if (!library_.open(number)) {
+        questions_.inform(QStringLiteral("重新打开数据库失败！"));
+    }
+    library_.variables().Clear();
+    isOpen_ = false;
+}
+
+std::optional<int> PropertyEditor::edit(const PropertyTarget& target) {
+    if (isOpen_ || !library_.isOpen()) {
+        return std::nullopt;
+    }
+    isOpen_ = true;
+    int number = library_.number();
+    const QString folder = library_.folder();
+    const QString fileName = library_.fileName();
+    library_.close();
+    settleLeftBackup(files_.folder(), questions_);
+    PropertySession session(files_.folder(), library_.funcs());
+    QString failure = session.SetConnection(folder, fileName, {});
+    if (failure.isEmpty()) {
+        failure = session.InitForm(target.node, target.type);
+    }
+    if (!failure.isEmpty()) {
+        session.cancel();
+        questions_.inform(failure);
+        reopen(number);
+        return std::nullopt;
+    }
+    // The host may destroy the control, and the dialog with it, while it is open.
+    const QPointer<QWidget> window(&window_);
+    const QPointer dialog(
+        new PropertyDialog(target.title, session, properties_, questions_, &window_));
+    dialog->setWindowTitle(QStringLiteral("%1 - %2").arg(target.title, target.name));
+    const auto unload = qScopeGuard([&] { delete dialog; });
+    const bool isAccepted = ui::runDialog(*dialog);
+    if (window.isNull()) {
+        session.cancel();
+        return std::nullopt;
+    }
+    // Or have turned the control to another library, or to this one again.
+    number = library_.isOpen() ? library_.number() : number;
+    library_.close();
+    std::optional<int> count;
+    if (isAccepted && !dialog.isNull()) {
+        count = dialog->propertyCount();
+    } else if (const QString told = session.cancel(); !told.isEmpty()) {
+        questions_.inform(told);
+    }
+    reopen(number);
+    return count;
+}
+
+}  // namespace varo
