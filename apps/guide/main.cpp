@@ -1,3 +1,4 @@
+#include "condition_scene.h"
 #include "guide_desk.h"
 #include "host/chinese_application.h"
 #include "platform/ui/edit_grid.h"
@@ -211,9 +212,16 @@ void makePictures(const QString& configuration, const QDir& folder) {
         const char* name;
         QImage (*make)(GuideDesk&);
     } const scenes[] = {
-        {"overview", overview}, {"toolbar", toolBar},     {"calculation", calculation},
-        {"palette", palette},   {"menus", menus},         {"rename", rename},
-        {"delete", deletion},   {"picture", pictureMenu}, {"copy", copying},
+        {"overview", overview},
+        {"toolbar", toolBar},
+        {"calculation", calculation},
+        {"palette", palette},
+        {"menus", menus},
+        {"rename", rename},
+        {"delete", deletion},
+        {"picture", pictureMenu},
+        {"copy", copying},
+        {"conditions", locateConditions},
     };
     for (const auto& scene : scenes) {
         GuideDesk desk(configuration);

@@ -24,15 +24,15 @@ class Offering : public BeamDesk {
 
 TEST_F(Offering, TreeAndListOfferByKindAndPositionOfTheItem) {
     const std::tuple<QString, QString, QString> cases[] = {
-        {u"库1"_s, u""_s, u"NewFolder"_s},
-        {u"梁"_s, u""_s, u"NewFolder Del MoveDown Copy Rename"_s},
-        {u"柱"_s, u""_s, u"NewFolder Del MoveUp MoveDown Copy Rename"_s},
-        {u"板"_s, u""_s, u"NewFolder Del MoveUp Copy Rename"_s},
-        {u"管"_s, u""_s, u"NewFolder Del MoveDown Copy Rename"_s},
-        {u"梁"_s, u"弯曲"_s, u"NewFormula Del MoveDown Copy Rename"_s},
-        {u"梁"_s, u"剪切"_s, u"NewFormula Del MoveUp MoveDown Copy Rename"_s},
-        {u"梁"_s, u"扭转"_s, u"NewFormula Del MoveUp Copy Rename"_s},
-        {u"简支"_s, u"挠度"_s, u"NewFormula Del MoveDown Copy Rename"_s},
+        {u"库1"_s, u""_s, u"NewFolder LocateNode"_s},
+        {u"梁"_s, u""_s, u"NewFolder Del LocateNode MoveDown Copy Rename"_s},
+        {u"柱"_s, u""_s, u"NewFolder Del LocateNode MoveUp MoveDown Copy Rename"_s},
+        {u"板"_s, u""_s, u"NewFolder Del LocateNode MoveUp Copy Rename"_s},
+        {u"管"_s, u""_s, u"NewFolder Del LocateNode MoveDown Copy Rename"_s},
+        {u"梁"_s, u"弯曲"_s, u"NewFormula Del LocateFormula MoveDown Copy Rename"_s},
+        {u"梁"_s, u"剪切"_s, u"NewFormula Del LocateFormula MoveUp MoveDown Copy Rename"_s},
+        {u"梁"_s, u"扭转"_s, u"NewFormula Del LocateFormula MoveUp Copy Rename"_s},
+        {u"简支"_s, u"挠度"_s, u"NewFormula Del LocateFormula MoveDown Copy Rename"_s},
     };
     for (const auto& [node, formula, offered] : cases) {
         const bool inTree = formula.isEmpty();
@@ -50,7 +50,7 @@ TEST_F(Offering, TreeAndListOfferByKindAndPositionOfTheItem) {
 }
 
 TEST_F(Offering, EmptySpaceOfTheTreeAndTheKeyForMenusSpeakOfTheSelectedNode) {
-    const QString ofColumns = u"NewFolder Del MoveUp MoveDown Copy Rename"_s;
+    const QString ofColumns = u"NewFolder Del LocateNode MoveUp MoveDown Copy Rename"_s;
     select(u"柱"_s, u"稳定"_s);
     desk->clickEmptySpace(desk->tree(), Qt::RightButton);
     EXPECT_EQ(entries(), ofColumns);
