@@ -234,6 +234,33 @@ TEST_F(PropertyConditions, ALibraryThatCannotBeOpenedIsTold) {
     select(u"梁"_s);
 }
 
+TEST_F(PropertyConditions, WhatCannotBeRestoredIsOfferedTheNextTime) {
+    const NoWaiting noWaiting;
+    std::unique_ptr<LibraryProcess> other;
+    edit(u"梁"_s, {}, [&] {
+        addProperty(u"甲"_s);
+        addTerm(u"a"_s, u"等于"_s, u"1"_s);
+        click("cmdSearch");
+        click("cmdSaveFilter");
+        first.connection().close();
+        other = std::make_unique<LibraryProcess>(QStringList{u"lock"_s, first.path()});
+        other->readLine();
+        click("cmdCancel");
+    });
+    other.reset();
+    EXPECT_EQ(told(),
+              u"回滚数据库失败，无法恢复原有的数据！\n请关闭数据库文件再试！|"
+              "重新打开数据库失败！"_s);
+    EXPECT_TRUE(hasBackup());
+    EXPECT_NE(stored(), QString());
+    desk->questions().answers = {true};
+    edit(u"柱"_s, {}, [&] {
+        EXPECT_NE(asked(), QString());
+        EXPECT_EQ(stored(), QString());
+    });
+    EXPECT_FALSE(hasBackup());
+}
+
 TEST_F(PropertyConditions, TheHostMayTurnTheControlToAnotherLibraryOrDestroyIt) {
     const auto save = [&] {
         addProperty(u"甲"_s);
