@@ -56,6 +56,7 @@ TEST_F(PropertyConditions, APropertyWithItsConditionIsStoredLocatesAndGoesAgain)
             click("cmdOK");
         });
         EXPECT_EQ(stored(), QString());
+        desk->control().RunCalc();  // ends the highlight
     }
     EXPECT_EQ(told(), QString());
 }
@@ -268,15 +269,18 @@ TEST_F(PropertyConditions, TheHostMayTurnTheControlToAnotherLibraryOrDestroyIt) 
         click("cmdSearch");
         click("cmdSaveFilter");
     };
-    edit(u"梁"_s, u"剪切"_s, [&] {
-        save();
-        desk->control().ClickTreeNode(u"FormulaNode1->DBNode2"_s);
-        click("cmdCancel");
-    });
-    EXPECT_EQ(selected(), u"管"_s);
-    EXPECT_EQ(stored(), QString());
-    press(u"新建公式夹"_s);
+    for (const QString& node : {u"FormulaNode1->DBNode2"_s, folder(columns)}) {
+        edit(u"梁"_s, u"剪切"_s, [&] {
+            save();
+            desk->control().ClickTreeNode(node);
+            click("cmdCancel");
+        });
+        EXPECT_EQ(desk->tree().selectedKey(), node);
+        EXPECT_EQ(stored(), QString());
+        press(u"新建公式夹"_s);
+    }
     EXPECT_EQ(outline(second), u"管(流量)[新建公式夹()]"_s);
+    EXPECT_EQ(outline(first, columns), u"新建公式夹()"_s);
     edit(u"梁"_s, {}, [&] {
         save();
         click("cmdAddProp");
