@@ -29,7 +29,7 @@ class Agreeing : public varo::Questions {
   public:
     void inform(const QString& text) override { throw std::runtime_error(text.toStdString()); }
     bool confirm(const QString&, varo::Choice) override { return true; }
-    std::optional<varo::ChosenFile> chooseFile(const QString&, const QStringList&) override {
+    std::optional<varo::ChosenFile> chooseFile(const varo::FileQuestion&) override {
         return std::nullopt;
     }
 };

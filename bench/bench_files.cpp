@@ -4,7 +4,9 @@
 #include "store/library_connection.h"
 #include "store/template.h"
 
+#include <QBuffer>
 #include <QFile>
+#include <QImage>
 #include <QStringList>
 
 namespace varo::bench {
@@ -80,6 +82,45 @@ void makeValues(const QString& path, int rows, int perFormula) {
         connection.execute(
             QStringLiteral("insert into RecentVar(VarName,FormulaID,Value) values(?,?,?)"),
             {QStringLiteral("v%1").arg(i % perFormula), i / perFormula, QString::number(i % 97)});
+    }
+    transaction.commit();
+}
+
+void makeFoldersAndFormulas(const QString& path, int folders, int formulas) {
+    makeFolders(path, folders);
+    data::Connection connection;
+    connection.open(path);
+    data::Transaction transaction(connection);
+    for (int id = 1; id <= formulas; ++id) {
+        const FormulaRow formula = subtreeFormula(id % folders + 1, id);
+        connection.execute(
+            QStringLiteral("insert into Formula(Name,Formula,Memo,PicType,PID,OrderID) "
+                           "values(?,?,?,0,?,?)"),
+            {formula.name, formula.expression, formula.memo, id % folders + 1, id});
+    }
+    transaction.commit();
+}
+
+void makePictures(const QString& path, int count) {
+    makeFormulas(path, count);
+    constexpr QSize kSize(640, 480);
+    QImage image(kSize, QImage::Format_RGB32);
+    for (int y = 0; y < kSize.height(); ++y) {
+        for (int x = 0; x < kSize.width(); ++x) {
+            image.setPixel(x, y, qRgb(x * y % 256, x % 256, y % 256));
+        }
+    }
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "jpg");
+    data::Connection connection;
+    connection.open(path);
+    data::Transaction transaction(connection);
+    for (int id = 1; id <= count; ++id) {
+        data::BlobField field =
+            connection.field(QStringLiteral("Formula"), QStringLiteral("Pic"), id);
+        field.replace(bytes.size());
+        field.appendChunk({bytes.constData(), static_cast<std::size_t>(bytes.size())});
     }
     transaction.commit();
 }

@@ -32,6 +32,12 @@ void makeSubtree(const QString& path, int folders, int formulasEach);
 /// formulas share, and one formula that uses some of them.
 void makeValues(const QString& path, int rows, int perFormula);
 
+/// Writes a library of so many folders in a tree eight wide, and formulas spread over them.
+void makeFoldersAndFormulas(const QString& path, int folders, int formulas);
+
+/// Writes a library with one folder of `count` formulas that have a picture each.
+void makePictures(const QString& path, int count);
+
 /// Writes a configuration file into `folder` that names these libraries.
 void makeConfiguration(const QString& folder, const QStringList& libraries);
 

@@ -95,18 +95,24 @@ void GuideDesk::pointAt(const QString& entry) {
 }
 
 QImage GuideDesk::pictureOfQuestion(const std::function<void()>& ask) {
+    return pictureOfDialog(ask, [](QWidget&) {});
+}
+
+QImage GuideDesk::pictureOfDialog(const std::function<void()>& open,
+                                  const std::function<void(QWidget& dialog)>& use) {
     QImage taken;
-    QTimer whileAsked;
-    connect(&whileAsked, &QTimer::timeout, this, [&] {
+    QTimer whileOpen;
+    connect(&whileOpen, &QTimer::timeout, this, [&] {
         QWidget* box = QApplication::activeModalWidget();
         if (box != nullptr && taken.isNull()) {
-            whileAsked.stop();
+            whileOpen.stop();
+            use(*box);
             taken = grabWithPopups();
             QTest::keyClick(box, Qt::Key_Escape);
         }
     });
-    whileAsked.start(0);
-    ask();
+    whileOpen.start(0);
+    open();
     if (taken.isNull()) {
         throw DriverError(QStringLiteral("nothing was asked"));
     }

@@ -28,6 +28,10 @@ class GuideDesk : public QWidget, public ControlDriver {
     /// which is then given up.
     QImage pictureOfQuestion(const std::function<void()>& ask);
 
+    /// The same for a dialog, which is first worked with.
+    QImage pictureOfDialog(const std::function<void()>& open,
+                           const std::function<void(QWidget& dialog)>& use);
+
     /// The window as it is.
     QImage picture() { return grabWithPopups(); }
 

@@ -1,12 +1,18 @@
 #include "condition_scene.h"
+#include "driver/dialog_driver.h"
 #include "guide_desk.h"
 #include "host/chinese_application.h"
 #include "platform/ui/edit_grid.h"
+#include "platform/ui/picture_grid.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QHash>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QMessageBox>
 #include <QPainter>
 #include <QTabBar>
@@ -15,6 +21,7 @@
 #include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
+#include <QTreeView>
 
 #include <algorithm>
 #include <cstdlib>
@@ -207,6 +214,116 @@ QImage copying(GuideDesk& desk) {
         .copy(kQuestionCrop);
 }
 
+/// Shows a folder that a user could have in place of the one that the pictures are taken in.
+void showFolder(const QDialog& dialog, const QString& file) {
+    const QStringList folders{QStringLiteral("/"), QStringLiteral("home"),
+                              QStringLiteral("公式库")};
+    partOf<QLabel>(dialog, "lblShowDBPath").setText(QStringLiteral("/home/公式库/") + file);
+    if (auto* list = dialog.findChild<QListWidget*>(QStringLiteral("DirDB"))) {
+        list->clear();
+        for (qsizetype depth = 0; depth < folders.size(); ++depth) {
+            list->addItem(QString(2 * depth, u' ') + folders[depth]);
+        }
+        list->setCurrentRow(list->count() - 1);
+    }
+}
+
+/// The dialog of the value sources on the elongation of a stepped bar, whose E comes from a table.
+QImage valueSources(GuideDesk& desk) {
+    QImage taken;
+    desk.clickItem(desk.tree(), QStringLiteral("轴向拉伸与压缩"));
+    const auto open = [&] {
+        desk.clickItem(desk.list(), QStringLiteral("阶梯杆的总伸长"), Qt::RightButton);
+        desk.choose("mnuPopVarSource");
+    };
+    withDialog("frmVarSource", open, [&](QDialog& dialog) {
+        auto& grid = partOf<ui::EditGrid>(dialog, "MSFEditVarSource");
+        grid.setCurrentCell(rowOf(grid, QStringLiteral("E")) - 1, 2);
+        settle();
+        const QImage sources = dialog.grab().toImage();
+        const auto choose = [&] { QTest::keyClick(&grid, Qt::Key_F4); };
+        withDialog("frmSelDB", choose, [&](QDialog& chooser) {
+            showFolder(chooser, {});
+            settle();
+            taken = sideBySide(sources, chooser.grab().toImage());
+        });
+    });
+    return taken;
+}
+
+/// The picker on the steels, filtered by what is typed.
+QImage picker(GuideDesk& desk) {
+    QImage taken;
+    desk.clickItem(desk.tree(), QStringLiteral("轴向拉伸与压缩"));
+    desk.clickItem(desk.list(), QStringLiteral("阶梯杆的总伸长"));
+    auto& grid = desk.child<ui::EditGrid>(QStringLiteral("MSFEditVarList"));
+    grid.setFocus();
+    grid.setCurrentCell(rowOf(grid, QStringLiteral("E")) - 1, 1);
+    const auto open = [&] { QTest::keyClick(&grid, Qt::Key_F4); };
+    withDialog("frmSelValue", open, [&](QDialog& dialog) {
+        settle();
+        desk.type(partOf<QLineEdit>(dialog, "txtFilter"), QStringLiteral("Q3"));
+        showFolder(dialog, QStringLiteral("材料.mdb"));
+        settle();
+        taken = dialog.grab().toImage();
+    });
+    return taken;
+}
+
+QImage manager(GuideDesk& desk) {
+    desk.clickItem(desk.tree(), QStringLiteral("弯曲"));
+    const auto selectSecond = [](const QWidget& dialog) {
+        auto& list = *dialog.findChild<QTreeView*>();
+        list.setCurrentIndex(list.model()->index(1, 0));
+    };
+    return desk.pictureOfDialog([&] { desk.clickButton(QStringLiteral("公式库管理")); },
+                                selectSecond);
+}
+
+/// Works with the find dialog and takes its picture.
+QImage findDialog(GuideDesk& desk, const std::function<void(QWidget&)>& use) {
+    QRect dialog;
+    desk.clickItem(desk.tree(), QStringLiteral("弯曲"));
+    const QImage image = desk.pictureOfDialog([&] { desk.clickButton(QStringLiteral("查找")); },
+                                              [&](QWidget& shown) {
+                                                  shown.resize(560, 420);
+                                                  shown.move(desk.mapToGlobal(QPoint(0, 0)));
+                                                  use(shown);
+                                                  settle();
+                                                  dialog = QRect(QPoint(0, 0), shown.size());
+                                              });
+    return image.copy(dialog);
+}
+
+QImage finding(GuideDesk& desk) {
+    return findDialog(desk, [](QWidget& dialog) {
+        for (const char* name : {"ChkFolder", "ChkFormula", "ChkName", "OptFindName2"}) {
+            dialog.findChild<QAbstractButton*>(QString::fromLatin1(name))->click();
+        }
+        auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("txtName"));
+        name->setText(QStringLiteral("弯"));
+        QTest::keyClick(name, Qt::Key_Return);
+        auto* results = dialog.findChild<QTreeView*>(QStringLiteral("lvFindResult"));
+        results->setCurrentIndex(results->model()->index(1, 0));
+    });
+}
+
+QImage findingByPicture(GuideDesk& desk) {
+    return findDialog(desk, [](QWidget& dialog) {
+        dialog.findChild<QTabBar*>(QStringLiteral("TabFind"))->setCurrentIndex(1);
+        auto* grid = dialog.findChild<ui::PictureGrid*>(QStringLiteral("ImageGridFind"));
+        grid->setFocus();
+        grid->setCurrentIndex(grid->model()->index(1, 0));
+        constexpr int kSeen = 6;
+        if (!QTest::qWaitFor([&] {
+                return grid->stateOf(kSeen - 1) == ui::PictureGrid::State::Shown &&
+                       grid->stateOf(0) == ui::PictureGrid::State::Shown;
+            })) {
+            throw DriverError(QStringLiteral("the pictures do not appear"));
+        }
+    });
+}
+
 void makePictures(const QString& configuration, const QDir& folder) {
     struct {
         const char* name;
@@ -222,6 +339,11 @@ void makePictures(const QString& configuration, const QDir& folder) {
         {"picture", pictureMenu},
         {"copy", copying},
         {"conditions", locateConditions},
+        {"sources", valueSources},
+        {"picker", picker},
+        {"manager", manager},
+        {"find", finding},
+        {"images", findingByPicture},
     };
     for (const auto& scene : scenes) {
         GuideDesk desk(configuration);

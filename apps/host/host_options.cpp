@@ -41,6 +41,10 @@ const std::array kOptions{
            QStringLiteral("select a tree node (DBNode1, FormulaNode2->DBNode1) or a formula of\n"
                           "the selected node (LvFormulaKey3); may be repeated"),
            [](HostOptions& options, const QString& value) { options.selections.append(value); }},
+    Option{QStringLiteral("--locate"), QStringLiteral("NAME"),
+           QStringLiteral("call SetDesignProp with the name of a property, print what is located,\n"
+                          "and show the first of it; may be repeated"),
+           [](HostOptions& options, const QString& value) { options.locates.append(value); }},
     Option{QStringLiteral("--set"), QStringLiteral("NAME=VALUE"),
            QStringLiteral("type a value into the variable grid, then calculate; may be repeated"),
            [](HostOptions& options, const QString& value) {

@@ -20,6 +20,7 @@ struct NamedValue {
 struct HostOptions {
     QString deployFolder;          ///< "" when none was named
     QStringList selections;        ///< keys of tree nodes and list items, in order
+    QStringList locates;           ///< names of properties to locate by, in order
     QList<NamedValue> values;      ///< variables of the formula selected last, in order
     QList<NamedValue> properties;  ///< the host's properties, in order
     QString screenshot;            ///< file for a picture of the window; "" for none

@@ -4,6 +4,7 @@
 #include "driver/control_driver.h"
 #include "host/control_report.h"
 #include "host/host_window.h"
+#include "host/locate_report.h"
 #include "host/property_table.h"
 #include "platform/questions/questions.h"
 
@@ -31,8 +32,8 @@ class PrintingQuestions : public Questions {
         return true;
     }
 
-    std::optional<ChosenFile> chooseFile(const QString& title, const QStringList&) override {
-        print(title);
+    std::optional<ChosenFile> chooseFile(const FileQuestion& question) override {
+        print(question.title);
         return std::nullopt;
     }
 
@@ -59,10 +60,15 @@ void selectKey(ControlDriver& driver, const QString& key) {
     }
 }
 
-void followOptions(const HostOptions& options, HostWindow& window) {
+void followOptions(const HostOptions& options, HostWindow& window, QTextStream& out) {
     ControlDriver driver(window.control());
     for (const QString& key : options.selections) {
         selectKey(driver, key);
+    }
+    for (const QString& property : options.locates) {
+        for (const QString& line : locateLines(window.control(), property)) {
+            out << line << Qt::endl;
+        }
     }
     try {
         for (const NamedValue& value : options.values) {
@@ -87,7 +93,7 @@ int runHost(const HostOptions& options, QTextStream& out, QTextStream& err) {
     window.show();
     window.openFolder(options.deployFolder);
     const bool started = !printing.informed();
-    followOptions(options, window);
+    followOptions(options, window, out);
     if (!options.reports()) {
         return QApplication::exec();
     }

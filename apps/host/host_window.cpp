@@ -3,6 +3,7 @@
 #include "control/varo_calcex.h"
 #include "host/cell_info_panel.h"
 #include "host/line_list.h"
+#include "host/locate_report.h"
 #include "host/named_widget.h"
 #include "host/property_table.h"
 #include "platform/ui/node_view.h"
@@ -178,7 +179,11 @@ void HostWindow::buildControlMenu() {
     addCall(QStringLiteral("SelFormula"), QStringLiteral("TheKey"), &Varo_CalcEx::SelFormula,
             "lvFormula");
     addCall(QStringLiteral("SetDesignProp"), QStringLiteral("TheLocationPropName"),
-            &Varo_CalcEx::SetDesignProp);
+            [this](Varo_CalcEx& control, const QString& property) {
+                for (const QString& line : locateLines(control, property)) {
+                    log_->append(line);
+                }
+            });
     addCall(QStringLiteral("SetSelPropValue"), QStringLiteral("ThePropValue"),
             &Varo_CalcEx::SetSelPropValue);
     menu->addSeparator();

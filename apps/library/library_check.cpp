@@ -1,3 +1,5 @@
+#include "library/condition_text.h"
+#include "library/filter_store.h"
 #include "library/library_text.h"
 #include "library/limits.h"
 #include "platform/data/connection.h"
@@ -80,6 +82,8 @@ constexpr std::array kFaultQueries = {
     R"(select printf('condition %d of filter %d: it has no comparison', ID, UserID)
        from FilterCond where Type = 4 and not exists (select 1 from FilterExpressions
        where FilterID = UserID and ExpID = FilterCond.ID) order by rowid)",
+    R"(select printf('%d conditions of filter %d have the identifier %d', count(*), UserID, ID)
+       from FilterCond group by UserID, ID having count(*) > 1)",
     R"(select printf('condition %d of filter %d: its type is %d', ID, UserID, Type)
        from FilterCond where coalesce(Type, 0) not in (1, 2, 3, 4) order by rowid)",
 };
@@ -134,6 +138,7 @@ class Check {
             attempt([&] { addRows(QLatin1String(query)); });
         }
         attempt([&] { checkAncestors(); });
+        attempt([&] { checkConditions(); });
         attempt([&] { checkPictures(); });
         for (const TextLimit& limit : kTextLimits) {
             attempt([&] { checkLength(limit); });
@@ -250,6 +255,32 @@ class Check {
             path.prepend(named(id));
         } while (id != start);
         add(QStringLiteral("folders are inside themselves: ") + path.join(QStringLiteral(" > ")));
+    }
+
+    /// What the rows are, taken together; what is wrong with a single one has been reported.
+    void checkConditions() {
+        for (auto rs = connection_.query(
+                 QStringLiteral("select distinct UserID from FilterCond order by UserID"));
+             !rs.atEnd(); rs.moveNext()) {
+            const QString filter = QStringLiteral("filter %1: ").arg(rs.integer(0));
+            const StoredCondition stored =
+                conditionFromRows(readFilterRows(connection_, rs.integer(0)));
+            if (!stored.isWhole) {
+                add(filter + QStringLiteral("it contains itself, is nested too deep or has too "
+                                            "many conditions"));
+            } else if (stored.remarks.isEmpty()) {
+                addFaults(filter, stored.tree);
+            }
+        }
+    }
+
+    void addFaults(const QString& filter, const ConditionTree& tree) {
+        for (const ConditionFault& fault : conditionFaults(tree)) {
+            if (fault.kind != ConditionFaultKind::UnknownType &&
+                fault.kind != ConditionFaultKind::NoTerm) {
+                add(filter + conditionFaultText(fault.kind));
+            }
+        }
     }
 
     void checkPictures() {

@@ -1,3 +1,4 @@
+#include "library/condition_lines.h"
 #include "library/library_text.h"
 #include "library/sibling_order.h"
 #include "library/text_error.h"
@@ -224,7 +225,12 @@ class Dump {
         textUnlessEmpty("memo", value.memo);
     }
 
+    /// The condition of a filter stands with the first property that has it, where one line tells
+    /// it.
     void writeProperties() {
+        lines_ = conditionLines(connection_);
+        qint32 lastId = lastIdGivenAsRows();
+        QSet<qint32> written;
         for (auto rs = connection_.query(QStringLiteral(
                  "select PropID,PropName,FilterID,NodeID,NodeType from Property order by rowid"));
              !rs.atEnd(); rs.moveNext()) {
@@ -234,13 +240,41 @@ class Dump {
             numberUnless("filter", rs.integer(2), 0);
             number("node", rs.integer(3));
             number("node_type", rs.integer(4));
+            const auto condition = lines_.find(rs.integer(2));
+            if (condition != lines_.end() && !written.contains(condition->first)) {
+                written.insert(condition->first);
+                lastId = writeCondition(condition->second, lastId);
+            }
         }
+    }
+
+    /// Returns the largest identifier of a condition written so far.
+    qint32 writeCondition(const ConditionLine& condition, qint32 lastId) {
+        text("condition", condition.text);
+        if (qint64{condition.firstId} != qint64{lastId} + 1) {
+            number("condition_id", condition.firstId);
+        }
+        return std::max(lastId, condition.lastId);
+    }
+
+    qint32 lastIdGivenAsRows() {
+        qint32 last = 0;
+        for (auto rs = connection_.query(
+                 QStringLiteral("select UserID,ID from FilterCond union select FilterID,ExpID "
+                                "from FilterExpressions"));
+             !rs.atEnd(); rs.moveNext()) {
+            last = lines_.contains(rs.integer(0)) ? last : std::max(last, rs.integer(1));
+        }
+        return last;
     }
 
     void writeConditions() {
         for (auto rs = connection_.query(
                  QStringLiteral("select ID,UserID,ParentID,Type from FilterCond order by rowid"));
              !rs.atEnd(); rs.moveNext()) {
+            if (lines_.contains(rs.integer(1))) {
+                continue;
+            }
             begin("condition");
             number("id", rs.integer(0));
             number("user", rs.integer(1));
@@ -254,6 +288,9 @@ class Dump {
                  QStringLiteral("select FilterID,ExpID,TableName,FieldName,FieldType,CompareType,"
                                 "TheConst from FilterExpressions order by rowid"));
              !rs.atEnd(); rs.moveNext()) {
+            if (lines_.contains(rs.integer(0))) {
+                continue;
+            }
             begin("expression");
             number("filter", rs.integer(0));
             number("id", rs.integer(1));
@@ -309,6 +346,7 @@ class Dump {
     RowsByOwner<Placed> folders_;
     RowsByOwner<Placed> formulas_;
     RowsByOwner<StoredValue> values_;
+    std::map<qint32, ConditionLine> lines_;
     SiblingOrder folderOrder_;
     SiblingOrder formulaOrder_;
 };

@@ -1,6 +1,10 @@
 #include "library/library_tool.h"
 
 #include "library/library_text.h"
+#include "platform/data/create_database.h"
+#include "platform/data/error.h"
+
+#include <QFile>
 
 #include <exception>
 
@@ -15,6 +19,8 @@ constexpr auto usage =
     "  varo-library build TEXT FILE   make the library FILE from the text TEXT\n"
     "  varo-library dump FILE         write the text of the library FILE\n"
     "  varo-library check FILE        look for faults in the library FILE\n"
+    "  varo-library tables TEXT FILE  make the file FILE of the data tables that TEXT creates in "
+    "SQL\n"
     "  varo-library --help            show this\n"
     "\n"
     "Exit code: 0 done, 1 failed or faults found, 2 wrong arguments.\n";
@@ -38,6 +44,14 @@ ExitCode check(const QString& path, QIODevice& out) {
     return Done;
 }
 
+void makeTables(const QString& textPath, const QString& filePath) {
+    QFile text(textPath);
+    if (!text.open(QIODevice::ReadOnly)) {
+        throw data::Error(textPath + QStringLiteral(": ") + text.errorString());
+    }
+    data::createDatabase(filePath, QString::fromUtf8(text.readAll()));
+}
+
 ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
     const QString command = arguments.value(0);
     if (arguments == QStringList{QStringLiteral("--help")} ||
@@ -55,6 +69,10 @@ ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
     }
     if (command == u"check" && arguments.size() == 2) {
         return check(arguments[1], out);
+    }
+    if (command == u"tables" && arguments.size() == 3) {
+        makeTables(arguments[1], arguments[2]);
+        return Done;
     }
     err.write(usage);
     return WrongUsage;

@@ -8,6 +8,7 @@ namespace varo {
 void FolderTreeModel::clear() {
     beginResetModel();
     tree_.clear();
+    notes_.clear();
     endResetModel();
 }
 
@@ -57,7 +58,14 @@ void FolderTreeModel::removeFolders(const QModelIndex& parent) {
 
 void FolderTreeModel::setImages(const QModelIndex& index, FolderTree::Images images) {
     tree_.setImages(nodeOf(index), images);
-    emit dataChanged(index, index, {Qt::DecorationRole, ui::NodeView::SelectedIconRole});
+    emit dataChanged(
+        index, index,
+        {Qt::DecorationRole, ui::NodeView::SelectedIconRole, Qt::AccessibleDescriptionRole});
+}
+
+void FolderTreeModel::setNote(const QModelIndex& library, const QString& text) {
+    notes_.insert(nodeOf(library), text);
+    emit dataChanged(library, library, {Qt::ToolTipRole});
 }
 
 QModelIndex FolderTreeModel::indexOf(FolderTree::Node node) const {
@@ -97,6 +105,11 @@ QVariant FolderTreeModel::data(const QModelIndex& index, int role) const {
     return {};
 }
 
+QString FolderTreeModel::toolTip(FolderTree::Node node) const {
+    const QString note = notes_.value(node);
+    return note.isEmpty() ? tree_.text(node) : tree_.text(node) + u'\n' + note;
+}
+
 QVariant FolderTreeModel::nameData(FolderTree::Node node, int role) const {
     switch (role) {
         case Qt::DisplayRole:
@@ -105,11 +118,14 @@ QVariant FolderTreeModel::nameData(FolderTree::Node node, int role) const {
         case Qt::EditRole:
             return tree_.text(node);
         case Qt::ToolTipRole:
-            return ui::plainToolTip(tree_.text(node));
+            return ui::plainToolTip(toolTip(node));
         case Qt::DecorationRole:
             return nodeIcon(static_cast<NodeImage>(tree_.images(node).image));
         case ui::NodeView::SelectedIconRole:
             return nodeIcon(static_cast<NodeImage>(tree_.images(node).selectedImage));
+        case Qt::AccessibleDescriptionRole:
+            return locatedDescription(static_cast<NodeImage>(tree_.images(node).image) ==
+                                      NodeImage::FolderLocated);
         case ui::NodeView::KeyRole:
             return keyOf(tree_.id(node));
         default:

@@ -3,6 +3,7 @@
 #include "browse/folder_tree.h"
 
 #include <QAbstractItemModel>
+#include <QHash>
 
 #include <functional>
 
@@ -28,6 +29,9 @@ class FolderTreeModel : public QAbstractItemModel {
     void removeFolder(const QModelIndex& index);
     void removeFolders(const QModelIndex& parent);
     void setImages(const QModelIndex& index, FolderTree::Images images);
+
+    /// Adds a text to the tool tip of a library.
+    void setNote(const QModelIndex& library, const QString& text);
 
     /// Stores the new label of a folder; false leaves the label as it was.
     using Renamer = std::function<bool(const NodeId& folder, const QString& label)>;
@@ -58,8 +62,10 @@ class FolderTreeModel : public QAbstractItemModel {
 
   private:
     QVariant nameData(FolderTree::Node node, int role) const;
+    QString toolTip(FolderTree::Node node) const;
 
     FolderTree tree_;
+    QHash<FolderTree::Node, QString> notes_;
     Renamer renamer_;
 };
 

@@ -76,7 +76,7 @@ void FormulaListModel::setImage(qint32 id, FormulaImage image) {
     const QModelIndex index = indexOf(id);
     if (index.isValid()) {
         images_[static_cast<std::size_t>(index.row())] = image;
-        emit dataChanged(index, index, {Qt::DecorationRole});
+        emit dataChanged(index, index, {Qt::DecorationRole, Qt::AccessibleDescriptionRole});
     }
 }
 
@@ -122,6 +122,9 @@ QVariant FormulaListModel::data(const QModelIndex& index, int role) const {
             return index.column() == NameColumn
                        ? formulaIcon(images_[static_cast<std::size_t>(index.row())])
                        : QVariant();
+        case Qt::AccessibleDescriptionRole:
+            return locatedDescription(images_[static_cast<std::size_t>(index.row())] ==
+                                      FormulaImage::FormulaLocated);
         case ui::NodeView::KeyRole:
             return formula.NodeKey;
         default:

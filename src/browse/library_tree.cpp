@@ -1,6 +1,8 @@
 #include "browse/library_tree.h"
 
 #include "library/folders.h"
+#include "library/library_files.h"
+#include "library/library_list.h"
 #include "library/properties.h"
 #include "platform/ui/node_view.h"
 #include "store/keys.h"
@@ -15,6 +17,8 @@ constexpr auto kLibraryWithProperty =
 constexpr auto kFolderWithProperty =
     FolderTree::imagesOf(NodeImage::FolderWithProperty, NodeImage::FolderWithPropertyOpen);
 constexpr auto kPlainLibrary = FolderTree::imagesOf(NodeImage::Library, NodeImage::Library);
+constexpr auto kUnreadableLibrary =
+    FolderTree::imagesOf(NodeImage::LibraryUnreadable, NodeImage::LibraryUnreadable);
 constexpr auto kLocated = FolderTree::imagesOf(NodeImage::FolderLocated, NodeImage::FolderLocated);
 
 constexpr FolderTree::Images imagesWithProperty(const NodeId& node) {
@@ -31,40 +35,78 @@ LibraryTree::LibraryTree(ui::NodeView& view, CurrentLibrary& library, Questions&
     connect(&view, &ui::NodeView::nodeExpanded, &view, &ui::NodeView::selectItem);
 }
 
-bool LibraryTree::BuildFormulaTree(const colFormulaDB& libraries) {
+bool LibraryTree::BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable onUnreadable) {
     view_.setEnabled(true);
     clear();
+    bool allRead = true;
     for (const clsFormulaDB& library : libraries) {
-        if (!addLibrary(library)) {
+        const QString failure = addLibrary(library);
+        allRead = allRead && failure.isEmpty();
+        if (!failure.isEmpty() && onUnreadable == OnUnreadable::Stop) {
+            questions_.inform(failure);
             return false;
         }
     }
     model_.squeeze();
-    return true;
+    return allRead;
 }
 
-bool LibraryTree::addLibrary(const clsFormulaDB& library) {
+/// Returns what the user is to be told when the library cannot be read; "" otherwise.
+QString LibraryTree::addLibrary(const clsFormulaDB& library) {
     const int number = libraryNumberOf(library.NodeKey);
     const QPersistentModelIndex root = model_.addLibrary(number, library.FormulaNodeText);
     view_.scrollTo(root);
-    const auto failed = [this](const QString& message) {
-        questions_.inform(message);
-        return false;
-    };
     library_.close();
-    if (!library_.open(number)) {
-        return failed(QStringLiteral("无法打开用户选择的数据库！"));
+    const bool opened = library_.open(number);
+    const QString failure =
+        opened ? readInto(root, number) : QStringLiteral("无法打开用户选择的数据库！");
+    if (!failure.isEmpty()) {
+        unread_.insert(number);
+        mark(root, library, opened ? failure : reasonOf(library_.openFailure()));
     }
+    return failure;
+}
+
+/// Shows the folders of the current library below its node.
+QString LibraryTree::readInto(const QModelIndex& root, int number) {
     FolderRows rows;
     if (!readFolders(library_, rows)) {
-        return failed(QStringLiteral("读取数据库失败，无法显示完整的树结构！"));
+        return QStringLiteral("读取数据库失败，无法显示完整的树结构！");
     }
     model_.addFolders(root, std::move(rows));
     view_.expand(root);
     std::vector<qint32> withProperty;
     const bool propertiesRead = readNodesWithProperty(library_, NodeTypeFolder, withProperty);
     markProperties(number, withProperty);
-    return propertiesRead || failed(propertiesNotReadMessage());
+    return propertiesRead ? QString() : propertiesNotReadMessage();
+}
+
+void LibraryTree::readAgain() {
+    const int number = library_.number();
+    const QModelIndex root = model_.find({number, std::nullopt});
+    if (!unread_.contains(number) || !root.isValid()) {
+        return;
+    }
+    const FolderTree::Images before = model_.tree().images(FolderTreeModel::nodeOf(root));
+    model_.removeFolders(root);
+    model_.setImages(root, kPlainLibrary);
+    if (readInto(root, number).isEmpty()) {
+        unread_.remove(number);
+        model_.setNote(root, QString());
+    } else {
+        model_.setImages(root, before);
+    }
+}
+
+void LibraryTree::clear() {
+    model_.clear();
+    unread_.clear();
+}
+
+void LibraryTree::mark(const QModelIndex& root, const clsFormulaDB& library,
+                       const QString& reason) {
+    model_.setImages(root, kUnreadableLibrary);
+    model_.setNote(root, pathOf(library) + u'\n' + reason);
 }
 
 void LibraryTree::markProperties(int library, const std::vector<qint32>& folders) {

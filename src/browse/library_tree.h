@@ -4,6 +4,7 @@
 #include "library/current_library.h"
 
 #include <QObject>
+#include <QSet>
 
 #include <optional>
 #include <utility>
@@ -14,6 +15,9 @@ class NodeView;
 }
 
 namespace varo {
+
+/// What becomes of the libraries behind one that cannot be read.
+enum class OnUnreadable { Stop, GoOn };
 
 /// The library tree: the configured libraries and their folders. It shows which node is selected;
 /// SelectionController decides, but for a node that the user opens, which is then selected.
@@ -28,12 +32,16 @@ class LibraryTree : public QObject {
     FolderTreeModel& model() { return model_; }
 
     /// Fills the tree anew from `libraries`, opening each in turn; the last one is then the current
-    /// library. Returns false, having told the user, at the first library that cannot be read; the
-    /// libraries before it stay.
-    bool BuildFormulaTree(const colFormulaDB& libraries);
+    /// library. The node of a library that cannot be read is marked, with path and reason as its
+    /// tool tip. To stop there tells the user; the libraries before it stay. Returns whether all
+    /// could be read.
+    bool BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable onUnreadable);
 
     /// Removes every node.
-    void clear() { model_.clear(); }
+    void clear();
+
+    /// Shows the folders of the current library when they could not be read before and now can.
+    void readAgain();
 
     bool contains(const NodeId& node) const { return model_.find(node).isValid(); }
     /// Name of a node; "" for an unknown one.
@@ -81,7 +89,9 @@ class LibraryTree : public QObject {
     void nodeClicked(const NodeId& node);
 
   private:
-    bool addLibrary(const clsFormulaDB& library);
+    QString addLibrary(const clsFormulaDB& library);
+    QString readInto(const QModelIndex& root, int number);
+    void mark(const QModelIndex& root, const clsFormulaDB& library, const QString& reason);
     void removeStale(const NodeId& folder, const NodeId& kept);
     void collectExpanded(const QModelIndex& parent, std::vector<NodeId>& expanded) const;
     std::vector<std::pair<NodeId, FolderTree::Images>> markedBelow(const QModelIndex& parent) const;
@@ -90,6 +100,7 @@ class LibraryTree : public QObject {
     CurrentLibrary& library_;
     Questions& questions_;
     FolderTreeModel model_;
+    QSet<int> unread_;  ///< numbers of the libraries that could not be read
 };
 
 }  // namespace varo

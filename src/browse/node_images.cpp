@@ -22,6 +22,8 @@ QString nameOf(NodeImage image) {
             return QStringLiteral("folder-open-property");
         case NodeImage::FolderLocated:
             return QStringLiteral("folder-located");
+        case NodeImage::LibraryUnreadable:
+            return QStringLiteral("library-unreadable");
     }
     return {};
 }
@@ -46,6 +48,10 @@ QIcon nodeIcon(NodeImage image) {
 
 QIcon formulaIcon(FormulaImage image) {
     return ui::ownIcon(nameOf(image));
+}
+
+QString locatedDescription(bool isLocated) {
+    return isLocated ? QStringLiteral("定位到的项") : QString();
 }
 
 }  // namespace varo

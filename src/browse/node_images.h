@@ -13,11 +13,16 @@ enum class NodeImage {
     FolderWithProperty = 5,
     FolderWithPropertyOpen = 6,
     FolderLocated = 7,
+    LibraryUnreadable = 8,
 };
 enum class FormulaImage { Formula = 2, FormulaWithProperty = 12, FormulaLocated = 13 };
 
 /// Icons sharp at every scale; an index that has none gives an empty icon.
 QIcon nodeIcon(NodeImage image);
 QIcon formulaIcon(FormulaImage image);
+
+/// What those who do not see the picture are told of an item that is drawn as located; nothing of
+/// any other.
+QString locatedDescription(bool isLocated);
 
 }  // namespace varo

@@ -49,6 +49,9 @@ bool SelectionController::showNode(NodeId node, const QString& notOpened) {
     pane_.ClearFormulaPanel();
     HeldMessages messages;
     const bool opened = library_.open(node.library);
+    if (opened && !node.isFolder()) {
+        tree_.readAgain();
+    }
     if (!opened || !list_.ShowFolderFormulas(node.parentId(), messages)) {
         showNothing();
         messages.inform(opened

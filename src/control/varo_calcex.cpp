@@ -1,7 +1,7 @@
 #include "control/varo_calcex.h"
 
 #include "browse/selection_controller.h"
-#include "control/configuration.h"
+#include "control/library_management.h"
 #include "editing/edit_commands.h"
 #include "editing/edit_menu.h"
 #include "editing/picture_area.h"
@@ -14,6 +14,8 @@
 #include "platform/ui/registered_message.h"
 #include "platform/ui/result_box.h"
 #include "platform/ui/wait_cursor.h"
+#include "search/find_dialog.h"
+#include "search/find_steps.h"
 #include "search/locate_conditions.h"
 #include "search/property_locator.h"
 #include "store/keys.h"
@@ -62,8 +64,8 @@ struct Varo_CalcEx::Parts : PropertySource {
     QString propertyValue(const QString& name) override;
     bool prepareFolder();
     bool start();
-    void leaveNotStarted();
     void connectCommands();
+    void manageLibraries(const QStringList& dropped = {});
     void ShowHelp();
     void sendResult();
 
@@ -78,7 +80,6 @@ struct Varo_CalcEx::Parts : PropertySource {
     QEvent::Type calcMessage = QEvent::None;
 
     colFormulaDB libraries;  ///< in the order of the configuration file
-    Configuration configuration;
     WorkingFiles files;
     CurrentLibrary library;
     Clipboard clipboard;
@@ -99,8 +100,13 @@ struct Varo_CalcEx::Parts : PropertySource {
     PictureCommands pictures;
     PictureArea pictureArea;
     PropertyLocator locator;
+    FindLocator findLocator;
+    FindResults findResults;
+    FindSteps findSteps;
     PropertyEditor propertyEditor;
     LocateConditions locateConditions;
+    TreeRebuild rebuild;
+    LibraryManagement management;
 };
 
 Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
@@ -108,7 +114,6 @@ Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
       boxes(&owner),
       questions(given == nullptr ? boxes : *given),
       calcMessage(ui::registerWindowMessage(QString::fromLatin1(kCalcMessage))),
-      configuration(libraries),
       library(libraries, questions),
       clipboard(files),
       pictureStore(library, files),
@@ -123,20 +128,46 @@ Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
       folders(selection, tree, library, clipboard, questions),
       formulas(selection, list, library, clipboard, questions),
       commands(selection, clipboard, actions, folders, formulas),
-      menu(selection, tree, list, actions,
-           [this] { return Configuration::exists(configurationFolder); }),
+      menu(selection, tree, list, actions),
       pictures(selection, list, pane.description(), pictureStore, questions),
       pictureArea(form.panel.description, pane.description(), selection, pictures),
       locator(selection, tree, library, propertySearch, questions),
+      findLocator(selection, tree, list, questions),
+      findResults(tree),
+      findSteps(*form.PicControl, findResults, findLocator, actions.action(EditCommand::FindNext),
+                actions.action(EditCommand::FindPrevious)),
       propertyEditor(library, files, *this, questions, owner),
-      locateConditions(selection, tree, list, propertyEditor) {
+      locateConditions(selection, tree, list, propertyEditor),
+      rebuild(selection, tree, list, library, locator),
+      management(owner, libraries, rebuild, given, questions) {
     connectCommands();
 }
 
 void Varo_CalcEx::Parts::connectCommands() {
     actions.connectCommand(EditCommand::Help, [this] { ShowHelp(); });
+    actions.connectCommand(EditCommand::Find, [this] {
+        if (selection.storeEdits()) {
+            openFindDialog(libraries, findResults, findLocator, questions, &control);
+        }
+    });
+    actions.connectCommand(EditCommand::LibraryManager, [this] { manageLibraries(); });
+    connect(&tree.view(), &ui::NodeView::filesDropped, &control,
+            [this](const QStringList& dropped) { manageLibraries(dropped); });
+    connect(&selection, &SelectionController::stateChanged, &control, [this](SelectionState state) {
+        // The first library can be added wherever there is a configuration file to name it.
+        const bool canManage = state != SelectionState::Nothing || management.canManage();
+        actions.setEnabled(EditCommand::LibraryManager, canManage);
+        form.tvFolder->setAcceptDrops(canManage);
+    });
     actions.connectCommand(EditCommand::FindNext, [this] { locator.showNext(); });
     actions.connectCommand(EditCommand::FindPrevious, [this] { locator.showPrevious(); });
+    actions.connectCommand(EditCommand::VariableSource, [this] {
+        if (selection.formulaForCommand()) {
+            // Queued: the host may destroy the control, and so the menu, while the dialog is open.
+            QMetaObject::invokeMethod(&pane, &FormulaPane::editVariableSources,
+                                      Qt::QueuedConnection);
+        }
+    });
     const auto connectConditions = [this](EditCommand command, void (LocateConditions::*edit)()) {
         // Queued: the host may destroy the control, and so the menu, while the dialog is open.
         actions.connectCommand(command, [this, edit] {
@@ -191,7 +222,7 @@ void Varo_CalcEx::SetDeployFolder(const QString& strFolder) {
 
 void Varo_CalcEx::RunCalc() {
     Parts& parts = *parts_;
-    if (parts.started) {
+    if (parts.started || parts.management.isOpen()) {
         parts.selection.highlight().remove();
         return;
     }
@@ -208,28 +239,34 @@ void Varo_CalcEx::RunCalc() {
 }
 
 bool Varo_CalcEx::Parts::start() {
-    selection.storeEdits();
-    tree.clear();
-    selection.showNothing();
-    leaveNotStarted();
+    management.forget();
+    rebuild.clear();
     if (!prepareFolder()) {
         return false;
     }
     QString error;
-    if (!configuration.ReadConfigFile(configurationFolder, error)) {
+    if (!management.read(configurationFolder, error)) {
+        rebuild.showNothing();
         if (!error.isEmpty()) {
             questions.inform(error);
         }
         return false;
     }
     const ui::clsWaitCursor waiting;
-    if (!tree.BuildFormulaTree(libraries)) {
-        leaveNotStarted();
-        return false;
+    return rebuild.build(libraries, OnUnreadable::Stop);
+}
+
+void Varo_CalcEx::Parts::manageLibraries(const QStringList& dropped) {
+    if (management.isOpen() || !selection.storeEdits()) {
+        return;
     }
-    selection.highlight().forget();
-    selection.showNode(tree.firstNode());
-    return true;
+    const auto outcome = management.manage(dropped);
+    if (outcome == LibraryManagement::Outcome::Unchanged) {
+        return;  // the control may have been destroyed
+    }
+    started = outcome == LibraryManagement::Outcome::AllRead ||
+              (started && outcome == LibraryManagement::Outcome::SomeUnread);
+    form.tvFolder->setFocus();
 }
 
 bool Varo_CalcEx::Parts::prepareFolder() {
@@ -243,17 +280,11 @@ bool Varo_CalcEx::Parts::prepareFolder() {
         return false;
     }
     configurationFolder = folder;
-    if (!Configuration::exists(folder)) {
+    if (!Configuration::recover(folder)) {
         questions.inform(QStringLiteral("没有在用户指定的配置文件路径下发现配置文件！"));
         return false;
     }
     return true;
-}
-
-void Varo_CalcEx::Parts::leaveNotStarted() {
-    form.tvFolder->setEnabled(true);
-    form.lvFormula->setEnabled(false);
-    selection.SetSelectionState(SelectionState::Nothing);
 }
 
 void Varo_CalcEx::ClickTreeNode(const QString& TheKey) {

@@ -29,7 +29,7 @@ class Varo_CalcEx : public QWidget {
 
     /// Reads the configuration file, builds the tree of all libraries and selects the first one.
     /// What fails is told to the user and leaves the control ready for another RunCalc. Once
-    /// started, it only removes the locate highlight.
+    /// started, and while the library manager is open, it only removes the locate highlight.
     void RunCalc();
 
     /// Selects the tree node with this key as if the user had clicked it; an unknown key does

@@ -41,7 +41,7 @@ struct Description {
 
 const std::array kCommands{
     Description{EditCommand::LibraryManager, "mnuPopFormulaDB", QStringLiteral("公式库管理"),
-                "configure", kOnTree},
+                "configure", kAlways},
     Description{EditCommand::NewFolder, "mnuPopNewFolder", QStringLiteral("新建公式夹"),
                 "folder-new", kAlways},
     Description{EditCommand::NewFormula, "mnuPopNewFormula", QStringLiteral("新建公式"),
@@ -88,6 +88,7 @@ const std::optional<EditCommand> kButtons[] = {EditCommand::NewFolder,
                                                EditCommand::FindNext,
                                                EditCommand::FindPrevious,
                                                std::nullopt,
+                                               EditCommand::LibraryManager,
                                                EditCommand::Help};
 
 }  // namespace

@@ -9,12 +9,11 @@
 namespace varo {
 
 EditMenu::EditMenu(SelectionController& selection, LibraryTree& tree, FormulaList& list,
-                   EditActions& actions, std::function<bool()> canManageLibraries)
+                   EditActions& actions)
     : selection_(selection),
       tree_(tree),
       list_(list),
       actions_(actions),
-      canManageLibraries_(std::move(canManageLibraries)),
       menu_(new QMenu(tree.view().parentWidget())) {
     menu_->setObjectName(QStringLiteral("PopTreeMnu"));
     ui::NodeView& nodes = tree.view();
@@ -41,9 +40,7 @@ EditMenu::EditMenu(SelectionController& selection, LibraryTree& tree, FormulaLis
 
 void EditMenu::openOnTree(const NodeId& node, const QPoint& position) {
     if (!tree_.firstNode().isValid()) {
-        // The first library can be added wherever there is a configuration file to name it.
         selection_.SetSelectionState(SelectionState::Nothing);
-        actions_.setEnabled(EditCommand::LibraryManager, canManageLibraries_());
         open(Tree, position);
         return;
     }

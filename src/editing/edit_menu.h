@@ -5,8 +5,6 @@
 #include <QMenu>
 #include <QObject>
 
-#include <functional>
-
 namespace varo {
 
 /// The popup menu `PopTreeMnu` of tree and list, and the keys that give the same commands there.
@@ -14,10 +12,9 @@ class EditMenu : public QObject {
     Q_OBJECT
 
   public:
-    /// `canManageLibraries` tells whether there is a configuration file that libraries can be added
-    /// to while the tree is empty. Everything handed in must outlive this.
+    /// Everything handed in must outlive this.
     EditMenu(SelectionController& selection, LibraryTree& tree, FormulaList& list,
-             EditActions& actions, std::function<bool()> canManageLibraries);
+             EditActions& actions);
 
   private:
     enum Place : unsigned { Tree = 1, List = 2 };
@@ -30,7 +27,6 @@ class EditMenu : public QObject {
     LibraryTree& tree_;
     FormulaList& list_;
     EditActions& actions_;
-    std::function<bool()> canManageLibraries_;
     QMenu* menu_;  ///< owned by the tree's parent
 };
 

@@ -1,8 +1,9 @@
 #include "editing/folder_commands.h"
 
-#include "editing/label_edit.h"
+#include "browse/label_edit.h"
 #include "library/folders.h"
 #include "library/properties.h"
+#include "platform/ui/node_view.h"
 #include "platform/ui/wait_cursor.h"
 
 #include <algorithm>

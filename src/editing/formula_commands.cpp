@@ -1,7 +1,8 @@
 #include "editing/formula_commands.h"
 
-#include "editing/label_edit.h"
+#include "browse/label_edit.h"
 #include "library/formulas.h"
+#include "platform/ui/node_view.h"
 
 namespace varo {
 

@@ -36,7 +36,7 @@ void PictureCommands::choosePicture() {
     if (!id) {
         return;
     }
-    const auto chosen = questions_.chooseFile(QStringLiteral("选择图片"), filters);
+    const auto chosen = questions_.chooseFile({QStringLiteral("选择图片"), filters});
     // The host may turn to another formula while the dialog is open.
     if (!chosen || selection_.formula() != id || selection_.listedNode() != folder) {
         return;

@@ -28,6 +28,16 @@ void FormulaBox::setText(const QString& text) {
     storedText_ = box_.text();
 }
 
+QString FormulaBox::text() const {
+    return box_.text().isEmpty() ? storedText_ : box_.text();
+}
+
+void FormulaBox::reload(const QString& text) {
+    box_.clear();
+    box_.setText(text);
+    box_.setCursorPosition(0);
+}
+
 bool FormulaBox::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn) {
         refusal_.focusGained(*static_cast<QFocusEvent*>(event));

@@ -23,6 +23,12 @@ class FormulaBox : public QObject {
     /// Shows the stored text of the shown formula, whatever its length, from its beginning.
     void setText(const QString& text);
 
+    /// The text that is shown; where the user has removed it, the stored one.
+    QString text() const;
+
+    /// Shows `text` anew, as if the user had typed it, even if it is shown already.
+    void reload(const QString& text);
+
     /// Stores the text if it is not the stored one. Why it cannot be stored is told once for each
     /// text.
     void store();

@@ -1,23 +1,30 @@
 #include "formula/formula_pane.h"
 
+#include "formula/var_source_dialog.h"
+#include "platform/ui/dialogs.h"
 #include "platform/ui/edit_grid.h"
 
 #include <QLineEdit>
+#include <QPointer>
 
 namespace varo {
 
 FormulaPane::FormulaPane(PanelForm& form, CurrentLibrary& library, PropertySource& properties,
                          Questions& questions)
     : form_(form),
+      library_(library),
+      questions_(questions),
       shown_(library),
       box_(*form.txtFormula, library, shown_, questions),
       description_(form.description, library, shown_, questions),
       variables_(*form.MSFEditVarList, library, shown_, properties, questions),
+      picking_(*form.MSFEditVarList, library, shown_, questions),
       calculator_(form.result, *form.MSFEditVarList, formula_),
       palette_(form.symbols, *form.txtFormula) {
     connect(form.txtFormula, &QLineEdit::textChanged, this, &FormulaPane::takeText);
     connect(form.txtFormula, &QLineEdit::returnPressed, &calculator_, &Calculator::calculate);
     connect(&variables_, &VariableGrid::valueChanged, &calculator_, &Calculator::markStale);
+    connect(&picking_, &ValuePicking::valueChanged, &calculator_, &Calculator::markStale);
     connect(&box_, &FormulaBox::stored, this, &FormulaPane::expressionStored);
     connect(&description_, &DescriptionPane::stored, this, &FormulaPane::memoStored);
 }
@@ -62,6 +69,33 @@ bool FormulaPane::storeEdits() {
     form_.MSFEditVarList->commitEdit();
     box_.store();
     return description_.store();
+}
+
+void FormulaPane::editVariableSources() {
+    const auto formula = shown_.id();
+    if (!formula) {
+        return;
+    }
+    const int libraryNumber = library_.number();
+    const QString text = box_.text();
+    const QPointer<VarSourceDialog> dialog = new VarSourceDialog(
+        text, *formula, library_, questions_, form_.MSFEditVarList->parentWidget());
+    if (!dialog->SetConnection(library_.folder(), library_.fileName(), QString())) {
+        delete dialog;
+        questions_.inform(QStringLiteral("无法打开用户选择的数据库！"));
+        return;
+    }
+    dialog->InitForm();
+    ui::runDialog(*dialog);
+    if (dialog.isNull()) {
+        return;  // destroyed with the control
+    }
+    delete dialog;
+    // The host may have turned the control to another formula meanwhile.
+    if (library_.number() == libraryNumber && shown_.id() == formula) {
+        box_.reload(text);
+        calculator_.calculate();
+    }
 }
 
 void FormulaPane::refreshPropertyValues() {

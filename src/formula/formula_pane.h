@@ -8,6 +8,7 @@
 #include "formula/parsed_formula.h"
 #include "formula/shown_formula.h"
 #include "formula/symbol_palette.h"
+#include "formula/value_picking.h"
 #include "formula/variable_grid.h"
 #include "library/current_library.h"
 #include "library/property_source.h"
@@ -51,6 +52,10 @@ class FormulaPane : public QObject {
     /// Asks the host again for the values that it feeds to the shown formula, and recalculates.
     void refreshPropertyValues();
 
+    /// Lets the user edit where the values of the shown formula's variables come from, shows them
+    /// anew, and recalculates.
+    void editVariableSources();
+
     DescriptionPane& description() { return description_; }
     Calculator& calculator() { return calculator_; }
 
@@ -63,11 +68,14 @@ class FormulaPane : public QObject {
     void takeText(const QString& text);
 
     PanelForm& form_;
+    CurrentLibrary& library_;
+    Questions& questions_;
     ShownFormula shown_;
     ParsedFormula formula_;
     FormulaBox box_;
     DescriptionPane description_;
     VariableGrid variables_;
+    ValuePicking picking_;
     Calculator calculator_;
     SymbolPalette palette_;
 };

@@ -1,26 +1,11 @@
 #include "formula/variable_grid.h"
 
+#include "formula/source_colors.h"
 #include "platform/ui/edit_grid.h"
 
 namespace varo {
 
 namespace {
-
-/// Colours of a variable's name by the source of its value, 0x00BBGGRR.
-constexpr quint32 kBlack = 0x000000;
-constexpr quint32 kBlue = 0xFF0000;
-constexpr quint32 kRed = 0x0000FF;
-
-quint32 colorOf(qint32 source) {
-    switch (source) {
-        case VarSourceProperty:
-            return kBlue;
-        case VarSourceTable:
-            return kRed;
-        default:
-            return kBlack;
-    }
-}
 
 bool isKnown(qint32 source) {
     return source == VarSourceTyped || source == VarSourceProperty || source == VarSourceTable;
@@ -46,7 +31,7 @@ void VariableGrid::rebuild(const QStringList& variables) {
     for (const StoredValue& stored : storedValues()) {
         ++row;
         grid_.SetCellText(row, kNameColumn, variables[row - 1]);
-        grid_.SetCellForeColor(row, kNameColumn, colorOf(stored.source));
+        grid_.SetCellForeColor(row, kNameColumn, nameColorOf(stored.source));
         if (!showValue(row, stored)) {
             return;
         }

@@ -1,12 +1,13 @@
 #include "library/condition_text.h"
 
-#include "library/condition_check.h"
+#include "library/limits.h"
 
 #include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <utility>
 
 namespace varo {
@@ -330,25 +331,6 @@ qsizetype placeOf(const PlacedNode& root, const ConditionPath& path) {
     return node->at;
 }
 
-QString englishFault(ConditionFaultKind kind) {
-    switch (kind) {
-        case ConditionFaultKind::NoName:
-            return QStringLiteral("the name of a property is empty");
-        case ConditionFaultKind::NoNumber:
-            return QStringLiteral("this comparison needs a number");
-        case ConditionFaultKind::NeverHolds:
-            return QStringLiteral("blanks around a text, which values are compared without");
-        case ConditionFaultKind::TooLong:
-            return QStringLiteral("a name or text is longer than 255 characters");
-        case ConditionFaultKind::TooDeep:
-            return QStringLiteral("the condition is nested too deep");
-        case ConditionFaultKind::TooLarge:
-            return QStringLiteral("the condition has too many parts");
-        default:
-            return QStringLiteral("this cannot be stored");
-    }
-}
-
 ParsedCondition failed(const QString& text, qsizetype at, const QString& message) {
     const QString before = text.left(at);
     return {{},
@@ -358,6 +340,30 @@ ParsedCondition failed(const QString& text, qsizetype at, const QString& message
 }
 
 }  // namespace
+
+QString conditionFaultText(ConditionFaultKind kind) {
+    static const std::map<ConditionFaultKind, QString> texts{
+        {ConditionFaultKind::Empty, QStringLiteral("the condition is empty")},
+        {ConditionFaultKind::SeveralRoots,
+         QStringLiteral("the condition has several roots, of which the last decides")},
+        {ConditionFaultKind::TooLarge, QStringLiteral("the condition has too many parts")},
+        {ConditionFaultKind::UnknownType, QStringLiteral("this is neither group nor comparison")},
+        {ConditionFaultKind::EmptyGroup, QStringLiteral("this group is empty")},
+        {ConditionFaultKind::NotWithoutOne,
+         QStringLiteral("not has more than one part, of which the last decides")},
+        {ConditionFaultKind::TooDeep, QStringLiteral("the condition is nested too deep")},
+        {ConditionFaultKind::NoTerm, QStringLiteral("this comparison has no content")},
+        {ConditionFaultKind::NoName, QStringLiteral("the name of a property is empty")},
+        {ConditionFaultKind::NoNumber, QStringLiteral("this comparison needs a number")},
+        {ConditionFaultKind::UnknownComparison, QStringLiteral("this comparison is unknown")},
+        {ConditionFaultKind::NeverHolds,
+         QStringLiteral("blanks around a text, which values are compared without")},
+        {ConditionFaultKind::TooLong,
+         QStringLiteral("a name or text is longer than %1 characters").arg(kTextLimit)},
+        {ConditionFaultKind::NotStorable, QStringLiteral("a name or text cannot be stored")},
+    };
+    return texts.at(kind);
+}
 
 std::optional<QString> conditionText(const ConditionTree& tree) {
     if (!conditionFaults(tree).empty()) {
@@ -374,7 +380,7 @@ ParsedCondition parseCondition(const QString& text) {
         ConditionTree tree{{withChildren(root)}};
         if (const auto faults = conditionFaults(tree); !faults.empty()) {
             return failed(text, placeOf(root, faults.front().place),
-                          englishFault(faults.front().kind));
+                          conditionFaultText(faults.front().kind));
         }
         return {.tree = std::move(tree), .error = {}};
     } catch (const SyntaxError& error) {

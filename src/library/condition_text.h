@@ -1,6 +1,6 @@
 #pragma once
 
-#include "library/condition_tree.h"
+#include "library/condition_check.h"
 
 #include <optional>
 
@@ -25,6 +25,9 @@ struct ParsedCondition {
     int line = 1;        ///< of the error, from 1
     int column = 1;      ///< of the error, in characters from 1
 };
+
+/// What a fault is, in English: `this comparison needs a number`.
+QString conditionFaultText(ConditionFaultKind kind);
 
 /// Reads a line as above; line breaks are blanks. A condition that conditionFaults() finds
 /// something wrong with is an error too, at its place.

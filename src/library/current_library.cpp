@@ -1,7 +1,6 @@
 #include "library/current_library.h"
 
 #include "store/keys.h"
-#include "store/library_connection.h"
 
 namespace varo {
 
@@ -10,6 +9,7 @@ CurrentLibrary::CurrentLibrary(const colFormulaDB& libraries, Questions& questio
 
 bool CurrentLibrary::open(int number) {
     const QString key = libraryKey(number);
+    openFailure_ = OpenFailure::None;
     if (!libraries_.contains(key)) {
         close();
         return false;
@@ -19,7 +19,8 @@ bool CurrentLibrary::open(int number) {
         isOpen() && folder_ == library.FormulaDBPath && name_ == library.FormulaDBName;
     if (!isSameFile) {
         close();
-        if (!ConnectLibrary(library.FormulaDBPath, library.FormulaDBName, connection_, QString())) {
+        openFailure_ = openLibrary(library.FormulaDBPath, library.FormulaDBName, connection_);
+        if (openFailure_ != OpenFailure::None) {
             return false;
         }
         folder_ = library.FormulaDBPath;

@@ -4,6 +4,7 @@
 #include "platform/questions/questions.h"
 #include "store/collections.h"
 #include "store/db_funcs.h"
+#include "store/library_connection.h"
 
 #include <QString>
 
@@ -21,6 +22,9 @@ class CurrentLibrary {
     /// already stays open. Returns false, with no library open, when there is no such library or it
     /// cannot be opened; shows nothing.
     bool open(int number);
+
+    /// Why the last open() failed; None when it did not, or there is no such library.
+    OpenFailure openFailure() const { return openFailure_; }
 
     /// Closes the file. What was read from it is forgotten.
     void close();
@@ -43,6 +47,7 @@ class CurrentLibrary {
     clsDBFuncs funcs_;
     data::Connection connection_;
     colVarInfo variables_;
+    OpenFailure openFailure_ = OpenFailure::None;
     int number_ = 0;
     QString folder_;
     QString name_;

@@ -8,11 +8,37 @@
 
 namespace varo {
 
+FilterRows readFilterRows(data::Connection& connection, qint32 filterID) {
+    FilterRows rows;
+    data::Recordset nodes =
+        connection.query(QStringLiteral("Select ID,ParentID,Type From FilterCond Where UserID = ? "
+                                        "Order By ID,rowid"),
+                         {filterID});
+    for (; !nodes.atEnd() && !rows.isCut; nodes.moveNext()) {
+        rows.nodes.push_back({nodes.integer(0), nodes.integer(1), nodes.integer(2)});
+        rows.isCut = rows.nodes.size() > std::size_t{kMaxConditionNodes};
+    }
+    data::Recordset terms = connection.query(
+        QStringLiteral("Select ExpID,FieldName,CompareType,TheConst,TableName,FieldType "
+                       "From FilterExpressions Where FilterID = ? Order By ExpID,rowid"),
+        {filterID});
+    for (; !terms.atEnd() && rows.terms.size() <= rows.nodes.size() + kMaxConditionNodes;
+         terms.moveNext()) {
+        rows.terms.push_back({terms.integer(0),
+                              {.name = terms.text(1),
+                               .type = terms.integer(2),
+                               .constant = terms.text(3),
+                               .table = terms.text(4),
+                               .fieldType = terms.integer(5)}});
+    }
+    return rows;
+}
+
 std::optional<StoredCondition> FilterStore::read(qint32 filterID) {
     std::optional<StoredCondition> condition;
     attempt([&] {
         const data::ReadSnapshot snapshot(connection_);
-        condition = readRows(filterID);
+        condition = conditionFromRows(readFilterRows(connection_, filterID));
     });
     return condition;
 }
@@ -73,36 +99,10 @@ void FilterStore::insertRows(qint32 filterID, const ConditionTree& tree) {
                            "FieldType,CompareType,TheConst) Values(?,?,?,?,?,?,?)"),
             {filterID, id, term.table, term.name, term.fieldType, term.type, term.constant});
     }
-    const StoredCondition stored = readRows(filterID);
+    const StoredCondition stored = conditionFromRows(readFilterRows(connection_, filterID));
     if (!stored.isWhole || !stored.remarks.isEmpty() || stored.tree != tree) {
         throw data::Error(QStringLiteral("the tables do not keep the filter as it is"));
     }
-}
-
-StoredCondition FilterStore::readRows(qint32 filterID) {
-    FilterRows rows;
-    data::Recordset nodes =
-        connection_.query(QStringLiteral("Select ID,ParentID,Type From FilterCond Where UserID = ? "
-                                         "Order By ID,rowid"),
-                          {filterID});
-    for (; !nodes.atEnd() && !rows.isCut; nodes.moveNext()) {
-        rows.nodes.push_back({nodes.integer(0), nodes.integer(1), nodes.integer(2)});
-        rows.isCut = rows.nodes.size() > std::size_t{kMaxConditionNodes};
-    }
-    data::Recordset terms = connection_.query(
-        QStringLiteral("Select ExpID,FieldName,CompareType,TheConst,TableName,FieldType "
-                       "From FilterExpressions Where FilterID = ? Order By ExpID,rowid"),
-        {filterID});
-    for (; !terms.atEnd() && rows.terms.size() <= rows.nodes.size() + kMaxConditionNodes;
-         terms.moveNext()) {
-        rows.terms.push_back({terms.integer(0),
-                              {.name = terms.text(1),
-                               .type = terms.integer(2),
-                               .constant = terms.text(3),
-                               .table = terms.text(4),
-                               .fieldType = terms.integer(5)}});
-    }
-    return conditionFromRows(rows);
 }
 
 /// One more than the largest number that `query` gives, at least 1.

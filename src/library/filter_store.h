@@ -7,6 +7,9 @@
 
 namespace varo {
 
+/// The rows of one filter in a library, cut behind kMaxConditionNodes. Throws data::Error.
+FilterRows readFilterRows(data::Connection& connection, qint32 filterID);
+
 /// Reads and writes the filters of one library: each a condition, known by its FilterID. What is
 /// written is written in one transaction, read again before it becomes final, and not at all when a
 /// step fails. Shows nothing.
@@ -34,7 +37,6 @@ class FilterStore {
   private:
     void removeRows(qint32 filterID);
     void insertRows(qint32 filterID, const ConditionTree& tree);
-    StoredCondition readRows(qint32 filterID);
     qint32 nextNumber(const char* query, qint32 beyond);
 
     data::Connection& connection_;

@@ -18,6 +18,13 @@ const NameRules& formulaNameRules() {
     return rules;
 }
 
+const NameRules& libraryNameRules() {
+    static const NameRules rules{kFolderNameLimit, QStringLiteral("公式库名称不能为空！"),
+                                 QStringLiteral("公式库名称超过40个字符！"),
+                                 QStringLiteral("无法修改公式库名称！")};
+    return rules;
+}
+
 QString refusal(const NameRules& rules, const QString& name) {
     if (name.trimmed().isEmpty()) {
         return rules.empty;

@@ -14,6 +14,8 @@ struct NameRules {
 
 const NameRules& folderNameRules();
 const NameRules& formulaNameRules();
+/// Of the text that a library is shown under.
+const NameRules& libraryNameRules();
 
 /// Why a name is refused; "" when it complies with the rules. A name of blanks counts as empty.
 QString refusal(const NameRules& rules, const QString& name);

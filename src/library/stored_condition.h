@@ -11,6 +11,8 @@ struct FilterNodeRow {
     qint32 id = 0;
     qint32 parent = 0;
     qint32 type = 0;
+
+    bool operator==(const FilterNodeRow&) const = default;
 };
 
 /// The stored comparison of the node with the same number.

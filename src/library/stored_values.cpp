@@ -18,6 +18,10 @@ bool isZero(const QString& value) {
 
 }  // namespace
 
+QString valueNotStoredMessage() {
+    return QStringLiteral("无法编辑选定变量的值！");
+}
+
 bool LoadVarCache(const QString& name, qint32 formulaID, data::Connection& connection,
                   colVarInfo& variables, clsDBFuncs& dbFuncs) {
     if (variables.Find(name, formulaID) != nullptr) {
@@ -89,7 +93,15 @@ StoredEdit StoredValues::store(const QString& name, qint32 formulaID, const QStr
     return {shown, own != nullptr ? changeOwn(*own, value) : addOwn(name, formulaID, value)};
 }
 
+std::optional<QString> StoredValues::tableOf(const QString& name, qint32 formulaID) {
+    load(name, formulaID);
+    const clsVarInfo* own = library_.variables().Find(name, formulaID);
+    return own != nullptr && own->VarSourceType == VarSourceTable ? std::optional(own->VarMemo)
+                                                                  : std::nullopt;
+}
+
 StoredEdit StoredValues::storePicked(const QString& name, qint32 formulaID, const QString& value) {
+    load(name, formulaID);
     clsVarInfo* own = library_.variables().Find(name, formulaID);
     return {value, own == nullptr ? QString() : changeOwn(*own, value)};
 }
@@ -97,7 +109,7 @@ StoredEdit StoredValues::storePicked(const QString& name, qint32 formulaID, cons
 QString StoredValues::changeOwn(clsVarInfo& own, const QString& value) {
     if (!library_.funcs().EditFormulaVarValue(own.VarName, own.FormulaID, value,
                                               library_.connection())) {
-        return QStringLiteral("无法编辑选定变量的值！");
+        return valueNotStoredMessage();
     }
     own.VarValue = value;
     return {};

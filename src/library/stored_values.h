@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <vector>
 
 namespace varo {
@@ -13,6 +14,9 @@ namespace varo {
 /// `name`: its own and the unowned ones. Returns false when reading fails.
 bool LoadVarCache(const QString& name, qint32 formulaID, data::Connection& connection,
                   colVarInfo& variables, clsDBFuncs& dbFuncs);
+
+/// What the user is told when a value that a formula has already cannot be changed.
+QString valueNotStoredMessage();
 
 /// What a library holds for a variable of a formula.
 struct StoredValue {
@@ -45,6 +49,10 @@ class StoredValues {
     /// an unowned value becomes the formula's own; more than kTextLimit characters are refused, and
     /// the value is shown as "0".
     StoredEdit store(const QString& name, qint32 formulaID, const QString& text);
+
+    /// The data table from which the formula's own value of a variable is picked, as a parameter of
+    /// its source; nothing when its value comes from elsewhere.
+    std::optional<QString> tableOf(const QString& name, qint32 formulaID);
 
     /// Stores a value that was picked for a variable which has a value of its own, as it is.
     StoredEdit storePicked(const QString& name, qint32 formulaID, const QString& value);

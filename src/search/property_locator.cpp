@@ -47,9 +47,16 @@ void PropertyLocator::locate(const QString& property) {
     }
 }
 
+void PropertyLocator::forget() {
+    located_.Clear();
+    shown_ = 0;
+    emit stepsChanged(false, false);
+}
+
 void PropertyLocator::step(int by) {
     const int wanted = shown_ + by;
-    if (wanted >= 1 && wanted <= located_.Count()) {
+    if (!isSearching_ && wanted >= 1 && wanted <= located_.Count()) {
+        const QScopedValueRollback searching(isSearching_, true);
         showItem(wanted);
         const bool canStepNext = shown_ < located_.Count();
         emit stepsChanged(canStepNext, shown_ > 1);
@@ -65,21 +72,26 @@ void PropertyLocator::showItem(int position) {
     const NodeId node = placeOf(item);
     const qint32 id = item.NodeID;
     const bool isFormula = item.NodeType == NodeTypeFormula;
-    shown_ = position;
     if (!tree_.contains(node)) {
-        return;  // a property that its folder has left behind: tree and list stay where they are
+        shown_ = position;  // the user steps past it
+        questions_.inform(isFormula ? QStringLiteral("用户需要定位的公式夹不存在！")
+                                    : QStringLiteral("用户需要定位的节点不存在！"));
+        return;
     }
     library_.variables().Clear();
     if (!selection_.showNode(node, QStringLiteral("无法打开用户选择的数据库！"))) {
         return;
     }
+    shown_ = position;
     if (!isFormula) {
         selection_.highlight().setNode(node);
-    } else {
-        selection_.showFormula(id);
-        if (selection_.formula() == id) {
-            selection_.highlight().setFormula(id);
-        }
+        return;
+    }
+    selection_.showFormula(id);
+    if (selection_.formula() == id) {
+        selection_.highlight().setFormula(id);
+    } else if (selection_.listedNode() == node) {
+        questions_.inform(QStringLiteral("用户需要定位的公式不存在！"));
     }
 }
 

@@ -19,9 +19,14 @@ class PropertyLocator : public QObject {
 
     /// Finds what carries a property called `property` and suits the host, and shows the first.
     /// What fails is told to the user and leaves the list as far as it was built, with nothing
-    /// shown of it. Does nothing while a search is under way.
+    /// shown of it. Does nothing while a search or a step is under way.
     void locate(const QString& property);
 
+    /// Forgets what has been found, because the libraries are about to be others.
+    void forget();
+
+    /// Shows the next or previous one. One that is gone since is told and stepped past; one whose
+    /// library cannot be opened is told and stays the next one to be shown.
     void showNext() { step(1); }
     void showPrevious() { step(-1); }
 
@@ -39,8 +44,8 @@ class PropertyLocator : public QObject {
     PropertySearch& search_;
     Questions& questions_;
     colLocateProp located_;
-    bool isSearching_ = false;
-    int shown_ = 0;  ///< 1-based position in the located list
+    bool isSearching_ = false;  ///< or showing what was found
+    int shown_ = 0;             ///< 1-based position in the located list
 };
 
 }  // namespace varo

@@ -96,6 +96,9 @@ class clsDBFuncs {
     /// same time however many formulas use the name.
     bool GetVarInfoOfFormula(const QString& varName, qint32 formulaID, data::Recordset& rs,
                              data::Connection& conn);
+    /// The distinct parameters (column VarMemo) of all variables with this source, in alphabetical
+    /// order.
+    bool GetVarMemoBySourceType(qint32 varSourceType, data::Recordset& rs, data::Connection& conn);
     /// Hands the variable's row over to another formula, with a new value unless `value` is "".
     bool ChangeVarBelong(const QString& varName, qint32 oldFormulaID, qint32 newFormulaID,
                          data::Connection& conn, const QString& value);

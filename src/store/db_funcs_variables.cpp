@@ -21,6 +21,14 @@ bool clsDBFuncs::GetVarInfoOfFormula(const QString& varName, qint32 formulaID, d
                 {varName, varName.toLower(), varName.toUpper(), formulaID});
 }
 
+bool clsDBFuncs::GetVarMemoBySourceType(qint32 varSourceType, data::Recordset& rs,
+                                        data::Connection& conn) {
+    return list(rs, conn,
+                QStringLiteral("Select Distinct VarMemo From RecentVar "
+                               "Where VarSourceType = ? Order By VarMemo"),
+                {varSourceType});
+}
+
 bool clsDBFuncs::AddNewVar(const QString& varName, qint32 formulaID, const QString& value,
                            data::Connection& conn) {
     return change(conn,

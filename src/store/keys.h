@@ -13,6 +13,7 @@ inline constexpr QStringView kFolderKeyPrefix = u"FormulaNode";
 inline constexpr QStringView kFormulaKeyPrefix = u"LvFormulaKey";
 inline constexpr QStringView kPropertyKeyPrefix = u"LvPropertyKey";
 inline constexpr QStringView kVariableKeyPrefix = u"TheVar";
+inline constexpr QStringView kFindKeyPrefix = u"FindItem";
 inline constexpr QStringView kKeySeparator = u"->";
 
 /// "DBNode" and the library's number.
@@ -44,6 +45,18 @@ inline QString variableKey(int number) {
 inline QString locatedKey(qint32 filterID, qint32 nodeID, qint32 nodeType, QStringView libraryKey) {
     return QString::number(filterID) % kKeySeparator % QString::number(nodeID) % kKeySeparator %
            QString::number(nodeType) % kKeySeparator % libraryKey;
+}
+
+/// "FindItem" and the identifier of a found item, the key of its library and the kind of node,
+/// joined by "->".
+inline QString findKey(qint32 id, QStringView libraryKey, qint32 nodeType) {
+    return kFindKeyPrefix % QString::number(id) % kKeySeparator % libraryKey % kKeySeparator %
+           QString::number(nodeType);
+}
+
+/// Kind of node and identifier of the parent of a found item, joined by "->".
+inline QString findTag(qint32 nodeType, qint32 parentID) {
+    return QString::number(nodeType) % kKeySeparator % QString::number(parentID);
 }
 
 inline bool isFolderKey(QStringView key) {

@@ -3,24 +3,35 @@
 #include "store/library_structure.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 namespace varo {
 
 bool ConnectLibrary(const QString& folder, const QString& fileName, data::Connection& connection,
                     const QString& password) {
     connection.close();
-    if (!password.isEmpty()) {
-        return false;  // none of the formats that are read has passwords
-    }
+    // None of the formats that are read has passwords.
+    return password.isEmpty() && openLibrary(folder, fileName, connection) == OpenFailure::None;
+}
+
+OpenFailure openLibrary(const QString& folder, const QString& fileName,
+                        data::Connection& connection) {
+    const QString path = normalisedFolder(folder) + fileName;
+    OpenFailure failure = OpenFailure::Structure;
     try {
-        connection.open(normalisedFolder(folder) + fileName);
+        connection.open(path);
         if (keepsRows(connection)) {
-            return true;
+            return OpenFailure::None;
         }
-    } catch (const data::Error&) {  // the same as a file that is no library
+    } catch (const data::Error& error) {
+        const QFileInfo file(path);
+        failure = error.isLocked()     ? OpenFailure::Locked
+                  : !file.exists()     ? OpenFailure::Missing
+                  : !file.isReadable() ? OpenFailure::NotPermitted
+                                       : OpenFailure::NoLibrary;
     }
     connection.close();
-    return false;
+    return failure;
 }
 
 void CloseRecordset(data::Recordset& recordSet) noexcept {

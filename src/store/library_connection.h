@@ -6,6 +6,20 @@
 
 namespace varo {
 
+/// Why a library does not open.
+enum class OpenFailure {
+    None,
+    Missing,  ///< there is no such file
+    NotPermitted,
+    Locked,     ///< by another program or connection
+    NoLibrary,  ///< in no format that is read, damaged, or cannot be read
+    Structure,  ///< its tables do not keep what is stored in them (see library_structure.h)
+};
+
+/// The same as ConnectLibrary, with the reason.
+OpenFailure openLibrary(const QString& folder, const QString& fileName,
+                        data::Connection& connection);
+
 /// Points `connection` at the library `fileName` in `folder` (with its trailing separator) and
 /// opens it, closing what was open. Returns false, with the connection closed, on any failure and
 /// for a file whose tables do not keep what is stored in them (see library_structure.h); a file

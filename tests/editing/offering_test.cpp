@@ -24,15 +24,15 @@ class Offering : public BeamDesk {
 
 TEST_F(Offering, TreeAndListOfferByKindAndPositionOfTheItem) {
     const std::tuple<QString, QString, QString> cases[] = {
-        {u"库1"_s, u""_s, u"NewFolder LocateNode"_s},
-        {u"梁"_s, u""_s, u"NewFolder Del LocateNode MoveDown Copy Rename"_s},
-        {u"柱"_s, u""_s, u"NewFolder Del LocateNode MoveUp MoveDown Copy Rename"_s},
-        {u"板"_s, u""_s, u"NewFolder Del LocateNode MoveUp Copy Rename"_s},
-        {u"管"_s, u""_s, u"NewFolder Del LocateNode MoveDown Copy Rename"_s},
-        {u"梁"_s, u"弯曲"_s, u"NewFormula Del LocateFormula MoveDown Copy Rename"_s},
-        {u"梁"_s, u"剪切"_s, u"NewFormula Del LocateFormula MoveUp MoveDown Copy Rename"_s},
-        {u"梁"_s, u"扭转"_s, u"NewFormula Del LocateFormula MoveUp Copy Rename"_s},
-        {u"简支"_s, u"挠度"_s, u"NewFormula Del LocateFormula MoveDown Copy Rename"_s},
+        {u"库1"_s, u""_s, u"FormulaDB NewFolder LocateNode"_s},
+        {u"梁"_s, u""_s, u"FormulaDB NewFolder Del LocateNode MoveDown Copy Rename"_s},
+        {u"柱"_s, u""_s, u"FormulaDB NewFolder Del LocateNode MoveUp MoveDown Copy Rename"_s},
+        {u"板"_s, u""_s, u"FormulaDB NewFolder Del LocateNode MoveUp Copy Rename"_s},
+        {u"管"_s, u""_s, u"FormulaDB NewFolder Del LocateNode MoveDown Copy Rename"_s},
+        {u"梁"_s, u"弯曲"_s, u"NewFormula Del LocateFormula VarSource MoveDown Copy Rename"_s},
+        {u"梁"_s, u"剪切"_s, u"NewFormula Del LocateFormula VarSource MoveUp MoveDown Copy Rename"_s},
+        {u"梁"_s, u"扭转"_s, u"NewFormula Del LocateFormula VarSource MoveUp Copy Rename"_s},
+        {u"简支"_s, u"挠度"_s, u"NewFormula Del LocateFormula VarSource MoveDown Copy Rename"_s},
     };
     for (const auto& [node, formula, offered] : cases) {
         const bool inTree = formula.isEmpty();
@@ -50,7 +50,7 @@ TEST_F(Offering, TreeAndListOfferByKindAndPositionOfTheItem) {
 }
 
 TEST_F(Offering, EmptySpaceOfTheTreeAndTheKeyForMenusSpeakOfTheSelectedNode) {
-    const QString ofColumns = u"NewFolder Del LocateNode MoveUp MoveDown Copy Rename"_s;
+    const QString ofColumns = u"FormulaDB NewFolder Del LocateNode MoveUp MoveDown Copy Rename"_s;
     select(u"柱"_s, u"稳定"_s);
     desk->clickEmptySpace(desk->tree(), Qt::RightButton);
     EXPECT_EQ(entries(), ofColumns);
@@ -89,6 +89,25 @@ TEST_F(Offering, PasteIsOfferedWhereWhatWasCopiedFits) {
     }
 }
 
+TEST_F(Offering, AnEmptyTreeOffersTheLibraryManagerWhereThereIsAConfigurationFile) {
+    const TestConfiguration none;
+    none.write("[Access]\nNodeCount=0\n");
+    Desk empty(none.folder());
+    for (const bool isThere : {true, false}) {
+        if (!isThere) {
+            none.removeFile();
+        }
+        empty.clickEmptySpace(empty.tree(), Qt::RightButton);
+        EXPECT_EQ(empty.menu().actions().size(), 14);
+        for (const QAction* action : empty.menu().actions()) {
+            const bool offered = isThere && action->text() == u"公式库管理";
+            EXPECT_TRUE(action->isSeparator() || action->isEnabled() == offered);
+        }
+        EXPECT_EQ(empty.editButton(u"公式库管理"_s).isEnabled(), isThere);
+        empty.menu().close();
+    }
+}
+
 TEST_F(Offering, MenuAndToolBarShowTheSameActionsWithIconsAndShortcuts) {
     const QList<QAction*> buttons = desk->child<QToolBar>("tbEdit").actions();
     QStringList entries;
@@ -98,7 +117,7 @@ TEST_F(Offering, MenuAndToolBarShowTheSameActionsWithIconsAndShortcuts) {
                        (buttons.contains(entry) ? u"*"_s : QString()));
     }
     EXPECT_EQ(entries.join(u' '),
-              u"FormulaDB Line5 NewFolder* DelDel* Line4 LocateNode Line1 MoveUp* MoveDown* Line2 "
+              u"FormulaDB* Line5 NewFolder* DelDel* Line4 LocateNode Line1 MoveUp* MoveDown* Line2 "
               "CopyCtrl+C* PasteCtrl+V* Line3 RenameF2"_s);
     for (const QAction* action : buttons + desk->menu().actions()) {
         EXPECT_TRUE(action->isSeparator() || !action->icon().isNull());

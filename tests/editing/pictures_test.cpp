@@ -66,8 +66,8 @@ TEST_F(Pictures, TheKeyboardOpensTheMenuOnTheDescriptionArea) {
 TEST_F(Pictures, AChosenFileIsStoredAndShown) {
     desk->clickFormula(u"剪切"_s);
     chooseFile(label(), u"添加"_s, first.addFile(u"图.JPG"_s, blue), kJpg);
-    EXPECT_EQ(desk->questions().fileTitle, u"选择图片"_s);
-    EXPECT_EQ(desk->questions().fileFilters.join(u' '), u"(*.bmp) (*.wmf) (*.jpg)"_s);
+    EXPECT_EQ(desk->questions().fileQuestion.title, u"选择图片"_s);
+    EXPECT_EQ(desk->questions().fileQuestion.filters.join(u' '), u"(*.bmp) (*.wmf) (*.jpg)"_s);
     EXPECT_EQ(stored(shear), storedAs(2, blue));
     EXPECT_EQ(fileContent(pictureFile(shear)), blue);
     EXPECT_EQ(shownColor(), QColor(Qt::blue));
@@ -91,7 +91,7 @@ TEST_F(Pictures, AChosenFileIsStoredAndShown) {
 
 TEST_F(Pictures, WhatIsNoFileOrPictureReplacesNone) {
     choose(picture(), u"替换"_s);
-    EXPECT_FALSE(desk->questions().fileTitle.isEmpty()) << "the user cancels";
+    EXPECT_FALSE(desk->questions().fileQuestion.title.isEmpty()) << "the user cancels";
     const QString own = pictureFile(bending);
     first.refuse("Update", "Formula");
     chooseFile(picture(), u"替换"_s, work.filePath(u"./%1TempPic.bmp"_s.arg(bending)), kBmp);

@@ -41,6 +41,7 @@ TEST_F(Locate, StepsThroughWhatIsFoundAndStoresEditsWhereTheyBelong) {
             }
             press(next);
         }
+        EXPECT_EQ(told(), i == 1 ? u"用户需要定位的节点不存在！"_s : QString()) << i;
     }
     EXPECT_TRUE(first.rows(u"Select Formula From Formula"_s).first().contains(u"*9"_s));
     EXPECT_EQ(second.rows(u"Select Formula From Formula"_s), QStringList{u"v*A"_s});
@@ -56,6 +57,32 @@ TEST_F(Locate, AFolderThatIsNotShownLeavesTheLibraryThatIs) {
     locate();
     press(u"新建公式夹"_s);
     EXPECT_EQ(outline(first, columns), u"新建公式夹()"_s);
+}
+
+TEST_F(Locate, WhatIsGoneSinceIsToldAndSteppedPastButNotAClosedLibrary) {
+    mark(first, shear, NodeTypeFormula);
+    mark(second, flow, NodeTypeFormula);
+    mark(second, pipes, NodeTypeFolder);
+    locate();
+    const QString away = second.path() + u".away"_s;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        ASSERT_TRUE(QFile::rename(second.path(), away));
+        press(next);
+        EXPECT_EQ(told(), u"无法打开用户选择的数据库！"_s);
+        EXPECT_FALSE(canStep(previous));
+        ASSERT_TRUE(QFile::rename(away, second.path()));
+    }
+    second.connection().execute(u"Delete From Formula"_s);
+    press(next);
+    EXPECT_EQ(told(), u"用户需要定位的公式不存在！"_s);
+    EXPECT_TRUE(canStep(next) && canStep(previous));
+    press(next);
+    EXPECT_EQ(shown(), u"管/"_s);
+    press(previous);
+    EXPECT_EQ(told(), u"用户需要定位的公式不存在！"_s);
+    press(previous);
+    EXPECT_EQ(shown(), u"梁/剪切"_s);
+    desk->control().RunCalc();
 }
 
 TEST_F(Locate, TheHostsValuesDecide) {

@@ -4,6 +4,14 @@
 // read, and write as far as to the commit; write PATH lets them read.
 //
 // spill PATH: writes half of a transaction into the library and waits to be killed.
+//
+// session PATH FOLDER COUNT: saves COUNT filters for formula 1, one over the other, with the backup
+// in FOLDER, and waits to be killed; a line is the number of filters that have been saved.
+
+#include "library/condition_text.h"
+#include "library/property_session.h"
+#include "store/library_connection.h"
+#include "support/recording_questions.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +19,8 @@
 #include <string>
 #include <string_view>
 #include <unistd.h>
+
+using namespace varo;
 
 namespace {
 
@@ -51,6 +61,30 @@ int hold(const char* path, const char* statements, const char* said) {
     }
 }
 
+int session(const char* path, const char* ownFolder, int count) {
+    test::RecordingQuestions questions;
+    clsDBFuncs funcs(questions);
+    PropertySession session(QString::fromLocal8Bit(ownFolder), funcs);
+    QString folder;
+    QString name;
+    SplitFilePath(QString::fromLocal8Bit(path), folder, name);
+    if (!session.SetConnection(folder, name, {}).isEmpty() ||
+        !session.InitForm(1, NodeTypeFormula).isEmpty()) {
+        return 1;
+    }
+    const qint32 property = session.add().value_or(0);
+    for (int number = 1; number <= count; ++number) {
+        const QString text = QStringLiteral("a = %1 and b = %1").arg(number);
+        if (!session.saveFilter(property, parseCondition(text).tree)) {
+            return 1;
+        }
+        say(std::to_string(number));
+    }
+    for (;;) {
+        pause();
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -59,6 +93,9 @@ int main(int argc, char** argv) {
         if (command == each.command) {
             return hold(argv[2], each.statements, each.said);
         }
+    }
+    if (command == "session" && argc > 4) {
+        return session(argv[2], argv[3], std::atoi(argv[4]));
     }
     return 1;
 }

@@ -25,10 +25,8 @@ class RecordingQuestions : public Questions {
         return !answers.isEmpty() && answers.takeFirst();
     }
 
-    std::optional<ChosenFile> chooseFile(const QString& title,
-                                         const QStringList& filters) override {
-        fileTitle = title;
-        fileFilters = filters;
+    std::optional<ChosenFile> chooseFile(const FileQuestion& question) override {
+        fileQuestion = question;
         meanwhile();
         return std::exchange(file, std::nullopt);
     }
@@ -39,10 +37,9 @@ class RecordingQuestions : public Questions {
     QStringList informed;  ///< texts of inform()
 
     std::optional<ChosenFile> file;  ///< what is answered to the next chooseFile(); nothing cancels
-    QString fileTitle;               ///< arguments of the last chooseFile()
-    QStringList fileFilters;
-    QStringList asked;    ///< texts of confirm()
-    QList<bool> answers;  ///< what confirm() will answer, in order
+    FileQuestion fileQuestion;       ///< argument of the last chooseFile()
+    QStringList asked;               ///< texts of confirm()
+    QList<bool> answers;             ///< what confirm() will answer, in order
 };
 
 }  // namespace varo::test

@@ -76,7 +76,8 @@ void MissingColumn::rename(const char* from, const char* to) {
 
 QStringList TestLibrary::content() {
     QStringList lines = rows(u"Select * From Tree"_s) + rows(u"Select * From RecentVar"_s) +
-                        rows(u"Select * From Property"_s) +
+                        rows(u"Select * From Property"_s) + rows(u"Select * From FilterCond"_s) +
+                        rows(u"Select * From FilterExpressions"_s) +
                         rows(u"Select ID,Name,Formula,Memo,PicType,PID,OrderID From Formula"_s);
     for (const QString& picture : rows(u"Select hex(Pic) From Formula"_s)) {
         lines.append(QString::number(qHash(picture)));

@@ -81,7 +81,9 @@ Connection& Connection::operator=(Connection&& other) noexcept {
 
 void Connection::open(const QString& path) {
     close();
-    state_ = std::make_shared<ConnectionState>(path, openDatabaseFile(path));
+    auto state = std::make_shared<ConnectionState>(path, openDatabaseFile(path));
+    addExactText(state->handle());
+    state_ = std::move(state);
 }
 
 void Connection::close() noexcept {
@@ -126,6 +128,11 @@ BlobField Connection::field(const QString& table, const QString& column, qint32 
 std::optional<TableStructure> Connection::structure(const QString& table) {
     opened(state_).handle();
     return state_->file->structure(table);
+}
+
+QStringList Connection::tables() {
+    opened(state_).handle();
+    return state_->file->tables();
 }
 
 QStringList Connection::damages() {

@@ -54,7 +54,8 @@ class Connection {
     /// another program is waited for two seconds at most.
     qint64 execute(const QString& statement, const Arguments& arguments = {});
 
-    /// Runs a query and returns its record set, positioned on the first row.
+    /// Runs a query and returns its record set, positioned on the first row. A statement may call
+    /// exact_text(X), the text of a value as Recordset::text() gives it, NULL for a binary value.
     Recordset query(const QString& statement, const Arguments& arguments = {});
 
     /// Identifier that the database assigned to the last inserted row. Throws Error when it is
@@ -68,6 +69,10 @@ class Connection {
     /// How the file keeps the table with this name, letter case ignored; nothing when there is
     /// none.
     std::optional<TableStructure> structure(const QString& table);
+
+    /// Names of the tables, in the order in which they were made; views and what the database keeps
+    /// for itself are not among them.
+    QStringList tables();
 
     /// Goes through the whole file and returns what is wrong with it, a line each and not more than
     /// a hundred; empty when it is sound.

@@ -2,11 +2,11 @@
 
 #include "platform/data/create_database.h"
 #include "platform/data/file_start.h"
+#include "platform/data/unfinished_file.h"
 
 #include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
-#include <QRandomGenerator>
 #include <QSaveFile>
 
 namespace varo::data {
@@ -28,11 +28,12 @@ QByteArray readWhole(Connection& connection, const std::function<void(const QByt
     // What a write-ahead log holds goes into the file; without one this does nothing.
     connection.query(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
     const ReadSnapshot snapshot(connection);
-    if (QFileInfo(connection.path() + QStringLiteral("-wal")).size() > 0) {
+    const QString log = QFileInfo(connection.path()).canonicalFilePath() + QStringLiteral("-wal");
+    if (QFileInfo(log).size() > 0) {
         throw Error(QStringLiteral("%1: another program uses the file").arg(connection.path()));
     }
     QCryptographicHash hash(QCryptographicHash::Sha256);
-    readFile(connection.path(), [&](const QByteArray& bytes) {
+    readBytes(connection.path(), [&](const QByteArray& bytes) {
         hash.addData(bytes);
         take(bytes);
     });
@@ -57,18 +58,24 @@ void copyDatabase(Connection& connection, const QString& path,
     }
 }
 
+void copyDatabase(const QString& source, const QString& target) {
+    Connection connection;
+    connection.open(source);
+    const QString path = QFileInfo(target).absoluteFilePath();
+    const UnfinishedFile unfinished(path);
+    copyDatabase(connection, unfinished.path(), [](const QByteArray&) {});
+    replaceDatabase(unfinished.path(), path);
+}
+
 void restoreDatabase(const QString& copy, const QString& path) {
     const QFileInfo link(path);
     const QString target = link.exists() ? link.canonicalFilePath() : link.absoluteFilePath();
-    const QString unfinished =
-        QStringLiteral("%1.%2.tmp")
-            .arg(target)
-            .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0'));
+    const UnfinishedFile unfinished(target);
     QFile source(copy);
     if (!source.open(QIODevice::ReadOnly)) {
         fail(source);
     }
-    QSaveFile file(unfinished);
+    QSaveFile file(unfinished.path());
     if (!file.open(QIODevice::WriteOnly)) {
         fail(file);
     }
@@ -86,12 +93,7 @@ void restoreDatabase(const QString& copy, const QString& path) {
     if (!file.commit()) {
         fail(file);
     }
-    try {
-        replaceDatabase(unfinished, target);
-    } catch (const Error&) {
-        QFile::remove(unfinished);
-        throw;
-    }
+    replaceDatabase(unfinished.path(), target);
 }
 
 }  // namespace varo::data

@@ -20,6 +20,10 @@ QByteArray databaseDigest(Connection& connection);
 void copyDatabase(Connection& connection, const QString& path,
                   const std::function<void(const QByteArray& digest)>& beforeItAppears);
 
+/// Copies the database file `source` in the same way to `target`, where the copy takes the place of
+/// what is there as replaceDatabase() says. Throws Error also when the source cannot be opened.
+void copyDatabase(const QString& source, const QString& target);
+
 /// Puts a copy of the closed file `copy`, which nobody else uses, in the place of the database at
 /// `path`, whose permissions it gets, as replaceDatabase() does; `copy` stays. Where `path` is a
 /// link, the file that it leads to is replaced. Throws Error, with the file at `path` as it was.

@@ -2,10 +2,10 @@
 
 #include "platform/data/error.h"
 #include "platform/data/sqlite_driver.h"
+#include "platform/data/unfinished_file.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QRandomGenerator>
 
 #include <filesystem>
 #include <memory>
@@ -14,23 +14,6 @@
 namespace varo::data {
 
 namespace {
-
-// A file that is removed unless it has been renamed.
-class UnfinishedFile {
-  public:
-    explicit UnfinishedFile(const QString& finalPath)
-        : path_(QStringLiteral("%1.%2.tmp")
-                    .arg(finalPath)
-                    .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0'))) {}
-    UnfinishedFile(const UnfinishedFile&) = delete;
-    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-    ~UnfinishedFile() { QFile::remove(path_); }
-
-    const QString& path() const { return path_; }
-
-  private:
-    QString path_;
-};
 
 using Handle = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
 

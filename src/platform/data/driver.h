@@ -77,6 +77,10 @@ class DatabaseFile {
     /// none. Reads no rows. Throws Error when that cannot be told.
     virtual std::optional<TableStructure> structure(const QString& table) = 0;
 
+    /// Names of the tables, in the order in which they were made; views and what the database keeps
+    /// for itself are not among them. Reads no rows. Throws Error when that cannot be told.
+    virtual QStringList tables() = 0;
+
     /// What the driver's own check of the whole file finds wrong, a line each. Throws Error when
     /// the check cannot be made.
     virtual QStringList damages() = 0;

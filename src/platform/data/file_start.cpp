@@ -19,13 +19,18 @@ struct NameDeleter {
 };
 using Name = std::unique_ptr<const char, NameDeleter>;
 
+/// The absolute path with links resolved, which the file layer does not follow.
+QString finalPath(const QString& path) {
+    const QFileInfo file(path);
+    return file.exists() ? file.canonicalFilePath() : file.absoluteFilePath();
+}
+
 /// An open file of SQLite's file layer.
 class LayerFile {
   public:
     explicit LayerFile(const QString& path)
         : path_(path),
-          name_(sqlite3_create_filename(QFileInfo(path).absoluteFilePath().toUtf8().constData(), "",
-                                        "", 0, nullptr)) {
+          name_(sqlite3_create_filename(finalPath(path).toUtf8().constData(), "", "", 0, nullptr)) {
         sqlite3_vfs* layer = sqlite3_vfs_find(nullptr);
         bytes_.resize(static_cast<std::size_t>(layer->szOsFile) / sizeof(std::max_align_t) + 1);
         const int result = layer->xOpen(layer, name_.get(), file(),
@@ -39,15 +44,12 @@ class LayerFile {
     LayerFile& operator=(const LayerFile&) = delete;
     ~LayerFile() { close(); }
 
-    qint64 size() {
+    /// The bytes from `offset` on, `length` of them or as many as there are.
+    QByteArray read(qint64 offset, int length) {
         qint64 size = 0;
         check(file()->pMethods->xFileSize(file(), &size));
-        return size;
-    }
-
-    /// At most `length` bytes from `offset` on, fewer at the end of the file.
-    QByteArray read(qint64 offset, qint64 length) {
-        QByteArray bytes(static_cast<qsizetype>(std::min(size() - offset, length)), '\0');
+        const qint64 left = std::max<qint64>(size - offset, 0);
+        QByteArray bytes(static_cast<qsizetype>(std::min<qint64>(left, length)), '\0');
         if (!bytes.isEmpty()) {
             check(file()->pMethods->xRead(file(), bytes.data(), static_cast<int>(bytes.size()),
                                           offset));
@@ -85,11 +87,14 @@ QByteArray fileStart(const QString& path, int length) {
     return LayerFile(path).read(0, length);
 }
 
-void readFile(const QString& path, const std::function<void(const QByteArray&)>& take) {
-    constexpr qint64 kPiece = 1 << 20;
+void readBytes(const QString& path, const std::function<void(const QByteArray&)>& take) {
+    constexpr int kPiece = 1 << 20;
     LayerFile file(path);
-    for (qint64 offset = 0; offset < file.size(); offset += kPiece) {
-        take(file.read(offset, kPiece));
+    qint64 offset = 0;
+    for (QByteArray piece = file.read(0, kPiece); !piece.isEmpty();
+         piece = file.read(offset, kPiece)) {
+        take(piece);
+        offset += piece.size();
     }
 }
 

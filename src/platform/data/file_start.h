@@ -14,7 +14,8 @@ namespace varo::data {
 /// process the locks that SQLite holds on it.
 QByteArray fileStart(const QString& path, int length);
 
-/// Passes all bytes of the file to `take`, in order and in pieces, the same way.
-void readFile(const QString& path, const std::function<void(const QByteArray&)>& take);
+/// Hands all bytes of the file at `path` to `take`, piece by piece; the rest as above. What `take`
+/// throws ends it.
+void readBytes(const QString& path, const std::function<void(const QByteArray&)>& take);
 
 }  // namespace varo::data

@@ -75,8 +75,19 @@ QString Recordset::columnName(int column) const {
     return data::columnName(openStatement(rows_), column);
 }
 
-bool Recordset::isNull(int column) const {
-    return sqlite3_column_type(currentRow(rows_, column), column) == SQLITE_NULL;
+ValueType Recordset::valueType(int column) const {
+    switch (sqlite3_column_type(currentRow(rows_, column), column)) {
+        case SQLITE_INTEGER:
+            return ValueType::Integer;
+        case SQLITE_FLOAT:
+            return ValueType::Floating;
+        case SQLITE_TEXT:
+            return ValueType::Text;
+        case SQLITE_BLOB:
+            return ValueType::Binary;
+        default:
+            return ValueType::Null;
+    }
 }
 
 qint32 Recordset::integer(int column) const {
@@ -87,6 +98,10 @@ qint32 Recordset::integer(int column) const {
 
 qint64 Recordset::integer64(int column) const {
     return sqlite3_column_int64(currentRow(rows_, column), column);
+}
+
+double Recordset::real(int column) const {
+    return sqlite3_column_double(currentRow(rows_, column), column);
 }
 
 QString Recordset::text(int column) const {

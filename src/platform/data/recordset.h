@@ -9,6 +9,9 @@
 
 namespace varo::data {
 
+/// What a field holds.
+enum class ValueType { Null, Integer, Floating, Text, Binary };
+
 /// The rows that a query returned, read forwards one at a time. A default-constructed record set is
 /// closed. Rows are fetched as they are read, so a record set holds one row at a time and locks its
 /// file for readers until it is closed or destroyed.
@@ -35,12 +38,14 @@ class Recordset {
     int columnCount() const noexcept;
     QString columnName(int column) const;
 
-    /// Fields of the current row, by column position. NULL reads as 0 or as empty text; a number in
-    /// a text column reads as its decimal text. An integer beyond the range of the result is cut to
-    /// the range. Throws Error when there is no current row or no such column.
-    bool isNull(int column) const;
+    /// Fields of the current row, by column position. NULL reads as 0 or as empty text; a number
+    /// reads as the shortest text that reads back as that number. An integer beyond the range of
+    /// the result is cut to the range. Throws Error when there is no current row or no such column.
+    ValueType valueType(int column) const;
+    bool isNull(int column) const { return valueType(column) == ValueType::Null; }
     qint32 integer(int column) const;
     qint64 integer64(int column) const;
+    double real(int column) const;
     QString text(int column) const;
 
     /// The same fields by column name. Throws Error when there is no such column.

@@ -6,6 +6,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <algorithm>
+
 namespace varo::data {
 
 namespace {
@@ -27,9 +29,12 @@ class SqliteFile final : public DatabaseFile {
     std::shared_ptr<LongBinary> field(const QString& table, const QString& column,
                                       qint32 id) override;
     std::optional<TableStructure> structure(const QString& table) override;
+    QStringList tables() override;
     QStringList damages() override;
 
   private:
+    QString rowNumberOf(const QString& table, const TableStructure& structure) const;
+
     Handle handle_;
 };
 
@@ -137,6 +142,53 @@ ColumnKind kindOf(QByteArray declaredType) {
     return declaredType.isEmpty() || hasPart("BLOB") ? ColumnKind::Any : ColumnKind::Number;
 }
 
+// What a column holds by the words in its declared type, in the spelling of this database and of
+// those that tables come from; the first that is found decides.
+ColumnType typeOf(QByteArray declaredType) {
+    static constexpr struct {
+        const char* part;
+        ColumnType type;
+    } kParts[] = {
+        {"BOOL", ColumnType::YesNo},
+        {"YESNO", ColumnType::YesNo},
+        {"LOGICAL", ColumnType::YesNo},
+        {"BIT", ColumnType::YesNo},
+        {"GUID", ColumnType::Guid},
+        {"UUID", ColumnType::Guid},
+        {"UNIQUEIDENTIFIER", ColumnType::Guid},
+        {"BLOB", ColumnType::Binary},
+        {"BINARY", ColumnType::Binary},
+        {"IMAGE", ColumnType::Binary},
+        {"OLE", ColumnType::Binary},
+        {"DATE", ColumnType::Date},
+        {"TIME", ColumnType::Date},
+        {"MONEY", ColumnType::Money},
+        {"CURRENCY", ColumnType::Money},
+        {"CHAR", ColumnType::Text},
+        {"CLOB", ColumnType::Text},
+        {"TEXT", ColumnType::Text},
+        {"MEMO", ColumnType::Text},
+        {"NOTE", ColumnType::Text},
+        {"STRING", ColumnType::Text},
+        {"INT", ColumnType::Integer},
+        {"COUNTER", ColumnType::Integer},
+        {"AUTONUMBER", ColumnType::Integer},
+        {"BYTE", ColumnType::Integer},
+        {"SHORT", ColumnType::Integer},
+        {"LONG", ColumnType::Integer},
+        {"DEC", ColumnType::Decimal},
+        {"NUM", ColumnType::Decimal},
+        {"REAL", ColumnType::Floating},
+        {"FLOA", ColumnType::Floating},
+        {"DOUB", ColumnType::Floating},
+        {"SINGLE", ColumnType::Floating},
+    };
+    declaredType = declaredType.toUpper();
+    const auto found = std::ranges::find_if(
+        kParts, [&](const auto& each) { return declaredType.contains(each.part); });
+    return found == std::end(kParts) ? ColumnType::Any : found->type;
+}
+
 // Whether the statement that created a table has a constraint by which a row that breaks it is left
 // out, or another row is deleted, without an error.
 bool dropsRows(const QString& creation) {
@@ -171,8 +223,9 @@ std::optional<TableStructure> SqliteFile::structure(const QString& table) {
     }
     const StatementHandle row = prepare(handle(), QStringLiteral("Select * From ") + quoted(table));
     for (int column = 0; column < sqlite3_column_count(row.get()); ++column) {
+        const QByteArray declaredType = sqlite3_column_decltype(row.get(), column);
         found.columns.append(
-            {columnName(row.get(), column), kindOf(sqlite3_column_decltype(row.get(), column))});
+            {columnName(row.get(), column), kindOf(declaredType), typeOf(declaredType)});
         int isAutoNumber = 0;
         sqlite3_table_column_metadata(handle(), "main", table.toUtf8().constData(),
                                       sqlite3_column_name(row.get(), column), nullptr, nullptr,
@@ -181,7 +234,42 @@ std::optional<TableStructure> SqliteFile::structure(const QString& table) {
             found.autoNumber = found.columns.last().name;
         }
     }
+    found.rowNumber = rowNumberOf(table, found);
     return found;
+}
+
+QString SqliteFile::rowNumberOf(const QString& table, const TableStructure& structure) const {
+    for (const char* each : {"rowid", "_rowid_", "oid"}) {
+        const QString name = QString::fromLatin1(each);
+        const bool isColumn =
+            std::ranges::any_of(structure.columns, [&](const TableStructure::Column& column) {
+                return column.name.compare(name, Qt::CaseInsensitive) == 0;
+            });
+        const QString query = QStringLiteral("Select %1 From %2").arg(name, quoted(table));
+        sqlite3_stmt* compiled = nullptr;
+        // It does not compile for a table that was made without row numbers.
+        if (!isColumn && sqlite3_prepare_v2(handle(), query.toUtf8().constData(), -1, &compiled,
+                                            nullptr) == SQLITE_OK) {
+            sqlite3_finalize(compiled);
+            return name;
+        }
+    }
+    return {};
+}
+
+QStringList SqliteFile::tables() {
+    QStringList names;
+    const StatementHandle rows =
+        prepare(handle(), QStringLiteral("Select parts.name From sqlite_schema As parts "
+                                         "Join pragma_table_list As kinds "
+                                         "On kinds.name = parts.name And kinds.schema = 'main' "
+                                         "Where parts.type = 'table' And kinds.type = 'table' "
+                                         "And parts.name Not Like 'sqlite\\_%' Escape '\\' "
+                                         "Order By parts.rowid"));
+    while (step(rows.get())) {
+        names.append(columnText(rows.get(), 0));
+    }
+    return names;
 }
 
 QStringList SqliteFile::damages() {

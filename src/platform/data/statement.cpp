@@ -1,7 +1,10 @@
 #include "platform/data/statement.h"
 
+#include <QLocale>
+
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <limits>
 
 namespace varo::data {
@@ -51,6 +54,34 @@ void bind(sqlite3_stmt* statement, const Arguments& arguments) {
     }
 }
 
+/// SQLite's own text of a number has 15 digits, too few for some to read back.
+QString numberText(double value) {
+    constexpr double kSmallestPlain = 1e-5;
+    constexpr double kLargestPlain = 1e16;
+    const double size = std::abs(value);
+    const bool isPlain = size == 0 || (size >= kSmallestPlain && size < kLargestPlain);
+    return QString::number(size == 0 ? 0 : value, isPlain ? 'f' : 'g',
+                           QLocale::FloatingPointShortest);
+}
+
+void exactText(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    sqlite3_value* value = *values;
+    switch (sqlite3_value_type(value)) {
+        case SQLITE_FLOAT: {
+            const QByteArray text = numberText(sqlite3_value_double(value)).toUtf8();
+            sqlite3_result_text64(context, text.constData(),
+                                  static_cast<sqlite3_uint64>(text.size()), SQLITE_TRANSIENT,
+                                  SQLITE_UTF8);
+            break;
+        }
+        case SQLITE_BLOB:
+            sqlite3_result_null(context);
+            break;
+        default:
+            sqlite3_result_value(context, value);
+    }
+}
+
 bool isBlank(const char* text) {
     return std::all_of(text, text + std::char_traits<char>::length(text), [](char c) {
         return std::isspace(static_cast<unsigned char>(c)) != 0 || c == ';';
@@ -60,7 +91,8 @@ bool isBlank(const char* text) {
 }  // namespace
 
 void throwLastError(sqlite3* database) {
-    throw Error(QString::fromUtf8(sqlite3_errmsg(database)));
+    throw Error(QString::fromUtf8(sqlite3_errmsg(database)),
+                sqlite3_errcode(database) == SQLITE_BUSY);
 }
 
 StatementHandle prepare(sqlite3* database, const QString& text, const Arguments& arguments) {
@@ -102,6 +134,9 @@ QString textOf(const char* utf8, qsizetype length) {
 }
 
 QString columnText(sqlite3_stmt* statement, int column) {
+    if (sqlite3_column_type(statement, column) == SQLITE_FLOAT) {
+        return numberText(sqlite3_column_double(statement, column));
+    }
     const auto* utf8 = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
     return textOf(utf8, sqlite3_column_bytes(statement, column));
 }
@@ -137,6 +172,14 @@ void StatementCache::run(sqlite3* database, const QString& text, const Arguments
     sqlite3_reset(statement.get());
     sqlite3_clear_bindings(statement.get());
     place->second = std::move(statement);
+}
+
+void addExactText(sqlite3* database) {
+    constexpr int kTraits = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_DIRECTONLY;
+    if (sqlite3_create_function_v2(database, "exact_text", 1, kTraits, nullptr, exactText, nullptr,
+                                   nullptr, nullptr) != SQLITE_OK) {
+        throwLastError(database);
+    }
 }
 
 QString quoted(const QString& name) {

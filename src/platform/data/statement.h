@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/data/connection.h"
+#include "platform/data/identifiers.h"
 
 #include <QString>
 
@@ -31,8 +32,8 @@ bool step(sqlite3_stmt* statement);
 /// null.
 QString textOf(const char* utf8, qsizetype length);
 
-/// The field `column` of the current row, and the name of a column of its
-/// result.
+/// The field `column` of the current row, a floating-point number as the shortest text that reads
+/// back as that number; and the name of a column of its result.
 QString columnText(sqlite3_stmt* statement, int column);
 QString columnName(sqlite3_stmt* statement, int column);
 
@@ -52,7 +53,8 @@ class StatementCache {
     std::unordered_map<QString, StatementHandle> idle_;  ///< by their texts; null after a failure
 };
 
-/// `name` as an identifier in a statement.
-QString quoted(const QString& name);
+/// Gives the statements on `database` the function exact_text(X); see Connection::query(). Throws
+/// Error.
+void addExactText(sqlite3* database);
 
 }  // namespace varo::data

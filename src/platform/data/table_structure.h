@@ -9,17 +9,26 @@ namespace varo::data {
 /// makes 7 of the text "007".
 enum class ColumnKind { Any, Text, Number };
 
+/// What the values of a column are, by the type that the file declares for it; Any when it declares
+/// none that is known. A file may hold other values in the column all the same.
+enum class ColumnType { Any, Integer, Floating, Money, Decimal, Text, Guid, Date, YesNo, Binary };
+
 /// What a database does with the rows of a table.
 struct TableStructure {
     struct Column {
         QString name;
         ColumnKind kind;
+        ColumnType type = ColumnType::Any;
     };
     QList<Column> columns;
 
     /// Name of the column in which the database gives each new row a number that no row of the
     /// table has had before; "" when there is none.
     QString autoNumber;
+
+    /// What a statement calls the number that identifies a row ("rowid"); "" when the rows of the
+    /// table have none, or columns have taken all its names.
+    QString rowNumber;
 
     /// A statement that inserts, changes or deletes rows does what it says or fails: it is a table
     /// of the file and no view, nothing stored in the file runs with the statement (a trigger), and

@@ -62,6 +62,7 @@ bool isName(const QString& name, QChar separator) {
 struct DeployFileLib::Data {
     QString folder;
     QString fileName;
+    QString source;
     QString error;
     std::vector<std::pair<QString, QString>> required;
 
@@ -70,7 +71,11 @@ struct DeployFileLib::Data {
     /// Comments of the keys that prepareSection() took away, by section and key in lower case.
     std::map<std::pair<QByteArray, QByteArray>, QByteArray> comments;
 
+    TextEncoding encoding = TextEncoding::Utf8;  ///< of the file that was read last
+    bool hasWindowsLineEnds = false;             ///< the same
+
     QString path() const { return QDir(folder).filePath(fileName); }
+    QString sourcePath() const { return source.isEmpty() ? path() : QDir(folder).filePath(source); }
 
     bool fail(const QString& reason) {
         error = reason;
@@ -79,6 +84,7 @@ struct DeployFileLib::Data {
 
     void forget() {
         required.clear();
+        source.clear();
         error.clear();
         unload();
     }
@@ -86,6 +92,8 @@ struct DeployFileLib::Data {
     void unload() {
         ini.Reset();
         comments.clear();
+        encoding = TextEncoding::Utf8;
+        hasWindowsLineEnds = false;
         loaded = false;
     }
 
@@ -99,7 +107,7 @@ struct DeployFileLib::Data {
 bool DeployFileLib::Data::parse(const QString& text) {
     const QByteArray utf8 = text.toUtf8() + '\n' + kEndMark;
     if (ini.LoadData(utf8.constData(), static_cast<size_t>(utf8.size())) < 0) {
-        return fail(QStringLiteral("没有足够的内存读取配置文件“%1”！").arg(path()));
+        return fail(QStringLiteral("没有足够的内存读取配置文件“%1”！").arg(sourcePath()));
     }
     loaded = true;
     return true;
@@ -107,43 +115,47 @@ bool DeployFileLib::Data::parse(const QString& text) {
 
 bool DeployFileLib::Data::load() {
     unload();
-    const QFileInfo info(path());
+    const QString readPath = sourcePath();
+    const QFileInfo info(readPath);
     if (!info.exists()) {
-        return fail(QStringLiteral("配置文件“%1”不存在！").arg(path()));
+        return fail(QStringLiteral("配置文件“%1”不存在！").arg(readPath));
     }
     if (!info.isFile()) {
-        return fail(QStringLiteral("“%1”不是文件，不能作为配置文件！").arg(path()));
+        return fail(QStringLiteral("“%1”不是文件，不能作为配置文件！").arg(readPath));
     }
-    QFile file(path());
+    QFile file(readPath);
     if (!file.open(QIODevice::ReadOnly)) {
-        return fail(QStringLiteral("无法打开配置文件“%1”：%2").arg(path(), file.errorString()));
+        return fail(QStringLiteral("无法打开配置文件“%1”：%2").arg(readPath, file.errorString()));
     }
     const QByteArray bytes = file.read(kSizeLimit + 1);
     if (file.error() != QFileDevice::NoError) {
-        return fail(QStringLiteral("无法读取配置文件“%1”：%2").arg(path(), file.errorString()));
+        return fail(QStringLiteral("无法读取配置文件“%1”：%2").arg(readPath, file.errorString()));
     }
     if (bytes.size() > kSizeLimit) {
-        return fail(QStringLiteral("配置文件“%1”太大！").arg(path()));
+        return fail(QStringLiteral("配置文件“%1”太大！").arg(readPath));
     }
-    const auto text = decodeText(bytes);
-    if (!text) {
-        return fail(QStringLiteral("配置文件“%1”不是文本文件！").arg(path()));
+    const auto decoded = decodeText(bytes);
+    if (!decoded) {
+        return fail(QStringLiteral("配置文件“%1”不是文本文件！").arg(readPath));
     }
-    return parse(*text);
+    encoding = decoded->encoding;
+    hasWindowsLineEnds = decoded->text.contains(QLatin1StringView("\r\n"));
+    return parse(decoded->text);
 }
 
 bool DeployFileLib::Data::loadIfExists() {
     if (loaded) {
         return true;
     }
-    return QFileInfo::exists(path()) ? load() : parse(QString());
+    return QFileInfo::exists(sourcePath()) ? load() : parse(QString());
 }
 
 bool DeployFileLib::Data::find(const QString& section, const QString& key, QByteArray& value) {
     const char* found =
         ini.GetValue(section.toUtf8().constData(), key.toUtf8().constData(), nullptr);
     if (!found) {
-        return fail(QStringLiteral("配置文件“%1”中缺少“%2”段的“%3”项！").arg(path(), section, key));
+        return fail(
+            QStringLiteral("配置文件“%1”中缺少“%2”段的“%3”项！").arg(sourcePath(), section, key));
     }
     value = fromFileForm(found);
     return true;
@@ -177,6 +189,11 @@ void DeployFileLib::setFolder(const QString& folder) {
 void DeployFileLib::setFileName(const QString& fileName) {
     data_->fileName = fileName;
     data_->forget();
+}
+
+void DeployFileLib::setSource(const QString& fileName) {
+    data_->unload();
+    data_->source = fileName;
 }
 
 bool DeployFileLib::check() {
@@ -254,7 +271,11 @@ bool DeployFileLib::save() {
     }
     QByteArray bytes = QByteArray::fromStdString(text);
     bytes.replace(kEndMark, QByteArray());
-    bytes = bytes.trimmed() + '\n';
+    QString content = QString::fromUtf8(bytes.trimmed() + '\n');
+    if (data_->hasWindowsLineEnds) {
+        content.replace(u'\n', QLatin1StringView("\r\n"));
+    }
+    bytes = encodeText(content, data_->encoding);
 
     QSaveFile file(data_->path());
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {

@@ -11,9 +11,10 @@ namespace varo::deploy {
 /// end is ignored, and a form feed reads as a blank. A value is read as it stands, with its
 /// backslashes, percent signs and semicolons; only the blanks around it and one pair of double
 /// quotes around what is left are taken off. Section and key names compare without regard to ASCII
-/// letter case; of a key that is there twice the first counts. Writes UTF-8 and keeps the comments,
-/// sections and keys that it did not change. Each operation returns its success and, when it fails,
-/// leaves the reason in lastError().
+/// letter case; of a key that is there twice the first counts. Writes a new file in UTF-8, another
+/// one in the encoding and with the line ends that it had, and keeps the comments, sections and
+/// keys that it did not change, in their order. Each operation returns its success and, when it
+/// fails, leaves the reason in lastError().
 class DeployFileLib {
   public:
     DeployFileLib();
@@ -23,6 +24,11 @@ class DeployFileLib {
     /// forgotten, the last error included.
     void setFolder(const QString& folder);
     void setFileName(const QString& fileName);
+
+    /// Another file of the folder that is read in the place of the file, which save() writes: an
+    /// earlier version that was put aside. Ends with the next setFolder() or setFileName(), or with
+    /// "".
+    void setSource(const QString& fileName);
 
     /// Reads the file and looks whether it can be used: it is there, is text, and holds every key
     /// that was required. What was written and not saved is forgotten.

@@ -1,6 +1,7 @@
 #include "platform/deploy/text_encoding.h"
 
 #include <QStringDecoder>
+#include <QStringEncoder>
 #include <QUtf8StringView>
 
 #include <algorithm>
@@ -9,6 +10,8 @@ namespace varo::deploy {
 
 namespace {
 
+constexpr char kUtf8Mark[] = "\xEF\xBB\xBF";
+
 bool isTextCharacter(QChar c) {
     if (c == u'\t' || c == u'\n' || c == u'\r') {
         return true;
@@ -16,7 +19,8 @@ bool isTextCharacter(QChar c) {
     return c.category() != QChar::Other_Control && c != QChar(0xFFFE) && c != QChar(0xFFFF);
 }
 
-std::optional<QString> decodeAs(QStringDecoder&& decoder, const QByteArray& bytes) {
+std::optional<DecodedText> decodeAs(TextEncoding encoding, QStringDecoder&& decoder,
+                                    const QByteArray& bytes) {
     if (!decoder.isValid()) {
         return std::nullopt;
     }
@@ -24,7 +28,7 @@ std::optional<QString> decodeAs(QStringDecoder&& decoder, const QByteArray& byte
     if (decoder.hasError()) {
         return std::nullopt;
     }
-    return text;
+    return DecodedText{text, encoding};
 }
 
 /// `bytes` with a two-byte euro sign for each byte 0x80 that stands where a GB18030 character
@@ -50,30 +54,57 @@ QByteArray withGbEuroSigns(const QByteArray& bytes) {
 
 /// Stateless, so that a character cut off at the end counts as an error; the mark, if any, is taken
 /// off.
-std::optional<QString> decodeUnchecked(const QByteArray& bytes) {
+std::optional<DecodedText> decodeUnchecked(const QByteArray& bytes) {
     constexpr auto kStrict = QStringConverter::Flag::Stateless;
-    if (bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF")) {
-        auto text = decodeAs(QStringDecoder(QStringConverter::Utf16, kStrict), bytes);
-        return bytes.size() % 2 == 0 && text && text->isValidUtf16() ? text : std::nullopt;
+    const bool isLittleEndian = bytes.startsWith("\xFF\xFE");
+    if (isLittleEndian || bytes.startsWith("\xFE\xFF")) {
+        auto found = decodeAs(isLittleEndian ? TextEncoding::Utf16LE : TextEncoding::Utf16BE,
+                              QStringDecoder(QStringConverter::Utf16, kStrict), bytes);
+        const bool isWhole = bytes.size() % 2 == 0 && found && found->text.isValidUtf16();
+        return isWhole ? found : std::nullopt;
     }
     if (QUtf8StringView(bytes.constData(), bytes.size()).isValidUtf8()) {
-        return decodeAs(QStringDecoder(QStringConverter::Utf8, kStrict), bytes);
+        return decodeAs(
+            bytes.startsWith(kUtf8Mark) ? TextEncoding::Utf8WithMark : TextEncoding::Utf8,
+            QStringDecoder(QStringConverter::Utf8, kStrict), bytes);
     }
-    return decodeAs(QStringDecoder("GB18030", kStrict), withGbEuroSigns(bytes));
+    return decodeAs(TextEncoding::Gb18030, QStringDecoder("GB18030", kStrict),
+                    withGbEuroSigns(bytes));
 }
 
 }  // namespace
 
-std::optional<QString> decodeText(const QByteArray& bytes) {
-    auto text = decodeUnchecked(bytes);
-    if (!text) {
+std::optional<DecodedText> decodeText(const QByteArray& bytes) {
+    auto found = decodeUnchecked(bytes);
+    if (!found) {
         return std::nullopt;
     }
-    if (text->endsWith(QChar(0x1A))) {
-        text->chop(1);
+    if (found->text.endsWith(QChar(0x1A))) {
+        found->text.chop(1);
     }
-    text->replace(u'\f', u' ');
-    return isText(*text) ? text : std::nullopt;
+    found->text.replace(u'\f', u' ');
+    return isText(found->text) ? found : std::nullopt;
+}
+
+QByteArray encodeText(const QString& text, TextEncoding encoding) {
+    constexpr auto kMarked = QStringConverter::Flag::WriteBom;
+    QByteArray bytes;
+    switch (encoding) {
+        case TextEncoding::Utf8:
+            return text.toUtf8();
+        case TextEncoding::Utf8WithMark:
+            return kUtf8Mark + text.toUtf8();
+        case TextEncoding::Utf16LE:
+            return QStringEncoder(QStringConverter::Utf16LE, kMarked)(text);
+        case TextEncoding::Utf16BE:
+            return QStringEncoder(QStringConverter::Utf16BE, kMarked)(text);
+        case TextEncoding::Gb18030:
+            bytes = QStringEncoder("GB18030")(text);
+            break;
+    }
+    // Some bytes of GB18030 are valid in UTF-8 too, where they are other characters.
+    const auto readBack = decodeText(bytes);
+    return readBack && readBack->text == text ? bytes : kUtf8Mark + text.toUtf8();
 }
 
 bool isText(QStringView text) {

@@ -16,9 +16,7 @@ class HeldMessages : public Questions {
         }
     }
     bool confirm(const QString&, Choice) override { return false; }
-    std::optional<ChosenFile> chooseFile(const QString&, const QStringList&) override {
-        return std::nullopt;
-    }
+    std::optional<ChosenFile> chooseFile(const FileQuestion&) override { return std::nullopt; }
 
     bool isEmpty() const { return texts_.isEmpty(); }
 

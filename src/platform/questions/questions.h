@@ -16,6 +16,16 @@ struct ChosenFile {
     int filter = 0;  ///< position of the chosen filter
 };
 
+/// A question for a file.
+struct FileQuestion {
+    enum class Purpose { Open, New };
+
+    QString title;
+    QStringList filters;  ///< each a text with the wanted names in parentheses, as "(*.bmp)"
+    Purpose purpose = Purpose::Open;
+    QString initialName = {};  ///< stands in the field for the name at first
+};
+
 /// Every modal question and message goes through this interface, so that a test, or a host without
 /// a screen, can answer. The host may go on meanwhile, and turn the control to something else.
 class Questions {
@@ -28,10 +38,9 @@ class Questions {
     /// Asks `text` and returns true for Yes or OK.
     virtual bool confirm(const QString& text, Choice choice) = 0;
 
-    /// Asks for a file to open. Each of `filters` is a text with the wanted names in parentheses,
-    /// as "(*.bmp)". Returns nothing when the user cancels.
-    virtual std::optional<ChosenFile> chooseFile(const QString& title,
-                                                 const QStringList& filters) = 0;
+    /// Asks for a file to open, or for the name of a new one; whether a file of that name may be
+    /// replaced is not asked. Returns nothing when the user cancels.
+    virtual std::optional<ChosenFile> chooseFile(const FileQuestion& question) = 0;
 };
 
 }  // namespace varo

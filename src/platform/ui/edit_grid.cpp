@@ -20,6 +20,10 @@ constexpr int kStyleRole = Qt::UserRole + 1;
 
 constexpr int kCellPadding = 8;
 
+bool isDropDown(EditStyle style) {
+    return style == EditStyle::DropDown;
+}
+
 QColor toColor(quint32 color) {
     return QColor(color & 0xFF, (color >> 8) & 0xFF, (color >> 16) & 0xFF);
 }
@@ -95,6 +99,7 @@ QTableWidgetItem* EditGrid::cell(int Row, int Col) const {
 }
 
 void EditGrid::SetCellText(int Row, int Col, const QString& Text) {
+    textSet_ = true;
     if (auto* found = cell(Row, Col)) {
         found->setText(Text);
     }
@@ -158,6 +163,12 @@ void EditGrid::SetCellEditStyle(int Row, int Col, EditStyle Style) {
     }
 }
 
+void EditGrid::SetCellSuggestions(int Row, int Col, const QStringList& Texts) {
+    if (auto* found = cell(Row, Col)) {
+        found->setData(Delegate::SuggestionsRole, Texts);
+    }
+}
+
 EditStyle EditGrid::styleOf(const QModelIndex& index) const {
     const QVariant own = index.data(kStyleRole);
     return own.isValid() ? static_cast<EditStyle>(own.toInt())
@@ -183,7 +194,8 @@ bool EditGrid::offersChoices(const QModelIndex& index) const {
         case EditStyle::DropDown:
             return true;
         case EditStyle::Plain:
-            return !listItems_.isEmpty();
+            return !listItems_.isEmpty() &&
+                   std::ranges::none_of(columns_, isDropDown, &Column::style);
         case EditStyle::Button:
             return false;
     }
@@ -288,7 +300,8 @@ void EditGrid::keyPressEvent(QKeyEvent* event) {
         altDown || (event->key() == Qt::Key_F4 && event->modifiers() == Qt::NoModifier);
     if (!index.isValid() || !isPick) {
         QTableWidget::keyPressEvent(event);
-    } else if (altDown && index.flags().testFlag(Qt::ItemIsEditable) && offersChoices(index)) {
+    } else if ((altDown || isDropDown(styleOf(index))) &&
+               index.flags().testFlag(Qt::ItemIsEditable) && offersChoices(index)) {
         openChoices(index);
     } else {
         activate(index);
@@ -342,10 +355,11 @@ void EditGrid::mouseDoubleClickEvent(QMouseEvent* event) {
     }
     const QPersistentModelIndex index = indexAt(event->position().toPoint());
     if (event->button() == Qt::LeftButton && index.isValid()) {
-        const QString before = index.data().toString();
         cancelDelayedEdit();
+        textSet_ = false;
         emit CellActivate(index.row() + 1, index.column());
-        if (!index.isValid() || index.data().toString() != before) {
+        // In this order: a handler may have destroyed the grid, and so the index.
+        if (!index.isValid() || textSet_) {
             return;
         }
     }

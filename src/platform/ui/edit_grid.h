@@ -50,12 +50,15 @@ class EditGrid : public QTableWidget {
     void SetColEditStyle(int Col, EditStyle Style);
     /// Overrides the column's style for this cell, until the cell's row is removed.
     void SetCellEditStyle(int Row, int Col, EditStyle Style);
+    /// While a cell in which any text can be typed is edited, those of `Texts` that contain what
+    /// has been typed are offered, letter case ignored. They stay until the cell's row is removed.
+    void SetCellSuggestions(int Row, int Col, const QStringList& Texts);
 
     /// Ends an edit as Enter would, raising CellEdited if the text has changed.
     void commitEdit();
 
-    /// The grid's drop-down items: offered beside free typing while a cell of a Plain column is
-    /// edited, and as the only choices in a DropDown column.
+    /// The grid's drop-down items: the only choices in a DropDown column; in a grid without such a
+    /// column, offered beside free typing while a Plain cell is edited.
     void AddListItem(const QString& Text);
     int GetListCount() const;
     void RemoveListItem(int Index);
@@ -66,8 +69,8 @@ class EditGrid : public QTableWidget {
     /// handler may rebuild the grid or show a window.
     void CellEdited(int Row, int Col, const QString& Text);
     /// The user asks to pick a value for a cell: a double click, F4, or, where a cell offers no
-    /// drop-down items, Alt+Down. After a double click editing starts unless the handler has set
-    /// the cell's text.
+    /// drop-down items, Alt+Down; both keys open the list of a DropDown cell. After a double click
+    /// editing starts unless the handler has set the text of a cell, be it to the same text.
     void CellActivate(int Row, int Col);
     /// The button of a Button cell was pressed, by the mouse, F4 or Alt+Down.
     void CellButtonClick(int Row, int Col);
@@ -110,6 +113,7 @@ class EditGrid : public QTableWidget {
     QPersistentModelIndex edited_;
     QPersistentModelIndex pressedButton_;
     bool textChanged_ = false;
+    bool textSet_ = false;  ///< SetCellText() has been called since the last activation
 };
 
 }  // namespace varo::ui

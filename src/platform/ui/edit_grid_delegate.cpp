@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QCompleter>
 #include <QHelpEvent>
 #include <QLineEdit>
 #include <QPainter>
@@ -86,6 +87,13 @@ QWidget* EditGrid::Delegate::createEditor(QWidget* parent, const QStyleOptionVie
     }
     auto* line = new QLineEdit(parent);
     line->setFrame(false);
+    const QStringList suggestions = index.data(SuggestionsRole).toStringList();
+    if (!suggestions.isEmpty()) {
+        auto* completer = new QCompleter(suggestions, line);
+        completer->setCaseSensitivity(Qt::CaseInsensitive);
+        completer->setFilterMode(Qt::MatchContains);
+        line->setCompleter(completer);
+    }
     return line;
 }
 

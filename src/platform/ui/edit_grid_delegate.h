@@ -9,6 +9,8 @@ namespace varo::ui {
 /// Draws the cells of a grid and makes their editors.
 class EditGrid::Delegate : public QStyledItemDelegate {
   public:
+    enum Role { SuggestionsRole = Qt::UserRole + 2 };
+
     explicit Delegate(EditGrid* grid) : QStyledItemDelegate(grid), grid_(*grid) {}
 
     /// Where the button of a Button cell lies in the cell's rectangle.

@@ -2,8 +2,8 @@
 
 #include "platform/ui/dialogs.h"
 
+#include <QApplication>
 #include <QFileDialog>
-#include <QGuiApplication>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -21,8 +21,10 @@ struct Answer {
 /// Shows a box with the given answers, the first of them the default, and returns the chosen one.
 QMessageBox::StandardButton ask(QWidget* owner, QMessageBox::Icon icon, const QString& text,
                                 std::initializer_list<Answer> answers) {
-    QMessageBox box(owner);
-    box.setWindowTitle(QGuiApplication::applicationDisplayName());
+    // Over the dialog that is open, if one is: else it could lie behind that dialog.
+    QWidget* dialog = QApplication::activeModalWidget();
+    QMessageBox box(dialog != nullptr ? dialog : owner);
+    box.setWindowTitle(QApplication::applicationDisplayName());
     box.setIcon(icon);
     box.setTextFormat(Qt::PlainText);
     box.setText(text);
@@ -51,18 +53,23 @@ bool MessageBoxes::confirm(const QString& text, Choice choice) {
                 {QMessageBox::Cancel, QStringLiteral("取消")}}) == QMessageBox::Ok;
 }
 
-std::optional<ChosenFile> MessageBoxes::chooseFile(const QString& title,
-                                                   const QStringList& filters) {
-    QFileDialog dialog(owner_, title);
-    // A name that does not exist is accepted: the caller may append an extension first.
+std::optional<ChosenFile> MessageBoxes::chooseFile(const FileQuestion& question) {
+    QFileDialog dialog(owner_, question.title);
+    // A name that does not exist is accepted: the caller may append an extension first, and for
+    // that reason asks itself whether a file may be replaced.
     dialog.setFileMode(QFileDialog::AnyFile);
-    dialog.setNameFilters(filters);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    if (question.purpose == FileQuestion::Purpose::New) {
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+    }
+    dialog.setNameFilters(question.filters);
+    dialog.selectFile(question.initialName);
     const bool chosen = runDialog(dialog);
     const QStringList files = dialog.selectedFiles();
     if (!chosen || files.isEmpty()) {
         return std::nullopt;
     }
-    const auto filter = static_cast<int>(filters.indexOf(dialog.selectedNameFilter()));
+    const auto filter = static_cast<int>(question.filters.indexOf(dialog.selectedNameFilter()));
     return ChosenFile{files.first(), std::max(filter, 0)};
 }
 

@@ -15,7 +15,7 @@ class MessageBoxes : public Questions {
 
     void inform(const QString& text) override;
     bool confirm(const QString& text, Choice choice) override;
-    std::optional<ChosenFile> chooseFile(const QString& title, const QStringList& filters) override;
+    std::optional<ChosenFile> chooseFile(const FileQuestion& question) override;
 
   private:
     QPointer<QWidget> owner_;

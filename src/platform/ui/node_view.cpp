@@ -2,6 +2,7 @@
 
 #include "platform/ui/action_keys.h"
 #include "platform/ui/colors.h"
+#include "platform/ui/dropped_files.h"
 #include "platform/ui/icons.h"
 #include "platform/ui/label_editor.h"
 
@@ -294,6 +295,29 @@ void NodeView::contextMenuEvent(QContextMenuEvent* event) {
         emit menuRequested(index, viewport()->mapToGlobal(place.bottomLeft()));
     }
     event->accept();
+}
+
+void NodeView::dragEnterEvent(QDragEnterEvent* event) {
+    dragMoveEvent(event);
+}
+
+void NodeView::dragMoveEvent(QDragMoveEvent* event) {
+    const bool holdsFiles = !droppedFiles(*event->mimeData()).isEmpty();
+    if (holdsFiles) {
+        event->setDropAction(Qt::CopyAction);
+    }
+    event->setAccepted(holdsFiles);
+}
+
+void NodeView::dropEvent(QDropEvent* event) {
+    const QStringList files = droppedFiles(*event->mimeData());
+    event->setDropAction(Qt::CopyAction);
+    event->setAccepted(!files.isEmpty());
+    if (!files.isEmpty()) {
+        // The program that the files come from waits for the end of the drop.
+        QMetaObject::invokeMethod(
+            this, [this, files] { emit filesDropped(files); }, Qt::QueuedConnection);
+    }
 }
 
 bool NodeView::isCommandKey(const QKeyEvent& event) const {

@@ -60,6 +60,9 @@ class NodeView : public QTreeView {
     /// The right button was released at a place on the screen, or the key for menus was pressed;
     /// `index` is invalid on empty space.
     void menuRequested(const QModelIndex& index, const QPoint& position);
+    /// Files were dropped on the view, which takes them while it accepts drops. Raised when the
+    /// drop is over.
+    void filesDropped(const QStringList& files);
 
   protected:
     void mousePressEvent(QMouseEvent* event) override;
@@ -71,6 +74,9 @@ class NodeView : public QTreeView {
     void timerEvent(QTimerEvent* event) override;
     void updateGeometries() override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
     bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
     void initViewItemOption(QStyleOptionViewItem* option) const override;

@@ -22,10 +22,13 @@ Picture Picture::read(const QString& path, qint64 pixelLimit) {
     if (!file.open(QIODevice::ReadOnly) || file.size() > rasterFileLimit(pixelLimit)) {
         return {};
     }
-    const QByteArray data = file.readAll();
+    return fromBytes(file.readAll(), pixelLimit, kEnoughPixels);
+}
+
+Picture Picture::fromBytes(const QByteArray& data, qint64 pixelLimit, int enough) {
     Picture picture;
     if (!Metafile::isMetafile(data)) {
-        RasterPicture raster = readRaster(data, pixelLimit, kEnoughPixels);
+        RasterPicture raster = readRaster(data, pixelLimit, enough);
         if (!raster.image.isNull()) {
             picture.size_ = raster.size;
             picture.pixels_ = std::move(raster.image);

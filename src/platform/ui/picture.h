@@ -3,6 +3,7 @@
 #include "platform/ui/metafile.h"
 #include "platform/ui/raster_picture.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <optional>
@@ -18,6 +19,10 @@ class Picture {
     /// Null when the file holds no picture, ends early, or would take more than `pixelLimit`
     /// pixels. The file is not kept open.
     static Picture read(const QString& path, qint64 pixelLimit = kPixelLimit);
+
+    /// The same from the content of a file, read in fewer pixels as long as its longer side keeps
+    /// `enough` of them. Can be called in any thread.
+    static Picture fromBytes(const QByteArray& data, qint64 pixelLimit, int enough);
 
     bool isNull() const { return size_.isEmpty(); }
 

@@ -5,6 +5,7 @@
 #include <QBuffer>
 #include <QByteArrayView>
 #include <QImageReader>
+#include <QMutex>
 #include <QtEndian>
 
 #include <algorithm>
@@ -19,20 +20,35 @@ namespace {
 constexpr int kBytesPerPixel = 8;
 constexpr qint64 kFileOverhead = 16 * 1024 * 1024;
 
-/// Raises the readers' common limit on memory while one picture is read.
+/// Raises the readers' common limit on memory while one picture is read; pictures may be read in
+/// several threads at once.
 class AllocationLimit {
   public:
-    explicit AllocationLimit(qint64 bytes) : before_(QImageReader::allocationLimit()) {
+    explicit AllocationLimit(qint64 bytes) {
         const qint64 mebibytes = (bytes >> 20) + 1;
-        QImageReader::setAllocationLimit(
-            static_cast<int>(std::min<qint64>(mebibytes, std::numeric_limits<int>::max())));
+        const QMutexLocker locker(&mutex);
+        if (users++ == 0) {
+            before = QImageReader::allocationLimit();
+        }
+        const auto wanted =
+            static_cast<int>(std::min<qint64>(mebibytes, std::numeric_limits<int>::max()));
+        if (users == 1 || wanted > QImageReader::allocationLimit()) {
+            QImageReader::setAllocationLimit(wanted);
+        }
     }
-    ~AllocationLimit() { QImageReader::setAllocationLimit(before_); }
+    ~AllocationLimit() {
+        const QMutexLocker locker(&mutex);
+        if (--users == 0) {
+            QImageReader::setAllocationLimit(before);
+        }
+    }
     AllocationLimit(const AllocationLimit&) = delete;
     AllocationLimit& operator=(const AllocationLimit&) = delete;
 
   private:
-    const int before_;
+    static inline QMutex mutex;
+    static inline int users = 0;
+    static inline int before = 0;  ///< the limit while no picture is read
 };
 
 /// Numbers at a place of the file; the caller has made sure that the file reaches that far.

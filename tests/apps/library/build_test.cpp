@@ -24,6 +24,16 @@ folder = [1] → 1:11: else than tables
 [[formula]]⏎name = 'f'⏎values = 'a' → 3:10: must be a table
 [[folder]]⏎name = "a\u0000b" → 2:8: U+0000
 [[property]]⏎id = 1⏎name = 'a'⏎node_type = 1 → 1:1: needs "node"
+[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = 'a >= "x"' → 6:14: the condition: this comparison needs a number
+[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = '跨度 = 1 and 材料 = 木' → 6:30: the condition: expected a number
+[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = "a = \"x\"" → 6:13: the condition: this comparison
+[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = """⏎a =""" → 6:13: the condition: expected
+[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = 'a = 1'⏎condition_id = 0 → 7:16: numbers from 1
+[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition = 'a = 1 and b = 2'⏎condition_id = 2147483646 → 7:16: 32 bits
+[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎condition_id = 1 → 6:16: goes with a condition
+[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎filter = 0⏎condition = 'a = 1' → 6:10: other than 0
+[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎filter = 3⏎condition = 'a = 1'⏎[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎filter = 3⏎condition = 'a = 1' → 14:13: filter 3 has another condition on line 7
+[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎filter = 3⏎condition = 'a = 1'⏎[[condition]]⏎id=1⏎user=3⏎type=1 → 7:13: filter 3 has another condition
 [[formula]]⏎name = ''⏎picture = { width = 3 } → 3:11: either "file" or "base64"
 [[formula]]⏎name = ''⏎picture = { file = 'a', base64 = 'AA==' } → 3:11: either
 [[formula]]⏎name = ''⏎picture = { base64 = 'A*==' } → 3:22: base64

@@ -35,7 +35,16 @@ TEST_F(LibraryProgram, TellsItsOutcomeByExitCodeOutputAndErrorOutput) {
     EXPECT_TRUE(run(1, u"dump "_s + library, u"/dev/full"_s).startsWith('!'));
     build(u"a.mdb"_s, "[[folder]]\nname = 'a'\nparent = 5\n");
     EXPECT_EQ(run(1, u"check "_s + library), "folder 1 \"a\": its parent 5 does not exist\n");
-    for (const QString& line : u",build,build a,dump a b,check,destroy a,--help a"_s.split(u',')) {
+    const QString tables =
+        write(u"t.sql"_s, "create table 钢 (E double); insert into 钢 values (206)");
+    EXPECT_EQ(run(0, u"tables %1 %2"_s.arg(tables, path(u"钢.mdb"_s))), "");
+    data::Connection connection;
+    connection.open(path(u"钢.mdb"_s));
+    EXPECT_EQ(connection.query(u"select E from 钢"_s).text(0), u"206"_s);
+    EXPECT_TRUE(run(1, u"tables %1 %2"_s.arg(text, path(u"b.mdb"_s))).startsWith('!'));
+    EXPECT_FALSE(QFile::exists(path(u"b.mdb"_s)));
+    for (const QString& line :
+         u",build,build a,dump a b,check,destroy a,tables a,--help a"_s.split(u',')) {
         EXPECT_TRUE(run(2, line).startsWith("!Usage:")) << line.toStdString();
     }
 }

@@ -118,6 +118,43 @@ TEST_F(RoundTrip, KeepsStrayReferencesAndRings) {
     }
 }
 
+TEST_F(RoundTrip, WritesAConditionAsALineWhereThatTellsItsRows) {
+    const QByteArray text = dump(copyOf([](data::Connection& connection) {
+        for (const auto& [filter, name] :
+             {std::pair{1, "a"}, {1, "b"}, {2, "c"}, {3, "d"}, {4, "e"}}) {
+            connection.execute(u"insert into Property values(1,?,?,1,1)"_s,
+                               {QString::fromLatin1(name), filter});
+        }
+        // Filter 3 has a term with a table, filter 4 goes on behind filter 2.
+        connection.execute(
+            u"insert into FilterCond values(21,1,0,1), (22,1,21,4), (23,1,21,3), (24,1,23,4),"
+            "(30,2,0,4), (20,3,0,4), (31,4,0,4), (19,9,0,4)"_s);
+        connection.execute(
+            u"insert into FilterExpressions values(1,22,'','跨度',0,5,'2'),"
+            "(1,24,'','材 料',0,7,'木材'), (2,30,'','c',0,0,''), (3,20,'t','d',0,0,'1'),"
+            "(4,31,'','e',0,0,'12 mm')"_s);
+        connection.execute(u"update FilterExpressions set TheConst = '3' where FilterID = 2"_s);
+    }));
+    EXPECT_EQ(QString::fromUtf8(text.sliced(text.indexOf("[[property]]"))).simplified(),
+              uR"([[property]] id = 1 name = "a" filter = 1 node = 1 node_type = 1
+                  condition = '跨度 >= 2 and not "材 料" equal "木材"'
+                  [[property]] id = 1 name = "b" filter = 1 node = 1 node_type = 1
+                  [[property]] id = 1 name = "c" filter = 2 node = 1 node_type = 1
+                  condition = "c = 3" condition_id = 30
+                  [[property]] id = 1 name = "d" filter = 3 node = 1 node_type = 1
+                  [[property]] id = 1 name = "e" filter = 4 node = 1 node_type = 1
+                  condition = 'e = "12 mm"'
+                  [[condition]] id = 20 user = 3 type = 4 [[condition]] id = 19 user = 9 type = 4
+                  [[expression]] filter = 3 id = 20 table = "t" field = "d" compare = 0
+                  constant = "1")"_s.simplified());
+    const QString built = build(u"b.mdb"_s, R"(
+property = [{id = 1, name = "a", node = 1, node_type = 1, condition = "a = 1 or b = 2"},
+            {id = 2, name = "b", filter = 7, node = 1, node_type = 1, condition = "c = 3"}])");
+    EXPECT_EQ(rows(built, u"select PropName || FilterID from Property"_s), u"a8 b7"_s);
+    EXPECT_EQ(rows(built, u"select UserID||':'||ID||','||ParentID||','||Type from FilterCond"_s),
+              u"8:1,0,2 8:2,1,4 8:3,1,4 7:4,0,4"_s);
+}
+
 TEST_F(RoundTrip, ReadsNullAsEmptyOrZeroAndAddsTheVersion) {
     const QString library = path(u"a.mdb"_s);
     createEmptyLibrary(library);

@@ -166,5 +166,58 @@ TEST(CreateDatabase, LeavesWhatIsThereAlreadyAndNothingWhenItFails) {
     EXPECT_EQ(filesIn(items.directory), QStringList{u"items.db"_s});
 }
 
+TEST(Connection, ListsTheTablesOfAFileButNeitherViewsNorWhatTheDatabaseKeepsForItself) {
+    ItemDatabase items;
+    for (const char* statement :
+         {"Create View Seen As Select * From Item", "Create Table [钢 \"a\" [b] (v)",
+          "Create Table [Select] (v)", "Create Table sqlitex (v)",
+          "Create Virtual Table Words Using fts5(v)"}) {
+        items.connection.execute(QString::fromUtf8(statement));
+    }
+    EXPECT_EQ(items.connection.tables(),
+              (QStringList{u"Item"_s, u"钢 \"a\" [b"_s, u"Select"_s, u"sqlitex"_s}));
+    EXPECT_EQ(items.connection.structure(u"钢 \"a\" [b"_s)->columns.size(), 1);
+}
+
+TEST(Connection, TellsTheTypeOfAColumnByItsDeclaration) {
+    const std::pair<ColumnType, const char*> cases[] = {
+        {ColumnType::Any, ",Hyperlink"},
+        {ColumnType::Integer, "Integer,Counter,Byte,Long"},
+        {ColumnType::Floating, "Double Precision,Single,Real,Float(24)"},
+        {ColumnType::Money, "Money,Currency"},
+        {ColumnType::Decimal, "Decimal(18),Numeric"},
+        {ColumnType::Text, "nvarchar(50),Text(255),Long Text,Memo"},
+        {ColumnType::Guid, "Guid,UniqueIdentifier"},
+        {ColumnType::Date, "DateTime,Timestamp"},
+        {ColumnType::YesNo, "Boolean,Bit,YesNo"},
+        {ColumnType::Binary, "Blob,LongBinary,OleObject"},
+    };
+    ItemDatabase items;
+    for (const auto& [type, declarations] : cases) {
+        for (const QString& declaration : QString::fromLatin1(declarations).split(u',')) {
+            items.connection.execute(u"Create Table Typed (c %1)"_s.arg(declaration));
+            EXPECT_EQ(items.connection.structure(u"typed"_s)->columns.value(0).type, type)
+                << declaration.toStdString();
+            items.connection.execute(u"Drop Table Typed"_s);
+        }
+    }
+}
+
+TEST(Connection, SaysWhatIdentifiesTheRowsOfATable) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"(a)", "rowid"},
+        {"(RowID Text)", "_rowid_"},
+        {"(rowid, _rowid_)", "oid"},
+        {"(rowid, _rowid_, OID)", ""},
+        {"(a Primary Key) Without Rowid", ""},
+    };
+    ItemDatabase items;
+    for (const auto& [definition, name] : cases) {
+        items.connection.execute(u"Create Table T "_s + QLatin1StringView(definition));
+        EXPECT_EQ(items.connection.structure(u"T"_s)->rowNumber, QLatin1StringView(name));
+        items.connection.execute(u"Drop Table T"_s);
+    }
+}
+
 }  // namespace
 }  // namespace varo::data

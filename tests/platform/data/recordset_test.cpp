@@ -53,6 +53,38 @@ TEST(Recordset, ReadsEveryStoredTypeAsNumberAndAsText) {
     }
 }
 
+TEST(Recordset, ANumberReadsBackExactlyAndAsTheShortestText) {
+    const std::pair<double, QString> cases[] = {{0.1 + 0.2, u"0.30000000000000004"_s},
+                                                {0.1, u"0.1"_s},
+                                                {-0.0, u"0"_s},
+                                                {206000, u"206000"_s},
+                                                {-1e15, u"-1000000000000000"_s},
+                                                {1.2e-5, u"0.000012"_s},
+                                                {1e300, u"1e+300"_s},
+                                                {5e-324, u"5e-324"_s}};
+    ItemDatabase items;
+    items.connection.execute(u"Create Table Number (Value Double)"_s);
+    for (const auto& [value, text] : cases) {
+        items.connection.execute(u"Insert Into Number Values (?)"_s,
+                                 {QString::number(value, 'g', 17)});
+        const Recordset row = items.connection.query(
+            u"Select Value, exact_text(Value) From Number Order By rowid Desc"_s);
+        EXPECT_EQ(row.valueType(0), ValueType::Floating);
+        EXPECT_EQ(row.real(0), value) << text.toStdString();
+        EXPECT_EQ(row.text(0), text);
+        EXPECT_EQ(row.text(1), text);
+        EXPECT_EQ(row.text(0).toDouble(), value);
+    }
+    const Recordset others = items.connection.query(
+        u"Select 7, 'a', x'00', Null, exact_text(7), exact_text('a'), exact_text(x'00')"_s);
+    const ValueType types[] = {ValueType::Integer, ValueType::Text,    ValueType::Binary,
+                               ValueType::Null,    ValueType::Integer, ValueType::Text,
+                               ValueType::Null};
+    for (int column = 0; column < others.columnCount(); ++column) {
+        EXPECT_EQ(others.valueType(column), types[column]) << column;
+    }
+}
+
 TEST(Recordset, StaysOpenWhileItsConnectionWritesAndLocksTheFileUntilItIsClosed) {
     ItemDatabase items;
     items.add(u"one"_s);

@@ -202,7 +202,7 @@ TEST_F(DeployFile, KeepsCommentsAndForeignKeysWhenItWrites) {
     EXPECT_EQ(stored(), once);
 }
 
-TEST_F(DeployFile, WritesNewAndOldFilesAsUtf8) {
+TEST_F(DeployFile, WritesANewFileAsUtf8AndAnotherOneAsItIsEncoded) {
     file_.setFolder(folder_.filePath(u"gone"_s));
     ASSERT_TRUE(file_.prepareSection(u"Access"_s));
     EXPECT_FALSE(file_.save());
@@ -212,12 +212,34 @@ TEST_F(DeployFile, WritesNewAndOldFilesAsUtf8) {
     ASSERT_TRUE(file_.writeValue(u"Access"_s, u"RootNodeText1"_s, u"力学"_s));
     ASSERT_TRUE(file_.save());
     EXPECT_EQ(stored().toStdString(), "[Access]\nRootNodeText1=力学\n");
-
     ASSERT_TRUE(file_.writeValue(u"Access"_s, u"NodeCount"_s, u"9"_s));
-    ASSERT_TRUE(reads(encode("GB18030", kSample)));
-    EXPECT_EQ(value(u"NodeCount"_s), u"1") << "check() forgets what was not saved";
-    ASSERT_TRUE(file_.save());
-    EXPECT_EQ(stored().simplified(), QByteArray(kSample).simplified());
+
+    const QByteArray text = "[Access]\nRootNodeText1=结构力学\nNodeCount=1\n";
+    const QByteArray windows = QByteArray(text).replace("\n", "\r\n");
+    const QByteArray files[] = {
+        text, "\xEF\xBB\xBF" + text, encode(QStringConverter::Utf16LE, windows),
+        encode(QStringConverter::Utf16BE, text), encode("GB18030", windows)};
+    for (const QByteArray& file : files) {
+        ASSERT_TRUE(reads(file));
+        EXPECT_EQ(value(u"NodeCount"_s), u"1") << "check() forgets what was not saved";
+        ASSERT_TRUE(file_.save());
+        EXPECT_EQ(stored(), file);
+    }
+    // In GB18030 the bytes of these two characters are those of others in UTF-8.
+    ASSERT_TRUE(file_.writeValue(u"Access"_s, u"RootNodeText1"_s, u"联通"_s));
+    ASSERT_TRUE(file_.save() && file_.check());
+    EXPECT_EQ(value(u"RootNodeText1"_s), u"联通");
+}
+
+TEST_F(DeployFile, ContinuesAnEarlierVersionThatWasPutAside) {
+    store(encode("GB18030", kSample));
+    ASSERT_TRUE(QFile::rename(path(), folder_.filePath(u"old.def"_s)));
+    file_.setSource(u"old.def"_s);
+    EXPECT_EQ(value(u"RootNodeText1"_s), u"结构力学");
+    ASSERT_TRUE(file_.writeValue(u"Access"_s, u"NodeCount"_s, u"2"_s) && file_.save());
+    EXPECT_TRUE(stored().contains(encode("GB18030", "结构力学")));
+    file_.setFolder(folder_.path());
+    EXPECT_EQ(value(u"NodeCount"_s), u"2");
 }
 
 }  // namespace

@@ -226,7 +226,7 @@ TEST_F(EditGridTest, DoubleClickActivatesAndEditsUnlessTheHandlerPicksAValueOrRe
     EXPECT_EQ(activated_.size(), 3);
     EXPECT_FALSE(editor());
     QObject::connect(&grid_, &EditGrid::CellActivate, &grid_, [this](int row, int) {
-        row == 1 ? grid_.SetCellText(row, 1, u"picked"_s) : grid_.SetRows(1);
+        row == 1 ? grid_.SetCellText(row, 1, u"1"_s) : grid_.SetRows(1);
     });
     for (const int row : {1, 2}) {
         doubleClick(row, 1);
@@ -280,6 +280,12 @@ TEST_F(EditGridTest, ADropDownColumnOffersOnlyItsItems) {
     QCoreApplication::processEvents();
     expectOneEdit(1, 1, u"属性"_s);
     EXPECT_FALSE(editor());
+    press(Qt::Key_F4);
+    EXPECT_TRUE(editor<QComboBox>());
+    press(Qt::Key_Escape);
+    grid_.SetColEditable(0, true);
+    doubleClick(2, 0);
+    EXPECT_TRUE(editor<QLineEdit>()) << "its items are offered nowhere else";
 }
 
 TEST_F(EditGridTest, AButtonCellHasAButtonBesideItsText) {

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -89,20 +90,26 @@ TEST(MessageBoxes, ChooseFileAnswersThePathAndTheFilterOrNothing) {
     const QString missing = folder.filePath(u"none"_s);
     QWidget owner;
     MessageBoxes boxes(&owner);
-    onNext<QFileDialog>([&](QFileDialog& dialog) {
-        EXPECT_EQ(dialog.windowTitle(), u"选择图片"_s);
-        EXPECT_EQ(dialog.nameFilters(), filters);
-        dialog.setDirectory(folder.path());
-        dialog.selectNameFilter(filters[1]);
-        dialog.selectFile(missing);
-        QMetaObject::invokeMethod(&dialog, "accept");
-    });
-    const auto chosen = boxes.chooseFile(u"选择图片"_s, filters);
-    ASSERT_TRUE(chosen);
-    EXPECT_EQ(chosen->path, missing);
-    EXPECT_EQ(chosen->filter, 1);
-    onNext<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
-    EXPECT_FALSE(boxes.chooseFile(u"选择图片"_s, filters));
+    using Purpose = FileQuestion::Purpose;
+    for (const auto purpose : {Purpose::Open, Purpose::New}) {
+        const FileQuestion question{u"选择图片"_s, filters, purpose, u"*.jpg"_s};
+        onNext<QFileDialog>([&](QFileDialog& dialog) {
+            EXPECT_EQ(dialog.windowTitle(), u"选择图片"_s);
+            EXPECT_EQ(dialog.nameFilters(), filters);
+            EXPECT_EQ(dialog.acceptMode() == QFileDialog::AcceptSave, purpose == Purpose::New);
+            EXPECT_EQ(dialog.findChild<QLineEdit*>()->text(), u"*.jpg"_s);
+            dialog.setDirectory(folder.path());
+            dialog.selectNameFilter(filters[1]);
+            dialog.selectFile(missing);
+            QMetaObject::invokeMethod(&dialog, "accept");
+        });
+        const auto chosen = boxes.chooseFile(question);
+        ASSERT_TRUE(chosen);
+        EXPECT_EQ(chosen->path, missing);
+        EXPECT_EQ(chosen->filter, 1);
+        onNext<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
+        EXPECT_FALSE(boxes.chooseFile(question));
+    }
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
-#include "editing/label_edit.h"
+#include "browse/label_edit.h"
 
 namespace varo {
 
-bool storeLabel(ui::NodeView& view, Questions& questions, const NameRules& rules,
-                const QString& name, const std::function<bool()>& store) {
+bool storeLabel(QWidget& view, Questions& questions, const NameRules& rules, const QString& name,
+                const std::function<bool()>& store) {
     QString refused = refusal(rules, name);
     if (refused.isEmpty()) {
         if (store()) {

@@ -1,0 +1,51 @@
+#include "host/locate_report.h"
+
+#include "driver/control_driver.h"
+#include "host/control_report.h"
+
+namespace varo::host {
+
+namespace {
+
+bool isLocated(const QModelIndex& item) {
+    return !item.data(Qt::AccessibleDescriptionRole).toString().isEmpty();
+}
+
+/// The texts of the located item and of what it is in; empty when none is shown.
+QStringList locatedPath(const ControlDriver& driver) {
+    const QModelIndex formula = driver.list().selectedIndex();
+    const QModelIndex node = driver.tree().selectedIndex();
+    QStringList path;
+    if (isLocated(formula)) {
+        path.append(formula.data().toString());
+    }
+    if (isLocated(formula) || isLocated(node)) {
+        for (QModelIndex each = node; each.isValid(); each = each.parent()) {
+            path.prepend(each.data().toString());
+        }
+    }
+    return path;
+}
+
+}  // namespace
+
+QStringList locateLines(Varo_CalcEx& control, const QString& property) {
+    const ControlDriver driver(control);
+    QToolButton& next = driver.editButton(QStringLiteral("查找下一个"));
+    QToolButton& previous = driver.editButton(QStringLiteral("查找上一个"));
+    QStringList lines;
+    control.SetDesignProp(property);
+    for (QStringList path = locatedPath(driver); !path.isEmpty(); path = locatedPath(driver)) {
+        lines.append(oneLine(QStringLiteral("located: ") + path.join(QStringLiteral(" / "))));
+        if (!next.isEnabled()) {
+            break;
+        }
+        next.click();
+    }
+    for (qsizetype step = lines.size(); step > 0 && previous.isEnabled(); --step) {
+        previous.click();
+    }
+    return lines.isEmpty() ? QStringList{QStringLiteral("located: nothing")} : lines;
+}
+
+}  // namespace varo::host

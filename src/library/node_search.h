@@ -1,0 +1,132 @@
+#pragma once
+
+#include "library/node_id.h"
+#include "platform/data/connection.h"
+#include "platform/data/recordset.h"
+#include "platform/questions/held_messages.h"
+#include "store/collections.h"
+#include "store/db_funcs.h"
+
+#include <QSet>
+
+#include <vector>
+
+namespace varo {
+
+/// Most characters of a text that is searched for: a database compares with patterns of 50,000
+/// bytes at most.
+inline constexpr int kFindTextLimit = 10'000;
+
+/// Where a text is to stand in the one that is searched.
+enum class TextPlace { Start = 0, End = 1, Anywhere = 2 };
+
+/// What is searched for. A text that is "" does not count.
+struct FindCriteria {
+    bool inFolders = false;
+    bool inFormulas = false;
+    QString name = {};
+    TextPlace namePlace = TextPlace::Start;
+    QString memo = {};  ///< in the description, which formulas alone have
+    TextPlace memoPlace = TextPlace::Start;
+    QString property = {};  ///< the whole name of a property
+
+    /// Whether one of the kinds that are searched has a criterion.
+    bool canBeSearched() const;
+};
+
+/// The statement that finds the nodes of one kind; its text is "" when that kind has no criterion.
+/// The characters of the user's texts match themselves, without regard to the case of ASCII
+/// letters.
+Statement findStatement(const FindCriteria& criteria, NodeType kind);
+
+/// A folder or formula that a search has found.
+struct FindHit {
+    NodeType kind = NodeTypeFolder;
+    int library = 0;  ///< number of the library
+    qint32 id = 0;
+    qint32 parentId = 0;  ///< identifier of the folder that it is in; 0 is the library's top level
+    QString name;
+
+    /// The hit's key and tag in the list of results.
+    QString key() const;
+    QString tag() const;
+
+    /// The node that has been found, or that has the formula in it; and the one above it.
+    NodeId node() const { return nodeOf(library, kind == NodeTypeFolder ? id : parentId); }
+    NodeId parent() const { return nodeOf(library, parentId); }
+};
+
+/// Many hits, in few bytes over their names.
+class FindHits {
+  public:
+    void add(NodeType kind, int library, qint32 id, qint32 parentId, QStringView name);
+    void append(const FindHits& others);
+    void clear();
+
+    std::size_t size() const { return rows_.size(); }
+    /// The hit at a position below size().
+    FindHit at(std::size_t position) const;
+
+  private:
+    struct Row {
+        NodeType kind;
+        int library;
+        qint32 id;
+        qint32 parentId;
+        qsizetype textEnd;
+    };
+
+    std::vector<Row> rows_;
+    QString text_;
+};
+
+/// Searches all libraries, one after the other, folders before formulas. It reads them on a
+/// connection of its own and changes nothing.
+class NodeSearch {
+  public:
+    enum class Failure { None, NotOpened, NotRead };
+
+    /// `libraries` is read here only.
+    NodeSearch(const colFormulaDB& libraries, FindCriteria criteria);
+
+    /// Goes on with the search: appends at most `most` hits of one library to `hits`, each node
+    /// once for a library and kind. Returns false when the search has ended, at its end or with
+    /// failure().
+    bool advance(int most, FindHits& hits);
+
+    Failure failure() const { return failure_; }
+
+    int libraries() const { return static_cast<int>(libraries_.size()); }
+    /// Position of the library that is searched, from 1.
+    int position() const { return static_cast<int>(at_) + 1; }
+
+  private:
+    struct Library {
+        int number;
+        QString folder;
+        QString fileName;
+    };
+
+    bool openLibrary();
+    bool runStatement();
+    void nextStatement();
+    bool fail(Failure failure);
+
+    const FindCriteria criteria_;
+    const bool canMatch_;  ///< whether there can be texts that hold those searched for
+    std::vector<Library> libraries_;
+    std::vector<NodeType> kinds_;
+    HeldMessages none_;  // searching shows nothing
+    clsDBFuncs funcs_{none_};
+    data::Connection connection_;
+    data::Recordset rows_;
+    QSet<qint32> listed_;  ///< found by the statement under way
+    std::size_t at_ = 0;   ///< of the library that is searched
+    std::size_t kind_ = 0;
+    Failure failure_ = Failure::None;
+};
+
+/// What the user is told of a failure; "" for none.
+QString messageOf(NodeSearch::Failure failure);
+
+}  // namespace varo

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QTreeView>
+
+namespace varo {
+
+/// A list of libraries in report view, of which several may be selected. Paths that are too long
+/// are cut in the middle; an empty list says `emptyText`.
+class LibraryListView : public QTreeView {
+    Q_OBJECT
+
+  public:
+    explicit LibraryListView(QWidget* parent);
+
+    void setEmptyText(const QString& text);
+
+    /// Ends the editing of a text as Enter does. Returns false when the text is refused, which is
+    /// then dropped.
+    bool commitEdit();
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    QString emptyText_;
+};
+
+}  // namespace varo

@@ -1,0 +1,227 @@
+#include "library/node_search.h"
+
+#include "library/open_libraries.h"
+#include "library/picture_catalog.h"
+#include "library/property_names.h"
+#include "support/no_waiting.h"
+#include "support/process.h"
+
+namespace varo::test {
+namespace {
+
+class Find : public testing::Test, protected NoWaiting, protected OpenLibraries {
+  protected:
+    /// Names of what is found, joined by blanks; read in parts of `most` hits.
+    QString found(const FindCriteria& criteria, int most = 1000) {
+        NodeSearch search(libraries, criteria);
+        hits.clear();
+        for (std::size_t before = 0; search.advance(most, hits); before = hits.size()) {
+            EXPECT_LE(hits.size() - before, static_cast<std::size_t>(most));
+        }
+        failure = search.failure();
+        QStringList names;
+        for (std::size_t i = 0; i < hits.size(); ++i) {
+            names.append(hits.at(i).name);
+        }
+        return names.join(u' ');
+    }
+    static FindCriteria byName(const QString& name, TextPlace place = TextPlace::Anywhere) {
+        return {.inFolders = true, .inFormulas = true, .name = name, .namePlace = place};
+    }
+    static FindCriteria byMemo(const QString& memo, TextPlace place) {
+        return {.inFormulas = true, .memo = memo, .memoPlace = place};
+    }
+
+    FindHits hits;
+    NodeSearch::Failure failure = NodeSearch::Failure::None;
+};
+
+TEST_F(Find, ComparesTextsByTheirCharactersWhereTheyStand) {
+    for (const QString& name : {u"abc"_s, u"cab"_s, u"a%b"_s, u"a_b"_s, u"a\\b"_s, u"it's"_s,
+                                u"\"q\""_s, u"AB"_s, u"Ä"_s}) {
+        second.addFormula(0, name, {}, u"m"_s + name);
+    }
+    const struct {
+        FindCriteria criteria;
+        QString names;
+    } cases[] = {
+        {byName(u"ab"_s, TextPlace::Start), u"abc AB"_s},
+        {byName(u"ab"_s, TextPlace::End), u"cab AB"_s},
+        {byName(u"ab"_s), u"abc cab AB"_s},
+        {byName(u"%"_s), u"a%b"_s},
+        {byName(u"_"_s), u"a_b"_s},
+        {byName(u"\\"_s), u"a\\b"_s},
+        {byName(u"a\\b"_s, TextPlace::Start), u"a\\b"_s},
+        {byName(u"'"_s), u"it's"_s},
+        {byName(u"' Or 1 Or '"_s), {}},
+        {byName(u"\""_s), u"\"q\""_s},
+        {byName(u"ä"_s), {}},
+        {byName(QString(QChar(0xD800))), {}},
+        {byName(QString(QChar(0))), {}},
+        {byName(QString(kFindTextLimit, u'梁')), {}},
+        {byName(QString(kFindTextLimit, u'%')), {}},
+        {byMemo(u"mab"_s, TextPlace::Start), u"abc AB"_s},
+        {byMemo(u"ab"_s, TextPlace::Start), {}},
+        {byMemo(u"b"_s, TextPlace::End), u"cab a%b a_b a\\b AB"_s},
+        {{.inFormulas = true, .name = u"a"_s, .memo = u"c"_s, .memoPlace = TextPlace::End},
+         u"abc"_s},
+        {{.inFolders = true, .inFormulas = true, .memo = u"mcab"_s}, u"cab"_s},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(found(each.criteria), each.names)
+            << qPrintable(each.criteria.name + u'/' + each.criteria.memo);
+        EXPECT_EQ(failure, NodeSearch::Failure::None);
+    }
+}
+
+TEST_F(Find, SearchesWhatHasACriterionOnly) {
+    const struct {
+        FindCriteria criteria;
+        bool canBeSearched;
+    } cases[] = {
+        {{.name = u"梁"_s, .memo = u"梁"_s, .property = u"梁"_s}, false},
+        {{.inFolders = true, .inFormulas = true}, false},
+        {{.inFolders = true, .memo = u"梁"_s}, false},
+        {{.inFolders = true, .name = u"梁"_s}, true},
+        {{.inFolders = true, .property = u"梁"_s}, true},
+        {{.inFormulas = true, .memo = u"梁"_s}, true},
+        {{.inFormulas = true, .property = u"梁"_s}, true},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(each.criteria.canBeSearched(), each.canBeSearched);
+        found(each.criteria);
+        EXPECT_EQ(failure, NodeSearch::Failure::None);
+    }
+    EXPECT_EQ(found(cases[0].criteria), QString());
+}
+
+TEST_F(Find, ListsANodeOnceForALibraryAndKind) {
+    for (const int property : {1, 2}) {
+        first.addProperty(property, u"用途"_s, 0, beams, NodeTypeFolder);
+        first.addProperty(property, u"用途"_s, 0, shear, NodeTypeFormula);
+    }
+    first.addProperty(3, u"用途"_s, 0, columns, NodeTypeFolder);
+    first.addProperty(4, u"用途2"_s, 0, plates, NodeTypeFolder);
+    first.addProperty(5, u"用途"_s, 0, 99, NodeTypeFolder);
+    second.addProperty(1, u"用途"_s, 0, pipes, NodeTypeFolder);
+    const FindCriteria wanted{.inFolders = true, .inFormulas = true, .property = u"用途"_s};
+    for (const int most : {1, 2, 1000}) {
+        EXPECT_EQ(found(wanted, most), u"梁 柱 剪切 管"_s);
+    }
+    QStringList keys;
+    for (std::size_t i = 0; i < hits.size(); ++i) {
+        keys.append(hits.at(i).key() + u' ' + hits.at(i).tag());
+    }
+    EXPECT_EQ(keys,
+              (QStringList{u"FindItem1->DBNode1->1 1->0"_s, u"FindItem2->DBNode1->1 1->0"_s,
+                           u"FindItem2->DBNode1->2 2->1"_s, u"FindItem1->DBNode2->1 1->0"_s}));
+    FindCriteria both = wanted;
+    both.name = u"柱"_s;
+    EXPECT_EQ(found(both), u"柱"_s);
+    EXPECT_EQ(readPropertyNames(libraries).ofFolders, (QStringList{u"用途"_s, u"用途2"_s}));
+    EXPECT_EQ(readPropertyNames(libraries).ofFormulas, QStringList{u"用途"_s});
+}
+
+TEST_F(Find, EndsAtALibraryThatCannotBeRead) {
+    second.addProperty(1, u"用途"_s, 0, pipes, NodeTypeFolder);
+    {
+        const MissingColumn missing(second, "Tree", "PID");
+        EXPECT_EQ(found(byName(u"梁"_s)), u"梁"_s);
+        EXPECT_EQ(failure, NodeSearch::Failure::NotRead);
+    }
+    {
+        const MissingColumn missing(second, "Property", "NodeType");
+        EXPECT_EQ(readPropertyNames(libraries).failure, u"读取“属性”信息失败！"_s);
+    }
+    const auto refused = [&] {
+        EXPECT_EQ(found(byName(u"梁"_s)), u"梁"_s);
+        EXPECT_EQ(failure, NodeSearch::Failure::NotOpened);
+        EXPECT_EQ(readPropertyNames(libraries).failure,
+                  u"无法打开指定的数据库，不能进行查找操作！"_s);
+    };
+    {
+        LibraryProcess other({u"lock"_s, second.path()});
+        other.readLine();
+        refused();
+    }
+    EXPECT_EQ(found(byName(u"管"_s)), u"管"_s);
+    ASSERT_TRUE(QFile::remove(second.path()));
+    refused();
+    second.addFile(second.fileName(), "no library");
+    refused();
+}
+
+class ListedPictures : public Find {
+  protected:
+    ListedPictures() {
+        first.addPicture(stability, pictureBytes(3));
+        first.addPicture(bending, pictureBytes(1'200'000));
+        first.addPicture(shear, {});
+        second.addPicture(flow, pictureBytes(5));
+    }
+    static QString listed(PictureCatalog& catalog, int most) {
+        while (catalog.readEntries(most)) {
+        }
+        QStringList names;
+        for (const PictureCatalog::Entry& entry : catalog.entries()) {
+            names.append(entry.name + QString::number(entry.library));
+        }
+        return names.join(u' ');
+    }
+    /// All bytes of a picture, or "" when they cannot be read.
+    static QByteArray bytes(PictureCatalog& catalog, std::size_t entry) {
+        QByteArray read;
+        PictureCatalog::Bytes result;
+        do {
+            result = catalog.readBytes(entry, read);
+        } while (result == PictureCatalog::Bytes::Part);
+        return result == PictureCatalog::Bytes::All ? read : QByteArray();
+    }
+};
+
+TEST_F(ListedPictures, AreListedByIdentifierLibraryByLibrary) {
+    for (const int most : {1, 2, 100}) {
+        PictureCatalog catalog(libraries);
+        EXPECT_EQ(listed(catalog, most), u"弯曲1 稳定1 流量2"_s);
+        EXPECT_TRUE(catalog.unreadable().empty());
+    }
+    ASSERT_TRUE(QFile::remove(first.path()));
+    PictureCatalog catalog(libraries);
+    EXPECT_EQ(listed(catalog, 1), u"流量2"_s);
+    EXPECT_EQ(catalog.unreadable(), std::vector{1});
+}
+
+TEST_F(ListedPictures, AreReadInPartsAndLockNothingAfterwards) {
+    PictureCatalog catalog(libraries);
+    listed(catalog, 100);
+    QByteArray part;
+    EXPECT_EQ(catalog.readBytes(0, part), PictureCatalog::Bytes::Part);
+    EXPECT_EQ(bytes(catalog, 2), pictureBytes(5));
+    EXPECT_EQ(catalog.readBytes(0, part), PictureCatalog::Bytes::Part);
+    EXPECT_EQ(part, pictureBytes(1'200'000).first(part.size())) << "anew after another one";
+    qint32 folder = 0;
+    EXPECT_EQ(catalog.findFolder(1, folder), PictureCatalog::Found::Formula);
+    EXPECT_EQ(folder, columns);
+    EXPECT_EQ(bytes(catalog, 0), pictureBytes(1'200'000));
+    EXPECT_NO_THROW(first.connection().execute(u"Begin Exclusive"_s));
+    EXPECT_EQ(bytes(catalog, 0), QByteArray());
+    first.connection().execute(u"Rollback"_s);
+}
+
+TEST_F(ListedPictures, WhatHasGoneMeanwhileIsTold) {
+    PictureCatalog catalog(libraries);
+    listed(catalog, 100);
+    first.funcs().DelFormula(bending, first.connection());
+    qint32 folder = 0;
+    EXPECT_EQ(bytes(catalog, 0), QByteArray());
+    EXPECT_EQ(catalog.findFolder(0, folder), PictureCatalog::Found::Gone);
+    EXPECT_EQ(bytes(catalog, 1), pictureBytes(3));
+    catalog.close();
+    ASSERT_TRUE(QFile::remove(first.path()));
+    EXPECT_EQ(catalog.findFolder(1, folder), PictureCatalog::Found::NotOpened);
+    EXPECT_EQ(bytes(catalog, 1), QByteArray());
+    EXPECT_EQ(bytes(catalog, 2), pictureBytes(5));
+}
+
+}  // namespace
+}  // namespace varo::test

@@ -1,0 +1,533 @@
+// What the property-conditions dialog does with a library, and its backup, also when it is stopped
+// halfway.
+
+#include "library/property_session.h"
+
+#include "library/condition_text.h"
+#include "library/limits.h"
+#include "support/file_limit.h"
+#include "support/no_waiting.h"
+#include "support/process.h"
+#include "support/test_library.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace varo::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+ConditionTree condition(const QString& text) {
+    return parseCondition(text).tree;
+}
+
+/// A library with formula 1, which has the properties 1 形 (filter 7) and 3 料; folder 1 has 形
+/// with filter 8, which formula 2 shares. Nobody waits for locks.
+struct Trial : NoWaiting {
+    Trial() {
+        folder = library.addFolder(0, u"梁"_s);
+        formula = library.addFormula(folder, u"弯曲"_s);
+        library.addFormula(folder, u"剪切"_s);
+        FilterStore store(library.connection());
+        EXPECT_EQ(store.saveNew(condition(u"a = 1"_s), 6), 7);
+        EXPECT_EQ(store.saveNew(condition(u"b = 1"_s)), 8);
+        library.addProperty(3, u"料"_s, 0, formula, NodeTypeFormula);
+        library.addProperty(1, u"形"_s, 7, formula, NodeTypeFormula);
+        library.addProperty(1, u"形"_s, 8, folder, NodeTypeFolder);
+        library.addProperty(0, u"形"_s, 8, 2, NodeTypeFormula);
+        library.connection().close();
+        before = fileContent(library.path());
+        library.connection().open(library.path());
+    }
+
+    QString open(qint32 node = 1, NodeType type = NodeTypeFormula) {
+        session = std::make_unique<PropertySession>(ownFolder(), library.funcs());
+        const QString failure = session->SetConnection(library.folder(), library.fileName(), {});
+        return failure.isEmpty() ? session->InitForm(node, type) : failure;
+    }
+
+    QString ownFolder() const { return own.path() + u'/'; }
+    QStringList ownFiles() const { return QDir(own.path()).entryList(QDir::Files); }
+    /// The content of an own file, empty when it is not there.
+    QByteArray ownFile(const QString& name) const {
+        return ownFiles().contains(name) ? fileContent(own.filePath(name)) : QByteArray();
+    }
+    QByteArray backup() const { return ownFile(u"BackupDB.def"_s); }
+    QByteArray keptAside() const { return ownFile(u"BackupDB-1.def"_s); }
+    QByteArray content() const { return fileContent(library.path()); }
+
+    QString listed() const {
+        QStringList items;
+        for (const ListedProperty& each : session->properties()) {
+            items.append(u"%1 %2 %3"_s.arg(each.id).arg(each.name).arg(each.filter));
+        }
+        return items.join(u", "_s);
+    }
+
+    /// The properties of formula 1 as they are stored, and what is stored of filters.
+    QString stored() {
+        library.connection().open(library.path());
+        return library
+                   .rows(
+                       u"Select PropID||' '||PropName||' '||FilterID From Property Where "
+                       "NodeID = 1 And NodeType = 2 Order By PropID"_s)
+                   .join(u", "_s) +
+               u"; "_s + filters();
+    }
+    QString filters() {
+        return library
+            .rows(
+                u"Select Distinct UserID From FilterCond Union Select FilterID From "
+                "FilterExpressions"_s)
+            .join(u' ');
+    }
+
+    void expectSound() {
+        library.connection().open(library.path());
+        EXPECT_EQ(library.connection().damages(), QStringList());
+    }
+
+    TestLibrary library;
+    QTemporaryDir own;
+    qint32 folder = 0;
+    qint32 formula = 0;
+    QByteArray before;
+    std::unique_ptr<PropertySession> session;
+};
+
+const QString kNotRolledBack = u"回滚数据库失败，无法恢复原有的数据！\n请关闭数据库文件再试！"_s;
+
+TEST(PropertySession, ListsEditsAndWritesWhatIsPending) {
+    Trial on;
+    EXPECT_EQ(on.open(), QString());
+    EXPECT_EQ(on.backup(), on.before);
+    EXPECT_EQ(on.listed(), u"1 形 7, 3 料 0"_s);
+    PropertySession& session = *on.session;
+    EXPECT_FALSE(session.hasChanges());
+    const QString longest(kPropertyNameLimit, u'长');
+    const struct {
+        qint32 id;
+        QString typed;
+        bool accepted;
+        QString message, name;
+    } names[] = {
+        {3, u"  "_s, false, {}, u"料"_s},
+        {3, longest + u'x', false, u"用户输入的属性名称的长度超过50个字符！"_s, u"料"_s},
+        {3, u' ' + longest + u' ', true, {}, longest},
+        {3, u" 料"_s, true, {}, u"料"_s},
+        {9, u"x"_s, false, {}, {}},
+    };
+    for (const auto& each : names) {
+        const auto renaming = session.rename(each.id, each.typed);
+        EXPECT_EQ(renaming.accepted, each.accepted);
+        EXPECT_EQ(renaming.message, each.message);
+        EXPECT_EQ(session.find(each.id) ? session.find(each.id)->name : QString(), each.name);
+    }
+    EXPECT_FALSE(session.hasChanges()) << "the name is what it was";
+
+    EXPECT_EQ(session.add(), 4);
+    EXPECT_EQ(session.add(), 5);
+    EXPECT_TRUE(session.saveFilter(5, condition(u"c = 1"_s)));
+    session.remove(5);
+    EXPECT_EQ(session.add(), 6);
+    session.rename(4, u" 新 "_s);
+    session.rename(3, u"材料"_s);
+    EXPECT_TRUE(session.saveFilter(3, condition(u"d = 1"_s)));
+    EXPECT_TRUE(session.saveFilter(4, condition(u"e = 1"_s)));
+    session.rename(1, u"x"_s);
+    session.remove(1);
+    EXPECT_EQ(on.listed(), u"3 材料 10, 4 新 11, 6 新属性 0"_s);
+    EXPECT_EQ(on.stored(), u"1 形 7, 3 料 0; 7 8 9 10 11"_s);
+    EXPECT_EQ(session.commit(), QString());
+    EXPECT_EQ(on.stored(), u"3 材料 10, 4 新 11, 6 新属性 0; 8 10 11"_s);
+    on.session.reset();
+    EXPECT_EQ(on.ownFiles(), QStringList());
+    EXPECT_EQ(on.stored(), u"3 材料 10, 4 新 11, 6 新属性 0; 8 10 11"_s);
+}
+
+TEST(PropertySession, NumbersGoOnBehindTheLargest) {
+    Trial on;
+    EXPECT_EQ(on.open(0, NodeTypeFolder), QString());
+    EXPECT_EQ(on.session->add(), 0);
+    constexpr qint32 kLast = std::numeric_limits<qint32>::max();
+    on.library.addProperty(kLast, u"末"_s, 0, 0, NodeTypeFolder);
+    on.session.reset();
+    EXPECT_EQ(on.open(0, NodeTypeFolder), QString());
+    EXPECT_EQ(on.session->add(), std::nullopt);
+    on.session.reset();
+    const MissingColumn missing(on.library, "Property", "NodeID");
+    EXPECT_EQ(on.open(), u"无法读取“属性”信息，初始化“属性”列表失败！"_s);
+}
+
+TEST(PropertySession, NeverTouchesAFilterThatAnotherPropertyUses) {
+    const ConditionTree tree = condition(u"z = 1"_s);
+    const auto saves = [=](qint32 id) {
+        return [=](PropertySession& session) { return session.saveFilter(id, tree); };
+    };
+    const auto deletes = [](qint32 id) {
+        return [=](PropertySession& session) { return session.deleteFilter(id); };
+    };
+    const struct {
+        const char* what;
+        qint32 node;
+        NodeType type;
+        std::function<bool(PropertySession&)> edit;
+        QString stored;  ///< the properties' filters, then the filters
+    } cases[] = {
+        {"save over its own", 1, NodeTypeFormula, saves(1), u"7 0 8 8; 7 8"_s},
+        {"save a first one", 1, NodeTypeFormula, saves(3), u"7 9 8 8; 7 8 9"_s},
+        {"save a shared one", 1, NodeTypeFolder, saves(1), u"7 0 9 8; 7 8 9"_s},
+        {"delete its own", 1, NodeTypeFormula, deletes(1), u"0 0 8 8; 8"_s},
+        {"delete a shared one", 2, NodeTypeFormula, deletes(0), u"7 0 8 0; 7 8"_s},
+        {"delete none", 1, NodeTypeFormula,
+         [](PropertySession& session) { return session.deleteFilter(3) && !session.hasChanges(); },
+         u"7 0 8 8; 7 8"_s},
+        {"save what is there", 1, NodeTypeFormula,
+         [](PropertySession& session) {
+             return session.saveFilter(1, condition(u"a = 1"_s)) && !session.hasChanges();
+         },
+         u"7 0 8 8; 7 8"_s},
+        {"remove a property with its own", 1, NodeTypeFormula,
+         [](PropertySession& session) {
+             session.remove(1);
+             return true;
+         },
+         u"0 8 8; 8"_s},
+        {"remove a property with a shared one", 1, NodeTypeFolder,
+         [](PropertySession& session) {
+             session.remove(1);
+             return true;
+         },
+         u"7 0 8; 7 8"_s},
+        {"faults", 1, NodeTypeFormula,
+         [](PropertySession& session) {
+             return !session.saveFilter(1, {{groupNode(ConditionType::And)}}) &&
+                    !session.hasChanges();
+         },
+         u"7 0 8 8; 7 8"_s},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        Trial on;
+        EXPECT_EQ(on.open(each.node, each.type), QString());
+        EXPECT_TRUE(each.edit(*on.session));
+        EXPECT_EQ(on.session->commit(), QString());
+        // Formula 1, folder 1, formula 2.
+        const QStringList filters = on.library.rows(
+            u"Select FilterID From Property Order By NodeID, NodeType Desc, PropID"_s);
+        EXPECT_EQ(filters.join(u' ') + u"; "_s + on.filters(), each.stored);
+    }
+}
+
+TEST(PropertySession, PropertiesOfOneNodeCanShareAFilter) {
+    Trial on;
+    on.library.connection().execute(u"Update Property Set FilterID = 7 Where PropID = 3"_s);
+    EXPECT_EQ(on.open(), QString());
+    EXPECT_TRUE(on.session->saveFilter(1, condition(u"z = 1"_s)));
+    EXPECT_EQ(on.listed(), u"1 形 9, 3 料 7"_s);
+    on.session->remove(3);
+    EXPECT_EQ(on.session->commit(), QString());
+    EXPECT_EQ(on.stored(), u"1 形 9; 8 9"_s);
+}
+
+TEST(PropertySession, KeepsAStoredFilterOfAnotherShapeUntilItIsChanged) {
+    Trial on;
+    on.library.connection().execute(
+        u"Insert Into FilterCond(ID,UserID,ParentID,Type) Values(90,7,0,9)"_s);
+    const QStringList rows = on.library.content();
+    EXPECT_EQ(on.open(), QString());
+    const StoredCondition stored = on.session->readFilter(1).value();
+    EXPECT_EQ(stored.tree.roots.size(), 2U);
+    EXPECT_TRUE(on.session->saveFilter(1, stored.tree));
+    EXPECT_FALSE(on.session->hasChanges());
+    EXPECT_EQ(on.library.content(), rows);
+    ConditionTree changed = stored.tree;
+    changed.roots.pop_back();
+    EXPECT_TRUE(on.session->saveFilter(1, changed));
+    EXPECT_EQ(on.library.rows(u"Select ID From FilterCond Where UserID = 7"_s).size(), 1);
+}
+
+TEST(PropertySession, ACommitThatFailsKeepsWhatWasDoneAndCanGoOnOrBack) {
+    const struct {
+        const char* refused;
+        QString message;
+        QString stored;  ///< after the failure
+    } cases[] = {
+        {"Delete On Property", u"编辑数据库出错，无法删除用户指定的属性！"_s,
+         u"1 形 7, 3 料 0; 7 8"_s},
+        {"Delete On FilterCond", u"编辑数据库出错，无法删除用户指定的属性！"_s, u"3 料 0; 7 8"_s},
+        {"Insert On Property When New.PropID = 5", u"编辑数据库出错，无法添加用户指定的属性！"_s,
+         u"3 料 0, 4 新属性 0; 8"_s},
+        {"Update Of PropName On Property", u"编辑数据库出错，无法修改用户指定的属性的名称！"_s,
+         u"3 料 0, 4 新属性 0, 5 新属性 0; 8"_s},
+        {"Update Of FilterID On Property", u"编辑数据库出错，无法修改属性与过滤条件的对应关系！"_s,
+         u"3 材 0, 4 新属性 0, 5 新属性 0; 8"_s},
+    };
+    for (const auto& each : cases) {
+        for (const bool goesOn : {true, false}) {
+            SCOPED_TRACE(each.refused);
+            Trial on;
+            EXPECT_EQ(on.open(), QString());
+            on.session->remove(1);
+            on.session->add();
+            on.session->add();
+            on.session->rename(3, u"材"_s);
+            EXPECT_TRUE(on.session->saveFilter(3, condition(u"d = 1"_s)));
+            on.library.connection().execute(
+                u"Create Trigger Refuse Before %1 Begin Select Raise(Abort, 'no'); End"_s.arg(
+                    QLatin1StringView(each.refused)));
+            EXPECT_EQ(on.session->commit(), each.message);
+            EXPECT_EQ(on.stored(), each.stored + u" 9"_s);
+            on.library.allow();
+            on.library.connection().close();
+            if (goesOn) {
+                EXPECT_EQ(on.session->commit(), QString());
+                EXPECT_EQ(on.stored(), u"3 材 9, 4 新属性 0, 5 新属性 0; 8 9"_s);
+            } else {
+                EXPECT_TRUE(on.session->needsRestore());
+                on.session->cancel();
+            }
+        }
+    }
+}
+
+TEST(PropertySession, CancelPutsTheLibraryBackWhenItWasWritten) {
+    for (const bool isWritten : {false, true}) {
+        for (const bool isDestroyed : {false, true}) {
+            Trial on;
+            on.library.connection().execute(u"Pragma journal_mode = delete"_s);
+            EXPECT_TRUE(QFile::setPermissions(
+                on.library.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
+            const auto permissions = QFile::permissions(on.library.path());
+            EXPECT_EQ(on.open(), QString());
+            on.session->remove(3);
+            if (isWritten) {
+                EXPECT_TRUE(on.session->deleteFilter(1));
+                EXPECT_NE(on.content(), on.before);
+            }
+            if (!isDestroyed) {
+                EXPECT_EQ(on.session->cancel(), QString());
+            }
+            on.session.reset();
+            EXPECT_EQ(on.content(), on.before);
+            EXPECT_EQ(QFile::permissions(on.library.path()), permissions);
+            EXPECT_EQ(on.ownFiles(), QStringList());
+            EXPECT_EQ(QDir(on.library.folder()).entryList(QDir::Files).size(), 1);
+            on.expectSound();
+        }
+    }
+}
+
+TEST(PropertySession, RestoresTheFileThatALinkLeadsToAndALibraryWithAWriteAheadLog) {
+    Trial on;
+    on.library.connection().query(u"Pragma journal_mode = wal"_s);
+    on.library.addFolder(0, u"在日志中"_s);
+    const QStringList content = on.library.content();
+    const QTemporaryDir elsewhere;
+    ASSERT_TRUE(QFile::link(on.library.path(), elsewhere.filePath(u"link.vdb"_s)));
+    PropertySession session(on.ownFolder(), on.library.funcs());
+    EXPECT_EQ(session.SetConnection(elsewhere.path(), u"link.vdb"_s, {}), QString());
+    EXPECT_EQ(session.InitForm(1, NodeTypeFormula), QString());
+    EXPECT_TRUE(session.deleteFilter(1));
+    EXPECT_NE(on.library.content(), content);
+    on.library.connection().close();
+    EXPECT_EQ(session.cancel(), QString());
+    EXPECT_TRUE(QFileInfo(elsewhere.filePath(u"link.vdb"_s)).isSymLink());
+    on.expectSound();
+    EXPECT_EQ(on.library.content(), content);
+}
+
+TEST(PropertySession, DoesNotOpenWhatItCannotBackUp) {
+    const auto message = [](const Trial& on) {
+        return u"无法打开数据库文件：\n"_s + on.library.path() +
+               u"\n其他程序正在使用这个数据库文件！"_s;
+    };
+    for (const bool isLocked : {true, false}) {
+        Trial on;
+        std::unique_ptr<LibraryProcess> other;
+        if (isLocked) {
+            on.library.connection().close();
+            other = std::make_unique<LibraryProcess>(QStringList{u"lock"_s, on.library.path()});
+            EXPECT_FALSE(other->readLine().isEmpty());
+        } else {
+            ASSERT_TRUE(QDir(on.own.path()).removeRecursively());
+        }
+        EXPECT_EQ(on.open(), message(on));
+        EXPECT_EQ(on.ownFiles(), QStringList());
+        on.session.reset();
+        EXPECT_EQ(on.content(), on.before);
+    }
+    Trial on;
+    QFile left(on.own.filePath(u"BackupDB.def"_s));
+    ASSERT_TRUE(left.open(QIODevice::WriteOnly) && left.write("left") == 4 && left.flush());
+    EXPECT_EQ(on.open(), message(on));
+    on.session.reset();
+    EXPECT_EQ(on.backup(), "left") << "it was not settled";
+    ASSERT_TRUE(left.remove());
+    qint64 room = 0;
+    for (; on.open() == message(on) && room < (1 << 20); room += 4096) {
+        EXPECT_EQ(on.ownFiles(), QStringList());
+        on.session.reset();
+    }
+    EXPECT_EQ(room, 0);
+    QString opened = message(on);
+    for (; opened == message(on) && room < (1 << 20); room += 4096) {
+        on.session.reset();
+        const FileLimit limit(room);
+        opened = on.open();
+        EXPECT_EQ(on.ownFiles().size(), opened.isEmpty() ? 2 : 0) << room;
+    }
+    EXPECT_GT(room, 4096);
+    EXPECT_EQ(on.backup(), on.before);
+}
+
+/// The disk is full at each write in turn. There is always a good copy, and in the end the library
+/// is as it was.
+TEST(PropertySession, AFullDiskNeverLeavesLessThanOneGoodCopy) {
+    bool done = false;
+    qint64 room = 0;
+    for (; !done && room < (1 << 20); room += 4096) {
+        SCOPED_TRACE(room);
+        Trial on;
+        EXPECT_EQ(on.open(), QString());
+        on.session->add();
+        on.session->remove(3);
+        QString failure;
+        {
+            const FileLimit limit(room);
+            done = on.session->saveFilter(1, condition(u"d = 1"_s));
+            failure = on.session->commit();
+            done = done && failure.isEmpty();
+            if (done) {
+                break;
+            }
+            failure = on.session->cancel();
+            EXPECT_TRUE(failure.isEmpty() || failure == kNotRolledBack);
+            EXPECT_TRUE(failure.isEmpty() || on.backup() == on.before);
+        }
+        on.session.reset();
+        on.library.connection().close();
+        RecordingQuestions questions;
+        questions.answers = {true};
+        EXPECT_TRUE(settleLeftBackup(on.ownFolder(), questions));
+        EXPECT_TRUE(on.content() == on.before || on.keptAside() == on.before);
+        on.expectSound();
+    }
+    EXPECT_GT(room, 8192);
+}
+
+TEST(PropertySession, DoesNotRollBackWhatAnotherProgramHasWrittenSince) {
+    Trial on;
+    EXPECT_EQ(on.open(), QString());
+    EXPECT_TRUE(on.session->deleteFilter(1));
+    const qint32 added = on.library.addFolder(0, u"别人的"_s);
+    const QByteArray theirs = on.content();
+    on.library.connection().close();
+    EXPECT_EQ(on.session->cancel(), kNotRolledBack);
+    on.session.reset();
+    EXPECT_EQ(on.content(), theirs);
+    EXPECT_EQ(on.backup(), on.before);
+    EXPECT_GT(added, 0);
+}
+
+TEST(LeftBackup, IsTakenBackOnlyIntoTheLibraryAsItWasLeft) {
+    enum class Expected { Nothing, TakenBack, Deleted, KeptAside, Stays };
+    const auto nothing = [](Trial&, RecordingQuestions&) {};
+    const auto change = [](Trial& on) {
+        on.library.connection().open(on.library.path());
+        on.library.addFolder(0, u"新"_s);
+        on.library.connection().close();
+    };
+    const auto note = [](const Trial& on) { return on.own.filePath(u"BackupDB.note"_s); };
+    const struct {
+        const char* what;
+        std::function<void(Trial&, RecordingQuestions&)> meanwhile;
+        bool answer;
+        bool isAsked;
+        Expected expected;
+    } cases[] = {
+        {"taken back", nothing, true, true, Expected::TakenBack},
+        {"declined", nothing, false, true, Expected::KeptAside},
+        {"no backup", [](Trial& on, auto&) { QFile::remove(on.own.filePath(u"BackupDB.def"_s)); },
+         true, false, Expected::Nothing},
+        {"no note", [=](Trial& on, auto&) { QFile::remove(note(on)); }, true, false,
+         Expected::KeptAside},
+        {"broken note", [=](Trial& on, auto&) { QFile::resize(note(on), 9); }, true, false,
+         Expected::KeptAside},
+        {"changed since", [=](Trial& on, auto&) { change(on); }, true, false, Expected::KeptAside},
+        {"library gone", [](Trial& on, auto&) { QFile::remove(on.library.path()); }, true, false,
+         Expected::KeptAside},
+        {"changed while asked",
+         [=](Trial& on, RecordingQuestions& questions) {
+             questions.meanwhile = [&] {
+                 change(on);
+                 questions.meanwhile = [] {};
+             };
+         },
+         true, true, Expected::KeptAside},
+        {"locked for writing",
+         [](Trial& on, RecordingQuestions& questions) {
+             questions.meanwhile = [&] {
+                 on.library.connection().open(on.library.path());
+                 on.library.connection().execute(u"Begin Immediate"_s);
+                 questions.meanwhile = [] {};
+             };
+         },
+         true, true, Expected::Stays},
+        {"the same",
+         [](Trial& on, auto&) {
+             QFile::remove(on.own.filePath(u"BackupDB.def"_s));
+             QFile::copy(on.library.path(), on.own.filePath(u"BackupDB.def"_s));
+         },
+         true, false, Expected::Deleted},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        Trial on;
+        on.library.connection().close();
+        LibraryProcess killed({u"session"_s, on.library.path(), on.ownFolder(), u"1"_s});
+        EXPECT_EQ(killed.readLine(), u"1"_s);
+        killed.kill();
+        killed.wait();
+        RecordingQuestions questions;
+        questions.answers = {each.answer};
+        each.meanwhile(on, questions);
+        const bool settled = settleLeftBackup(on.ownFolder(), questions);
+        EXPECT_EQ(settled, each.expected != Expected::Stays);
+        on.library.connection().close();
+        EXPECT_EQ(questions.asked.size(), each.isAsked ? 1 : 0);
+        EXPECT_EQ(QFile::exists(on.library.path()) && on.content() == on.before,
+                  each.expected == Expected::TakenBack);
+        const bool isAside = on.keptAside() == on.before;
+        EXPECT_EQ(isAside, each.expected == Expected::KeptAside);
+        EXPECT_EQ(on.backup() == on.before, each.expected == Expected::Stays);
+    }
+}
+
+TEST(LeftBackup, OfAProcessKilledAnywhereKeepsAGoodCopy) {
+    for (int saved = 0; saved < 8; ++saved) {
+        SCOPED_TRACE(saved);
+        Trial on;
+        on.library.connection().close();
+        LibraryProcess killed({u"session"_s, on.library.path(), on.ownFolder(), u"1000000"_s});
+        for (int line = 0; line < saved; ++line) {
+            EXPECT_NE(killed.readLine(), QString());
+        }
+        killed.kill();
+        killed.wait();
+        RecordingQuestions questions;
+        questions.answers = {true};
+        EXPECT_TRUE(settleLeftBackup(on.ownFolder(), questions));
+        EXPECT_TRUE(on.content() == on.before || on.keptAside() == on.before);
+        on.expectSound();
+        EXPECT_EQ(on.open(), QString());
+    }
+}
+
+}  // namespace
+}  // namespace varo::test

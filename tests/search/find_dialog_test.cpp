@@ -1,0 +1,294 @@
+#include "browse/node_images.h"
+#include "search/find_desk.h"
+
+#include <QProgressBar>
+
+namespace varo::test {
+namespace {
+
+using Finding = FindDesk;
+
+TEST_F(Finding, OffersTheCriteriaOfTheKindsThatAreSearched) {
+    first.addProperty(1, u"用途"_s, 0, beams, NodeTypeFolder);
+    second.addProperty(1, u"用途"_s, 0, flow, NodeTypeFormula);
+    second.addProperty(2, u"材料"_s, 0, flow, NodeTypeFormula);
+    start();
+    const struct {
+        const char* clicked;
+        QString caption;
+        QString enabled;  ///< of name, description and property, each with its text
+        QStringList properties;
+    } cases[] = {
+        {nullptr, u"名称"_s, {}, {}},
+        {"ChkFolder", u"公式夹名称"_s, u"ChkName ChkPrpty"_s, {u"用途"_s}},
+        {"ChkName", u"公式夹名称"_s, u"ChkName PicFindName ChkPrpty"_s, {u"用途"_s}},
+        {"ChkFormula",
+         u"名称"_s,
+         u"ChkName PicFindName ChkMemo ChkPrpty"_s,
+         {u"用途"_s, u"材料"_s}},
+        {"ChkMemo",
+         u"名称"_s,
+         u"ChkName PicFindName ChkMemo PicFindMemo ChkPrpty"_s,
+         {u"用途"_s, u"材料"_s}},
+        {"ChkPrpty",
+         u"名称"_s,
+         u"ChkName PicFindName ChkMemo PicFindMemo ChkPrpty CmbPrpty"_s,
+         {u"用途"_s, u"材料"_s}},
+        {"ChkFolder",
+         u"公式名称"_s,
+         u"ChkName PicFindName ChkMemo PicFindMemo ChkPrpty CmbPrpty"_s,
+         {u"用途"_s, u"材料"_s}},
+        {"ChkName",
+         u"公式名称"_s,
+         u"ChkName ChkMemo PicFindMemo ChkPrpty CmbPrpty"_s,
+         {u"用途"_s, u"材料"_s}},
+        {"ChkFormula", u"名称"_s, {}, {}},
+    };
+    withDialog([&] {
+        EXPECT_EQ(part<QLabel>("lblTitle").text(), u"查找定位"_s);
+        for (const auto& each : cases) {
+            if (each.clicked != nullptr) {
+                click(each.clicked);
+            }
+            QStringList enabled;
+            for (const char* name :
+                 {"ChkName", "PicFindName", "ChkMemo", "PicFindMemo", "ChkPrpty", "CmbPrpty"}) {
+                if (part(name).isEnabled()) {
+                    enabled.append(QString::fromLatin1(name));
+                }
+            }
+            EXPECT_EQ(enabled.join(u' '), each.enabled);
+            EXPECT_EQ(part<QCheckBox>("ChkName").text(), each.caption);
+            auto& names = part<QComboBox>("CmbPrpty");
+            QStringList offered;
+            for (int i = 0; i < names.count(); ++i) {
+                offered.append(names.itemText(i));
+            }
+            EXPECT_EQ(offered, each.properties);
+            EXPECT_EQ(names.currentText(), QString());
+        }
+    });
+}
+
+TEST_F(Finding, EnterSearchesByWhatIsChosenAndTellsTheNumber) {
+    first.addFormula(columns, u"abc"_s, {}, u"长柱"_s);
+    first.addFormula(columns, u"cab"_s);
+    first.addProperty(1, u"用途"_s, 0, beams, NodeTypeFolder);
+    first.addProperty(2, u"用途"_s, 0, beams, NodeTypeFolder);
+    start();
+    withDialog([&] {
+        click("ChkFolder");
+        part<QLineEdit>("txtMemo").setText(u"长柱"_s);
+        key(part("ChkFolder"), Qt::Key_Return);
+        EXPECT_EQ(listed(), QString()) << "folders have no description";
+        click("ChkFormula");
+        click("ChkName");
+        auto& name = part<QLineEdit>("txtName");
+        EXPECT_TRUE(name.hasFocus());
+        desk->type(name, u"ab"_s);
+        const QString byPlace[] = {u"abc"_s, u"cab"_s, u"abc cab"_s};
+        for (int place = 0; place < 3; ++place) {
+            click(("OptFindName" + QByteArray::number(place)).constData());
+            key(name, Qt::Key_Return);
+            EXPECT_EQ(listed(), byPlace[place]);
+        }
+        EXPECT_EQ(counted(), u"找到 2 项"_s);
+        click("ChkMemo");
+        key(part("txtMemo"), Qt::Key_Return);
+        EXPECT_EQ(listed(), u"abc"_s) << "both criteria";
+        click("ChkMemo");
+        click("ChkName");
+        click("ChkPrpty");
+        part<QComboBox>("CmbPrpty").setEditText(u"用途"_s);
+        click("CmdFind");
+        EXPECT_EQ(listed(), u"梁"_s);
+        part<QComboBox>("CmbPrpty").setEditText(QString());
+        click("CmdFind");
+        EXPECT_EQ(listed(), QString());
+        EXPECT_EQ(counted(), u"请选择查询范围，并填写至少一项条件"_s);
+    });
+    EXPECT_EQ(told(), QString());
+}
+
+TEST_F(Finding, ResultsSayWhatAndWhereTheyAre) {
+    withDialog([&] {
+        search(u"剪"_s);
+        const QModelIndex hit = results().model()->index(0, 0);
+        EXPECT_EQ(hit.data(FindResults::KeyRole).toString(), u"FindItem2->DBNode1->2"_s);
+        EXPECT_EQ(hit.data(FindResults::TagRole).toString(), u"2->1"_s);
+        EXPECT_EQ(hit.data(FindResults::PlaceRole).toString(), u"库1 › 梁"_s);
+        EXPECT_TRUE(hit.data(Qt::ToolTipRole).toString().contains(u"剪切\n库1 › 梁"_s));
+        const auto pixels = [](const QIcon& icon) { return icon.pixmap(16).toImage(); };
+        EXPECT_EQ(pixels(hit.data(Qt::DecorationRole).value<QIcon>()),
+                  pixels(formulaIcon(FormulaImage::Formula)));
+        search(u"梁"_s);
+        EXPECT_EQ(pixels(results().model()->index(0, 0).data(Qt::DecorationRole).value<QIcon>()),
+                  pixels(nodeIcon(NodeImage::Folder)));
+        EXPECT_EQ(results().model()->headerData(0, Qt::Horizontal).toString(), u"名称"_s);
+        EXPECT_EQ(results().columnWidth(0), results().width() - 26);
+    });
+}
+
+TEST_F(Finding, LocatesByButtonDoubleClickAndEnter) {
+    withDialog([&] {
+        search(u"切"_s);
+        EXPECT_FALSE(part("CmdPosition").isEnabled());
+        clickResult(0);
+        click("CmdPosition");
+        EXPECT_EQ(shown(), u"梁/剪切"_s);
+        search(u"管"_s);
+        clickResult(0, true);
+        EXPECT_EQ(shown(), u"管/流量"_s);
+        search(u"度"_s, "OptFindName1");
+        clickResult(0);
+        key(results(), Qt::Key_Return);
+        EXPECT_EQ(shown(), u"简支/挠度"_s);
+        EXPECT_EQ(listed(), u"挠度"_s) << "Enter searches no more";
+        QTest::mouseDClick(results().viewport(), Qt::LeftButton, {}, {20, 200});
+        EXPECT_EQ(shown(), u"简支/挠度"_s);
+        first.addFormula(0, u"顶"_s);
+        search(u"顶"_s);
+        clickResult(0, true);
+        EXPECT_EQ(shown(), u"库1/顶"_s);
+    });
+    EXPECT_EQ(told(), QString());
+}
+
+TEST_F(Finding, TellsWhatHasGoneSinceTheSearch) {
+    const qint32 unseen = first.addFolder(0, u"新柱"_s);
+    first.addFormula(unseen, u"新柱式"_s);
+    select(u"板"_s);
+    withDialog([&] {
+        search(u"柱"_s);
+        ASSERT_EQ(listed(), u"柱 新柱 新柱式"_s);
+        clickResult(1, true);
+        EXPECT_EQ(told(), u"用户需要定位的节点不存在！"_s);
+        clickResult(2, true);
+        EXPECT_EQ(told(), u"用户需要定位的公式夹不存在！"_s);
+        EXPECT_EQ(shown(), u"板/"_s);
+        EXPECT_EQ(results().model()->index(2, 0).data(FindResults::PlaceRole).toString(),
+                  u"库1 › …"_s);
+        search(u"稳定"_s);
+        first.funcs().DelFormula(stability, first.connection());
+        clickResult(0, true);
+        EXPECT_EQ(told(), u"用户需要定位的公式不存在！"_s);
+        EXPECT_EQ(shown(), u"柱/"_s);
+    });
+    first.funcs().DelFolder(unseen, first.connection());
+    first.funcs().DelFormulaByPID(unseen, first.connection());
+}
+
+TEST_F(Finding, ALibraryThatCannotBeReadEndsTheSearch) {
+    const QString aside = second.path() + u".aside"_s;
+    withDialog([&] {
+        ASSERT_TRUE(QFile::rename(second.path(), aside));
+        search(u"梁"_s);
+        EXPECT_EQ(told(), u"无法打开指定的数据库，不能进行查找操作！"_s);
+        EXPECT_EQ(listed(), QString());
+        ASSERT_TRUE(QFile::rename(aside, second.path()));
+        const MissingColumn missing(second, "Tree", "Name");
+        search(u"梁"_s);
+        EXPECT_EQ(told(), u"读取数据库失败，无法进行查找操作！"_s);
+        EXPECT_EQ(listed(), u"梁"_s);
+        EXPECT_EQ(counted(), u"查找没有完成，找到 1 项"_s);
+    });
+    const MissingColumn missing(first, "Property", "NodeType");
+    withDialog([] {});
+    EXPECT_EQ(told(), u"读取“属性”信息失败！"_s);
+}
+
+TEST_F(Finding, ALongSearchShowsProgressAndCanBeStopped) {
+    for (const bool byEscape : {true, false}) {
+        withDialog([&] {
+            dialog->setSlice(0);
+            for (const char* box : {"ChkFolder", "ChkFormula", "ChkName"}) {
+                click(box);
+            }
+            part<QLineEdit>("txtName").setText(u"梁"_s);
+            QTest::mouseClick(&part("CmdFind"), Qt::LeftButton);
+            EXPECT_TRUE(part<QProgressBar>("PrgFind").isVisible());
+            EXPECT_EQ(counted(), u"正在查找第 1 个公式库（共 2 个），已找到 1 项"_s);
+            EXPECT_EQ(part<QPushButton>("CmdFind").text(), u"停止(&F)"_s);
+            if (byEscape) {
+                key(*dialog, Qt::Key_Escape);
+                EXPECT_TRUE(dialog->isVisible());
+            } else {
+                click("CmdFind");
+            }
+            EXPECT_EQ(counted(), u"已停止，找到 1 项"_s);
+            EXPECT_FALSE(part("PrgFind").isVisible());
+            EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::ArrowCursor);
+            click("CmdFind");
+            EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == u"找到 1 项"_s; }));
+        });
+    }
+}
+
+TEST_F(Finding, F3StepsThroughTheHitsAfterTheDialogIsClosed) {
+    first.addProperty(1, u"用途"_s, 0, columns, NodeTypeFolder);
+    first.addProperty(2, u"用途"_s, 0, stability, NodeTypeFormula);
+    start();
+    const auto step = [this](Qt::KeyboardModifiers modifiers = {}) {
+        activate();
+        desk->pressKey(Qt::Key_F3, modifiers);
+        return shown();
+    };
+    select(u"板"_s);
+    EXPECT_EQ(step(), u"板/"_s);
+    withDialog([&] { search(u"支"_s); });
+    EXPECT_FALSE(desk->editButton(u"查找下一个"_s).isEnabled());
+    EXPECT_EQ(step(), u"简支/挠度"_s);
+    withDialog([&] {
+        EXPECT_EQ(listed(), u"简支"_s);
+        EXPECT_EQ(counted(), u"上次找到 1 项"_s);
+        search(u"弯曲"_s);
+        search(u"曲"_s);
+        first.addFormula(plates, u"板曲"_s);
+        search(u"曲"_s);
+        ASSERT_EQ(listed(), u"弯曲 板曲"_s);
+    });
+    EXPECT_EQ(step(Qt::ShiftModifier), u"简支/挠度"_s) << "none was located yet";
+    EXPECT_EQ(step(), u"梁/弯曲"_s);
+    EXPECT_EQ(step(), u"板/板曲"_s);
+    EXPECT_EQ(step(), u"板/板曲"_s) << "there are no more";
+    EXPECT_EQ(step(Qt::ShiftModifier), u"梁/弯曲"_s);
+    desk->control().SetDesignProp(u"用途"_s);
+    EXPECT_EQ(shown(), u"柱/稳定"_s);
+    EXPECT_EQ(step(), u"柱/稳定"_s) << "the folder that it is in";
+    EXPECT_EQ(step(), u"柱/稳定"_s) << "keys go to the locate by property";
+    select(u"板"_s);
+    EXPECT_EQ(step(), u"板/板曲"_s) << "which has ended";
+    for (QWidget* focused :
+         {static_cast<QWidget*>(&desk->formulaBox()), static_cast<QWidget*>(&desk->tree())}) {
+        focused->setFocus();
+        EXPECT_EQ(step(Qt::ShiftModifier), u"梁/弯曲"_s);
+        EXPECT_EQ(step(), u"板/板曲"_s);
+    }
+}
+
+TEST_F(Finding, TheHostMayDestroyTheControlMeanwhile) {
+    first.addPicture(bending, pictureBytes(2'000'000));
+    select(u"梁"_s);
+    for (const bool onPictures : {true, false}) {
+        start();
+        select(u"梁"_s);
+        withDialog([&] {
+            dialog->setSlice(0);
+            if (onPictures) {
+                part<QTabBar>("TabFind").setCurrentIndex(1);
+                QCoreApplication::processEvents();
+            } else {
+                part<QCheckBox>("ChkFolder").click();
+                part<QCheckBox>("ChkName").click();
+                part<QLineEdit>("txtName").setText(u"梁"_s);
+                part<QPushButton>("CmdFind").click();
+            }
+            desk.reset();
+        });
+        EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    }
+    start();
+}
+
+}  // namespace
+}  // namespace varo::test
