@@ -1,3 +1,4 @@
+#include "condition_scene.h"
 #include "driver/dialog_driver.h"
 #include "guide_desk.h"
 #include "host/chinese_application.h"
@@ -337,6 +338,7 @@ void makePictures(const QString& configuration, const QDir& folder) {
         {"delete", deletion},
         {"picture", pictureMenu},
         {"copy", copying},
+        {"conditions", locateConditions},
         {"sources", valueSources},
         {"picker", picker},
         {"manager", manager},

@@ -100,6 +100,8 @@ void PropertyDialog::keepDraft() {
     form_.SetFilterProp->commitEdit();
     if (shown_ && form_.SetFilterProp->isModified()) {
         drafts_[*shown_] = form_.SetFilterProp->draft();
+    } else if (shown_) {
+        drafts_.erase(*shown_);
     }
 }
 
@@ -203,10 +205,7 @@ bool PropertyDialog::saveShown() {
         return false;
     }
     form_.SetFilterProp->setSaved();
-    model_.setUnsaved(*shown_, false);
-    model_.update(*shown_);
-    form_.cmdSaveFilter->setEnabled(false);
-    form_.cmdDelFilter->setEnabled(false);
+    showWritten();
     return true;
 }
 
@@ -219,6 +218,12 @@ void PropertyDialog::deleteFilter() {
         return;
     }
     form_.SetFilterProp->startEmpty();
+    showWritten();
+}
+
+/// The condition that is shown has just been stored or deleted.
+void PropertyDialog::showWritten() {
+    drafts_.erase(*shown_);
     model_.setUnsaved(*shown_, false);
     model_.update(*shown_);
     form_.cmdSaveFilter->setEnabled(false);
@@ -245,7 +250,6 @@ bool PropertyDialog::saveDrafts() {
         if (!saveShown()) {
             return false;
         }
-        drafts_.erase(id);
     }
     return true;
 }

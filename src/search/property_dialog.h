@@ -46,12 +46,13 @@ class PropertyDialog : public QDialog {
     bool commitEdits();
     bool saveDrafts();
     bool saveShown();
+    void showWritten();
 
     PropertySession& session_;
     Questions& questions_;
     PropertyListModel model_;
     PropertyForm form_;
-    std::map<qint32, SetFilter::Draft> drafts_;  ///< of properties that are not shown
+    std::map<qint32, SetFilter::Draft> drafts_;  ///< that are not saved; the one shown is in the editor
     std::optional<qint32> shown_;
     int propertyCount_ = 0;
     bool isRefusalPending_ = false;  ///< a name has been refused, and the user is about to be told

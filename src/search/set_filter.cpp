@@ -243,20 +243,21 @@ bool SetFilter::check() {
     model_.showTrial({});
     model_.showFaults(faults);
     QStringList texts;
-    std::optional<ConditionPath> first;
+    const ConditionFault* first = nullptr;
     int marked = 0;
     for (const ConditionFault& fault : faults) {
         if (fault.place.empty()) {
             texts.append(fault.text);
         } else {
             ++marked;
-            first = first.value_or(fault.place);
+            first = first == nullptr ? &fault : first;
         }
     }
-    if (first) {
-        view_->select(model_.indexOf(*first));
+    if (first != nullptr) {
+        view_->select(model_.indexOf(first->place));
         view_->setFocus();
-        texts.append(QStringLiteral("有 %1 处错误，已在条件中标出，说明在提示中。").arg(marked));
+        texts.append(QStringLiteral("标出了 %1 处错误。第一处：%2")
+                         .arg(QString::number(marked), first->text));
     }
     const bool isGood = faults.empty() && !isReplacedOnly();
     notice_ = isGood ? QStringLiteral("检查通过。") : texts.join(u'\n');

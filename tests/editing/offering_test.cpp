@@ -24,15 +24,15 @@ class Offering : public BeamDesk {
 
 TEST_F(Offering, TreeAndListOfferByKindAndPositionOfTheItem) {
     const std::tuple<QString, QString, QString> cases[] = {
-        {u"库1"_s, u""_s, u"FormulaDB NewFolder"_s},
-        {u"梁"_s, u""_s, u"FormulaDB NewFolder Del MoveDown Copy Rename"_s},
-        {u"柱"_s, u""_s, u"FormulaDB NewFolder Del MoveUp MoveDown Copy Rename"_s},
-        {u"板"_s, u""_s, u"FormulaDB NewFolder Del MoveUp Copy Rename"_s},
-        {u"管"_s, u""_s, u"FormulaDB NewFolder Del MoveDown Copy Rename"_s},
-        {u"梁"_s, u"弯曲"_s, u"NewFormula Del VarSource MoveDown Copy Rename"_s},
-        {u"梁"_s, u"剪切"_s, u"NewFormula Del VarSource MoveUp MoveDown Copy Rename"_s},
-        {u"梁"_s, u"扭转"_s, u"NewFormula Del VarSource MoveUp Copy Rename"_s},
-        {u"简支"_s, u"挠度"_s, u"NewFormula Del VarSource MoveDown Copy Rename"_s},
+        {u"库1"_s, u""_s, u"FormulaDB NewFolder LocateNode"_s},
+        {u"梁"_s, u""_s, u"FormulaDB NewFolder Del LocateNode MoveDown Copy Rename"_s},
+        {u"柱"_s, u""_s, u"FormulaDB NewFolder Del LocateNode MoveUp MoveDown Copy Rename"_s},
+        {u"板"_s, u""_s, u"FormulaDB NewFolder Del LocateNode MoveUp Copy Rename"_s},
+        {u"管"_s, u""_s, u"FormulaDB NewFolder Del LocateNode MoveDown Copy Rename"_s},
+        {u"梁"_s, u"弯曲"_s, u"NewFormula Del LocateFormula VarSource MoveDown Copy Rename"_s},
+        {u"梁"_s, u"剪切"_s, u"NewFormula Del LocateFormula VarSource MoveUp MoveDown Copy Rename"_s},
+        {u"梁"_s, u"扭转"_s, u"NewFormula Del LocateFormula VarSource MoveUp Copy Rename"_s},
+        {u"简支"_s, u"挠度"_s, u"NewFormula Del LocateFormula VarSource MoveDown Copy Rename"_s},
     };
     for (const auto& [node, formula, offered] : cases) {
         const bool inTree = formula.isEmpty();
@@ -50,7 +50,7 @@ TEST_F(Offering, TreeAndListOfferByKindAndPositionOfTheItem) {
 }
 
 TEST_F(Offering, EmptySpaceOfTheTreeAndTheKeyForMenusSpeakOfTheSelectedNode) {
-    const QString ofColumns = u"FormulaDB NewFolder Del MoveUp MoveDown Copy Rename"_s;
+    const QString ofColumns = u"FormulaDB NewFolder Del LocateNode MoveUp MoveDown Copy Rename"_s;
     select(u"柱"_s, u"稳定"_s);
     desk->clickEmptySpace(desk->tree(), Qt::RightButton);
     EXPECT_EQ(entries(), ofColumns);

@@ -18,7 +18,9 @@ class PropertyDesk : public BeamDesk {
         withDialog(
             "frmLocateNode",
             [&] {
-                desk->clickNode(node);
+                if (selected() != node) {
+                    desk->clickNode(node);
+                }
                 if (formula.isEmpty()) {
                     desk->openMenu(desk->tree(), node);
                     desk->choose("mnuPopLocateNode");

@@ -56,6 +56,7 @@ TEST_F(PropertyConditions, APropertyWithItsConditionIsStoredLocatesAndGoesAgain)
             click("cmdOK");
         });
         EXPECT_EQ(stored(), QString());
+        desk->control().RunCalc();  // ends the highlight
     }
     EXPECT_EQ(told(), QString());
 }
@@ -234,6 +235,33 @@ TEST_F(PropertyConditions, ALibraryThatCannotBeOpenedIsTold) {
     select(u"梁"_s);
 }
 
+TEST_F(PropertyConditions, WhatCannotBeRestoredIsOfferedTheNextTime) {
+    const NoWaiting noWaiting;
+    std::unique_ptr<LibraryProcess> other;
+    edit(u"梁"_s, {}, [&] {
+        addProperty(u"甲"_s);
+        addTerm(u"a"_s, u"等于"_s, u"1"_s);
+        click("cmdSearch");
+        click("cmdSaveFilter");
+        first.connection().close();
+        other = std::make_unique<LibraryProcess>(QStringList{u"lock"_s, first.path()});
+        other->readLine();
+        click("cmdCancel");
+    });
+    other.reset();
+    EXPECT_EQ(told(),
+              u"回滚数据库失败，无法恢复原有的数据！\n请关闭数据库文件再试！|"
+              "重新打开数据库失败！"_s);
+    EXPECT_TRUE(hasBackup());
+    EXPECT_NE(stored(), QString());
+    desk->questions().answers = {true};
+    edit(u"柱"_s, {}, [&] {
+        EXPECT_NE(asked(), QString());
+        EXPECT_EQ(stored(), QString());
+    });
+    EXPECT_FALSE(hasBackup());
+}
+
 TEST_F(PropertyConditions, TheHostMayTurnTheControlToAnotherLibraryOrDestroyIt) {
     const auto save = [&] {
         addProperty(u"甲"_s);
@@ -241,15 +269,18 @@ TEST_F(PropertyConditions, TheHostMayTurnTheControlToAnotherLibraryOrDestroyIt) 
         click("cmdSearch");
         click("cmdSaveFilter");
     };
-    edit(u"梁"_s, u"剪切"_s, [&] {
-        save();
-        desk->control().ClickTreeNode(u"FormulaNode1->DBNode2"_s);
-        click("cmdCancel");
-    });
-    EXPECT_EQ(selected(), u"管"_s);
-    EXPECT_EQ(stored(), QString());
-    press(u"新建公式夹"_s);
+    for (const QString& node : {u"FormulaNode1->DBNode2"_s, folder(columns)}) {
+        edit(u"梁"_s, u"剪切"_s, [&] {
+            save();
+            desk->control().ClickTreeNode(node);
+            click("cmdCancel");
+        });
+        EXPECT_EQ(desk->tree().selectedKey(), node);
+        EXPECT_EQ(stored(), QString());
+        press(u"新建公式夹"_s);
+    }
     EXPECT_EQ(outline(second), u"管(流量)[新建公式夹()]"_s);
+    EXPECT_EQ(outline(first, columns), u"新建公式夹()"_s);
     edit(u"梁"_s, {}, [&] {
         save();
         click("cmdAddProp");

@@ -223,7 +223,12 @@ TEST_F(FilterEditor, FaultsAndTrialsAreMarkedAtTheirPlaceUntilTheConditionChange
         typeTerm(u" b"_s, u"包含"_s, u"x"_s);
         EXPECT_EQ(marked(), u"----"_s);
         EXPECT_EQ(column(0), u"并且（全部成立）|a|并非（其下不成立）|b"_s);
-        click("cmdSearch");
+        // What is being typed when a button is pressed by its key counts.
+        clickNode(1, 2);
+        key(Qt::Key_F2);
+        open<QLineEdit>("txtConst").setText(u"7"_s);
+        part<QPushButton>("cmdSearch").click();
+        EXPECT_EQ(column(2), u"|7||x"_s);
         EXPECT_TRUE(can("cmdSaveFilter"));
     });
 }
