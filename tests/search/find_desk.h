@@ -1,5 +1,6 @@
 #pragma once
 
+#include "driver/dialog_driver.h"
 #include "search/find_dialog.h"
 #include "support/beam_desk.h"
 
@@ -7,7 +8,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QTabBar>
-#include <QTimer>
 #include <QTreeView>
 
 namespace varo::test {
@@ -23,22 +23,20 @@ class FindDesk : public BeamDesk {
 
     /// Opens the dialog, runs `use` while it is open, and closes it.
     void withDialog(const std::function<void()>& use) {
-        activate();
-        desk->tree().setFocus();
-        QTimer::singleShot(0, [&] {
-            dialog = qobject_cast<FindDialog*>(QApplication::activeModalWidget());
-            ASSERT_FALSE(dialog.isNull());
+        const auto open = [&] {
+            activate();
+            desk->tree().setFocus();
+            desk->pressKey(Qt::Key_F, Qt::ControlModifier);
+        };
+        varo::withDialog("frmFind", open, [&](QDialog& opened) {
+            dialog = qobject_cast<FindDialog*>(&opened);
             use();
-            if (!dialog.isNull()) {
-                dialog->reject();
-            }
         });
-        desk->pressKey(Qt::Key_F, Qt::ControlModifier);
     }
 
     template <class Widget = QWidget>
     Widget& part(const char* name) {
-        return *dialog->findChild<Widget*>(QLatin1StringView(name));
+        return partOf<Widget>(*dialog, name);
     }
     void click(const char* name) { desk->click(part(name), Qt::LeftButton, {12, 8}); }
     void key(QWidget& widget, Qt::Key pressed) {
