@@ -52,8 +52,8 @@ class PropertyDialog : public QDialog {
     Questions& questions_;
     PropertyListModel model_;
     PropertyForm form_;
-    std::map<qint32, SetFilter::Draft>
-        drafts_;  ///< that are not saved; the one shown is in the editor
+    /// Those that are not saved; the one shown is in the editor.
+    std::map<qint32, SetFilter::Draft> drafts_;
     std::optional<qint32> shown_;
     int propertyCount_ = 0;
     bool isRefusalPending_ = false;  ///< a name has been refused, and the user is about to be told

@@ -190,6 +190,7 @@ TEST_F(FilterEditor, EveryConditionThatIsClickedTogetherIsStoredAndEvaluatedAsIt
         editShear([&] { EXPECT_EQ(shown(), saved); });
     }
     EXPECT_TRUE(seen[0] && seen[1]);
+    desk->control().RunCalc();  // ends the highlight
     EXPECT_EQ(told(), QString());
 }
 
