@@ -147,6 +147,12 @@ bool NodeSearch::advance(int most, FindHits& hits) {
     return at_ < libraries_.size();
 }
 
+void NodeSearch::stop() {
+    rows_.close();
+    connection_.close();
+    at_ = libraries_.size();
+}
+
 bool NodeSearch::openLibrary() {
     const Library& library = libraries_[at_];
     return ConnectLibrary(library.folder, library.fileName, connection_, QString()) ||

@@ -32,6 +32,8 @@ struct FindCriteria {
 
     /// Whether one of the kinds that are searched has a criterion.
     bool canBeSearched() const;
+
+    bool operator==(const FindCriteria&) const = default;
 };
 
 /// The statement that finds the nodes of one kind; its text is "" when that kind has no criterion.
@@ -97,6 +99,11 @@ class NodeSearch {
     Failure failure() const { return failure_; }
 
     int libraries() const { return static_cast<int>(libraries_.size()); }
+    const FindCriteria& criteria() const { return criteria_; }
+
+    /// Closes what is open: nothing is locked from then on, and the search does not go on.
+    void stop();
+
     /// Position of the library that is searched, from 1.
     int position() const { return static_cast<int>(at_) + 1; }
 

@@ -4,6 +4,7 @@
 #include "platform/ui/picture_grid.h"
 #include "platform/ui/twips.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QHeaderView>
@@ -101,6 +102,8 @@ void FindDialog::connectCommands() {
     connect(form_.lvFindResult->selectionModel(), &QItemSelectionModel::currentChanged, this,
             followSelection);
     connect(&results_, &QAbstractItemModel::modelReset, this, followSelection);
+    // Pictures and property names are those of the libraries before.
+    connect(&results_, &FindResults::librariesChanged, this, &FindDialog::reject);
     connect(&run_, &FindRun::progressed, this, &FindDialog::showProgress);
     connect(&run_, &FindRun::ended, this, &FindDialog::showEnd);
     connect(&pictures_, &PictureList::listed, this, &FindDialog::showPictureCount);
@@ -165,20 +168,28 @@ FindCriteria FindDialog::criteria() const {
     return wanted;
 }
 
-/// The button also stops a search that is under way.
+/// The button also stops a search that is under way, unless that was started with other criteria,
+/// or by the first click of a double click.
 void FindDialog::find() {
+    const FindCriteria wanted = criteria();
     if (run_.isRunning()) {
+        if (wanted == run_.search()->criteria() &&
+            sinceStart_.elapsed() < QApplication::doubleClickInterval()) {
+            return;
+        }
         wasStopped_ = true;
         run_.stop();
-        return;
+        if (wanted == run_.search()->criteria()) {
+            return;
+        }
     }
     results_.clear();
-    const FindCriteria wanted = criteria();
     if (!wanted.canBeSearched()) {
         form_.lblFindCount->setText(QStringLiteral("请选择查询范围，并填写至少一项条件"));
         return;
     }
     wasStopped_ = false;
+    sinceStart_.start();
     run_.start(std::make_unique<NodeSearch>(libraries_, wanted));
 }
 

@@ -7,6 +7,7 @@
 #include "search/picture_list.h"
 
 #include <QDialog>
+#include <QElapsedTimer>
 
 namespace varo {
 
@@ -57,6 +58,7 @@ class FindDialog : public QDialog {
     PictureList pictures_;
     FindRun run_;
     bool wasStopped_ = false;
+    QElapsedTimer sinceStart_;
     bool picturesLoaded_ = false;
     FindForm form_;
 };

@@ -61,6 +61,7 @@ bool FindRun::runSlice() {
 void FindRun::end() {
     timer_.stop();
     waiting_.reset();
+    search_->stop();
     emit ended();
 }
 

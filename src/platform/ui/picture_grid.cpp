@@ -155,9 +155,9 @@ void PictureGrid::zoom(int steps) {
 }
 
 void PictureGrid::setSide(int side) {
-    // The picture at the top stays in sight.
-    const QModelIndex kept =
-        currentIndex().isValid() ? currentIndex() : indexAt({kMargin, kMargin});
+    // The current picture stays in sight if it is there, else the one at the top.
+    const bool isCurrentSeen = viewport()->rect().intersects(visualRect(currentIndex()));
+    const QModelIndex kept = isCurrentSeen ? currentIndex() : indexAt({kMargin, kMargin});
     side_ = side;
     setGridSize({side + 2 * kMargin, side + fontMetrics().height() + 3 * kMargin});
     if (kept.isValid()) {
