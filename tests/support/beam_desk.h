@@ -1,13 +1,17 @@
 #pragma once
 
 #include "support/beam_libraries.h"
-#include "support/stored_view.h"
+#include "support/desk.h"
 
 #include <QTest>
 
 #include <gtest/gtest.h>
 
 namespace varo::test {
+
+/// Whether tree, list and formula box show what a control that has just been started shows when the
+/// same node and formula are selected in it: texts, keys, order and pictures.
+testing::AssertionResult showsWhatIsStored(Desk& desk);
 
 /// The beam libraries on a desk, with every folder to be seen. Checks at the end that what is shown
 /// is what is stored.

@@ -3,8 +3,6 @@
 #include "store/records.h"
 #include "support/test_library.h"
 
-#include <QImage>
-
 namespace varo::test {
 
 using namespace Qt::StringLiterals;
@@ -18,13 +16,10 @@ class BeamLibrary : public TestLibrary {
         const qint32 formula = addFormula(folder, u"应力"_s, u"F/A"_s, u"F 轴力\nA 面积"_s);
         addValue(u"F"_s, formula, u"24"_s);
         addValue(u"A"_s, formula, u"1"_s);
-        QImage picture(40, 30, QImage::Format_RGB32);
-        picture.fill(Qt::red);
-        const QString file = pathOf(u"picture.bmp"_s);
+        addPicture(formula, imageBytes({40, 30}, Qt::red, "bmp"));
         if (!funcs().EditFormulaVarPara(u"A"_s, formula, VarSourceProperty, u"截面面积"_s,
-                                        connection()) ||
-            !picture.save(file) || !funcs().AddNewPicture(formula, file, connection())) {
-            throw data::Error(u"the library takes no property or picture"_s);
+                                        connection())) {
+            throw data::Error(u"the library takes no property"_s);
         }
     }
 };

@@ -1,4 +1,4 @@
-#include "support/stored_view.h"
+#include "support/beam_desk.h"
 
 #include "browse/folder_tree_model.h"
 
