@@ -75,12 +75,6 @@ class Panel : public testing::Test, public PropertySource {
         return rs.text(column);
     }
 
-    static void settle() {
-        for (int round = 0; round < 3; ++round) {
-            QCoreApplication::processEvents();
-        }
-    }
-
     void click(QWidget* widget) {
         QTest::mouseClick(widget, Qt::LeftButton, {}, {8, 8});
         settle();
