@@ -47,9 +47,7 @@ class Panel : public testing::Test, public PropertySource {
     }
 
     void addLibrary(const TestLibrary& added) {
-        QString key;
-        bool done = false;
-        libraries.Add(added.fileName(), added.folder(), u"库"_s, key, {}, done);
+        addTo(libraries, added.folder(), added.fileName(), u"库"_s);
     }
 
     /// Shows a formula as the library holds it.

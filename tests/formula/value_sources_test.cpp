@@ -32,8 +32,7 @@ class ValueSources : public BeamDesk {
 
     /// Lets M come from a table, and shows the formula anew.
     void feedFromTable(const QString& table = u"材料.mdb->钢 材"_s) {
-        ASSERT_TRUE(first.funcs().EditFormulaVarPara(u"M"_s, bending, VarSourceTable, table,
-                                                     first.connection()));
+        first.setSource(u"M"_s, bending, VarSourceTable, table);
         start();
         select(u"梁"_s, u"弯曲"_s);
     }

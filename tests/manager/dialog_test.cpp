@@ -132,6 +132,7 @@ TEST_F(ManagerDialog, AddsALibraryOrCreatesOneAndAsksForItsName) {
     ASSERT_TRUE(QFile::link(first.path(), link));
     manage([&] {
         give("添加数据库", third.path());
+        EXPECT_EQ(desk->questions().fileQuestion.title, u"添加公式库"_s);
         EXPECT_EQ(listed(), u"库1 库2 [新添加的公式库]"_s);
         desk->typeLabel(u"三"_s);
         give("添加数据库", third.path());

@@ -21,10 +21,9 @@ class BeamLibrary : public TestLibrary {
         QImage picture(40, 30, QImage::Format_RGB32);
         picture.fill(Qt::red);
         const QString file = pathOf(u"picture.bmp"_s);
-        if (!funcs().EditFormulaVarPara(u"A"_s, formula, VarSourceProperty, u"截面面积"_s,
-                                        connection()) ||
-            !picture.save(file) || !funcs().AddNewPicture(formula, file, connection())) {
-            throw data::Error(u"the library takes no property or picture"_s);
+        setSource(u"A"_s, formula, VarSourceProperty, u"截面面积"_s);
+        if (!picture.save(file) || !funcs().AddNewPicture(formula, file, connection())) {
+            throw data::Error(u"the library takes no picture"_s);
         }
     }
 };
