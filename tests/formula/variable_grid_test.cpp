@@ -13,8 +13,9 @@ class VariableGridTest : public Panel {
     }
 
     /// Feeds a variable of the sum from a source.
-    void setSource(const QString& name, VarSource source, const QString& parameter) {
-        library.setSource(name, sum, source, parameter);
+    void setSource(const QString& name, qint32 source, const QString& parameter) {
+        ASSERT_TRUE(
+            library.funcs().EditFormulaVarPara(name, sum, source, parameter, library.connection()));
         current.close();
         ASSERT_TRUE(current.open(1));
         show(sum);
