@@ -30,14 +30,6 @@ QModelIndex match(const ui::NodeView& view, int role, const QString& wanted) {
 
 }  // namespace
 
-void settle() {
-    // What was queued may have queued more.
-    for (int round = 0; round < 3; ++round) {
-        QCoreApplication::sendPostedEvents();
-        QCoreApplication::processEvents();
-    }
-}
-
 QStringList ControlDriver::treeTexts() const {
     return texts(*tree().model());
 }
@@ -76,7 +68,7 @@ void ControlDriver::clickItem(ui::NodeView& view, const QModelIndex& item, Qt::M
           {rect.left() + std::min(rect.width() / 2, along), rect.center().y()});
 }
 
-void ControlDriver::clickEmptySpace(ui::NodeView& view, Qt::MouseButton button) {
+void ControlDriver::clickEmptySpace(QAbstractItemView& view, Qt::MouseButton button) {
     click(*view.viewport(), button, view.viewport()->rect().bottomLeft() + QPoint(5, -5));
 }
 

@@ -62,7 +62,7 @@ class ControlDriver {
                    Qt::MouseButton button = Qt::LeftButton, int along = 8);
     void clickNode(const QString& text) { clickItem(tree(), find(tree(), text)); }
     void clickFormula(const QString& text) { clickItem(list(), find(list(), text)); }
-    void clickEmptySpace(ui::NodeView& view, Qt::MouseButton button = Qt::LeftButton);
+    void clickEmptySpace(QAbstractItemView& view, Qt::MouseButton button = Qt::LeftButton);
     void clickButton(const char* name) { click(child(name)); }
 
     /// Clicks with the right button on the first item with this text.
@@ -95,8 +95,5 @@ class ControlDriver {
   private:
     Varo_CalcEx* control_ = nullptr;
 };
-
-/// Lets everything that is queued happen.
-void settle();
 
 }  // namespace varo

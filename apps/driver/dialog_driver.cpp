@@ -36,16 +36,32 @@ void withDialog(const char* name, const std::function<void()>& open,
     });
     whileOpen.start(0);
     open();
-    // What opens it may have been queued.
-    for (int round = 0; round < 3; ++round) {
-        QCoreApplication::processEvents();
-    }
+    settle();  // what opens it may have been queued
     if (failure) {
         std::rethrow_exception(failure);
     }
     if (!wasOpened) {
         throw DriverError(QStringLiteral("'%1' has not been opened").arg(wanted));
     }
+}
+
+void clickOn(QAbstractItemView& view, const QModelIndex& item, Qt::KeyboardModifiers modifiers) {
+    if (!item.isValid()) {
+        throw DriverError(QStringLiteral("'%1' has no such item").arg(view.objectName()));
+    }
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, modifiers, view.visualRect(item).center());
+    settle();
+}
+
+void doubleClickOn(QAbstractItemView& view, const QModelIndex& item) {
+    clickOn(view, item);
+    QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, view.visualRect(item).center());
+    settle();
+}
+
+void clickIn(const QDialog& dialog, const char* name) {
+    QTest::mouseClick(&partOf<QWidget>(dialog, name), Qt::LeftButton);
+    settle();
 }
 
 }  // namespace varo

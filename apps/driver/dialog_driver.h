@@ -2,6 +2,7 @@
 
 #include "driver/grid_driver.h"
 
+#include <QAbstractItemView>
 #include <QDialog>
 
 #include <functional>
@@ -17,11 +18,19 @@ void withDialog(const char* name, const std::function<void()>& open,
 /// The named part of a dialog. Throws DriverError when there is none.
 template <class Part>
 Part& partOf(const QDialog& dialog, const char* name) {
-    auto* found = dialog.findChild<Part*>(QString::fromLatin1(name));
+    auto* found = dialog.findChild<Part*>(QString::fromUtf8(name));
     if (found == nullptr) {
-        throw DriverError(QStringLiteral("there is no '%1'").arg(QString::fromLatin1(name)));
+        throw DriverError(QStringLiteral("there is no '%1'").arg(QString::fromUtf8(name)));
     }
     return *found;
 }
+
+/// Clicks in the middle of an item of a list or table. Throws DriverError when there is none.
+void clickOn(QAbstractItemView& view, const QModelIndex& item,
+             Qt::KeyboardModifiers modifiers = {});
+void doubleClickOn(QAbstractItemView& view, const QModelIndex& item);
+
+/// Clicks in the middle of the named part of a dialog.
+void clickIn(const QDialog& dialog, const char* name);
 
 }  // namespace varo

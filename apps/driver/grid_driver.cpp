@@ -4,6 +4,14 @@
 
 namespace varo {
 
+void settle() {
+    // What was queued may have queued more.
+    for (int round = 0; round < 3; ++round) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+}
+
 QStringList textsOf(const ui::EditGrid& grid) {
     QStringList texts;
     for (int row = 1; row < grid.Rows(); ++row) {

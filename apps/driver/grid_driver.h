@@ -16,6 +16,9 @@ class DriverError : public std::runtime_error {
     explicit DriverError(const QString& what) : std::runtime_error(what.toStdString()) {}
 };
 
+/// Lets everything that is queued happen.
+void settle();
+
 /// The rows of a grid of two columns as "name=value".
 QStringList textsOf(const ui::EditGrid& grid);
 

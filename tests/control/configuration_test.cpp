@@ -11,11 +11,7 @@
 namespace varo::test {
 namespace {
 
-void add(colFormulaDB& libraries, const QString& text, const QString& folder, const QString& name) {
-    QString key;
-    bool added = false;
-    libraries.Add(name, folder, text, key, QString(), added);
-}
+using namespace Qt::StringLiterals;
 
 QStringList texts(const colFormulaDB& libraries) {
     QStringList result;
@@ -28,16 +24,15 @@ QStringList texts(const colFormulaDB& libraries) {
 
 TEST(Configuration, WritesWhatItReadsAgainAndKeepsForeignKeys) {
     const QTemporaryDir folder;
-    const QString file = folder.filePath(QStringLiteral("Varo-Pelm.ini"));
+    const QString file = folder.filePath(u"Varo-Pelm.ini"_s);
     QFile before(file);
     ASSERT_TRUE(before.open(QIODevice::WriteOnly));
     before.write("[Other]\nkept=1\n[Access]\nNodeCount=1\nRootNodeText1=x\nRootNodeText9=stale\n");
     before.close();
 
     colFormulaDB libraries;
-    add(libraries, QStringLiteral("材料; 100% \"a\""), QStringLiteral("/库 一/"),
-        QStringLiteral("a'b.mdb"));
-    add(libraries, QStringLiteral("二"), QStringLiteral("/lib/"), QStringLiteral("c.mdb"));
+    addTo(libraries, u"/库 一/"_s, u"a'b.mdb"_s, u"材料; 100% \"a\""_s);
+    addTo(libraries, u"/lib/"_s, u"c.mdb"_s, u"二"_s);
     QString error;
     ASSERT_TRUE(Configuration(libraries).WriteConfigFile(folder.path() + u'/', error));
     EXPECT_TRUE(fileContent(file).contains("kept"));
@@ -47,7 +42,7 @@ TEST(Configuration, WritesWhatItReadsAgainAndKeepsForeignKeys) {
     ASSERT_TRUE(Configuration(read).ReadConfigFile(folder.path() + u'/', error));
     EXPECT_EQ(texts(read), texts(libraries));
     ASSERT_TRUE(Configuration(read).ReadConfigFile(folder.path() + u'/', error));
-    EXPECT_EQ(read.Item(1).NodeKey, QStringLiteral("DBNode3")) << "keys go on counting";
+    EXPECT_EQ(read.Item(1).NodeKey, u"DBNode3"_s) << "keys go on counting";
 }
 
 TEST(Configuration, AnEmptyListIsWrittenWithoutCountAndWhatFailsIsTold) {
@@ -55,12 +50,11 @@ TEST(Configuration, AnEmptyListIsWrittenWithoutCountAndWhatFailsIsTold) {
     colFormulaDB libraries;
     QString error;
     ASSERT_TRUE(Configuration(libraries).WriteConfigFile(folder.path() + u'/', error));
-    EXPECT_FALSE(
-        fileContent(folder.filePath(QStringLiteral("Varo-Pelm.ini"))).contains("NodeCount"));
+    EXPECT_FALSE(fileContent(folder.filePath(u"Varo-Pelm.ini"_s)).contains("NodeCount"));
     EXPECT_FALSE(Configuration(libraries).ReadConfigFile(folder.path() + u'/', error));
-    EXPECT_TRUE(error.contains(QStringLiteral("NodeCount")));
+    EXPECT_TRUE(error.contains(u"NodeCount"_s));
     error.clear();
-    EXPECT_FALSE(Configuration(libraries).WriteConfigFile(QStringLiteral("/missing/"), error));
+    EXPECT_FALSE(Configuration(libraries).WriteConfigFile(u"/missing/"_s, error));
     EXPECT_FALSE(error.isEmpty());
 }
 

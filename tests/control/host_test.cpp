@@ -19,8 +19,7 @@ class HostProtocol : public testing::Test {
         formula = library.addFormula(0, u"应力"_s, u"F/A"_s);
         library.addValue(u"F"_s, formula, u"1000"_s);
         library.addValue(u"A"_s, formula, u"1"_s);
-        EXPECT_TRUE(library.funcs().EditFormulaVarPara(u"A"_s, formula, 1, u"截面面积"_s,
-                                                       library.connection()));
+        library.setSource(u"A"_s, formula, VarSourceProperty, u"截面面积"_s);
     }
 
     TestLibrary library;

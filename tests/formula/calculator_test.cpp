@@ -53,8 +53,7 @@ TEST_F(Calculation, ShowsTheResultOrWhatIsWrong) {
 TEST_F(Calculation, AnErrorAfterAResultLeavesNothingToPassOn) {
     const qint32 formula = library.addFormula(0, u"式"_s, u"1/A"_s);
     library.addValue(u"A"_s, formula, u"1"_s);
-    EXPECT_TRUE(library.funcs().EditFormulaVarPara(u"A"_s, formula, VarSourceProperty, u"面积"_s,
-                                                   library.connection()));
+    library.setSource(u"A"_s, formula, VarSourceProperty, u"面积"_s);
     properties[u"面积"_s] = u"4"_s;
     show(formula);
     EXPECT_TRUE(canUseResult());

@@ -47,9 +47,7 @@ class Panel : public testing::Test, public PropertySource {
     }
 
     void addLibrary(const TestLibrary& added) {
-        QString key;
-        bool done = false;
-        libraries.Add(added.fileName(), added.folder(), u"库"_s, key, {}, done);
+        addTo(libraries, added.folder(), added.fileName(), u"库"_s);
     }
 
     /// Shows a formula as the library holds it.
@@ -73,12 +71,6 @@ class Panel : public testing::Test, public PropertySource {
         data::Recordset rs;
         EXPECT_TRUE(library.funcs().GetFormulaByID(formula, rs, library.connection()));
         return rs.text(column);
-    }
-
-    static void settle() {
-        for (int round = 0; round < 3; ++round) {
-            QCoreApplication::processEvents();
-        }
     }
 
     void click(QWidget* widget) {

@@ -4,7 +4,6 @@
 #include "library/new_library.h"
 #include "platform/shared_folder/shared_folder.h"
 #include "store/template.h"
-#include "support/file_limit.h"
 #include "support/no_waiting.h"
 #include "support/process.h"
 #include "support/test_library.h"
@@ -28,12 +27,6 @@ QString texts(const colFormulaDB& libraries) {
     return result.join(u' ');
 }
 
-void add(colFormulaDB& libraries, const QString& text) {
-    QString key;
-    bool added = false;
-    libraries.Add(text + u".mdb"_s, u"/"_s, text, key, text.toUpper(), added);
-}
-
 TEST(LibraryList, MovesWhatRecordsSayAndLeavesTheirKeys) {
     const struct {
         QList<int> moved;
@@ -47,19 +40,23 @@ TEST(LibraryList, MovesWhatRecordsSayAndLeavesTheirKeys) {
     for (const auto& each : cases) {
         colFormulaDB libraries;
         for (const QString& text : {u"a"_s, u"b"_s, u"c"_s, u"d"_s}) {
-            add(libraries, text);
+            addTo(libraries, u"/"_s, text + u".mdb"_s, text, text.toUpper());
         }
         moveLibraries(libraries, each.moved, each.before);
         EXPECT_EQ(texts(libraries), each.expected);
         EXPECT_EQ(pathOf(libraries.Item(1)), u"/%1.mdb"_s.arg(each.expected[1]));
-        colFormulaDB copy;
-        add(copy, u"x"_s);
-        copyLibraries(libraries, copy);
-        copyLibraries(copy, libraries);
-        EXPECT_EQ(texts(libraries).replace(u'5', u'1').left(3), each.expected.left(3));
-        EXPECT_EQ(libraries.Item(1).NodeKey, u"DBNode5"_s);
-        EXPECT_EQ(copy.Item(1).NodeKey, u"DBNode2"_s);
     }
+}
+
+TEST(LibraryList, ACopyGoesOnCountingItsOwnKeys) {
+    colFormulaDB libraries;
+    colFormulaDB copy;
+    addTo(libraries, u"/"_s, u"a.mdb"_s, u"a"_s, u"A"_s);
+    addTo(copy, u"/"_s, u"x.mdb"_s);
+    copyLibraries(libraries, copy);
+    EXPECT_EQ(texts(copy) + pathOf(copy.Item(1)), u"2aA/a.mdb"_s);
+    copyLibraries(copy, libraries);
+    EXPECT_EQ(texts(libraries), u"2aA"_s);
 }
 
 TEST(LibraryFiles, ASecondSpellingOfAFileIsTheSameLibrary) {
@@ -111,9 +108,7 @@ TEST(LibraryFiles, RefusesWhatIsNoLibraryThatOpensAndSaysWhy) {
     for (const auto& each : cases) {
         EXPECT_EQ(AddExistingLibrary(each.path, u"甲"_s, libraries).refusal, each.refusal);
         colFormulaDB listed;
-        QString key;
-        bool added = false;
-        listed.Add(each.path, {}, {}, key, {}, added);
+        addTo(listed, {}, each.path);
         EXPECT_EQ(whyNotOpened(listed.Item(1)), each.reason) << each.path.toStdString();
     }
     EXPECT_EQ(libraries.Count(), 0);
@@ -124,35 +119,30 @@ class NewLibrary : public testing::Test {
     NewLibrary() { qputenv(kSharedFolderVariable, shared.folder().toLocal8Bit()); }
     ~NewLibrary() override { qunsetenv(kSharedFolderVariable); }
 
-    QString create(const QString& chosen) {
-        questions.file = ChosenFile{chosen, 0};
-        return CreateLibraryFromTemplate(questions,
-                                         [this](const QString& path) { return path == inUse; });
-    }
-    QString told() { return std::exchange(questions.informed, {}).join(u'|'); }
     /// The path of the new library, or what the user was told.
-    QString outcome(const QString& chosen) {
-        const QString made = create(chosen);
-        return made + told();
+    QString create(const std::optional<QString>& chosen) {
+        questions.file = chosen ? std::optional(ChosenFile{*chosen, 0}) : std::nullopt;
+        const QString made = CreateLibraryFromTemplate(
+            questions, [this](const QString& path) { return path == inUse; });
+        return made + std::exchange(questions.informed, {}).join(u'|');
     }
-    void setVersion(const QString& value) {
-        shared.connection().execute(u"Update TableInfo Set PrptyVal = %1"_s.arg(value));
-    }
-    QByteArray templateBytes() const { return fileContent(shared.path()); }
 
     TestLibrary shared{QString::fromLatin1(kTemplateFileName)};
     const QTemporaryDir folder;
     const QString target = folder.filePath(u"新 库.mdb"_s);
     const QString inUse = folder.filePath(u"used.mdb"_s);
+    const QString failed = u"创建公式数据库失败！"_s;
     RecordingQuestions questions;
 };
 
 TEST_F(NewLibrary, IsTheTemplateByteForByte) {
-    EXPECT_EQ(create(target.chopped(4)), target) << told().toStdString();
-    EXPECT_EQ(fileContent(target), templateBytes());
+    EXPECT_EQ(create({}), QString()) << "the user cancels";
+    EXPECT_EQ(create(folder.filePath(u"*.MDB"_s)), u"用户没有选择数据库，不能创建连接"_s);
+    EXPECT_EQ(create(target.chopped(4)), target);
+    EXPECT_EQ(fileContent(target), fileContent(shared.path()));
     EXPECT_EQ(questions.fileQuestion.title, u"新建公式库"_s);
     EXPECT_EQ(questions.fileQuestion.purpose, FileQuestion::Purpose::New);
-    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 1);
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{u"新 库.mdb"_s});
     colFormulaDB libraries;
     EXPECT_EQ(AddExistingLibrary(target, u"新"_s, libraries).refusal, QString());
     shared.addFolder(0, u"梁"_s);
@@ -162,72 +152,47 @@ TEST_F(NewLibrary, IsTheTemplateByteForByte) {
         EXPECT_EQ(create(target), replaces ? target : QString());
         EXPECT_EQ(questions.asked.takeLast(),
                   u"文件：\n%1\n已经存在，\n是否替换原有的文件！"_s.arg(target));
-        EXPECT_EQ(fileContent(target), replaces ? templateBytes() : before);
+        EXPECT_EQ(fileContent(target), replaces ? fileContent(shared.path()) : before);
     }
-    questions.file.reset();
-    EXPECT_EQ(CreateLibraryFromTemplate(questions, [](const QString&) { return false; }),
-              QString());
-    EXPECT_EQ(told(), QString()) << "the user cancels";
 }
 
 TEST_F(NewLibrary, SaysWhatIsWrongWithTheTemplateBeforeItAsks) {
-    const QString noVersion = u"模板数据库的版本信息不正确，不能创建新的数据库文件！"_s;
-    for (const QString& version : {u"'2.1'"_s, u"''"_s, u"Null"_s}) {
-        setVersion(version);
-        EXPECT_EQ(outcome(target), noVersion);
+    const std::pair<QString, QString> cases[] = {
+        {u"Update TableInfo Set PrptyVal = ' 2.0 '"_s, target},
+        {u"Update TableInfo Set PrptyVal = '2.1'"_s,
+         u"模板数据库的版本信息不正确，不能创建新的数据库文件！"_s},
+        {u"Update TableInfo Set PrptyVal = Null"_s,
+         u"模板数据库的版本信息不正确，不能创建新的数据库文件！"_s},
+        {u"Drop Table TableInfo"_s, u"打开模板数据库失败，无法读取模板数据库信息！"_s},
+    };
+    for (const auto& [change, outcome] : cases) {
+        questions.fileQuestion = {};
+        shared.connection().execute(change);
+        EXPECT_EQ(create(target), outcome);
     }
-    setVersion(u"' 2.0 '"_s);
-    EXPECT_EQ(create(target), target);
-    shared.connection().execute(u"Delete From TableInfo"_s);
-    EXPECT_EQ(outcome(target), noVersion);
-    questions.fileQuestion = {};
-    shared.connection().execute(u"Drop Table TableInfo"_s);
-    EXPECT_EQ(outcome(target), u"打开模板数据库失败，无法读取模板数据库信息！"_s);
     shared.connection().close();
     QFile::remove(shared.path());
-    EXPECT_EQ(outcome(target), u"模板数据库文件丢失，不能创建新的数据库文件！"_s);
+    EXPECT_EQ(create(target), u"模板数据库文件丢失，不能创建新的数据库文件！"_s);
     qputenv(kSharedFolderVariable, "/missing");
-    EXPECT_EQ(outcome(target), u"创建公式数据库失败！"_s);
+    EXPECT_EQ(create(target), failed);
     EXPECT_EQ(questions.fileQuestion.title, QString());
 }
 
-TEST_F(NewLibrary, AppearsWholeOrNotAtAllAndReplacesNothingThatIsInUse) {
-    const NoWaiting atOnce;
-    const QString failed = u"创建公式数据库失败！"_s;
-    const auto refused = [&](const QString& path) {
-        questions.answers = {true};
-        const auto content = [&] {
-            return QFile::exists(path) ? fileContent(path) : QByteArray("none");
-        };
-        const QByteArray before = content();
-        const QString result = outcome(path);
-        EXPECT_EQ(content(), before);
-        return result;
-    };
-    EXPECT_EQ(refused(u"/missing/x.mdb"_s), failed);
-    EXPECT_EQ(refused(inUse), failed + u'\n' + inUse + u"\n是正在使用的公式库，不能替换！"_s);
+TEST_F(NewLibrary, TakesThePlaceOfNothingThatIsInUse) {
     const QString link = folder.filePath(u"link.mdb"_s);
-    ASSERT_TRUE(QFile::link(shared.path(), link));
-    EXPECT_TRUE(refused(link).contains(u"是模板数据库文件"_s));
-    QFile::remove(link);
-    {
-        const FileLimit full(templateBytes().size() / 2);
-        EXPECT_EQ(refused(target), failed);
+    ASSERT_TRUE(QFile::link(shared.path(), link) && QFile::copy(shared.path(), inUse));
+    shared.addFolder(0, u"梁"_s);
+    const QByteArray used = fileContent(inUse);
+    const std::pair<QString, QString> cases[] = {
+        {u"/missing/x.mdb"_s, failed},
+        {inUse, failed + u'\n' + inUse + u"\n是正在使用的公式库，不能替换！"_s},
+        {link, failed + u'\n' + link + u"\n是模板数据库文件，不能替换！"_s},
+    };
+    for (const auto& [path, outcome] : cases) {
+        EXPECT_EQ(create(path), outcome);
+        EXPECT_TRUE(questions.asked.isEmpty());
     }
-    const TestLibrary old(u"old.mdb"_s);
-    {
-        LibraryProcess other({u"lock"_s, old.path()});
-        ASSERT_EQ(other.readLine(), u"locked"_s);
-        EXPECT_EQ(refused(old.path()), failed);
-    }
-    {
-        LibraryProcess other({u"spill"_s, shared.path()});
-        ASSERT_EQ(other.readLine(), u"spilled"_s);
-        EXPECT_NE(refused(target), target) << "the template is being written";
-    }
-    EXPECT_EQ(create(target), target);
-    EXPECT_FALSE(fileContent(target).contains("Spilled"));
-    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{u"新 库.mdb"_s});
+    EXPECT_EQ(fileContent(inUse), used);
 }
 
 }  // namespace

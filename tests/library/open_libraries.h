@@ -21,11 +21,7 @@ struct OpenLibraries : BeamLibraries {
         EXPECT_TRUE(library.open(1));
     }
 
-    void configure(const TestLibrary& added) {
-        QString key;
-        bool done = false;
-        libraries.Add(added.fileName(), added.folder(), {}, key, {}, done);
-    }
+    void configure(const TestLibrary& added) { addTo(libraries, added.folder(), added.fileName()); }
 
     /// A formula as it is listed, with its picture in a file.
     clsFormulaInfo record(qint32 id) {

@@ -108,8 +108,11 @@ TEST_F(StoredValuesTest, WhatCannotBeReadIsSaidToBeSoAndCountsAsZero) {
 
 TEST_F(StoredValuesTest, TheSourceAndItsParameterStayWithAValueThatIsTypedOrPicked) {
     const QString table = u"材料.mdb->钢"_s;
-    ASSERT_TRUE(library.funcs().EditFormulaVarPara(u"a"_s, bending, VarSourceTable, table,
-                                                   library.connection()));
+    first.setSource(u"a"_s, bending, VarSourceTable, table);
+    first.setSource(u"b"_s, 0, VarSourceTable, table);
+    EXPECT_EQ(values.tableOf(u"A"_s, bending), table);
+    EXPECT_EQ(values.tableOf(u"a"_s, shear), std::nullopt);
+    EXPECT_EQ(values.tableOf(u"b"_s, bending), std::nullopt) << "unowned";
     for (const QString& value : {u"3"_s, u"4"_s, u" 206000"_s}) {
         EXPECT_EQ(value[0] == u' ' ? values.storePicked(u"a"_s, bending, value).failure
                                    : values.store(u"a"_s, bending, value).failure,

@@ -1,7 +1,6 @@
 #include "library/variable_sources.h"
 
 #include "library/open_libraries.h"
-#include "library/stored_values.h"
 #include "support/no_waiting.h"
 
 namespace varo::test {
@@ -13,10 +12,8 @@ class VariableSourcesTest : public testing::Test, protected OpenLibraries {
     VariableSourcesTest() {
         first.addValue(u"a"_s, bending, u"3"_s);
         first.addValue(u"b"_s, 0, u"5"_s);
-        EXPECT_TRUE(first.funcs().EditFormulaVarPara(u"a"_s, bending, VarSourceProperty, u"面积"_s,
-                                                     first.connection()));
-        EXPECT_TRUE(first.funcs().EditFormulaVarPara(u"b"_s, 0, VarSourceTable, u"m.mdb->t"_s,
-                                                     first.connection()));
+        first.setSource(u"a"_s, bending, VarSourceProperty, u"面积"_s);
+        first.setSource(u"b"_s, 0, VarSourceTable, u"m.mdb->t"_s);
         EXPECT_TRUE(sources.connect(first.folder(), first.fileName(), {}));
     }
 
@@ -48,7 +45,9 @@ TEST_F(VariableSourcesTest, AreThoseOfTheFormulasOwnValues) {
     EXPECT_EQ(told(u"A"_s), u"1面积"_s);
     EXPECT_EQ(told(u"b"_s), u"0"_s);
     EXPECT_EQ(told(u"c"_s), u"0"_s);
-    EXPECT_EQ(sources.propertyNames(), QStringList{u"面积"_s});
+    first.addValue(u"Q"_s, shear, u"1"_s);
+    first.setSource(u"Q"_s, shear, VarSourceProperty, u"剪力"_s);
+    EXPECT_EQ(sources.propertyNames().size(), 2) << "of all formulas";
     first.connection().execute(u"Drop Table RecentVar"_s);
     EXPECT_EQ(told(u"d"_s), u"0?"_s);
     EXPECT_EQ(sources.propertyNames(), QStringList());
@@ -70,27 +69,22 @@ TEST_F(VariableSourcesTest, OnlyWhatHasBeenChangedIsStoredAndTheValuesStay) {
 }
 
 TEST_F(VariableSourcesTest, ASourceWithoutItsParameterIsAFault) {
-    const struct {
-        VarSource type;
-        QString parameter;
-        QString fault;
-    } cases[] = {
+    const QString missing = u"用户没有为变量“a”设置参数！"_s;
+    const std::tuple<VarSource, QString, QString> cases[] = {
         {VarSourceTyped, u""_s, {}},
-        {VarSourceProperty, u""_s, u"用户没有为变量“a”设置参数！"_s},
-        {VarSourceProperty, u" "_s, u"用户没有为变量“a”设置参数！"_s},
-        {VarSourceTable, u""_s, u"用户没有为变量“a”设置参数！"_s},
-        {VarSourceProperty, QString(255, u'p'), {}},
+        {VarSourceProperty, u" "_s, missing},
+        {VarSourceTable, u""_s, missing},
         {VarSourceProperty, QString(256, u'p'), u"变量“a”的参数超过255个字符！"_s},
+        {VarSourceProperty, QString(255, u'p'), {}},
     };
-    for (const auto& each : cases) {
-        sources.setType(u"a"_s, each.type);
-        sources.setParameter(u"a"_s, each.type, each.parameter);
-        EXPECT_EQ(sources.fault().text, each.fault);
-        EXPECT_EQ(sources.fault().variable, each.fault.isEmpty() ? QString() : u"a"_s);
+    for (const auto& [type, parameter, fault] : cases) {
+        sources.setType(u"a"_s, type);
+        sources.setParameter(u"a"_s, type, parameter);
+        EXPECT_EQ(sources.fault().text, fault);
+        EXPECT_EQ(sources.fault().variable, fault.isEmpty() ? QString() : u"a"_s);
     }
-    sources.setParameter(u"a"_s, VarSourceProperty, u"p"_s);
     sources.setType(u"a"_s, VarSourceProperty);
-    EXPECT_FALSE(sources.fault().text.isEmpty()) << "another source, another parameter";
+    EXPECT_EQ(sources.fault().text, missing) << "another source, another parameter";
 }
 
 TEST_F(VariableSourcesTest, WhatWasStoredBeforeAFailingStepStays) {
@@ -112,19 +106,18 @@ TEST_F(VariableSourcesTest, WhatWasStoredBeforeAFailingStepStays) {
 }
 
 TEST_F(VariableSourcesTest, ALibraryThatTakesNoChangesFailsAtTheFirstStep) {
-    for (const bool isNew : {false, true}) {
-        const NoWaiting noWaiting;
+    const NoWaiting noWaiting;
+    const QString before = rows();
+    for (const auto& [name, failure] : {std::pair(u"a"_s, u"无法编辑变量的来源类型和参数！"_s),
+                                        {u"c"_s, u"无法添加新的变量！"_s}}) {
         VariableSources refused(library, bending);
         ASSERT_TRUE(refused.connect(first.folder(), first.fileName(), {}));
-        refused.setParameter(isNew ? u"c"_s : u"a"_s, VarSourceProperty, u"长度"_s);
-        const QString before = rows();
+        refused.setParameter(name, VarSourceProperty, u"长度"_s);
         const data::Transaction other(first.connection());
-        EXPECT_EQ(refused.store(),
-                  isNew ? u"无法添加新的变量！"_s : u"无法编辑变量的来源类型和参数！"_s);
-        EXPECT_EQ(rows(), before);
-        EXPECT_EQ(known(u"a"_s, bending), u"3|1|面积"_s);
-        EXPECT_EQ(known(u"c"_s, bending), u"-"_s);
+        EXPECT_EQ(refused.store(), failure);
+        EXPECT_EQ(known(u"a"_s, bending) + known(u"c"_s, bending), u"3|1|面积-"_s);
     }
+    EXPECT_EQ(rows(), before);
 }
 
 TEST_F(VariableSourcesTest, BelongToTheirLibraryWhicheverIsTheCurrentOneMeanwhile) {
@@ -135,16 +128,6 @@ TEST_F(VariableSourcesTest, BelongToTheirLibraryWhicheverIsTheCurrentOneMeanwhil
     EXPECT_EQ(rows(), u"a|1|3|1|长度 b|0|5|2|m.mdb->t c|1|0|1|长度"_s);
     EXPECT_EQ(library.variables().Count(), 0);
     EXPECT_TRUE(second.rows(u"Select * From RecentVar"_s).isEmpty());
-}
-
-TEST_F(VariableSourcesTest, ATableIsPickedFromForTheFormulasOwnValueOnly) {
-    StoredValues values(library);
-    EXPECT_EQ(values.tableOf(u"a"_s, bending), std::nullopt);
-    EXPECT_EQ(values.tableOf(u"b"_s, bending), std::nullopt) << "unowned";
-    sources.setParameter(u"b"_s, VarSourceTable, u"m.mdb->钢"_s);
-    EXPECT_EQ(sources.store(), QString());
-    EXPECT_EQ(values.tableOf(u"B"_s, bending), u"m.mdb->钢"_s);
-    EXPECT_EQ(values.tableOf(u"b"_s, shear), std::nullopt);
 }
 
 }  // namespace

@@ -1,19 +1,41 @@
 #include "manager/manager_desk.h"
 
+#include <QApplication>
+
 namespace varo::test {
 namespace {
 
 class Dropping : public ManagerDesk {
   protected:
-    /// What a file manager gives along.
-    static void put(QMimeData& dragged, const QStringList& paths) {
+    static void dropOn(QWidget& target, const QMimeData& dragged, QPoint at) {
+        const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
+        QDragEnterEvent enter(at, actions, &dragged, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&target, &enter);
+        QDragMoveEvent move(at, actions, &dragged, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&target, &move);
+        if (move.isAccepted()) {
+            QDropEvent drop(at, actions, &dragged, Qt::LeftButton, {});
+            QCoreApplication::sendEvent(&target, &drop);
+        }
+        settle();
+    }
+    /// Drops on the open manager: in front of a row, or behind the last for -1.
+    void drop(const QMimeData& dragged, int row) {
+        const QRect place = list().visualRect(list().model()->index(row, 0));
+        dropOn(*list().viewport(), dragged,
+               row < 0 ? list().viewport()->rect().bottomLeft() + QPoint(9, -9)
+                       : place.topLeft() + QPoint(20, 1));
+    }
+    /// What a file manager gives along, beside something that is no file.
+    static std::unique_ptr<QMimeData> files(const QStringList& paths) {
+        auto dragged = std::make_unique<QMimeData>();
         QList<QUrl> urls{QUrl(u"http://example.org/x.mdb"_s)};
         for (const QString& path : paths) {
             urls.append(QUrl::fromLocalFile(path));
         }
-        dragged.setUrls(urls);
+        dragged->setUrls(urls);
+        return dragged;
     }
-    QMimeData files;
 };
 
 TEST_F(Dropping, LibrariesAreMovedTogetherToWhereTheyAreDropped) {
@@ -23,59 +45,51 @@ TEST_F(Dropping, LibrariesAreMovedTogetherToWhereTheyAreDropped) {
     start();
     const struct {
         QStringList dragged;
-        int onto;  ///< in front of this row; -1 behind the last
+        int onto;
         QString order;
     } cases[] = {
         {{u"库3"_s}, 0, u"[库3] 库1 库2 库4"_s},
         {{u"库3"_s, u"库2"_s}, -1, u"库1 库4 [库3] [库2]"_s},
         {{u"库1"_s, u"库2"_s}, 2, u"库4 [库1] [库2] 库3"_s},
-        {{u"库1"_s}, 1, u"库4 [库1] 库2 库3"_s},
     };
-    manage([&](const OpenManager& manager) {
+    manage([&] {
         for (const auto& each : cases) {
-            manager.clickEmptySpace();
+            list().clearSelection();
             QModelIndexList indexes;
             for (const QString& text : each.dragged) {
-                manager.click(text, Qt::ControlModifier);
-                indexes.append(manager.item(text));
+                click(text, Qt::ControlModifier);
+                indexes.append(item(text));
             }
-            const std::unique_ptr<QMimeData> dragged(manager.list().model()->mimeData(indexes));
-            manager.drop(*dragged, each.onto);
-            EXPECT_EQ(manager.texts(), each.order);
+            const std::unique_ptr<QMimeData> dragged(list().model()->mimeData(indexes));
+            drop(*dragged, each.onto);
+            EXPECT_EQ(listed(), each.order);
         }
-        manager.press(u"cmdOK"_s);
+        give("cmdOK");
     });
     EXPECT_EQ(libraries(), u"库4 库1 库2 库3"_s);
 }
 
-TEST_F(Dropping, FilesOnTheListAreAddedAndThoseThatAreNoLibraryAreTold) {
-    const QString noLibrary = third.addFile(u"x.mdb"_s, "text");
-    put(files, {noLibrary, third.path(), first.path()});
-    manage([&](const OpenManager& manager) {
-        manager.drop(files, -1);
-        EXPECT_EQ(told(), u"无法打开用户选择的数据库！\n%1|用户选择的公式库已经被加入！\n%2"_s.arg(
-                              noLibrary, first.path()));
-        EXPECT_EQ(manager.texts(), u"库1 库2 [third]"_s);
-        QMimeData none;
-        put(none, {});
-        manager.drop(none, -1);
-        EXPECT_EQ(manager.texts() + told(), u"库1 库2 [third]"_s);
-    });
-    EXPECT_EQ(libraries(), u"库1 库2"_s);
-}
-
-TEST_F(Dropping, FilesOnTheTreeOpenTheManagerWithThem) {
+TEST_F(Dropping, FilesAreAddedAndThoseThatAreNoLibraryAreTold) {
     const QByteArray before = ini();
-    put(files, {third.path()});
-    const auto drop = [&] { OpenManager::dropOn(*desk->tree().viewport(), files, {20, 20}); };
-    manage(drop, [&](const OpenManager& manager) {
-        EXPECT_EQ(manager.texts(), u"库1 库2 [third]"_s);
-        EXPECT_EQ(ini(), before);
-        manager.press(u"cmdOK"_s);
-    });
-    EXPECT_EQ(libraries(), u"库1 库2 third"_s);
+    const QString noLibrary = third.addFile(u"x.mdb"_s, "text");
+    const auto onTree = [](Desk& control, const QStringList& paths) {
+        dropOn(*control.tree().viewport(), *files(paths), {20, 20});
+    };
+    manage([&] { onTree(*desk, {third.path()}); },
+           [&] {
+               EXPECT_EQ(listed(), u"库1 库2 [third]"_s);
+               drop(*files({noLibrary, fourth.path(), first.path()}), -1);
+               EXPECT_EQ(told(),
+                         u"无法打开用户选择的数据库！\n%1|用户选择的公式库已经被加入！\n%2"_s.arg(
+                             noLibrary, first.path()));
+               drop(*files({}), -1);
+               EXPECT_EQ(listed() + told(), u"库1 库2 third [fourth]"_s);
+               EXPECT_EQ(ini(), before);
+               give("cmdOK");
+           });
+    EXPECT_EQ(libraries(), u"库1 库2 third fourth"_s);
     Desk notStarted;
-    OpenManager::dropOn(*notStarted.tree().viewport(), files, {20, 20});
+    onTree(notStarted, {third.path()});
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 

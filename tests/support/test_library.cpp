@@ -51,6 +51,12 @@ void TestLibrary::addValue(const QString& variable, qint32 formula, const QStrin
     require(funcs_.AddNewVar(variable, formula, value, connection_), "add a value");
 }
 
+void TestLibrary::setSource(const QString& variable, qint32 formula, VarSource source,
+                            const QString& parameter) {
+    require(funcs_.EditFormulaVarPara(variable, formula, source, parameter, connection_),
+            "set a source");
+}
+
 void TestLibrary::addProperty(qint32 property, const QString& name, qint32 filter, qint32 node,
                               NodeType nodeType) {
     require(funcs_.AddProperty(property, name, filter, node, nodeType, connection_),

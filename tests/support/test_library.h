@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/data/connection.h"
+#include "store/collections.h"
 #include "store/db_funcs.h"
 #include "support/printers.h"
 #include "support/recording_questions.h"
@@ -43,6 +44,9 @@ class TestLibrary {
                       const QString& memo = {});
 
     void addValue(const QString& variable, qint32 formula, const QString& value);
+    /// Lets a stored value come from a property or a data table.
+    void setSource(const QString& variable, qint32 formula, VarSource source,
+                   const QString& parameter);
     void addProperty(qint32 property, const QString& name, qint32 filter, qint32 node,
                      NodeType nodeType);
     void addPicture(qint32 formula, const QByteArray& bytes);
@@ -85,6 +89,15 @@ class MissingColumn {
     const char* table_;
     const char* column_;
 };
+
+/// Adds a record to a list of libraries and returns its key.
+inline QString addTo(colFormulaDB& libraries, const QString& folder, const QString& fileName,
+                     const QString& text = {}, const QString& tag = {}) {
+    QString key;
+    bool added = false;
+    libraries.Add(fileName, folder, text, key, tag, added);
+    return key;
+}
 
 /// `size` bytes in which every chunk differs from every other.
 QByteArray pictureBytes(qsizetype size);

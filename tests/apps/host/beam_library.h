@@ -17,10 +17,7 @@ class BeamLibrary : public TestLibrary {
         addValue(u"F"_s, formula, u"24"_s);
         addValue(u"A"_s, formula, u"1"_s);
         addPicture(formula, imageBytes({40, 30}, Qt::red, "bmp"));
-        if (!funcs().EditFormulaVarPara(u"A"_s, formula, VarSourceProperty, u"截面面积"_s,
-                                        connection())) {
-            throw data::Error(u"the library takes no property"_s);
-        }
+        setSource(u"A"_s, formula, VarSourceProperty, u"截面面积"_s);
     }
 };
 

@@ -13,45 +13,31 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-sqlite3_vfs* usual() {
-    static sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);
-    return files;
-}
-
 /// While it lives, a writer asks for the database each time that one is opened.
-class WriterAtEachOpening {
-  public:
+struct WriterAtEachOpening {
     explicit WriterAtEachOpening(const QString& path) {
-        usual();
         sqlite3_open(path.toUtf8().constData(), &writer);
-        answers.clear();
-        sqlite3_vfs_register(&files_, 1);
+        files.zName = "with a writer";
+        files.xOpen = [](sqlite3_vfs*, auto* name, auto* file, int flags, int* out) {
+            if ((flags & SQLITE_OPEN_MAIN_DB) != 0) {
+                answers.push_back(
+                    sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr));
+                sqlite3_exec(writer, "ROLLBACK", nullptr, nullptr, nullptr);
+            }
+            return usual->xOpen(usual, name, file, flags, out);
+        };
+        sqlite3_vfs_register(&files, 1);
     }
     ~WriterAtEachOpening() {
-        sqlite3_vfs_unregister(&files_);
+        sqlite3_vfs_unregister(&files);
         sqlite3_close(writer);
     }
     Q_DISABLE_COPY_MOVE(WriterAtEachOpening)
 
-    static inline std::vector<int> answers;
-
-  private:
-    static int open(sqlite3_vfs*, sqlite3_filename name, sqlite3_file* file, int flags, int* out) {
-        if ((flags & SQLITE_OPEN_MAIN_DB) != 0) {
-            answers.push_back(sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr));
-            sqlite3_exec(writer, "ROLLBACK", nullptr, nullptr, nullptr);
-        }
-        return usual()->xOpen(usual(), name, file, flags, out);
-    }
-    static sqlite3_vfs withWriter() {
-        sqlite3_vfs files = *usual();
-        files.zName = "with a writer";
-        files.xOpen = open;
-        return files;
-    }
-
+    static inline sqlite3_vfs* const usual = sqlite3_vfs_find(nullptr);
     static inline sqlite3* writer = nullptr;
-    sqlite3_vfs files_ = withWriter();
+    static inline std::vector<int> answers;
+    sqlite3_vfs files = *usual;
 };
 
 TEST(Copy, NobodyWritesToTheSourceWhileItsBytesAreRead) {
