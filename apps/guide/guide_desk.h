@@ -3,6 +3,7 @@
 #include "driver/control_driver.h"
 
 #include <QImage>
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <functional>
@@ -45,7 +46,8 @@ class GuideDesk : public QWidget, public ControlDriver {
   private:
     QImage grabWithPopups();
 
-    QTemporaryDir configuration_;
+    /// Named so that its path can be shown.
+    QTemporaryDir configuration_{QDir::temp().filePath(QStringLiteral("公式库-XXXXXX"))};
     QTemporaryDir work_;
 };
 
