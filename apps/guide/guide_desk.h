@@ -2,8 +2,8 @@
 
 #include "driver/control_driver.h"
 
-#include <QImage>
 #include <QDir>
+#include <QImage>
 #include <QTemporaryDir>
 
 #include <functional>

@@ -33,7 +33,8 @@ bool writeNote(const QString& path, const Note& note) {
                              {QStringLiteral("sha256"), QString::fromLatin1(note.digest.toHex())}};
     const QByteArray text = QJsonDocument(object).toJson();
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit();
+    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.flush() &&
+           file.commit();
 }
 
 /// An empty note when there is none or it cannot be read.

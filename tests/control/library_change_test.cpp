@@ -1,6 +1,7 @@
 #include "control/library_change.h"
 
 #include "library/library_list.h"
+#include "support/file_limit.h"
 #include "support/test_library.h"
 
 #include <QDir>
@@ -91,6 +92,7 @@ TEST_F(ChangingLibraries, ReachesCollectionFileAndTreeAndKeepsTheRestOfTheFile) 
 }
 
 TEST_F(ChangingLibraries, ReachesNoneOfThemWhenAStepFails) {
+    std::optional<FileLimit> fullDisk;
     const struct {
         const char* step;
         std::function<void()> obstruct;
@@ -105,6 +107,10 @@ TEST_F(ChangingLibraries, ReachesNoneOfThemWhenAStepFails) {
          [&] { text_ = u"two\nlines"_s; },
          LibraryChange::NotWritten,
          {oldTexts()}},
+        {"writing it to the disk",
+         [&] { fullDisk.emplace(50); },
+         LibraryChange::NotWritten,
+         {oldTexts()}},
         {"building the tree", [] {}, LibraryChange::NotBuilt, {newTexts(), oldTexts()}},
     };
     for (const auto& each : cases) {
@@ -116,6 +122,7 @@ TEST_F(ChangingLibraries, ReachesNoneOfThemWhenAStepFails) {
             return each.outcome != LibraryChange::NotBuilt;
         };
         EXPECT_EQ(change(build), each.outcome);
+        fullDisk.reset();
         EXPECT_EQ(built, each.built);
         EXPECT_EQ(fileContent(path()), before_);
         EXPECT_EQ(texts(libraries_), oldTexts());

@@ -53,7 +53,8 @@ void copyDatabase(Connection& connection, const QString& path,
         fail(copy);
     }
     beforeItAppears(readWhole(connection, [&](const QByteArray& bytes) { write(copy, bytes); }));
-    if (!copy.commit()) {
+    // A full disk makes flush() fail, but not commit().
+    if (!copy.flush() || !copy.commit()) {
         fail(copy);
     }
 }
@@ -90,7 +91,7 @@ void restoreDatabase(const QString& copy, const QString& path) {
     if (link.exists()) {
         file.setPermissions(link.permissions());
     }
-    if (!file.commit()) {
+    if (!file.flush() || !file.commit()) {
         fail(file);
     }
     replaceDatabase(unfinished.path(), target);

@@ -278,7 +278,9 @@ bool DeployFileLib::save() {
     bytes = encodeText(content, data_->encoding);
 
     QSaveFile file(data_->path());
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    // A full disk makes flush() fail, but not commit().
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() ||
+        !file.commit()) {
         return data_->fail(
             QStringLiteral("无法写入配置文件“%1”：%2").arg(data_->path(), file.errorString()));
     }
