@@ -3,6 +3,7 @@
 #include "engine/error.h"
 #include "engine/language/node.h"
 #include "engine/language/vocabulary.h"
+#include "engine/value_type.h"
 
 #include <cstdint>
 #include <string_view>

@@ -4,6 +4,7 @@
 #include "engine/language/vocabulary.h"
 #include "engine/machine/instruction.h"
 #include "engine/program/code_writer.h"
+#include "engine/value_type.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,6 +3,7 @@
 #include "engine/error.h"
 #include "engine/language/variable_table.h"
 #include "engine/machine/instruction.h"
+#include "engine/value_type.h"
 
 #include <cstddef>
 #include <cstdint>
