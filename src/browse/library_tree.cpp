@@ -51,6 +51,16 @@ bool LibraryTree::BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable o
     return allRead;
 }
 
+NodeId LibraryTree::firstReadNode() const {
+    for (int row = 0; row < model_.rowCount(); ++row) {
+        const NodeId library = model_.idOf(model_.index(row, 0));
+        if (!unread_.contains(library.library)) {
+            return library;
+        }
+    }
+    return {};
+}
+
 /// Returns what the user is to be told when the library cannot be read; "" otherwise.
 QString LibraryTree::addLibrary(const clsFormulaDB& library) {
     const int number = libraryNumberOf(library.NodeKey);

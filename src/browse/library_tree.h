@@ -48,6 +48,8 @@ class LibraryTree : public QObject {
     QString text(const NodeId& node) const;
     /// The first library; an invalid node in an empty tree.
     NodeId firstNode() const { return model_.idOf(model_.index(0, 0)); }
+    /// The first library that could be read; an invalid node when there is none.
+    NodeId firstReadNode() const;
     NodeId parentOf(const NodeId& node) const { return model_.idOf(model_.find(node).parent()); }
     /// The node `step` places behind another one among its siblings (before it when negative); an
     /// invalid one when there is none.

@@ -21,6 +21,11 @@ LibraryManagement::LibraryManagement(QWidget& window, colFormulaDB& libraries, T
 bool LibraryManagement::read(const QString& folder, QString& errorText) {
     folder_ = folder;
     readFailed_ = !configuration_.ReadConfigFile(folder, errorText);
+    if (!readFailed_) {
+        // Left by a program that was ended behind its last step; a later loss of the file that is
+        // there must not bring the old list back.
+        Configuration::removeBackup(folder);
+    }
     return !readFailed_;
 }
 

@@ -17,10 +17,11 @@ void TreeRebuild::clear() {
 bool TreeRebuild::build(const colFormulaDB& libraries, OnUnreadable onUnreadable) {
     const bool allRead = tree_.BuildFormulaTree(libraries, onUnreadable);
     selection_.highlight().forget();
-    if ((!allRead && onUnreadable == OnUnreadable::Stop) || !tree_.firstNode().isValid()) {
+    const NodeId first = tree_.firstReadNode();
+    if ((!allRead && onUnreadable == OnUnreadable::Stop) || !first.isValid()) {
         showNothing();
     } else {
-        selection_.showNode(tree_.firstNode());
+        selection_.showNode(first);
     }
     return allRead;
 }

@@ -18,9 +18,9 @@ class TreeRebuild {
     /// closes the current library. Nothing refers to a library by its number any more.
     void clear();
 
-    /// Fills the tree from `libraries` and selects its first node as a click does; an empty tree
-    /// leaves nothing selected. Returns whether all libraries could be read. To stop at one that
-    /// cannot be leaves the tree unselected there.
+    /// Fills the tree from `libraries` and selects the first library that could be read as a
+    /// click does; where there is none nothing is selected. Returns whether all libraries could be
+    /// read. To stop at one that cannot be leaves the tree unselected there.
     bool build(const colFormulaDB& libraries, OnUnreadable onUnreadable);
 
     /// Selects nothing: only the tree, empty or not, can be used.

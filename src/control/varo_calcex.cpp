@@ -145,12 +145,25 @@ Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
 
 void Varo_CalcEx::Parts::connectCommands() {
     actions.connectCommand(EditCommand::Help, [this] { ShowHelp(); });
-    actions.connectCommand(EditCommand::Find, [this] {
+    // Queued: the host may destroy the control, and with it the menu, while a dialog is open.
+    const auto connectDialog = [this](EditCommand command, auto open) {
+        actions.connectCommand(command, [this, open] {
+            QMetaObject::invokeMethod(&control, open, Qt::QueuedConnection);
+        });
+    };
+    connectDialog(EditCommand::Find, [this] {
         if (selection.storeEdits()) {
             openFindDialog(libraries, findResults, findLocator, questions, &control);
         }
     });
-    actions.connectCommand(EditCommand::LibraryManager, [this] { manageLibraries(); });
+    connectDialog(EditCommand::LibraryManager, [this] { manageLibraries(); });
+    connectDialog(EditCommand::VariableSource, [this] {
+        if (selection.formulaForCommand()) {
+            pane.editVariableSources();
+        }
+    });
+    connectDialog(EditCommand::LocateNode, [this] { locateConditions.editNode(); });
+    connectDialog(EditCommand::LocateFormula, [this] { locateConditions.editFormula(); });
     connect(&tree.view(), &ui::NodeView::filesDropped, &control,
             [this](const QStringList& dropped) { manageLibraries(dropped); });
     connect(&selection, &SelectionController::stateChanged, &control, [this](SelectionState state) {
@@ -161,22 +174,6 @@ void Varo_CalcEx::Parts::connectCommands() {
     });
     actions.connectCommand(EditCommand::FindNext, [this] { locator.showNext(); });
     actions.connectCommand(EditCommand::FindPrevious, [this] { locator.showPrevious(); });
-    actions.connectCommand(EditCommand::VariableSource, [this] {
-        if (selection.formulaForCommand()) {
-            // Queued: the host may destroy the control, and so the menu, while the dialog is open.
-            QMetaObject::invokeMethod(&pane, &FormulaPane::editVariableSources,
-                                      Qt::QueuedConnection);
-        }
-    });
-    const auto connectConditions = [this](EditCommand command, void (LocateConditions::*edit)()) {
-        // Queued: the host may destroy the control, and so the menu, while the dialog is open.
-        actions.connectCommand(command, [this, edit] {
-            QMetaObject::invokeMethod(
-                &control, [this, edit] { (locateConditions.*edit)(); }, Qt::QueuedConnection);
-        });
-    };
-    connectConditions(EditCommand::LocateNode, &LocateConditions::editNode);
-    connectConditions(EditCommand::LocateFormula, &LocateConditions::editFormula);
     connect(&locator, &PropertyLocator::stepsChanged, &control,
             [this](bool canStepNext, bool canStepBack) {
                 actions.setEnabled(EditCommand::FindNext, canStepNext);

@@ -4,6 +4,7 @@
 #include "formula/data_table_view.h"
 #include "formula/dialog_parts.h"
 #include "library/limits.h"
+#include "library/stored_values.h"
 #include "platform/ui/path_label.h"
 #include "platform/ui/wait_cursor.h"
 #include "store/library_connection.h"
@@ -137,7 +138,8 @@ void SelectValueDialog::findValue() {
             found = {*row, wantedPlace_->column};
         }
     }
-    if (!found) {
+    // The value that a variable begins with was not picked.
+    if (!found && value != kDefaultValue) {
         found = table_.find(value);
     }
     model_->loadMore();

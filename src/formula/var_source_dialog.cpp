@@ -144,7 +144,8 @@ void VarSourceDialog::takeEdit(int row, int column, const QString& text) {
     const QString name = grid.GetCellText(row, NameColumn);
     const auto type = typeOf(grid.GetCellText(row, TypeColumn));
     if (!type) {
-        return;
+        grid.SetCellText(row, column, sources_.stored(name).parameter);
+        return;  // a source that is not known has no parameter to be edited
     }
     if (column == TypeColumn) {
         grid.SetCellNote(row, TypeColumn, QString());

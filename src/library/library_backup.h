@@ -16,7 +16,7 @@ inline constexpr auto kBackupName = "BackupDB.def";
 /// not taken back is kept under another name in `folder`, which the user is told; one that is the
 /// library as it stands is deleted. To be called before LibraryBackup::make(), when no dialog of
 /// this folder is open. Does nothing when there is no backup. Returns false when the backup is
-/// still there, which can be overwritten then by nobody.
+/// still there, because it could neither be put back nor be renamed; make() fails then.
 bool settleLeftBackup(const QString& folder, Questions& questions);
 
 /// "BackupDB.def" in a folder that no other control uses, and beside it a note ("BackupDB.note")

@@ -37,7 +37,7 @@ QString newLibraryText() {
 }
 
 AddedLibrary AddExistingLibrary(const QString& path, const QString& text, colFormulaDB& libraries) {
-    if (!QFileInfo::exists(path)) {
+    if (isMissing(path)) {
         return {{}, QStringLiteral("用户选择的数据库文件不存在\n不能添加到本程序！")};
     }
     if (findLibrary(libraries, path) != nullptr) {

@@ -8,7 +8,6 @@ namespace varo {
 
 namespace {
 
-const auto kZero = QStringLiteral("0");
 const auto kNotAdded = QStringLiteral("无法添加新的变量！");
 
 bool isZero(const QString& value) {
@@ -68,7 +67,7 @@ StoredValue StoredValues::known(const QString& name, qint32 formulaID, bool isRe
         record = library_.variables().Find(name, 0);
     }
     if (record == nullptr) {
-        return {VarSourceTyped, kZero, {}, isRead};
+        return {VarSourceTyped, kDefaultValue, {}, isRead};
     }
     return {record->VarSourceType, record->VarValue, record->VarMemo, true};
 }
@@ -76,7 +75,7 @@ StoredValue StoredValues::known(const QString& name, qint32 formulaID, bool isRe
 StoredEdit StoredValues::store(const QString& name, qint32 formulaID, const QString& text) {
     const QString typed = text.trimmed();
     if (typed.size() > kTextLimit) {
-        return {kZero, QStringLiteral("给定变量的值超过255个字符")};
+        return {kDefaultValue, QStringLiteral("给定变量的值超过255个字符")};
     }
     if (!load(name, formulaID)) {
         return {text, kNotAdded};
@@ -88,8 +87,8 @@ StoredEdit StoredValues::store(const QString& name, qint32 formulaID, const QStr
     if (own == nullptr && isZero(typed)) {
         return {text, {}};
     }
-    const QString value = typed.isEmpty() ? kZero : typed;
-    const QString shown = typed.isEmpty() ? kZero : text;
+    const QString value = typed.isEmpty() ? kDefaultValue : typed;
+    const QString shown = typed.isEmpty() ? kDefaultValue : text;
     return {shown, own != nullptr ? changeOwn(*own, value) : addOwn(name, formulaID, value)};
 }
 

@@ -18,10 +18,13 @@ bool LoadVarCache(const QString& name, qint32 formulaID, data::Connection& conne
 /// What the user is told when a value that a formula has already cannot be changed.
 QString valueNotStoredMessage();
 
+/// The value of a variable for which nothing is stored.
+inline const QString kDefaultValue = QStringLiteral("0");
+
 /// What a library holds for a variable of a formula.
 struct StoredValue {
     qint32 source = VarSourceTyped;  ///< a VarSource, or a number that has no meaning
-    QString value;                   ///< "0" when nothing is stored
+    QString value;                   ///< kDefaultValue when nothing is stored
     QString parameter;               ///< of the source: property name, or database->table
     bool isRead = true;              ///< false: the library could not be read, and "0" is assumed
 };

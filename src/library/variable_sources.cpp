@@ -11,8 +11,6 @@ namespace varo {
 
 namespace {
 
-const auto kZero = QStringLiteral("0");
-
 QString notStored(bool isNew) {
     return isNew ? QStringLiteral("无法添加新的变量！")
                  : QStringLiteral("无法编辑变量的来源类型和参数！");
@@ -131,7 +129,7 @@ QString VariableSources::store() {
 QString VariableSources::storeOne(const clsVarInfo& change, bool isNew) {
     clsDBFuncs& funcs = current_.funcs();
     const QString& name = isNew ? change.VarName : own(change.VarName)->VarName;
-    if (isNew && !funcs.AddNewVar(name, formulaID_, kZero, connection_)) {
+    if (isNew && !funcs.AddNewVar(name, formulaID_, kDefaultValue, connection_)) {
         return notStored(true);
     }
     const bool isStored = funcs.EditFormulaVarPara(name, formulaID_, change.VarSourceType,
@@ -143,7 +141,8 @@ void VariableSources::remember(const StoredChange& stored) {
     const clsVarInfo& change = *stored.change;
     if (stored.isNew) {
         bool added = false;
-        cache().Add(change.VarName, formulaID_, kZero, VarSourceTyped, QString(), QString(), added);
+        cache().Add(change.VarName, formulaID_, kDefaultValue, VarSourceTyped, QString(), QString(),
+                    added);
     }
     clsVarInfo& record = *own(change.VarName);
     record.VarSourceType = change.VarSourceType;

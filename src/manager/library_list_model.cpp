@@ -6,6 +6,8 @@
 #include "platform/ui/dropped_files.h"
 #include "platform/ui/tool_tip.h"
 
+#include <utility>
+
 namespace varo {
 
 namespace {
@@ -17,11 +19,11 @@ const auto kDraggedLibraries = QStringLiteral("application/x-varo-libraries");
 
 void LibraryListModel::refill() {
     beginResetModel();
+    // A library that was removed and is added again is looked at again.
+    const QHash<QString, QString> known = std::exchange(reasons_, {});
     for (const clsFormulaDB& library : libraries_) {
         const QString path = pathOf(library);
-        if (!reasons_.contains(path)) {
-            reasons_.insert(path, whyNotOpened(library));
-        }
+        reasons_.insert(path, known.contains(path) ? known[path] : whyNotOpened(library));
     }
     endResetModel();
 }

@@ -3,6 +3,7 @@
 #include "manager/library_list_model.h"
 #include "platform/ui/icons.h"
 
+#include <QDragMoveEvent>
 #include <QHeaderView>
 #include <QMetaProperty>
 #include <QPainter>
@@ -79,6 +80,21 @@ bool LibraryListView::commitEdit() {
         closeEditor(editor, QAbstractItemDelegate::NoHint);
     }
     return delegate.accepted();
+}
+
+void LibraryListView::dragMoveEvent(QDragMoveEvent* event) {
+    QTreeView::dragMoveEvent(event);
+    if (event->isAccepted() && event->source() != this) {
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+    }
+}
+
+void LibraryListView::dropEvent(QDropEvent* event) {
+    if (event->source() != this) {
+        event->setDropAction(Qt::CopyAction);
+    }
+    QTreeView::dropEvent(event);
 }
 
 void LibraryListView::paintEvent(QPaintEvent* event) {

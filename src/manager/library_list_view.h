@@ -5,7 +5,8 @@
 namespace varo {
 
 /// A list of libraries in report view, of which several may be selected. Paths that are too long
-/// are cut in the middle; an empty list says `emptyText`.
+/// are cut in the middle; an empty list says `emptyText`. Files that are dropped are copied from,
+/// whatever keys are held: the program that they come from must not take them for moved.
 class LibraryListView : public QTreeView {
     Q_OBJECT
 
@@ -19,6 +20,8 @@ class LibraryListView : public QTreeView {
     bool commitEdit();
 
   protected:
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
   private:

@@ -116,8 +116,8 @@ void LibraryManagerDialog::SelectDataBase(SelectMode mode, QString& path, bool& 
 
 void LibraryManagerDialog::createLibrary() {
     const QString path = CreateLibraryFromTemplate(questions_, [this](const QString& chosen) {
-        return findLibrary(libraries_, chosen) != nullptr ||
-               findLibrary(controlLibraries_, chosen) != nullptr;
+        return QFileInfo::exists(chosen) && (findLibrary(libraries_, chosen) != nullptr ||
+                                             findLibrary(controlLibraries_, chosen) != nullptr);
     });
     if (!path.isEmpty() &&
         questions_.confirm(QStringLiteral("已经创建公式库：\n%1\n现在就添加到列表中吗？").arg(path),

@@ -5,6 +5,9 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <filesystem>
+#include <system_error>
+
 namespace varo {
 
 bool ConnectLibrary(const QString& folder, const QString& fileName, data::Connection& connection,
@@ -24,14 +27,19 @@ OpenFailure openLibrary(const QString& folder, const QString& fileName,
             return OpenFailure::None;
         }
     } catch (const data::Error& error) {
-        const QFileInfo file(path);
-        failure = error.isLocked()     ? OpenFailure::Locked
-                  : !file.exists()     ? OpenFailure::Missing
-                  : !file.isReadable() ? OpenFailure::NotPermitted
-                                       : OpenFailure::NoLibrary;
+        failure = error.isLocked()                ? OpenFailure::Locked
+                  : isMissing(path)               ? OpenFailure::Missing
+                  : !QFileInfo(path).isReadable() ? OpenFailure::NotPermitted
+                                                  : OpenFailure::NoLibrary;
     }
     connection.close();
     return failure;
+}
+
+bool isMissing(const QString& path) {
+    std::error_code failure;
+    const auto status = std::filesystem::status(QFileInfo(path).filesystemFilePath(), failure);
+    return status.type() == std::filesystem::file_type::not_found;
 }
 
 void CloseRecordset(data::Recordset& recordSet) noexcept {

@@ -20,6 +20,9 @@ enum class OpenFailure {
 OpenFailure openLibrary(const QString& folder, const QString& fileName,
                         data::Connection& connection);
 
+/// True when nothing is at `path`, false also when its folder may not be looked into.
+bool isMissing(const QString& path);
+
 /// Points `connection` at the library `fileName` in `folder` (with its trailing separator) and
 /// opens it, closing what was open. Returns false, with the connection closed, on any failure and
 /// for a file whose tables do not keep what is stored in them (see library_structure.h); a file

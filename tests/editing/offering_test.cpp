@@ -30,7 +30,8 @@ TEST_F(Offering, TreeAndListOfferByKindAndPositionOfTheItem) {
         {u"板"_s, u""_s, u"FormulaDB NewFolder Del LocateNode MoveUp Copy Rename"_s},
         {u"管"_s, u""_s, u"FormulaDB NewFolder Del LocateNode MoveDown Copy Rename"_s},
         {u"梁"_s, u"弯曲"_s, u"NewFormula Del LocateFormula VarSource MoveDown Copy Rename"_s},
-        {u"梁"_s, u"剪切"_s, u"NewFormula Del LocateFormula VarSource MoveUp MoveDown Copy Rename"_s},
+        {u"梁"_s, u"剪切"_s,
+         u"NewFormula Del LocateFormula VarSource MoveUp MoveDown Copy Rename"_s},
         {u"梁"_s, u"扭转"_s, u"NewFormula Del LocateFormula VarSource MoveUp Copy Rename"_s},
         {u"简支"_s, u"挠度"_s, u"NewFormula Del LocateFormula VarSource MoveDown Copy Rename"_s},
     };

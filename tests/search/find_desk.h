@@ -1,5 +1,6 @@
 #pragma once
 
+#include "driver/dialog_driver.h"
 #include "search/find_dialog.h"
 #include "support/beam_desk.h"
 
@@ -7,10 +8,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QTabBar>
-#include <QTimer>
 #include <QTreeView>
-
-#include <exception>
 
 namespace varo::test {
 
@@ -25,38 +23,20 @@ class FindDesk : public BeamDesk {
 
     /// Opens the dialog, runs `use` while it is open, and closes it.
     void withDialog(const std::function<void()>& use) {
-        activate();
-        desk->tree().setFocus();
-        bool wasOpened = false;
-        std::exception_ptr failure;
-        QTimer::singleShot(0, [&] {
-            dialog = qobject_cast<FindDialog*>(QApplication::activeModalWidget());
-            wasOpened = !dialog.isNull();
-            try {
-                if (wasOpened) {
-                    use();
-                }
-            } catch (...) {
-                failure = std::current_exception();
-            }
-            if (!dialog.isNull()) {
-                dialog->reject();
-            }
+        const auto open = [&] {
+            activate();
+            desk->tree().setFocus();
+            desk->pressKey(Qt::Key_F, Qt::ControlModifier);
+        };
+        varo::withDialog("frmFind", open, [&](QDialog& opened) {
+            dialog = qobject_cast<FindDialog*>(&opened);
+            use();
         });
-        desk->pressKey(Qt::Key_F, Qt::ControlModifier);
-        EXPECT_TRUE(wasOpened);
-        if (failure) {
-            std::rethrow_exception(failure);
-        }
     }
 
     template <class Widget = QWidget>
     Widget& part(const char* name) {
-        auto* found = dialog->findChild<Widget*>(QLatin1StringView(name));
-        if (found == nullptr) {
-            throw DriverError(u"the dialog has no '%1'"_s.arg(QLatin1StringView(name)));
-        }
-        return *found;
+        return partOf<Widget>(*dialog, name);
     }
     void click(const char* name) { desk->click(part(name), Qt::LeftButton, {12, 8}); }
     void key(QWidget& widget, Qt::Key pressed) {

@@ -36,12 +36,17 @@ QStringList candidates() {
     if (!buildTree.isEmpty() && file.startsWith(buildTree + u'/')) {
         return {QStringLiteral(VARO_BUILT_SHARED_FOLDER)};
     }
-    if (file.isEmpty() || isProgram(file)) {
-        return {QStringLiteral(VARO_INSTALLED_SHARED_FOLDER)};
+    const QString installed = QStringLiteral(VARO_INSTALLED_SHARED_FOLDER);
+    if (file.isEmpty()) {
+        return {installed};
     }
     const QDir beside = QFileInfo(file).dir();
-    return {beside.filePath(QStringLiteral("share/varo")),
-            beside.filePath(QStringLiteral("../share/varo"))};
+    QStringList folders{beside.filePath(QStringLiteral("share/varo")),
+                        beside.filePath(QStringLiteral("../share/varo"))};
+    if (isProgram(file)) {
+        folders.append(installed);
+    }
+    return folders;
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "program.h"
 
 #include "host/beam_library.h"
+#include "library/condition_text.h"
+#include "library/filter_store.h"
 #include "support/desk.h"
 
 #include <QImage>
@@ -61,6 +63,27 @@ TEST_F(HostProgram, ATypedValueIsCalculatedWithAndStored) {
     EXPECT_EQ(library_.rows(stored), QStringList{u"2.5e1"_s});
     run(selectFormula_ + u"--set F=a=b --quit"_s);
     EXPECT_EQ(library_.rows(stored), QStringList{u"a=b"_s});
+}
+
+TEST_F(HostProgram, PrintsWhatIsLocatedAndShowsTheFirstOfIt) {
+    const auto filter =
+        FilterStore(library_.connection())
+            .saveNew(parseCondition(u"跨度 >= 2 and not 材料 equal \"木材\""_s).tree);
+    ASSERT_TRUE(filter);
+    library_.addProperty(0, u"用途"_s, 0, 1, NodeTypeFormula);
+    library_.addProperty(0, u"用途"_s, *filter, 1, NodeTypeFolder);
+    library_.addProperty(1, u"用途"_s, 0, 9, NodeTypeFolder);
+    library_.addProperty(0, u"用途"_s, 0, 0, NodeTypeFolder);
+    // The folder that is gone ends it, whatever comes behind.
+    const QString gone = u"message: 用户需要定位的节点不存在！\n"_s;
+    const QString formula = u"located: 库1 / 拉杆 / 应力\n"_s;
+    const QString wooden = u"--prop 跨度=3 --prop 材料=木材 --locate 用途 --locate=无 --quit"_s;
+    EXPECT_TRUE(QString::fromStdString(run(u"--prop 跨度=3m --locate 用途 --quit"_s).out)
+                    .startsWith(gone + formula +
+                                u"located: 库1 / 拉杆\nlibrary: 库1\n"
+                                "folder: 拉杆\nformula: 应力\n"_s));
+    EXPECT_TRUE(QString::fromStdString(run(wooden).out)
+                    .startsWith(gone + formula + u"located: nothing\n"_s));
 }
 
 TEST_F(HostProgram, WhatIsNotThereOrNotUnderstoodIsNamedAndEndsWithTwo) {

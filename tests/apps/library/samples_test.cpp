@@ -112,6 +112,12 @@ TEST_P(Samples, DescribeEveryVariableAndCalculateFromTheirStoredValues) {
     }
 }
 
+TEST_P(Samples, AreSoundWithEveryConditionOnOneLine) {
+    EXPECT_EQ(checkLibrary(path(u"a.mdb"_s)).faults, QStringList());
+    const QByteArray text = dump(path(u"a.mdb"_s));
+    EXPECT_TRUE(text.contains("\ncondition = ") && !text.contains("[[condition]]"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Libraries, Samples,
                          testing::Values("mechanics", "fluids_heat", "electrical"),
                          [](const auto& name) { return name.param; });

@@ -1,3 +1,4 @@
+#include "platform/data/copy_database.h"
 #include "platform/data/item_database.h"
 #include "support/file_limit.h"
 #include "support/test_library.h"
