@@ -65,6 +65,11 @@ bool isAsNoted(const Note& note) {
     }) && same;
 }
 
+/// A number that stays the same while nobody but `connection` changes the file. Throws data::Error.
+qint64 versionOf(data::Connection& connection) {
+    return connection.query(QStringLiteral("PRAGMA data_version")).integer64(0);
+}
+
 bool removeIfAny(const QString& path) {
     return !QFileInfo::exists(path) || QFile::remove(path);
 }
@@ -133,6 +138,7 @@ void LibraryBackup::make(data::Connection& connection) {
         throw data::Error(QStringLiteral("%1 is there already").arg(backupIn(folder_)));
     }
     library_ = QFileInfo(connection.path()).absoluteFilePath();
+    version_ = versionOf(connection);
     data::copyDatabase(connection, backupIn(folder_), [&](const QByteArray& digest) {
         digest_ = digest;
         // A note without a backup means nothing, a backup without a note cannot be taken back.
@@ -145,13 +151,21 @@ void LibraryBackup::make(data::Connection& connection) {
 
 void LibraryBackup::noteLibrary(data::Connection& connection) {
     attempt([&] {
-        digest_ = data::databaseDigest(connection);
-        writeNote(noteIn(folder_), {library_, digest_});
+        const QByteArray digest = data::databaseDigest(connection);
+        // Read last, so that the digest is of nothing that another program has written.
+        if (versionOf(connection) == version_) {
+            digest_ = digest;
+            writeNote(noteIn(folder_), {library_, digest_});
+        }
     });
 }
 
-bool LibraryBackup::restore() {
-    const bool isUnchanged = !QFileInfo::exists(library_) || isAsNoted({library_, digest_});
+bool LibraryBackup::restore(data::Connection& connection) {
+    bool isOwn = false;
+    attempt([&] { isOwn = versionOf(connection) == version_; });
+    connection.close();
+    const bool isUnchanged =
+        !QFileInfo::exists(library_) || (isOwn && isAsNoted({library_, digest_}));
     const bool restored = isMade_ && isUnchanged &&
                           attempt([&] { data::restoreDatabase(backupIn(folder_), library_); });
     mustStay_ = !restored;

@@ -33,15 +33,17 @@ class LibraryBackup {
     /// Throws data::Error when that fails or an earlier backup is still there.
     void make(data::Connection& connection);
 
-    /// Notes the library as it is now, after the dialog has changed it. When that fails, a backup
-    /// that is left is kept under another name instead of being taken back.
+    /// Notes the library as it is now, after the dialog has changed it through the connection that
+    /// make() had. When that fails, or another program has changed the library since make(), the
+    /// backup is not taken back any more: restore() fails, and a backup that is left is kept under
+    /// another name.
     void noteLibrary(data::Connection& connection);
 
-    /// Puts the backup in the place of the library, whose connections are closed, and discards it.
-    /// Returns false when that fails: the library is then as it was, and the backup stays to be
-    /// settled the next time. It also fails when another program has changed the library since it
-    /// was noted.
-    bool restore();
+    /// Closes `connection`, the one that make() had, puts the backup in the place of the library,
+    /// and discards it. Returns false when that fails: the library is then as it was, and the
+    /// backup stays to be settled the next time. It also fails when another program has changed the
+    /// library since make().
+    bool restore(data::Connection& connection);
 
     /// Deletes backup and note.
     void discard();
@@ -49,7 +51,8 @@ class LibraryBackup {
   private:
     QString folder_;
     QString library_;
-    QByteArray digest_;  ///< of the library as it was last noted
+    QByteArray digest_;   ///< of the library as it was last noted
+    qint64 version_ = 0;  ///< changed by other programs' writes only
     bool isMade_ = false;
     bool mustStay_ = false;
 };
