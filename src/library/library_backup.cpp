@@ -10,6 +10,8 @@
 #include <QJsonObject>
 #include <QSaveFile>
 
+#include <utility>
+
 namespace varo {
 
 namespace {
@@ -26,6 +28,13 @@ QString backupIn(const QString& folder) {
 
 QString noteIn(const QString& folder) {
     return folder + QStringLiteral("BackupDB.note");
+}
+
+/// The lock on the backup in `folder`; null when another dialog has it or it cannot be made.
+std::unique_ptr<QLockFile> lockIn(const QString& folder) {
+    auto lock = std::make_unique<QLockFile>(folder + QStringLiteral("BackupDB.lock"));
+    lock->setStaleLockTime(0);  // a dialog may be open for days
+    return lock->tryLock(0) ? std::move(lock) : nullptr;
 }
 
 bool writeNote(const QString& path, const Note& note) {
@@ -102,6 +111,10 @@ bool settleLeftBackup(const QString& folder, Questions& questions) {
     if (!QFileInfo::exists(backupIn(folder))) {
         return true;
     }
+    const auto lock = lockIn(folder);
+    if (lock == nullptr) {
+        return false;
+    }
     const Note note = readNote(noteIn(folder));
     if (!isAsNoted(note)) {
         return keepAside(folder, note.library, questions);
@@ -134,8 +147,9 @@ LibraryBackup::~LibraryBackup() {
 }
 
 void LibraryBackup::make(data::Connection& connection) {
-    if (QFileInfo::exists(backupIn(folder_))) {
-        throw data::Error(QStringLiteral("%1 is there already").arg(backupIn(folder_)));
+    auto lock = lockIn(folder_);
+    if (lock == nullptr || QFileInfo::exists(backupIn(folder_))) {
+        throw data::Error(QStringLiteral("%1 is in use").arg(backupIn(folder_)));
     }
     library_ = QFileInfo(connection.path()).absoluteFilePath();
     version_ = versionOf(connection);
@@ -146,6 +160,7 @@ void LibraryBackup::make(data::Connection& connection) {
             throw data::Error(QStringLiteral("%1 cannot be written").arg(noteIn(folder_)));
         }
     });
+    lock_ = std::move(lock);
     isMade_ = true;
 }
 
@@ -177,6 +192,7 @@ bool LibraryBackup::restore(data::Connection& connection) {
 
 void LibraryBackup::discard() {
     discardIn(folder_);
+    lock_.reset();
     isMade_ = false;
 }
 

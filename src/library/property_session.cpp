@@ -62,8 +62,8 @@ bool PropertySession::Pending::isEmpty() const {
            relations.empty();
 }
 
-PropertySession::PropertySession(const QString& ownFolder, clsDBFuncs& funcs)
-    : funcs_(funcs), backup_(ownFolder) {}
+PropertySession::PropertySession(const QString& folder, clsDBFuncs& funcs)
+    : funcs_(funcs), backup_(folder) {}
 
 PropertySession::~PropertySession() {
     if (connection_.isOpen()) {

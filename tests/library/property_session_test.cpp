@@ -365,10 +365,33 @@ TEST(PropertySession, DoesNotOpenWhatItCannotBackUp) {
         on.session.reset();
         const FileLimit limit(room);
         opened = on.open();
-        EXPECT_EQ(on.ownFiles().size(), opened.isEmpty() ? 2 : 0) << room;
+        EXPECT_EQ(on.ownFiles().size(), opened.isEmpty() ? 3 : 0) << room;
     }
     EXPECT_GT(room, 4096);
     EXPECT_EQ(on.backup(), on.before);
+}
+
+TEST(PropertySession, KeepsOthersFromItsBackupWhileItIsOpen) {
+    Trial on;
+    EXPECT_EQ(on.open(), QString());
+    EXPECT_TRUE(on.session->deleteFilter(1));
+    RecordingQuestions questions;
+    questions.answers = {true};
+    EXPECT_FALSE(settleLeftBackup(on.ownFolder(), questions));
+    EXPECT_EQ(questions.asked + questions.informed, QStringList());
+    const TestLibrary other;
+    PropertySession second(on.ownFolder(), on.library.funcs());
+    EXPECT_EQ(second.SetConnection(other.folder(), other.fileName(), {}),
+              u"无法打开数据库文件：\n"_s + other.path() + u"\n其他程序正在使用这个数据库文件！"_s);
+    EXPECT_EQ(second.cancel(), QString());
+    // Also when somebody has removed the backup.
+    ASSERT_TRUE(QFile::rename(on.own.filePath(u"BackupDB.def"_s), on.own.filePath(u"moved"_s)));
+    EXPECT_NE(second.SetConnection(other.folder(), other.fileName(), {}), QString());
+    ASSERT_TRUE(QFile::rename(on.own.filePath(u"moved"_s), on.own.filePath(u"BackupDB.def"_s)));
+    on.library.connection().close();
+    EXPECT_EQ(on.session->cancel(), QString());
+    EXPECT_EQ(on.content(), on.before);
+    EXPECT_EQ(second.SetConnection(other.folder(), other.fileName(), {}), QString());
 }
 
 /// The disk is full at each write in turn. There is always a good copy, and in the end the library
