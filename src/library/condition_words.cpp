@@ -113,7 +113,7 @@ QString comparisonWords(const ComparisonTerm& term) {
 }
 
 QString conditionWords(const ConditionTree& tree) {
-    return sequenceWords(tree.roots).simplified();
+    return sequenceWords(tree.roots);
 }
 
 }  // namespace varo

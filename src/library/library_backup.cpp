@@ -10,6 +10,8 @@
 #include <QJsonObject>
 #include <QSaveFile>
 
+#include <utility>
+
 namespace varo {
 
 namespace {
@@ -26,6 +28,13 @@ QString backupIn(const QString& folder) {
 
 QString noteIn(const QString& folder) {
     return folder + QStringLiteral("BackupDB.note");
+}
+
+/// The lock on the backup in `folder`; null when another dialog has it or it cannot be made.
+std::unique_ptr<QLockFile> lockIn(const QString& folder) {
+    auto lock = std::make_unique<QLockFile>(folder + QStringLiteral("BackupDB.lock"));
+    lock->setStaleLockTime(0);  // a dialog may be open for days
+    return lock->tryLock(0) ? std::move(lock) : nullptr;
 }
 
 bool writeNote(const QString& path, const Note& note) {
@@ -66,6 +75,11 @@ bool isAsNoted(const Note& note) {
     }) && same;
 }
 
+/// A number that stays the same while nobody but `connection` changes the file. Throws data::Error.
+qint64 versionOf(data::Connection& connection) {
+    return connection.query(QStringLiteral("PRAGMA data_version")).integer64(0);
+}
+
 bool removeIfAny(const QString& path) {
     return !QFileInfo::exists(path) || QFile::remove(path);
 }
@@ -97,6 +111,10 @@ bool keepAside(const QString& folder, const QString& library, Questions& questio
 bool settleLeftBackup(const QString& folder, Questions& questions) {
     if (!QFileInfo::exists(backupIn(folder))) {
         return true;
+    }
+    const auto lock = lockIn(folder);
+    if (lock == nullptr) {
+        return false;
     }
     const Note note = readNote(noteIn(folder));
     if (!isAsNoted(note)) {
@@ -130,10 +148,12 @@ LibraryBackup::~LibraryBackup() {
 }
 
 void LibraryBackup::make(data::Connection& connection) {
-    if (QFileInfo::exists(backupIn(folder_))) {
-        throw data::Error(QStringLiteral("%1 is there already").arg(backupIn(folder_)));
+    auto lock = lockIn(folder_);
+    if (lock == nullptr || QFileInfo::exists(backupIn(folder_))) {
+        throw data::Error(QStringLiteral("%1 is in use").arg(backupIn(folder_)));
     }
     library_ = QFileInfo(connection.path()).absoluteFilePath();
+    version_ = versionOf(connection);
     data::copyDatabase(connection, backupIn(folder_), [&](const QByteArray& digest) {
         digest_ = digest;
         // A note without a backup means nothing, a backup without a note cannot be taken back.
@@ -141,18 +161,27 @@ void LibraryBackup::make(data::Connection& connection) {
             throw data::Error(QStringLiteral("%1 cannot be written").arg(noteIn(folder_)));
         }
     });
+    lock_ = std::move(lock);
     isMade_ = true;
 }
 
 void LibraryBackup::noteLibrary(data::Connection& connection) {
     attempt([&] {
-        digest_ = data::databaseDigest(connection);
-        writeNote(noteIn(folder_), {library_, digest_});
+        const QByteArray digest = data::databaseDigest(connection);
+        // Read last, so that the digest is of nothing that another program has written.
+        if (versionOf(connection) == version_) {
+            digest_ = digest;
+            writeNote(noteIn(folder_), {library_, digest_});
+        }
     });
 }
 
-bool LibraryBackup::restore() {
-    const bool isUnchanged = !QFileInfo::exists(library_) || isAsNoted({library_, digest_});
+bool LibraryBackup::restore(data::Connection& connection) {
+    bool isOwn = false;
+    attempt([&] { isOwn = versionOf(connection) == version_; });
+    connection.close();
+    const bool isUnchanged =
+        !QFileInfo::exists(library_) || (isOwn && isAsNoted({library_, digest_}));
     const bool restored = isMade_ && isUnchanged &&
                           attempt([&] { data::restoreDatabase(backupIn(folder_), library_); });
     mustStay_ = !restored;
@@ -164,6 +193,7 @@ bool LibraryBackup::restore() {
 
 void LibraryBackup::discard() {
     discardIn(folder_);
+    lock_.reset();
     isMade_ = false;
 }
 

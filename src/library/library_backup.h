@@ -3,7 +3,10 @@
 #include "platform/data/connection.h"
 #include "platform/questions/questions.h"
 
+#include <QLockFile>
 #include <QString>
+
+#include <memory>
 
 namespace varo {
 
@@ -14,13 +17,14 @@ inline constexpr auto kBackupName = "BackupDB.def";
 /// nothing is lost when the next backup is made: the user is asked whether the library is to be
 /// taken back, if it is as the dialog last left it and differs from the backup; a backup that is
 /// not taken back is kept under another name in `folder`, which the user is told; one that is the
-/// library as it stands is deleted. To be called before LibraryBackup::make(), when no dialog of
-/// this folder is open. Does nothing when there is no backup. Returns false when the backup is
-/// still there, because it could neither be put back nor be renamed; make() fails then.
+/// library as it stands is deleted. To be called before LibraryBackup::make(). Does nothing when
+/// there is no backup. Returns false when the backup is still there, because an open dialog holds
+/// it, or it could neither be put back nor be renamed; make() fails then.
 bool settleLeftBackup(const QString& folder, Questions& questions);
 
-/// "BackupDB.def" in a folder that no other control uses, and beside it a note ("BackupDB.note")
-/// with the library's path and the digest that the library had when the dialog last changed it.
+/// "BackupDB.def" in a folder, and beside it a note ("BackupDB.note") with the library's path and
+/// the digest that the library had when the dialog last changed it. From make() to the destruction
+/// or discard(), a lock ("BackupDB.lock") keeps others in this program and other ones from both.
 class LibraryBackup {
   public:
     /// `folder` ends with a separator.
@@ -30,26 +34,31 @@ class LibraryBackup {
     Q_DISABLE_COPY_MOVE(LibraryBackup)
 
     /// Copies the library open on `connection`, as it is at one moment and whole or not at all.
-    /// Throws data::Error when that fails or an earlier backup is still there.
+    /// Throws data::Error when that fails, an earlier backup is still there, or another dialog uses
+    /// the folder.
     void make(data::Connection& connection);
 
-    /// Notes the library as it is now, after the dialog has changed it. When that fails, a backup
-    /// that is left is kept under another name instead of being taken back.
+    /// Notes the library as it is now, after the dialog has changed it through the connection that
+    /// make() had. When that fails, or another program has changed the library since make(), the
+    /// backup is not taken back any more: restore() fails, and a backup that is left is kept under
+    /// another name.
     void noteLibrary(data::Connection& connection);
 
-    /// Puts the backup in the place of the library, whose connections are closed, and discards it.
-    /// Returns false when that fails: the library is then as it was, and the backup stays to be
-    /// settled the next time. It also fails when another program has changed the library since it
-    /// was noted.
-    bool restore();
+    /// Closes `connection`, the one that make() had, puts the backup in the place of the library,
+    /// and discards it. Returns false when that fails: the library is then as it was, and the
+    /// backup stays to be settled the next time. It also fails when another program has changed the
+    /// library since make().
+    bool restore(data::Connection& connection);
 
     /// Deletes backup and note.
     void discard();
 
   private:
     QString folder_;
+    std::unique_ptr<QLockFile> lock_;
     QString library_;
-    QByteArray digest_;  ///< of the library as it was last noted
+    QByteArray digest_;   ///< of the library as it was last noted
+    qint64 version_ = 0;  ///< changed by other programs' writes only
     bool isMade_ = false;
     bool mustStay_ = false;
 };

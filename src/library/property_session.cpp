@@ -62,8 +62,8 @@ bool PropertySession::Pending::isEmpty() const {
            relations.empty();
 }
 
-PropertySession::PropertySession(const QString& ownFolder, clsDBFuncs& funcs)
-    : funcs_(funcs), backup_(ownFolder) {}
+PropertySession::PropertySession(const QString& folder, clsDBFuncs& funcs)
+    : funcs_(funcs), backup_(folder) {}
 
 PropertySession::~PropertySession() {
     if (connection_.isOpen()) {
@@ -273,9 +273,9 @@ QString PropertySession::commit() {
         failure = firstMessage();
     }
     commitFailed_ = !failure.isEmpty();
-    if (commitFailed_) {
+    if (commitFailed_ && committed) {
         backup_.noteLibrary(connection_);
-    } else {
+    } else if (!commitFailed_) {
         filtersWritten_ = false;
         backup_.discard();
         connection_.close();
@@ -335,8 +335,11 @@ QString PropertySession::write(Pending& pending) {
 
 QString PropertySession::cancel() {
     const bool isRestoreWanted = connection_.isOpen() && needsRestore();
-    connection_.close();
-    if (!isRestoreWanted || backup_.restore()) {
+    if (!isRestoreWanted) {
+        connection_.close();
+        return {};
+    }
+    if (backup_.restore(connection_)) {
         return {};
     }
     return QStringLiteral("回滚数据库失败，无法恢复原有的数据！\n请关闭数据库文件再试！");

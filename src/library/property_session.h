@@ -27,13 +27,13 @@ struct ListedProperty {
 /// name a property by its id and do nothing for one that is not listed.
 class PropertySession {
   public:
-    /// The backup is made in `ownFolder`, which ends with a separator and which no other control
-    /// uses. `funcs` must outlive this.
-    PropertySession(const QString& ownFolder, clsDBFuncs& funcs);
+    /// The backup is made in `folder`, which ends with a separator. `funcs` must outlive this.
+    PropertySession(const QString& folder, clsDBFuncs& funcs);
     ~PropertySession();
     Q_DISABLE_COPY_MOVE(PropertySession)
 
-    /// Backs the library up and opens it. All or nothing.
+    /// Backs the library up and opens it. All or nothing. Fails while another session uses the
+    /// folder of the backup.
     QString SetConnection(const QString& folder, const QString& fileName, const QString& password);
 
     /// Reads the properties of the node (0 and NodeTypeFolder: the library itself). When that

@@ -23,6 +23,9 @@ class WorkFolder {
     /// temporary folder could be made.
     QString path() const { return path_; }
 
+    /// Whether it is removed with this.
+    bool isTemporary() const { return own_ != nullptr; }
+
   private:
     std::unique_ptr<QLockFile> lock_;
     std::unique_ptr<QTemporaryDir> own_;

@@ -7,10 +7,12 @@ namespace varo {
 void WorkingFiles::setFolder(const QString& folder, const QStringList& defaults) {
     if (!folder.isEmpty()) {
         folder_ = normalisedFolder(folder);
+        isTemporary_ = false;
         return;
     }
     chosen_.push_back(std::make_unique<WorkFolder>(defaults));
     folder_ = chosen_.back()->path();
+    isTemporary_ = chosen_.back()->isTemporary();
 }
 
 QString WorkingFiles::listedPicture(qint32 formulaID) const {

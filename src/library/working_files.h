@@ -24,6 +24,9 @@ class WorkingFiles {
     /// The folder with its separator.
     const QString& folder() const { return folder_; }
 
+    /// Whether the folder is a temporary one, which is removed with this or by discard().
+    bool isTemporary() const { return isTemporary_; }
+
     /// The picture of a listed formula.
     QString listedPicture(qint32 formulaID) const;
     /// The picture of a formula that has been copied.
@@ -34,6 +37,7 @@ class WorkingFiles {
   private:
     std::vector<std::unique_ptr<WorkFolder>> chosen_;
     QString folder_;
+    bool isTemporary_ = false;
 };
 
 }  // namespace varo

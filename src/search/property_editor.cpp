@@ -3,11 +3,24 @@
 #include "library/library_backup.h"
 #include "platform/ui/dialogs.h"
 #include "search/property_dialog.h"
+#include "store/library_connection.h"
 
+#include <QDir>
 #include <QPointer>
 #include <QScopeGuard>
+#include <QStandardPaths>
 
 namespace varo {
+
+namespace {
+
+/// Where backups lie that must outlast a temporary working folder.
+QString lastingFolder() {
+    return normalisedFolder(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation) +
+                            QStringLiteral("/BackupDB"));
+}
+
+}  // namespace
 
 void PropertyEditor::reopen(int number) {
     if (!library_.open(number)) {
@@ -26,8 +39,15 @@ std::optional<int> PropertyEditor::edit(const PropertyTarget& target) {
     const QString folder = library_.folder();
     const QString fileName = library_.fileName();
     library_.close();
-    settleLeftBackup(files_.folder(), questions_);
-    PropertySession session(files_.folder(), library_.funcs());
+    const QString lasting = lastingFolder();
+    const QString backups = files_.isTemporary() ? lasting : files_.folder();
+    settleLeftBackup(lasting, questions_);
+    if (backups == lasting) {
+        QDir().mkpath(lasting);
+    } else {
+        settleLeftBackup(backups, questions_);
+    }
+    PropertySession session(backups, library_.funcs());
     QString failure = session.SetConnection(folder, fileName, {});
     if (failure.isEmpty()) {
         failure = session.InitForm(target.node, target.type);

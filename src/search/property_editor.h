@@ -22,8 +22,9 @@ struct PropertyTarget {
 /// closed and lent to the dialog meanwhile.
 class PropertyEditor {
   public:
-    /// The dialog opens over `window`. `files` names the folder in which the library is backed up.
-    /// Everything handed in must outlive this.
+    /// The dialog opens over `window`. `files` names the folder in which the library is backed up;
+    /// where that is a temporary one, the backup lies in a lasting folder of the user's. Everything
+    /// handed in must outlive this.
     PropertyEditor(CurrentLibrary& library, const WorkingFiles& files, PropertySource& properties,
                    Questions& questions, QWidget& window)
         : library_(library),

@@ -246,6 +246,7 @@ TEST(ConditionWords, SayWhatIsEvaluated) {
         {{all({a, no({b})})}, u"a 大于等于 2 并且 并非 b 文本等于“木材”"_s},
         {{no({any({a, all({a, b})})})},
          u"并非 （a 大于等于 2 或者 （a 大于等于 2 并且 b 文本等于“木材”））"_s},
+        {{is(u"a"_s, CompareContains, u"x  y"_s)}, u"a 包含“x  y”"_s},
         {{all({all({b})})}, u"b 文本等于“木材”"_s},
         {{is({}, CompareLess, {})}, u"［未填名称］ 小于 ［未填数值］"_s},
         {{a, b}, u"a 大于等于 2（不起作用）；b 文本等于“木材”"_s},

@@ -365,10 +365,33 @@ TEST(PropertySession, DoesNotOpenWhatItCannotBackUp) {
         on.session.reset();
         const FileLimit limit(room);
         opened = on.open();
-        EXPECT_EQ(on.ownFiles().size(), opened.isEmpty() ? 2 : 0) << room;
+        EXPECT_EQ(on.ownFiles().size(), opened.isEmpty() ? 3 : 0) << room;
     }
     EXPECT_GT(room, 4096);
     EXPECT_EQ(on.backup(), on.before);
+}
+
+TEST(PropertySession, KeepsOthersFromItsBackupWhileItIsOpen) {
+    Trial on;
+    EXPECT_EQ(on.open(), QString());
+    EXPECT_TRUE(on.session->deleteFilter(1));
+    RecordingQuestions questions;
+    questions.answers = {true};
+    EXPECT_FALSE(settleLeftBackup(on.ownFolder(), questions));
+    EXPECT_EQ(questions.asked + questions.informed, QStringList());
+    const TestLibrary other;
+    PropertySession second(on.ownFolder(), on.library.funcs());
+    EXPECT_EQ(second.SetConnection(other.folder(), other.fileName(), {}),
+              u"无法打开数据库文件：\n"_s + other.path() + u"\n其他程序正在使用这个数据库文件！"_s);
+    EXPECT_EQ(second.cancel(), QString());
+    // Also when somebody has removed the backup.
+    ASSERT_TRUE(QFile::rename(on.own.filePath(u"BackupDB.def"_s), on.own.filePath(u"moved"_s)));
+    EXPECT_NE(second.SetConnection(other.folder(), other.fileName(), {}), QString());
+    ASSERT_TRUE(QFile::rename(on.own.filePath(u"moved"_s), on.own.filePath(u"BackupDB.def"_s)));
+    on.library.connection().close();
+    EXPECT_EQ(on.session->cancel(), QString());
+    EXPECT_EQ(on.content(), on.before);
+    EXPECT_EQ(second.SetConnection(other.folder(), other.fileName(), {}), QString());
 }
 
 /// The disk is full at each write in turn. There is always a good copy, and in the end the library
@@ -406,18 +429,45 @@ TEST(PropertySession, AFullDiskNeverLeavesLessThanOneGoodCopy) {
     EXPECT_GT(room, 8192);
 }
 
-TEST(PropertySession, DoesNotRollBackWhatAnotherProgramHasWrittenSince) {
-    Trial on;
-    EXPECT_EQ(on.open(), QString());
-    EXPECT_TRUE(on.session->deleteFilter(1));
-    const qint32 added = on.library.addFolder(0, u"别人的"_s);
-    const QByteArray theirs = on.content();
-    on.library.connection().close();
-    EXPECT_EQ(on.session->cancel(), kNotRolledBack);
-    on.session.reset();
-    EXPECT_EQ(on.content(), theirs);
-    EXPECT_EQ(on.backup(), on.before);
-    EXPECT_GT(added, 0);
+TEST(PropertySession, DoesNotRollBackWhatAnotherProgramHasWritten) {
+    using Write = std::function<void(PropertySession&)>;
+    const Write none = [](auto&) {};
+    const Write save = [](auto& session) { session.saveFilter(3, condition(u"z = 1"_s)); };
+    const Write remove = [](auto& session) { session.deleteFilter(1); };
+    const Write failToCommit = [](auto& session) {
+        session.rename(3, u"材"_s);
+        EXPECT_NE(session.commit(), QString());
+    };
+    const struct {
+        Write before, after;
+    } cases[] = {{remove, none}, {none, remove}, {remove, save}, {save, failToCommit}};
+    for (const QString& journal : {u"delete"_s, u"wal"_s}) {
+        for (const auto& [before, after] : cases) {
+            SCOPED_TRACE(journal.toStdString());
+            Trial on;
+            on.library.connection().query(u"Pragma journal_mode = "_s + journal);
+            EXPECT_EQ(on.open(), QString());
+            const QByteArray backup = on.backup();
+            before(*on.session);
+            on.library.addFolder(0, u"别人的"_s);
+            on.library.connection().execute(
+                u"Create Trigger Refuse Before Update Of PropName On Property "
+                "Begin Select Raise(Abort, 'no'); End"_s);
+            on.library.connection().close();
+            after(*on.session);
+            on.library.connection().open(on.library.path());
+            const QStringList content = on.library.content();
+            on.library.connection().close();
+            EXPECT_EQ(on.session->cancel(), kNotRolledBack);
+            on.session.reset();
+            EXPECT_EQ(on.backup(), backup);
+            RecordingQuestions questions;
+            EXPECT_TRUE(settleLeftBackup(on.ownFolder(), questions));
+            EXPECT_EQ(on.keptAside(), backup) << "even when the program was ended";
+            on.library.connection().open(on.library.path());
+            EXPECT_EQ(on.library.content(), content);
+        }
+    }
 }
 
 TEST(LeftBackup, IsTakenBackOnlyIntoTheLibraryAsItWasLeft) {

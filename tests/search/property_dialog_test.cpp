@@ -1,6 +1,11 @@
+#include "library/work_folder.h"
 #include "search/property_desk.h"
 #include "support/no_waiting.h"
 #include "support/process.h"
+
+#include <QDirIterator>
+#include <QScopeGuard>
+#include <QStandardPaths>
 
 namespace varo::test {
 namespace {
@@ -203,13 +208,19 @@ TEST_F(PropertyConditions, AFailedCommitIsToldAndCancelTakesItBack) {
     carry(0, u"甲"_s);
     const QString before = stored();
     edit(u"梁"_s, {}, [&] {
-        first.refuse("Insert", "Property");
         click("cmdDelProp");
         addProperty(u"乙"_s);
+        addTerm(u"a"_s, u"等于"_s, u"1"_s);
+        click("cmdSearch");
+        click("cmdSaveFilter");
+        first.connection().execute(u"Begin Immediate"_s);
         click("cmdOK");
-        EXPECT_EQ(told(), u"编辑数据库出错，无法添加用户指定的属性！"_s);
+        EXPECT_EQ(told(), u"编辑数据库出错，无法删除用户指定的属性！"_s);
+        first.connection().execute(u"Rollback"_s);
+        EXPECT_NE(stored(), before);
         click("cmdCancel");
     });
+    EXPECT_EQ(told(), QString());
     EXPECT_EQ(stored(), before);
 }
 
@@ -260,6 +271,43 @@ TEST_F(PropertyConditions, WhatCannotBeRestoredIsOfferedTheNextTime) {
         EXPECT_EQ(stored(), QString());
     });
     EXPECT_FALSE(hasBackup());
+}
+
+TEST_F(PropertyConditions, ABackupOutlastsATemporaryWorkingFolder) {
+    const QTemporaryDir home;
+    const QByteArray before = qgetenv("XDG_DATA_HOME");
+    const auto restore = qScopeGuard(
+        [&] { before.isNull() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", before); });
+    qputenv("XDG_DATA_HOME", QFile::encodeName(home.path()));
+    const auto lasting = [&] {
+        QDirIterator files(home.path(), {u"BackupDB.def"_s}, QDir::Files,
+                           QDirIterator::Subdirectories);
+        return files.hasNext() ? files.next() : QString();
+    };
+    // The places that are preferred to a temporary folder are taken.
+    const QString own =
+        QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation) + u'/';
+    std::unique_ptr<WorkFolder> program;
+    ASSERT_TRUE(QTest::qWaitFor([&] {
+        program = std::make_unique<WorkFolder>(
+            QStringList(QCoreApplication::applicationDirPath() + u'/'));
+        return !program->isTemporary();
+    })) << "tests that run at the same time use it";
+    const WorkFolder user({own});
+    desk->control().setWorkFolder({});
+    edit(u"梁"_s, u"剪切"_s, [&] {
+        addProperty(u"甲"_s);
+        addTerm(u"a"_s, u"等于"_s, u"1"_s);
+        click("cmdSearch");
+        click("cmdSaveFilter");
+        EXPECT_EQ(lasting(), own + u"BackupDB/BackupDB.def"_s);
+        desk->control().setWorkFolder({});
+        click("cmdCancel");
+    });
+    EXPECT_EQ(told(), QString());
+    EXPECT_EQ(stored(), QString());
+    EXPECT_EQ(lasting(), QString());
+    desk->control().setWorkFolder(work.path());
 }
 
 TEST_F(PropertyConditions, TheHostMayTurnTheControlToAnotherLibraryOrDestroyIt) {
