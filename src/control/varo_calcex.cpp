@@ -26,6 +26,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
+#include <QPointer>
 #include <QStandardPaths>
 #include <QUrl>
 
@@ -162,8 +163,18 @@ void Varo_CalcEx::Parts::connectCommands() {
             pane.editVariableSources();
         }
     });
-    connectDialog(EditCommand::LocateNode, [this] { locateConditions.editNode(); });
-    connectDialog(EditCommand::LocateFormula, [this] { locateConditions.editFormula(); });
+    // While the library is lent to the dialog, no formula takes new values of the host.
+    const auto connectConditions = [this, connectDialog](EditCommand command, auto edit) {
+        connectDialog(command, [this, edit] {
+            const QPointer<QWidget> alive(&control);
+            (locateConditions.*edit)();
+            if (!alive.isNull()) {
+                pane.refreshPropertyValues();
+            }
+        });
+    };
+    connectConditions(EditCommand::LocateNode, &LocateConditions::editNode);
+    connectConditions(EditCommand::LocateFormula, &LocateConditions::editFormula);
     connect(&tree.view(), &ui::NodeView::filesDropped, &control,
             [this](const QStringList& dropped) { manageLibraries(dropped); });
     connect(&selection, &SelectionController::stateChanged, &control, [this](SelectionState state) {
@@ -308,8 +319,9 @@ void Varo_CalcEx::SetSelPropValue(const QString& ThePropValue) {
 QString Varo_CalcEx::Parts::propertyValue(const QString& name) {
     hostValue.clear();
     bool answered = false;
-    emit control.GetPropValue(name, answered);
-    return hostValue;
+    const QPointer<Varo_CalcEx> alive(&control);
+    emit alive->GetPropValue(name, answered);
+    return alive.isNull() ? QString() : hostValue;
 }
 
 void Varo_CalcEx::SetCellInfo(qint32 UnitContentID, qint32 UnitTypeID, qint32 PrptysetID,

@@ -29,6 +29,21 @@ ConditionPath existing(const ConditionTree& tree, ConditionPath path) {
     return path;
 }
 
+/// Asks the host through `source` while the editor, and the control with it, is there.
+class WhileShown : public PropertySource {
+  public:
+    WhileShown(const QPointer<SetFilter>& editor, PropertySource& source)
+        : editor_(editor), source_(source) {}
+
+    QString propertyValue(const QString& name) override {
+        return editor_.isNull() ? QString() : source_.propertyValue(name);
+    }
+
+  private:
+    const QPointer<SetFilter>& editor_;
+    PropertySource& source_;
+};
+
 }  // namespace
 
 SetFilter::SetFilter(PropertySource& properties, QWidget* parent)
@@ -269,8 +284,9 @@ void SetFilter::tryCondition() {
     view_->commitEdit();
     const QPointer<SetFilter> self(this);
     const ConditionTree tried = tree();
-    const ConditionTrial trial = varo::tryCondition(tried, properties_);
-    // The host may have closed the editor while it was asked.
+    // The host may close the editor, or destroy the control, while it is asked.
+    WhileShown source(self, properties_);
+    const ConditionTrial trial = varo::tryCondition(tried, source);
     if (self.isNull() || !(tried == tree())) {
         return;
     }

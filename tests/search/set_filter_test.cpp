@@ -194,6 +194,22 @@ TEST_F(FilterEditor, EveryConditionThatIsClickedTogetherIsStoredAndEvaluatedAsIt
     EXPECT_EQ(told(), QString());
 }
 
+TEST_F(FilterEditor, TheHostMayDestroyTheControlWhenATrialAsksIt) {
+    store({u"1 0 1"_s, u"2 1 4"_s, u"3 1 4"_s});
+    first.connection().execute(
+        u"Update FilterExpressions Set FieldName = 'b' Where ExpID = 3"_s);
+    int asked = 0;
+    editShear([&] {
+        QObject::connect(&desk->control(), &Varo_CalcEx::GetPropValue, desk.get(), [&] {
+            ++asked;
+            desk.reset();
+        });
+        part<QToolButton>("cmdTry").click();
+    });
+    EXPECT_EQ(asked, 1) << "nobody is left to be asked for the second name";
+    start();
+}
+
 TEST_F(FilterEditor, FaultsAndTrialsAreMarkedAtTheirPlaceUntilTheConditionChanges) {
     store({u"1 0 1"_s, u"2 1 4"_s, u"3 1 3"_s, u"4 3 4"_s});
     desk->properties = {{u"a"_s, u" 2 "_s}};
