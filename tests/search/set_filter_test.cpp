@@ -196,8 +196,7 @@ TEST_F(FilterEditor, EveryConditionThatIsClickedTogetherIsStoredAndEvaluatedAsIt
 
 TEST_F(FilterEditor, TheHostMayDestroyTheControlWhenATrialAsksIt) {
     store({u"1 0 1"_s, u"2 1 4"_s, u"3 1 4"_s});
-    first.connection().execute(
-        u"Update FilterExpressions Set FieldName = 'b' Where ExpID = 3"_s);
+    first.connection().execute(u"Update FilterExpressions Set FieldName = 'b' Where ExpID = 3"_s);
     int asked = 0;
     editShear([&] {
         QObject::connect(&desk->control(), &Varo_CalcEx::GetPropValue, desk.get(), [&] {
