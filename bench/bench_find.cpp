@@ -121,12 +121,21 @@ std::unique_ptr<Varo_CalcEx> controlOn(const QString& configuration) {
 
 /// Runs `use` with the find dialog of the control, and closes it.
 void withDialog(Varo_CalcEx& control, const std::function<void(QDialog&)>& use) {
-    QTimer::singleShot(0, &control, [&] {
-        auto* dialog = control.findChild<QDialog*>(QStringLiteral("frmFind"));
-        use(*dialog);
-        dialog->reject();
+    bool isUsed = false;
+    QTimer untilOpen;
+    QObject::connect(&untilOpen, &QTimer::timeout, &control, [&] {
+        if (auto* dialog = control.findChild<QDialog*>(QStringLiteral("frmFind"))) {
+            untilOpen.stop();
+            use(*dialog);
+            dialog->reject();
+            isUsed = true;
+        }
     });
+    untilOpen.start(0);
     control.findChild<QToolButton*>(QStringLiteral("查找"))->click();
+    while (!isUsed) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
 }
 
 template <class Part>
