@@ -4,6 +4,7 @@
 #include "platform/ui/edit_grid.h"
 #include "platform/ui/focus_label.h"
 #include "platform/ui/fonts.h"
+#include "platform/ui/named_widgets.h"
 #include "platform/ui/node_view.h"
 #include "platform/ui/picture_box.h"
 #include "platform/ui/result_box.h"
@@ -24,13 +25,6 @@ namespace varo {
 
 namespace {
 
-template <class Widget>
-Widget* make(const char* name, QWidget* parent) {
-    auto* widget = new Widget(parent);
-    widget->setObjectName(QString::fromLatin1(name));
-    return widget;
-}
-
 /// A button that can shrink to its text where the row is narrow.
 class TightButton : public QPushButton {
   public:
@@ -47,7 +41,7 @@ class TightButton : public QPushButton {
 
 QPushButton* makeButton(const char* name, const QString& text, const QString& toolTip,
                         QWidget* parent) {
-    auto* button = make<TightButton>(name, parent);
+    auto* button = ui::makeNamed<TightButton>(name, parent);
     button->setText(text);
     button->setToolTip(toolTip);
     button->setAccessibleName(toolTip);
@@ -56,14 +50,14 @@ QPushButton* makeButton(const char* name, const QString& text, const QString& to
 }
 
 QFrame* makeBar(const char* name, QWidget* parent) {
-    auto* bar = make<QFrame>(name, parent);
+    auto* bar = ui::makeNamed<QFrame>(name, parent);
     bar->setCursor(Qt::SplitHCursor);
     return bar;
 }
 
 /// The bar that follows the pointer while a splitter is dragged.
 QFrame* makeDragBar(const char* name, QWidget* parent) {
-    auto* bar = make<QFrame>(name, parent);
+    auto* bar = ui::makeNamed<QFrame>(name, parent);
     bar->setAutoFillBackground(true);
     bar->setBackgroundRole(QPalette::Dark);
     bar->hide();
@@ -71,15 +65,15 @@ QFrame* makeDragBar(const char* name, QWidget* parent) {
 }
 
 void buildOuterPanes(Form& form, QWidget* parent) {
-    form.PicControl = make<QWidget>("PicControl", parent);
-    form.tbEdit = make<QToolBar>("tbEdit", form.PicControl);
+    form.PicControl = ui::makeNamed<QWidget>("PicControl", parent);
+    form.tbEdit = ui::makeNamed<QToolBar>("tbEdit", form.PicControl);
     form.tbEdit->setAccessibleName(QStringLiteral("编辑工具栏"));
-    form.picTreeContain = make<QWidget>("picTreeContain", form.PicControl);
-    form.picBackGround = make<QWidget>("picBackGround", form.PicControl);
+    form.picTreeContain = ui::makeNamed<QWidget>("picTreeContain", form.PicControl);
+    form.picBackGround = ui::makeNamed<QWidget>("picBackGround", form.PicControl);
     form.picShowTreeSepar = makeBar("picShowTreeSepar", form.PicControl);
     form.picTreeSepar = makeDragBar("picTreeSepar", form.PicControl);
 
-    form.tvFolder = make<ui::NodeView>("tvFolder", form.picTreeContain);
+    form.tvFolder = ui::makeNamed<ui::NodeView>("tvFolder", form.picTreeContain);
     form.tvFolder->setAccessibleName(QStringLiteral("公式库和公式夹"));
     form.tvFolder->setHeaderHidden(true);
     form.tvFolder->setRootIsDecorated(true);
@@ -89,24 +83,24 @@ void buildOuterPanes(Form& form, QWidget* parent) {
 
 void buildList(Form& form) {
     QWidget* pane = form.picBackGround;
-    form.lvFormula = make<ui::NodeView>("lvFormula", pane);
+    form.lvFormula = ui::makeNamed<ui::NodeView>("lvFormula", pane);
     form.lvFormula->setAccessibleName(QStringLiteral("公式列表"));
     form.lvFormula->setRootIsDecorated(false);
     form.lvFormula->setItemsExpandable(false);
     form.lvFormula->header()->setStretchLastSection(false);
     form.picShowFormulaSepar = makeBar("picShowFormulaSepar", pane);
     form.picFormulaSepar = makeDragBar("picFormulaSepar", pane);
-    form.picFormula = make<QWidget>("picFormula", pane);
+    form.picFormula = ui::makeNamed<QWidget>("picFormula", pane);
 }
 
 void buildDescriptionOptions(DescriptionForm& form, QWidget* panel) {
-    form.frmDesc = make<QFrame>("frmDesc", panel);
+    form.frmDesc = ui::makeNamed<QFrame>("frmDesc", panel);
     auto* options = new QHBoxLayout(form.frmDesc);
     options->setContentsMargins(6, 2, 6, 2);
     const std::array texts{QStringLiteral("说明"), QStringLiteral("图片")};
     auto* group = new QButtonGroup(form.frmDesc);
     for (std::size_t i = 0; i < form.optDesc.size(); ++i) {
-        auto* option = make<QRadioButton>("optDesc", form.frmDesc);
+        auto* option = ui::makeNamed<QRadioButton>("optDesc", form.frmDesc);
         option->setObjectName(QStringLiteral("optDesc%1").arg(i));
         option->setText(texts[i]);
         group->addButton(option, static_cast<int>(i));
@@ -119,17 +113,17 @@ void buildDescriptionOptions(DescriptionForm& form, QWidget* panel) {
 
 void buildDescription(DescriptionForm& form, QWidget* panel) {
     buildDescriptionOptions(form, panel);
-    form.PicDesc = make<QFrame>("PicDesc", panel);
-    form.txtDesc = make<QPlainTextEdit>("txtDesc", form.PicDesc);
+    form.PicDesc = ui::makeNamed<QFrame>("PicDesc", panel);
+    form.txtDesc = ui::makeNamed<QPlainTextEdit>("txtDesc", form.PicDesc);
     form.txtDesc->setAccessibleName(QStringLiteral("公式说明"));
     form.txtDesc->setFrameShape(QFrame::NoFrame);
     form.txtDesc->setTabChangesFocus(true);
     form.txtDesc->hide();
-    form.imgDesc = make<ui::PictureBox>("imgDesc", form.PicDesc);
+    form.imgDesc = ui::makeNamed<ui::PictureBox>("imgDesc", form.PicDesc);
     form.imgDesc->setAccessibleName(QStringLiteral("公式图片"));
     form.imgDesc->setFocusPolicy(Qt::StrongFocus);
     form.imgDesc->hide();
-    form.lblDesc = make<ui::FocusLabel>("lblDesc", form.PicDesc);
+    form.lblDesc = ui::makeNamed<ui::FocusLabel>("lblDesc", form.PicDesc);
     form.lblDesc->setFocusPolicy(Qt::StrongFocus);
     form.lblDesc->setText(QStringLiteral("无图片"));
     form.lblDesc->setAlignment(Qt::AlignCenter);
@@ -147,25 +141,25 @@ void buildDescription(DescriptionForm& form, QWidget* panel) {
 }
 
 void buildSymbolBand(SymbolForm& form, QWidget* pane) {
-    form.picSymbol = make<QWidget>("picSymbol", pane);
-    form.TabStripSymbol = make<QTabBar>("TabStripSymbol", form.picSymbol);
+    form.picSymbol = ui::makeNamed<QWidget>("picSymbol", pane);
+    form.TabStripSymbol = ui::makeNamed<QTabBar>("TabStripSymbol", form.picSymbol);
     form.TabStripSymbol->setAccessibleName(QStringLiteral("符号类别"));
     form.TabStripSymbol->setExpanding(false);
     form.TabStripSymbol->setDrawBase(false);
     for (std::size_t i = 0; i < form.tbSymbol.size(); ++i) {
-        form.tbSymbol[i] = make<QToolBar>("tbSymbol", form.picSymbol);
+        form.tbSymbol[i] = ui::makeNamed<QToolBar>("tbSymbol", form.picSymbol);
         form.tbSymbol[i]->setObjectName(QStringLiteral("tbSymbol%1").arg(i));
         form.tbSymbol[i]->setVisible(i == 0);
     }
 }
 
 void buildFormulaBand(Form& form) {
-    form.picInputFormula = make<QWidget>("picInputFormula", form.picBackGround);
-    form.frmFormula = make<QFrame>("frmFormula", form.picInputFormula);
-    form.lblFormula = make<QLabel>("lblFormula", form.frmFormula);
+    form.picInputFormula = ui::makeNamed<QWidget>("picInputFormula", form.picBackGround);
+    form.frmFormula = ui::makeNamed<QFrame>("frmFormula", form.picInputFormula);
+    form.lblFormula = ui::makeNamed<QLabel>("lblFormula", form.frmFormula);
     form.lblFormula->setText(QStringLiteral("公式:"));
     form.lblFormula->setFont(ui::songFont());
-    auto* box = form.panel.txtFormula = make<QLineEdit>("txtFormula", form.frmFormula);
+    auto* box = form.panel.txtFormula = ui::makeNamed<QLineEdit>("txtFormula", form.frmFormula);
     box->setAccessibleName(QStringLiteral("公式"));
     box->setFont(ui::songFont());
     box->setMaxLength(kTextLimit);
@@ -180,7 +174,7 @@ void buildFormulaBand(Form& form) {
 }
 
 ui::EditGrid* buildVariableGrid(QWidget* pane) {
-    auto* grid = make<ui::EditGrid>("MSFEditVarList", pane);
+    auto* grid = ui::makeNamed<ui::EditGrid>("MSFEditVarList", pane);
     grid->setAccessibleName(QStringLiteral("变量"));
     grid->SetCols(2);
     grid->SetRows(1);
@@ -191,16 +185,16 @@ ui::EditGrid* buildVariableGrid(QWidget* pane) {
 }
 
 void buildResultBoxes(ResultForm& form, QWidget* area) {
-    form.lblResult = make<QLabel>("lblResult", area);
+    form.lblResult = ui::makeNamed<QLabel>("lblResult", area);
     form.lblResult->setText(QStringLiteral("结果："));
-    form.txtResult = make<ui::ResultBox>("txtResult", area);
+    form.txtResult = ui::makeNamed<ui::ResultBox>("txtResult", area);
     form.txtResult->setAccessibleName(QStringLiteral("结果"));
     form.txtResult->setFont(ui::songFont());
     form.txtResult->setReadOnly(true);
     form.txtResult->setContextMenuPolicy(Qt::PreventContextMenu);
-    form.lblPrecision = make<QLabel>("lblPrecision", area);
+    form.lblPrecision = ui::makeNamed<QLabel>("lblPrecision", area);
     form.lblPrecision->setText(QStringLiteral("小数位："));
-    form.UpDownPrecision = make<QSpinBox>("UpDownPrecision", area);
+    form.UpDownPrecision = ui::makeNamed<QSpinBox>("UpDownPrecision", area);
     form.UpDownPrecision->setAccessibleName(QStringLiteral("小数位"));
     form.UpDownPrecision->setFont(ui::songFont());
     form.UpDownPrecision->setRange(0, 15);
@@ -226,7 +220,7 @@ void buildResultButtons(ResultForm& form, QWidget* area) {
 }
 
 void buildResultArea(ResultForm& form, QWidget* pane) {
-    QWidget* area = form.picResult = make<QWidget>("picResult", pane);
+    QWidget* area = form.picResult = ui::makeNamed<QWidget>("picResult", pane);
     buildResultBoxes(form, area);
     buildResultButtons(form, area);
     auto* rows = new QVBoxLayout(area);

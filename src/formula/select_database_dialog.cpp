@@ -1,7 +1,7 @@
 #include "formula/select_database_dialog.h"
 
-#include "formula/dialog_parts.h"
 #include "library/limits.h"
+#include "platform/ui/named_widgets.h"
 #include "platform/ui/path_label.h"
 #include "store/attempt.h"
 #include "store/library_connection.h"
@@ -38,14 +38,14 @@ SelectDatabaseDialog::SelectDatabaseDialog(const QString& folder, Questions& que
     : QDialog(parent),
       folder_(normalisedFolder(folder)),
       questions_(questions),
-      DriveDB_(makeNamed<QComboBox>("DriveDB", this)),
-      DirDB_(makeNamed<QListWidget>("DirDB", this)),
-      FileDB_(makeNamed<QListWidget>("FileDB", this)),
-      lstTableName_(makeNamed<QListWidget>("lstTableName", this)),
-      lblShowDBPath_(makeNamed<ui::PathLabel>("lblShowDBPath", this)),
-      lblShowDBName_(makeNamed<ui::PathLabel>("lblShowDBName", this)),
-      lblShowTableName_(makeNamed<ui::PathLabel>("lblShowTableName", this)),
-      lblMissing_(makeNamed<QLabel>("lblMissing", this)) {
+      DriveDB_(ui::makeNamed<QComboBox>("DriveDB", this)),
+      DirDB_(ui::makeNamed<QListWidget>("DirDB", this)),
+      FileDB_(ui::makeNamed<QListWidget>("FileDB", this)),
+      lstTableName_(ui::makeNamed<QListWidget>("lstTableName", this)),
+      lblShowDBPath_(ui::makeNamed<ui::PathLabel>("lblShowDBPath", this)),
+      lblShowDBName_(ui::makeNamed<ui::PathLabel>("lblShowDBName", this)),
+      lblShowTableName_(ui::makeNamed<ui::PathLabel>("lblShowTableName", this)),
+      lblMissing_(ui::makeNamed<QLabel>("lblMissing", this)) {
     setObjectName(QStringLiteral("frmSelDB"));
     setWindowTitle(QStringLiteral("选择数据库文件"));
 
@@ -81,7 +81,7 @@ void SelectDatabaseDialog::buildLayout() {
     chosen->addRow(QStringLiteral("数据库名称为："), lblShowDBName_);
     chosen->addRow(QStringLiteral("数据表名称为："), lblShowTableName_);
 
-    const DialogButtons buttons = makeButtons(*this);
+    const ui::DialogButtons buttons = ui::makeButtons(*this);
     cmdOK_ = buttons.cmdOK;
     auto* bottom = new QHBoxLayout;
     bottom->addWidget(lblMissing_, 1);

@@ -2,9 +2,9 @@
 
 #include "formula/data_table_model.h"
 #include "formula/data_table_view.h"
-#include "formula/dialog_parts.h"
 #include "library/limits.h"
 #include "library/stored_values.h"
+#include "platform/ui/named_widgets.h"
 #include "platform/ui/path_label.h"
 #include "platform/ui/wait_cursor.h"
 #include "store/library_connection.h"
@@ -28,11 +28,11 @@ SelectValueDialog::SelectValueDialog(const QString& folder, const DataTableName&
       name_(table),
       questions_(questions),
       model_(new DataTableModel(table_, this)),
-      txtFilter_(makeNamed<QLineEdit>("txtFilter", this)),
-      MSFShowTable_(makeNamed<DataTableView>("MSFShowTable", this)),
-      lblShowDBPath_(makeNamed<ui::PathLabel>("lblShowDBPath", this)),
-      lblShowTableName_(makeNamed<ui::PathLabel>("lblShowTableName", this)),
-      lblRows_(makeNamed<QLabel>("lblRows", this)) {
+      txtFilter_(ui::makeNamed<QLineEdit>("txtFilter", this)),
+      MSFShowTable_(ui::makeNamed<DataTableView>("MSFShowTable", this)),
+      lblShowDBPath_(ui::makeNamed<ui::PathLabel>("lblShowDBPath", this)),
+      lblShowTableName_(ui::makeNamed<ui::PathLabel>("lblShowTableName", this)),
+      lblRows_(ui::makeNamed<QLabel>("lblRows", this)) {
     setObjectName(QStringLiteral("frmSelValue"));
     setWindowTitle(QStringLiteral("选择变量的值"));
     txtFilter_->setMaxLength(kTextLimit);
@@ -58,7 +58,7 @@ void SelectValueDialog::buildLayout() {
     top->addRow(QStringLiteral("数据表名称为："), lblShowTableName_);
     top->addRow(filterLabel, txtFilter_);
 
-    const DialogButtons buttons = makeButtons(*this);
+    const ui::DialogButtons buttons = ui::makeButtons(*this);
     cmdOK_ = buttons.cmdOK;
     auto* bottom = new QHBoxLayout;
     bottom->addWidget(lblRows_, 1);

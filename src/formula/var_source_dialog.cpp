@@ -1,10 +1,10 @@
 #include "formula/var_source_dialog.h"
 
-#include "formula/dialog_parts.h"
 #include "formula/select_database_dialog.h"
 #include "formula/source_colors.h"
 #include "platform/ui/dialogs.h"
 #include "platform/ui/edit_grid.h"
+#include "platform/ui/named_widgets.h"
 
 #include <QBoxLayout>
 #include <QHeaderView>
@@ -39,8 +39,8 @@ VarSourceDialog::VarSourceDialog(const QString& expression, qint32 formulaID,
       expression_(expression),
       questions_(questions),
       sources_(library, formulaID),
-      txtFormula_(makeNamed<QLineEdit>("txtFormula", this)),
-      MSFEditVarSource_(makeNamed<ui::EditGrid>("MSFEditVarSource", this)) {
+      txtFormula_(ui::makeNamed<QLineEdit>("txtFormula", this)),
+      MSFEditVarSource_(ui::makeNamed<ui::EditGrid>("MSFEditVarSource", this)) {
     setObjectName(QStringLiteral("frmVarSource"));
     setWindowTitle(QStringLiteral("变量值的来源"));
     txtFormula_->setReadOnly(true);
@@ -57,7 +57,7 @@ void VarSourceDialog::buildLayout() {
     auto* formulaRow = new QHBoxLayout;
     formulaRow->addWidget(formulaLabel);
     formulaRow->addWidget(txtFormula_, 1);
-    const DialogButtons buttons = makeButtons(*this);
+    const ui::DialogButtons buttons = ui::makeButtons(*this);
     auto* bottom = new QHBoxLayout;
     bottom->addStretch();
     bottom->addWidget(buttons.cmdOK);

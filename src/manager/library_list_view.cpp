@@ -1,52 +1,35 @@
 #include "manager/library_list_view.h"
 
 #include "manager/library_list_model.h"
+#include "platform/ui/empty_text.h"
 #include "platform/ui/icons.h"
+#include "platform/ui/label_delegate.h"
 
 #include <QDragMoveEvent>
 #include <QHeaderView>
-#include <QMetaProperty>
-#include <QPainter>
-#include <QPointer>
-#include <QStyledItemDelegate>
 
 namespace varo {
 
 namespace {
 
-class LibraryDelegate : public QStyledItemDelegate {
+class LibraryDelegate : public ui::LabelDelegate {
   public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using LabelDelegate::LabelDelegate;
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const override {
-        editor_ = QStyledItemDelegate::createEditor(parent, option, index);
-        editor_->setObjectName(QStringLiteral("labelEditor"));
-        return editor_;
+        QWidget* editor = LabelDelegate::createEditor(parent, option, index);
+        editor->setObjectName(QStringLiteral("labelEditor"));
+        return opened(editor);
     }
-
-    void setModelData(QWidget* editor, QAbstractItemModel* model,
-                      const QModelIndex& index) const override {
-        accepted_ = model->setData(
-            index, editor->property(editor->metaObject()->userProperty().name()), Qt::EditRole);
-    }
-
-    /// The editor that was made last; null when it is gone.
-    QWidget* editor() const { return editor_; }
-    /// Whether the model took the text that was typed last.
-    bool accepted() const { return accepted_; }
 
   protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
-        QStyledItemDelegate::initStyleOption(option, index);
+        LabelDelegate::initStyleOption(option, index);
         if (index.column() == LibraryListModel::PathColumn) {
             option->textElideMode = Qt::ElideMiddle;
         }
     }
-
-  private:
-    mutable QPointer<QWidget> editor_;
-    mutable bool accepted_ = true;
 };
 
 }  // namespace
@@ -70,16 +53,7 @@ void LibraryListView::setEmptyText(const QString& text) {
 }
 
 bool LibraryListView::commitEdit() {
-    const auto& delegate = static_cast<const LibraryDelegate&>(*itemDelegate());
-    const QPointer<QWidget> editor = delegate.editor();
-    if (state() != EditingState || editor == nullptr) {
-        return true;
-    }
-    commitData(editor);
-    if (editor != nullptr) {
-        closeEditor(editor, QAbstractItemDelegate::NoHint);
-    }
-    return delegate.accepted();
+    return state() != EditingState || static_cast<ui::LabelDelegate&>(*itemDelegate()).commitEdit();
 }
 
 void LibraryListView::dragMoveEvent(QDragMoveEvent* event) {
@@ -99,14 +73,7 @@ void LibraryListView::dropEvent(QDropEvent* event) {
 
 void LibraryListView::paintEvent(QPaintEvent* event) {
     QTreeView::paintEvent(event);
-    if (model() == nullptr || model()->rowCount() > 0) {
-        return;
-    }
-    QPainter painter(viewport());
-    painter.setPen(palette().color(QPalette::PlaceholderText));
-    constexpr int kMargin = 12;
-    painter.drawText(viewport()->rect().adjusted(kMargin, kMargin, -kMargin, -kMargin),
-                     Qt::AlignCenter | Qt::TextWordWrap, emptyText_);
+    ui::paintEmptyText(*this, emptyText_);
 }
 
 }  // namespace varo

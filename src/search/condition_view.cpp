@@ -1,6 +1,7 @@
 #include "search/condition_view.h"
 
 #include "library/condition_words.h"
+#include "platform/ui/empty_text.h"
 #include "platform/ui/icons.h"
 
 #include <QComboBox>
@@ -8,7 +9,6 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QPainter>
 #include <QTimer>
 
 #include <algorithm>
@@ -208,14 +208,7 @@ void ConditionView::keyPressEvent(QKeyEvent* event) {
 
 void ConditionView::paintEvent(QPaintEvent* event) {
     QTreeView::paintEvent(event);
-    if (model() == nullptr || model()->rowCount() > 0 || placeholder_.isEmpty()) {
-        return;
-    }
-    QPainter painter(viewport());
-    painter.setPen(palette().color(QPalette::PlaceholderText));
-    constexpr int kMargin = 12;
-    painter.drawText(viewport()->rect().adjusted(kMargin, kMargin, -kMargin, -kMargin),
-                     Qt::AlignCenter | Qt::TextWordWrap, placeholder_);
+    ui::paintEmptyText(*this, placeholder_);
 }
 
 }  // namespace varo

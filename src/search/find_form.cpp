@@ -2,6 +2,7 @@
 
 #include "library/node_search.h"
 #include "platform/ui/icons.h"
+#include "platform/ui/named_widgets.h"
 #include "platform/ui/picture_grid.h"
 #include "search/hit_delegate.h"
 
@@ -26,18 +27,8 @@ namespace varo {
 
 namespace {
 
-template <class Widget>
-Widget* make(const char* name, QWidget* parent, const QString& text = {}) {
-    auto* widget = new Widget(parent);
-    widget->setObjectName(QString::fromLatin1(name));
-    if constexpr (requires { widget->setText(text); }) {
-        widget->setText(text);
-    }
-    return widget;
-}
-
 QFrame* makePane(const char* name, QWidget* parent) {
-    auto* pane = make<QFrame>(name, parent);
+    auto* pane = ui::makeNamed<QFrame>(name, parent);
     pane->setFrameShape(QFrame::NoFrame);
     return pane;
 }
@@ -50,11 +41,11 @@ QFrame* makeTextPane(const char* paneName, QWidget* parent, const char* textName
     QFrame* pane = makePane(paneName, parent);
     auto* row = new QHBoxLayout(pane);
     row->setContentsMargins(0, 0, 0, 0);
-    text = make<QLineEdit>(textName, pane);
+    text = ui::makeNamed<QLineEdit>(textName, pane);
     text->setMaxLength(kFindTextLimit);
     row->addWidget(text, 1);
     for (std::size_t i = 0; i < options.size(); ++i) {
-        options[i] = make<QRadioButton>(optionName, pane, captions[i]);
+        options[i] = ui::makeNamed<QRadioButton>(optionName, pane, captions[i]);
         options[i]->setObjectName(QString::fromLatin1(optionName) + QString::number(i));
         row->addWidget(options[i]);
     }
@@ -64,17 +55,18 @@ QFrame* makeTextPane(const char* paneName, QWidget* parent, const char* textName
 
 void buildCriteria(FindForm& form, QVBoxLayout& column) {
     QFrame* pane = form.PicFind;
-    form.lblFindContent = make<QLabel>("lblFindContent", pane, QStringLiteral("查询范围："));
-    form.ChkFolder = make<QCheckBox>("ChkFolder", pane, QStringLiteral("公式夹"));
-    form.ChkFormula = make<QCheckBox>("ChkFormula", pane, QStringLiteral("公式"));
-    form.ChkName = make<QCheckBox>("ChkName", pane);
+    form.lblFindContent =
+        ui::makeNamed<QLabel>("lblFindContent", pane, QStringLiteral("查询范围："));
+    form.ChkFolder = ui::makeNamed<QCheckBox>("ChkFolder", pane, QStringLiteral("公式夹"));
+    form.ChkFormula = ui::makeNamed<QCheckBox>("ChkFormula", pane, QStringLiteral("公式"));
+    form.ChkName = ui::makeNamed<QCheckBox>("ChkName", pane);
     form.PicFindName =
         makeTextPane("PicFindName", pane, "txtName", form.txtName, "OptFindName", form.OptFindName);
-    form.ChkMemo = make<QCheckBox>("ChkMemo", pane, QStringLiteral("公式说明"));
+    form.ChkMemo = ui::makeNamed<QCheckBox>("ChkMemo", pane, QStringLiteral("公式说明"));
     form.PicFindMemo =
         makeTextPane("PicFindMemo", pane, "txtMemo", form.txtMemo, "OptFindMemo", form.OptFindMemo);
-    form.ChkPrpty = make<QCheckBox>("ChkPrpty", pane, QStringLiteral("属性名称"));
-    form.CmbPrpty = make<QComboBox>("CmbPrpty", pane);
+    form.ChkPrpty = ui::makeNamed<QCheckBox>("ChkPrpty", pane, QStringLiteral("属性名称"));
+    form.CmbPrpty = ui::makeNamed<QComboBox>("CmbPrpty", pane);
     form.CmbPrpty->setEditable(true);
     form.CmbPrpty->setInsertPolicy(QComboBox::NoInsert);
     form.CmbPrpty->lineEdit()->setMaxLength(kFindTextLimit);
@@ -106,10 +98,10 @@ void buildCriteria(FindForm& form, QVBoxLayout& column) {
 
 void buildResults(FindForm& form, QVBoxLayout& column) {
     QFrame* pane = form.PicFind;
-    form.lblFindResult = make<QLabel>("lblFindResult", pane, QStringLiteral("查询结果："));
-    form.lblFindCount = make<QLabel>("lblFindCount", pane);
+    form.lblFindResult = ui::makeNamed<QLabel>("lblFindResult", pane, QStringLiteral("查询结果："));
+    form.lblFindCount = ui::makeNamed<QLabel>("lblFindCount", pane);
     form.lblFindCount->setTextFormat(Qt::PlainText);
-    form.PrgFind = make<QProgressBar>("PrgFind", pane);
+    form.PrgFind = ui::makeNamed<QProgressBar>("PrgFind", pane);
     form.PrgFind->setTextVisible(false);
     form.PrgFind->setMaximumHeight(form.lblFindCount->sizeHint().height());
     form.PrgFind->hide();
@@ -120,7 +112,7 @@ void buildResults(FindForm& form, QVBoxLayout& column) {
     row->addWidget(form.PrgFind);
     column.addLayout(row);
 
-    auto* list = form.lvFindResult = make<QTreeView>("lvFindResult", pane);
+    auto* list = form.lvFindResult = ui::makeNamed<QTreeView>("lvFindResult", pane);
     list->setAccessibleName(QStringLiteral("查询结果"));
     list->setRootIsDecorated(false);
     list->setUniformRowHeights(true);
@@ -147,9 +139,9 @@ QToolButton* makeZoomButton(FindForm& form, const char* icon, const QString& too
 void buildPictures(FindForm& form) {
     auto* column = new QVBoxLayout(form.PicImage);
     column->setContentsMargins(0, 0, 0, 0);
-    form.ImageGridFind = make<ui::PictureGrid>("ImageGridFind", form.PicImage);
+    form.ImageGridFind = ui::makeNamed<ui::PictureGrid>("ImageGridFind", form.PicImage);
     form.ImageGridFind->setAccessibleName(QStringLiteral("公式图片"));
-    form.lblImageCount = make<QLabel>("lblImageCount", form.PicImage);
+    form.lblImageCount = ui::makeNamed<QLabel>("lblImageCount", form.PicImage);
     form.lblImageCount->setTextFormat(Qt::PlainText);
     form.lblImageCount->setWordWrap(true);
     auto* row = new QHBoxLayout;
@@ -165,8 +157,8 @@ void buildPictures(FindForm& form) {
 FindForm buildFindForm(QDialog& dialog) {
     FindForm form{};
     auto* column = new QVBoxLayout(&dialog);
-    form.lblTitle = make<QLabel>("lblTitle", &dialog, dialog.windowTitle());
-    form.TabFind = make<QTabBar>("TabFind", &dialog);
+    form.lblTitle = ui::makeNamed<QLabel>("lblTitle", &dialog, dialog.windowTitle());
+    form.TabFind = ui::makeNamed<QTabBar>("TabFind", &dialog);
     form.TabFind->setDrawBase(false);
     form.TabFind->setExpanding(false);
     form.TabFind->addTab(ui::themeIcon(QStringLiteral("edit-find")), QStringLiteral("查找"));
@@ -180,11 +172,12 @@ FindForm buildFindForm(QDialog& dialog) {
     form.PicImage->hide();
     buildPictures(form);
 
-    form.CmdFind = make<QPushButton>("CmdFind", &dialog, QStringLiteral("查找(&F)"));
+    form.CmdFind = ui::makeNamed<QPushButton>("CmdFind", &dialog, QStringLiteral("查找(&F)"));
     form.CmdFind->setDefault(true);
-    form.CmdPosition = make<QPushButton>("CmdPosition", &dialog, QStringLiteral("定位(&P)"));
+    form.CmdPosition =
+        ui::makeNamed<QPushButton>("CmdPosition", &dialog, QStringLiteral("定位(&P)"));
     form.CmdPosition->setEnabled(false);
-    form.CmdQuit = make<QPushButton>("CmdQuit", &dialog, QStringLiteral("退出(&Q)"));
+    form.CmdQuit = ui::makeNamed<QPushButton>("CmdQuit", &dialog, QStringLiteral("退出(&Q)"));
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     for (QPushButton* button : {form.CmdFind, form.CmdPosition, form.CmdQuit}) {

@@ -68,7 +68,6 @@ void PropertyDialog::connectCommands() {
     connect(form_.cmdSaveFilter, &QPushButton::clicked, this, &PropertyDialog::saveFilter);
     connect(form_.cmdDelFilter, &QPushButton::clicked, this, &PropertyDialog::deleteFilter);
     connect(form_.cmdOK, &QPushButton::clicked, this, &PropertyDialog::accept);
-    connect(form_.cmdCancel, &QPushButton::clicked, this, &PropertyDialog::reject);
 }
 
 /// Behind the end of the editing: a message opened from within it would end it a second time.

@@ -1,5 +1,6 @@
 #include "search/property_form.h"
 
+#include "platform/ui/named_widgets.h"
 #include "platform/ui/node_view.h"
 #include "search/set_filter.h"
 
@@ -19,8 +20,7 @@ constexpr int kListWidth = 200;
 constexpr int kFilterWidth = 580;
 
 QPushButton* addButton(QHBoxLayout& row, const char* name, const QString& text) {
-    auto* button = new QPushButton(text);
-    button->setObjectName(QString::fromLatin1(name));
+    auto* button = ui::makeNamed<QPushButton>(name, nullptr, text);
     button->setAutoDefault(false);
     row.addWidget(button);
     return button;
@@ -35,8 +35,7 @@ QGroupBox* addFrame(QSplitter& splitter, const char* name, const QString& title)
 
 void buildProperties(QSplitter& splitter, PropertyForm& form) {
     QGroupBox* frame = addFrame(splitter, "frmProp", QStringLiteral("属性名称"));
-    form.lvProp = new ui::NodeView(frame);
-    form.lvProp->setObjectName(QStringLiteral("lvProp"));
+    form.lvProp = ui::makeNamed<ui::NodeView>("lvProp", frame);
     form.lvProp->setAccessibleName(frame->title());
     form.lvProp->setRootIsDecorated(false);
     auto* buttons = new QHBoxLayout;
@@ -64,8 +63,7 @@ void buildFilter(QSplitter& splitter, PropertySource& properties, PropertyForm& 
 
 PropertyForm buildPropertyForm(QDialog& dialog, PropertySource& properties) {
     PropertyForm form;
-    form.lblTitle = new QLabel(&dialog);
-    form.lblTitle->setObjectName(QStringLiteral("lblTitle"));
+    form.lblTitle = ui::makeNamed<QLabel>("lblTitle", &dialog);
     form.lblTitle->setTextFormat(Qt::PlainText);
     auto* splitter = new QSplitter(&dialog);
     splitter->setChildrenCollapsible(false);
@@ -73,11 +71,12 @@ PropertyForm buildPropertyForm(QDialog& dialog, PropertySource& properties) {
     buildFilter(*splitter, properties, form);
     splitter->setSizes({kListWidth, kFilterWidth});
     splitter->setStretchFactor(1, 1);
+    const ui::DialogButtons made = ui::makeButtons(dialog);
+    form.cmdOK = made.cmdOK;
     auto* buttons = new QHBoxLayout;
     buttons->addStretch(1);
-    form.cmdOK = addButton(*buttons, "cmdOK", QStringLiteral("确定(&Y)"));
-    form.cmdOK->setDefault(true);
-    form.cmdCancel = addButton(*buttons, "cmdCancel", QStringLiteral("取消(&C)"));
+    buttons->addWidget(made.cmdOK);
+    buttons->addWidget(made.cmdCancel);
     auto* layout = new QVBoxLayout(&dialog);
     layout->addWidget(form.lblTitle);
     layout->addWidget(splitter, 1);

@@ -24,7 +24,6 @@ struct PropertyForm {
     QPushButton* cmdSaveFilter = nullptr;
     QPushButton* cmdDelFilter = nullptr;
     QPushButton* cmdOK = nullptr;
-    QPushButton* cmdCancel = nullptr;
 };
 
 /// Creates them in `dialog` and lays them out. `properties` must outlive the dialog.

@@ -5,7 +5,6 @@
 #include "platform/data/unfinished_file.h"
 
 #include <QCryptographicHash>
-#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 
@@ -19,6 +18,13 @@ namespace {
 
 void write(QSaveFile& file, const QByteArray& bytes) {
     if (file.write(bytes) != bytes.size()) {
+        fail(file);
+    }
+}
+
+void commit(QSaveFile& file) {
+    // A full disk makes flush() fail, but not commit().
+    if (!file.flush() || !file.commit()) {
         fail(file);
     }
 }
@@ -53,10 +59,7 @@ void copyDatabase(Connection& connection, const QString& path,
         fail(copy);
     }
     beforeItAppears(readWhole(connection, [&](const QByteArray& bytes) { write(copy, bytes); }));
-    // A full disk makes flush() fail, but not commit().
-    if (!copy.flush() || !copy.commit()) {
-        fail(copy);
-    }
+    commit(copy);
 }
 
 void copyDatabase(const QString& source, const QString& target) {
@@ -72,28 +75,15 @@ void restoreDatabase(const QString& copy, const QString& path) {
     const QFileInfo link(path);
     const QString target = link.exists() ? link.canonicalFilePath() : link.absoluteFilePath();
     const UnfinishedFile unfinished(target);
-    QFile source(copy);
-    if (!source.open(QIODevice::ReadOnly)) {
-        fail(source);
-    }
     QSaveFile file(unfinished.path());
     if (!file.open(QIODevice::WriteOnly)) {
         fail(file);
     }
-    constexpr qint64 kChunk = 1 << 20;
-    while (!source.atEnd()) {
-        const QByteArray bytes = source.read(kChunk);
-        if (bytes.isEmpty()) {
-            fail(source);
-        }
-        write(file, bytes);
-    }
+    readBytes(copy, [&](const QByteArray& bytes) { write(file, bytes); });
     if (link.exists()) {
         file.setPermissions(link.permissions());
     }
-    if (!file.flush() || !file.commit()) {
-        fail(file);
-    }
+    commit(file);
     replaceDatabase(unfinished.path(), target);
 }
 

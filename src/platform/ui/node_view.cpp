@@ -4,19 +4,18 @@
 #include "platform/ui/colors.h"
 #include "platform/ui/dropped_files.h"
 #include "platform/ui/icons.h"
+#include "platform/ui/label_delegate.h"
 #include "platform/ui/label_editor.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
-#include <QMetaProperty>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
 #include <QScopedValueRollback>
 #include <QScrollBar>
-#include <QStyledItemDelegate>
 
 #include <algorithm>
 
@@ -26,14 +25,13 @@ namespace {
 
 /// Draws a selected item with the icon that its model has for that state, and creates the editor
 /// of a label.
-class NodeDelegate : public QStyledItemDelegate {
+class NodeDelegate : public LabelDelegate {
   public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using LabelDelegate::LabelDelegate;
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
                           const QModelIndex&) const override {
-        editor_ = new LabelEditor(parent);
-        return editor_;
+        return opened(new LabelEditor(parent));
     }
 
     void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
@@ -46,20 +44,9 @@ class NodeDelegate : public QStyledItemDelegate {
         static_cast<LabelEditor*>(editor)->setLabel(option.rect, label.left() + margin);
     }
 
-    void setModelData(QWidget* editor, QAbstractItemModel* model,
-                      const QModelIndex& index) const override {
-        accepted_ = model->setData(
-            index, editor->property(editor->metaObject()->userProperty().name()), Qt::EditRole);
-    }
-
-    /// The editor that was made last; null when it is gone.
-    QWidget* editor() const { return editor_; }
-    /// Whether the model took the text that was typed last.
-    bool accepted() const { return accepted_; }
-
   protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
-        QStyledItemDelegate::initStyleOption(option, index);
+        LabelDelegate::initStyleOption(option, index);
         if (option->state.testFlag(QStyle::State_Selected)) {
             const auto icon = index.data(NodeView::SelectedIconRole).value<QIcon>();
             if (!icon.isNull()) {
@@ -67,10 +54,6 @@ class NodeDelegate : public QStyledItemDelegate {
             }
         }
     }
-
-  private:
-    mutable QPointer<QWidget> editor_;
-    mutable bool accepted_ = true;
 };
 
 }  // namespace
@@ -102,17 +85,7 @@ QString NodeView::selectedKey() const {
 
 bool NodeView::commitEdit() {
     labelDelay_.stop();
-    const auto& labels = static_cast<const NodeDelegate&>(*itemDelegate());
-    const QPointer<QWidget> editor = labels.editor();
-    if (state() != EditingState || editor == nullptr) {
-        return true;
-    }
-    commitData(editor);
-    const bool accepted = labels.accepted();
-    if (editor != nullptr) {
-        closeEditor(editor, QAbstractItemDelegate::NoHint);
-    }
-    return accepted;
+    return state() != EditingState || static_cast<LabelDelegate&>(*itemDelegate()).commitEdit();
 }
 
 void NodeView::selectItem(const QModelIndex& index) {

@@ -3,7 +3,7 @@
 #include <QDialog>
 #include <QPushButton>
 
-namespace varo {
+namespace varo::ui {
 
 /// Makes a widget with this name below `parent`.
 template <class Widget>
@@ -13,21 +13,28 @@ Widget* makeNamed(const char* name, QWidget* parent) {
     return widget;
 }
 
+/// The same with a text.
+template <class Widget>
+Widget* makeNamed(const char* name, QWidget* parent, const QString& text) {
+    auto* widget = makeNamed<Widget>(name, parent);
+    widget->setText(text);
+    return widget;
+}
+
 /// The buttons that accept and reject a dialog. Enter accepts.
 struct DialogButtons {
     QPushButton* cmdOK;
     QPushButton* cmdCancel;
 };
 
+/// Makes both; the caller connects cmdOK.
 inline DialogButtons makeButtons(QDialog& dialog) {
-    DialogButtons buttons{makeNamed<QPushButton>("cmdOK", &dialog),
-                          makeNamed<QPushButton>("cmdCancel", &dialog)};
-    buttons.cmdOK->setText(QStringLiteral("确定(&Y)"));
+    DialogButtons buttons{makeNamed<QPushButton>("cmdOK", &dialog, QStringLiteral("确定(&Y)")),
+                          makeNamed<QPushButton>("cmdCancel", &dialog, QStringLiteral("取消(&C)"))};
     buttons.cmdOK->setDefault(true);
-    buttons.cmdCancel->setText(QStringLiteral("取消(&C)"));
     buttons.cmdCancel->setAutoDefault(false);
     QObject::connect(buttons.cmdCancel, &QPushButton::clicked, &dialog, &QDialog::reject);
     return buttons;
 }
 
-}  // namespace varo
+}  // namespace varo::ui
