@@ -1,24 +1,21 @@
 // The find dialog: a search over many libraries, beside the same statements handed to SQLite; and
 // the pictures of a library, until the first ones can be seen.
 
-#include "bench_files.h"
+#include "bench_desk.h"
 #include "bench_main.h"
-#include "control/varo_calcex.h"
+#include "driver/dialog_driver.h"
 #include "platform/ui/picture_grid.h"
 
 #include <QAbstractItemModel>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QDialog>
-#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTabBar>
-#include <QTemporaryDir>
-#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
 
@@ -48,16 +45,10 @@ struct Files {
             libraries.append(folder.filePath(QStringLiteral("library%1.vdb").arg(i)));
             varo::bench::makeFoldersAndFormulas(libraries.last(), kFoldersEach, kFormulasEach);
         }
-        many = configuration(QStringLiteral("many"), libraries);
+        many = folder.configuration(QStringLiteral("many"), libraries);
     }
 
-    QString configuration(const QString& name, const QStringList& named) const {
-        QDir(folder.path()).mkdir(name);
-        varo::bench::makeConfiguration(folder.filePath(name), named);
-        return folder.filePath(name);
-    }
-
-    QTemporaryDir folder;
+    varo::bench::BenchFolder folder;
     QStringList libraries;
     QString many;
 };
@@ -109,58 +100,31 @@ void BareFind(benchmark::State& state) {
 }
 BENCHMARK(BareFind)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
-std::unique_ptr<Varo_CalcEx> controlOn(const QString& configuration) {
-    auto control = std::make_unique<Varo_CalcEx>();
-    control->resize(1000, 700);
-    control->show();
-    QCoreApplication::processEvents();
-    control->SetDeployFolder(configuration);
-    control->RunCalc();
-    return control;
-}
-
-/// Runs `use` with the find dialog of the control, and closes it.
-void withDialog(Varo_CalcEx& control, const std::function<void(QDialog&)>& use) {
-    bool isUsed = false;
-    QTimer untilOpen;
-    QObject::connect(&untilOpen, &QTimer::timeout, &control, [&] {
-        if (auto* dialog = control.findChild<QDialog*>(QStringLiteral("frmFind"))) {
-            untilOpen.stop();
-            use(*dialog);
-            dialog->reject();
-            isUsed = true;
-        }
-    });
-    untilOpen.start(0);
-    control.findChild<QToolButton*>(QStringLiteral("查找"))->click();
-    while (!isUsed) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-}
-
-template <class Part>
-Part& partOf(const QDialog& dialog, const char* name) {
-    return *dialog.findChild<Part*>(QString::fromLatin1(name));
+/// Works with the find dialog of the control.
+void withFindDialog(Varo_CalcEx& control, const std::function<void(QDialog&)>& use) {
+    varo::withDialog(
+        "frmFind", [&] { control.findChild<QToolButton*>(QStringLiteral("查找"))->click(); }, use);
 }
 
 void Find(benchmark::State& state) {
-    auto control = controlOn(files().many);
+    auto control = varo::bench::controlOn(files().many);
+    control->RunCalc();
     const int expected = bareFind(searched(state));
-    withDialog(*control, [&](QDialog& dialog) {
-        partOf<QCheckBox>(dialog, "ChkFolder").click();
-        partOf<QCheckBox>(dialog, "ChkFormula").click();
-        partOf<QCheckBox>(dialog, "ChkName").click();
-        partOf<QRadioButton>(dialog, "OptFindName2").click();
-        partOf<QLineEdit>(dialog, "txtName").setText(searched(state));
-        auto& find = partOf<QPushButton>(dialog, "CmdFind");
-        const auto& progress = partOf<QProgressBar>(dialog, "PrgFind");
+    withFindDialog(*control, [&](QDialog& dialog) {
+        varo::partOf<QCheckBox>(dialog, "ChkFolder").click();
+        varo::partOf<QCheckBox>(dialog, "ChkFormula").click();
+        varo::partOf<QCheckBox>(dialog, "ChkName").click();
+        varo::partOf<QRadioButton>(dialog, "OptFindName2").click();
+        varo::partOf<QLineEdit>(dialog, "txtName").setText(searched(state));
+        auto& find = varo::partOf<QPushButton>(dialog, "CmdFind");
+        const auto& progress = varo::partOf<QProgressBar>(dialog, "PrgFind");
         for (auto _ : state) {
             find.click();
             while (progress.isVisible()) {
                 QCoreApplication::processEvents();
             }
         }
-        if (partOf<QTreeView>(dialog, "lvFindResult").model()->rowCount() != expected) {
+        if (varo::partOf<QTreeView>(dialog, "lvFindResult").model()->rowCount() != expected) {
             state.SkipWithError("not everything was found");
         }
     });
@@ -175,12 +139,13 @@ void OpenPictures(benchmark::State& state) {
     if (!QFile::exists(library)) {
         varo::bench::makePictures(library, count);
     }
-    auto control = controlOn(files().configuration(name, {library}));
+    auto control = varo::bench::controlOn(files().folder.configuration(name, {library}));
+    control->RunCalc();
     for (auto _ : state) {
         state.PauseTiming();
-        withDialog(*control, [&](QDialog& dialog) {
-            auto& tabs = partOf<QTabBar>(dialog, "TabFind");
-            auto& grid = partOf<varo::ui::PictureGrid>(dialog, "ImageGridFind");
+        withFindDialog(*control, [&](QDialog& dialog) {
+            auto& tabs = varo::partOf<QTabBar>(dialog, "TabFind");
+            auto& grid = varo::partOf<varo::ui::PictureGrid>(dialog, "ImageGridFind");
             state.ResumeTiming();
             tabs.setCurrentIndex(1);
             while (grid.stateOf(0) == varo::ui::PictureGrid::State::Waiting) {

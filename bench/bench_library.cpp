@@ -1,17 +1,14 @@
 // What the user waits for: start with many libraries, a long folder, a keystroke; each beside the
 // least work that could do it.
 
-#include "bench_files.h"
+#include "bench_desk.h"
 #include "bench_main.h"
-#include "control/varo_calcex.h"
 #include "platform/ui/edit_grid.h"
 #include "platform/ui/node_view.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>
@@ -60,22 +57,16 @@ struct Files {
             varo::bench::makeFolders(libraries.last(), kFoldersEach);
         }
         manyLibraries = libraries;
-        many = configuration(QStringLiteral("many"), libraries);
+        many = folder.configuration(QStringLiteral("many"), libraries);
         formulas = folder.filePath(QStringLiteral("formulas.mdb"));
         varo::bench::makeFormulas(formulas, kFormulas);
-        longFolder = configuration(QStringLiteral("long"), {formulas});
+        longFolder = folder.configuration(QStringLiteral("long"), {formulas});
         const QString values = folder.filePath(QStringLiteral("values.mdb"));
         varo::bench::makeValues(values, kStoredValues, kValuesPerFormula);
-        manyValues = configuration(QStringLiteral("values"), {values});
+        manyValues = folder.configuration(QStringLiteral("values"), {values});
     }
 
-    QString configuration(const QString& name, const QStringList& libraries) {
-        QDir(folder.path()).mkdir(name);
-        varo::bench::makeConfiguration(folder.filePath(name), libraries);
-        return folder.filePath(name);
-    }
-
-    QTemporaryDir folder;
+    varo::bench::BenchFolder folder;
     QStringList manyLibraries;
     QString many;
     QString formulas;
@@ -93,15 +84,6 @@ std::size_t allocatedBytes() {
     return info.uordblks + info.hblkhd;
 }
 
-std::unique_ptr<Varo_CalcEx> controlOn(const QString& configuration) {
-    auto control = std::make_unique<Varo_CalcEx>();
-    control->resize(1000, 700);
-    control->show();
-    QCoreApplication::processEvents();
-    control->SetDeployFolder(configuration);
-    return control;
-}
-
 void BareScanOfFolders(benchmark::State& state) {
     for (auto _ : state) {
         for (const QString& library : files().manyLibraries) {
@@ -114,7 +96,7 @@ BENCHMARK(BareScanOfFolders)->Unit(benchmark::kMillisecond);
 void RunCalc(benchmark::State& state) {
     for (auto _ : state) {
         state.PauseTiming();
-        auto control = controlOn(files().many);
+        auto control = varo::bench::controlOn(files().many);
         const std::size_t before = allocatedBytes();
         state.ResumeTiming();
         control->RunCalc();
@@ -141,7 +123,7 @@ void BareScanOfFormulas(benchmark::State& state) {
 BENCHMARK(BareScanOfFormulas)->Unit(benchmark::kMillisecond);
 
 void ListFolder(benchmark::State& state) {
-    auto control = controlOn(files().longFolder);
+    auto control = varo::bench::controlOn(files().longFolder);
     control->RunCalc();
     for (auto _ : state) {
         control->ClickTreeNode(QStringLiteral("FormulaNode1->DBNode1"));
@@ -156,7 +138,7 @@ BENCHMARK(ListFolder)->Unit(benchmark::kMillisecond);
 /// One letter more in the formula box makes another variable: parse, grid, stored values; then
 /// calculate.
 void Keystroke(benchmark::State& state) {
-    auto control = controlOn(files().manyValues);
+    auto control = varo::bench::controlOn(files().manyValues);
     control->RunCalc();
     auto* box = control->findChild<QLineEdit*>(QStringLiteral("txtFormula"));
     auto* calculate = control->findChild<QPushButton*>(QStringLiteral("cmdCalCulate"));
