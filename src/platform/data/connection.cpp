@@ -45,6 +45,7 @@ struct ConnectionState {
 
     QString path;
     std::unique_ptr<DatabaseFile> file;
+    std::function<bool()> isWanted;
     StatementCache statements;
     std::shared_ptr<Replacements> replacements = std::make_shared<Replacements>();
     int depth = 0;
@@ -57,6 +58,13 @@ ConnectionState& opened(const std::shared_ptr<ConnectionState>& state) {
         throw Error(QStringLiteral("the connection is closed"));
     }
     return *state;
+}
+
+// Runs in one or two milliseconds.
+constexpr int kInstructionsBetweenQuestions = 20'000;
+
+int isUnwanted(void* state) {
+    return static_cast<ConnectionState*>(state)->isWanted() ? 0 : 1;
 }
 
 QString savepoint(int depth) {
@@ -99,6 +107,13 @@ bool Connection::isOpen() const noexcept {
 
 QString Connection::path() const {
     return isOpen() ? state_->path : QString();
+}
+
+void Connection::setInterrupt(std::function<bool()> isWanted) {
+    sqlite3* database = opened(state_).handle();
+    state_->isWanted = std::move(isWanted);
+    sqlite3_progress_handler(database, kInstructionsBetweenQuestions,
+                             state_->isWanted ? isUnwanted : nullptr, state_.get());
 }
 
 qint64 Connection::execute(const QString& statement, const Arguments& arguments) {

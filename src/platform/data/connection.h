@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -49,6 +50,11 @@ class Connection {
 
     /// Path of the open file as given to open(), "" when closed.
     QString path() const;
+
+    /// While a statement of the open file runs, `isWanted` is asked every few milliseconds at
+    /// least; once it returns false the statement fails with an Error that isInterrupted(). It must
+    /// not use this connection. An empty function is not asked; close() forgets it.
+    void setInterrupt(std::function<bool()> isWanted);
 
     /// Runs a statement that changes data; returns the number of rows changed. A lock held by
     /// another program is waited for two seconds at most.

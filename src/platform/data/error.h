@@ -11,19 +11,22 @@ namespace varo::data {
 /// or for the message box of a routine that shows it.
 class Error : public std::runtime_error {
   public:
-    explicit Error(const QString& description, bool isLocked = false)
-        : std::runtime_error(description.toStdString()),
-          description_(description),
-          isLocked_(isLocked) {}
+    enum class Cause { Other, Locked, Interrupted };
+
+    explicit Error(const QString& description, Cause cause = Cause::Other)
+        : std::runtime_error(description.toStdString()), description_(description), cause_(cause) {}
 
     const QString& description() const noexcept { return description_; }
 
     /// Whether it was a lock of another program or connection.
-    bool isLocked() const noexcept { return isLocked_; }
+    bool isLocked() const noexcept { return cause_ == Cause::Locked; }
+
+    /// Whether the statement was ended by Connection::setInterrupt().
+    bool isInterrupted() const noexcept { return cause_ == Cause::Interrupted; }
 
   private:
     QString description_;
-    bool isLocked_;
+    Cause cause_;
 };
 
 }  // namespace varo::data

@@ -91,8 +91,11 @@ bool isBlank(const char* text) {
 }  // namespace
 
 void throwLastError(sqlite3* database) {
+    const int code = sqlite3_errcode(database);
     throw Error(QString::fromUtf8(sqlite3_errmsg(database)),
-                sqlite3_errcode(database) == SQLITE_BUSY);
+                code == SQLITE_BUSY        ? Error::Cause::Locked
+                : code == SQLITE_INTERRUPT ? Error::Cause::Interrupted
+                                           : Error::Cause::Other);
 }
 
 StatementHandle prepare(sqlite3* database, const QString& text, const Arguments& arguments) {

@@ -50,6 +50,25 @@ TEST(Connection, IsClosedWithItsRecordsByMovingFromItAndByOpeningWhatCannotBeOpe
     EXPECT_EQ(filesIn(items.directory), QStringList{u"items.db"_s});
 }
 
+TEST(Connection, EndsAStatementThatIsNoLongerWanted) {
+    ItemDatabase items;
+    const auto kEndless =
+        u"With Recursive N (I) As (Select 1 Union All Select I + 1 From N) Select max(I) From N"_s;
+    int asked = 0;
+    items.connection.setInterrupt([&] { return ++asked < 3; });
+    try {
+        items.connection.query(kEndless);
+        FAIL() << "the statement has ended by itself";
+    } catch (const Error& error) {
+        EXPECT_TRUE(error.isInterrupted());
+        EXPECT_FALSE(error.isLocked());
+    }
+    EXPECT_EQ(asked, 3);
+    items.connection.setInterrupt({});
+    items.add(u"stored afterwards"_s);
+    EXPECT_EQ(items.names(), QStringList{u"stored afterwards"_s});
+}
+
 TEST(Connection, TakesOddFileNames) {
     const QTemporaryDir directory;
     for (const QString& name : {u"公式库 %20 ?mode=memory#.db"_s, u"it's; -- a \"name\".db"_s,
