@@ -41,14 +41,23 @@ class LineReader {
         }
         property.filter = filterOf(entry, property);
         const ParsedCondition parsed = parseCondition(entry.text("condition"));
-        if (!parsed.error.isEmpty()) {
-            entry.fail(entry.position("condition", parsed.line, parsed.column),
-                       QStringLiteral("the condition: ") + parsed.error);
+        if (parsed.error) {
+            entry.fail(placeOf(entry, *parsed.error),
+                       QStringLiteral("the condition: ") + parsed.error->text);
+        }
+        for (const ConditionRemark& warning : parsed.warnings) {
+            rows_.warnings.append(
+                entry.described(placeOf(entry, warning),
+                                QStringLiteral("warning: the condition: ") + warning.text));
         }
         addRows(parsed.tree, property.filter, firstIdOf(entry, parsed.tree.size()));
     }
 
   private:
+    static Position placeOf(const Entry& entry, const ConditionRemark& remark) {
+        return entry.position("condition", remark.line, remark.column);
+    }
+
     qint32 filterOf(const Entry& entry, const PropertyRow& property) {
         const bool isGiven = entry.has("filter");
         if (isGiven ? property.filter == 0 : lastFilter_ == kLast) {

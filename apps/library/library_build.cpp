@@ -133,7 +133,7 @@ void fillLibrary(const QString& path, const LibraryRows& rows, const QString& te
 
 }  // namespace
 
-void buildLibrary(const QString& textPath, const QString& libraryPath) {
+QStringList buildLibrary(const QString& textPath, const QString& libraryPath) {
     const QFileInfo library(libraryPath);
     if (library.isDir()) {
         throw TextError(libraryPath, QStringLiteral("the library would replace a folder"));
@@ -154,6 +154,7 @@ void buildLibrary(const QString& textPath, const QString& libraryPath) {
     fillLibrary(unfinished, rows, textPath);
 
     data::replaceDatabase(unfinished, libraryPath);
+    return rows.warnings;
 }
 
 }  // namespace varo

@@ -278,7 +278,8 @@ class Check {
         for (const ConditionFault& fault : conditionFaults(tree)) {
             if (fault.kind != ConditionFaultKind::UnknownType &&
                 fault.kind != ConditionFaultKind::NoTerm) {
-                add(filter + conditionFaultText(fault.kind));
+                (isWarning(fault.kind) ? report_.warnings : report_.faults)
+                    .append(onOneLine(filter + conditionFaultText(fault.kind)));
             }
         }
     }

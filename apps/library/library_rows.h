@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 #include <vector>
@@ -86,6 +87,7 @@ struct LibraryRows {
     std::vector<ConditionRow> conditions;
     std::vector<ExpressionRow> expressions;
     std::vector<InfoRow> info;
+    QStringList warnings;  ///< on what is read, with its place in the text, a line each
 };
 
 /// Reads the library text at `path`. Throws TextError, with the place, for anything that is not in

@@ -12,8 +12,9 @@ namespace varo {
 /// Builds the library that the text at `textPath` describes into the file `libraryPath`, replacing
 /// a file that is there. The new file appears complete or not at all; on failure the old one keeps
 /// its content. A library that another program has locked is not replaced. Needs a QGuiApplication
-/// when the text names drawings. Throws TextError or data::Error.
-void buildLibrary(const QString& textPath, const QString& libraryPath);
+/// when the text names drawings. Returns warnings on what was built, with the place in the text, a
+/// line each. Throws TextError or data::Error.
+QStringList buildLibrary(const QString& textPath, const QString& libraryPath);
 
 /// Writes the library's text to `out`, from which buildLibrary() makes a library with the same
 /// rows. Holds the stored values, the other rows' numbers and one formula at a time in memory. The
@@ -24,6 +25,8 @@ void dumpLibrary(const QString& libraryPath, QIODevice& out);
 /// What checkLibrary() found.
 struct CheckReport {
     QStringList faults;  ///< one line each; empty when the library is sound
+    QStringList warnings =
+        {};  ///< one line each: what is evaluated otherwise than one would read it
     qint64 folders = 0;
     qint64 formulas = 0;
     qint64 pictures = 0;

@@ -34,6 +34,9 @@ ExitCode check(const QString& path, QIODevice& out) {
     for (const QString& fault : report.faults) {
         print(out, fault);
     }
+    for (const QString& warning : report.warnings) {
+        print(out, QStringLiteral("warning: ") + warning);
+    }
     if (!report.faults.isEmpty()) {
         return Failed;
     }
@@ -60,7 +63,9 @@ ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
         return Done;
     }
     if (command == u"build" && arguments.size() == 3) {
-        buildLibrary(arguments[1], arguments[2]);
+        for (const QString& warning : buildLibrary(arguments[1], arguments[2])) {
+            print(err, warning);
+        }
         return Done;
     }
     if (command == u"dump" && arguments.size() == 2) {

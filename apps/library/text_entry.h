@@ -116,6 +116,11 @@ class Entry {
         return at;
     }
 
+    /// `message` with its place, as the errors have it.
+    QString described(Position at, const QString& message) const {
+        return TextError(path_, at, message).description();
+    }
+
     [[noreturn]] void fail(Position at, const QString& message) const {
         throw TextError(path_, at, message);
     }

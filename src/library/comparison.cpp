@@ -3,6 +3,7 @@
 #include "engine/numbers.h"
 
 #include <array>
+#include <string>
 
 namespace varo {
 
@@ -52,8 +53,16 @@ bool compareValues(qint32 type, const QString& value, const QString& constant, b
     }
 }
 
-bool startsWithNumber(const QString& text) {
-    return engine::startsWithNumber(text.toStdString());
+NumberText numberIn(const QString& constant) {
+    const std::string text = constant.toStdString();
+    if (engine::parseNumber(text)) {
+        return NumberText::Whole;
+    }
+    return engine::startsWithNumber(text) ? NumberText::Start : NumberText::None;
+}
+
+QString numberReadFrom(const QString& constant) {
+    return QString::fromStdString(engine::shortest(engine::leadingNumber(constant.toStdString())));
 }
 
 }  // namespace varo

@@ -37,8 +37,15 @@ const CompareTypeNames* compareTypeNames(qint32 type);
 /// `otherwise` for a number that is none of the eight.
 bool compareValues(qint32 type, const QString& value, const QString& constant, bool otherwise);
 
-/// True when `text` begins, after blanks, with a number that a comparison of numbers reads; it
-/// reads 0 from any other text.
-bool startsWithNumber(const QString& text);
+/// What there is of a number in a constant, blanks around it removed.
+enum class NumberText {
+    Whole,  ///< it is a number
+    Start,  ///< it begins with a number, which is what a comparison of numbers reads
+    None,   ///< a comparison of numbers reads 0
+};
+NumberText numberIn(const QString& constant);
+
+/// The number that a comparison of numbers reads from `constant`.
+QString numberReadFrom(const QString& constant);
 
 }  // namespace varo

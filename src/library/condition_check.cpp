@@ -83,16 +83,27 @@ class Check {
             add(ConditionFaultKind::UnknownComparison,
                 QStringLiteral("未知的比较方式 %1。").arg(term.type));
         } else if (names->isNumeric) {
-            if (!startsWithNumber(term.constant)) {
-                add(ConditionFaultKind::NoNumber,
-                    QStringLiteral("“%1”要与数值比较，但没有填写数值。").arg(names->words));
-            }
+            checkNumber(term.constant, names->words);
         } else if (term.constant != term.constant.trimmed()) {
             add(ConditionFaultKind::NeverHolds,
                 QStringLiteral("文本首尾有空格，而属性值首尾的空格不参加比较。"));
         }
         checkText(term.name, QStringLiteral("属性名称"));
         checkText(term.constant, QStringLiteral("比较值"));
+    }
+
+    void checkNumber(const QString& constant, const QString& comparison) {
+        const NumberText number = numberIn(constant);
+        if (number == NumberText::Whole) {
+            return;
+        }
+        const auto kind = number == NumberText::Start ? ConditionFaultKind::MoreThanNumber
+                                                      : ConditionFaultKind::NoNumber;
+        const QString isWanted = QStringLiteral("“%1”要与数值比较，但").arg(comparison);
+        add(kind, isWanted + (constant.trimmed().isEmpty()
+                                  ? QStringLiteral("没有填写数值。")
+                                  : QStringLiteral("“%1”不是数值，按 %2 计算。")
+                                        .arg(constant, numberReadFrom(constant))));
     }
 
     void checkText(const QString& text, const QString& what) {
@@ -111,6 +122,10 @@ class Check {
 };
 
 }  // namespace
+
+bool isWarning(ConditionFaultKind kind) {
+    return kind == ConditionFaultKind::MoreThanNumber;
+}
 
 std::vector<ConditionFault> conditionFaults(const ConditionTree& tree) {
     return Check().run(tree);

@@ -16,6 +16,7 @@ enum class ConditionFaultKind {
     NoTerm,             ///< a stored comparison without its term
     NoName,             ///< no property is named
     NoNumber,           ///< numbers are compared, and the constant starts with none
+    MoreThanNumber,     ///< numbers are compared, and the constant goes on behind its number
     UnknownComparison,  ///< none of the eight
     NeverHolds,         ///< blanks around a text, which values are compared without
     TooLong,            ///< a name or constant over kTextLimit characters
@@ -29,6 +30,10 @@ struct ConditionFault {
 
     bool operator==(const ConditionFault&) const = default;
 };
+
+/// Whether a text with this fault (see condition_text.h) is read all the same, with a warning. The
+/// editor saves no condition with any fault.
+bool isWarning(ConditionFaultKind kind);
 
 /// Everything that is wrong with `tree`, from top to bottom; empty when it can be saved and is then
 /// evaluated as it stands.

@@ -331,12 +331,14 @@ qsizetype placeOf(const PlacedNode& root, const ConditionPath& path) {
     return node->at;
 }
 
-ParsedCondition failed(const QString& text, qsizetype at, const QString& message) {
+ConditionRemark remarkAt(const QString& text, qsizetype at, const QString& message) {
     const QString before = text.left(at);
-    return {{},
-            message,
-            static_cast<int>(before.count(u'\n')) + 1,
+    return {message, static_cast<int>(before.count(u'\n')) + 1,
             static_cast<int>(at - before.lastIndexOf(u'\n'))};
+}
+
+bool isError(const ConditionFault& fault) {
+    return !isWarning(fault.kind);
 }
 
 }  // namespace
@@ -355,6 +357,8 @@ QString conditionFaultText(ConditionFaultKind kind) {
         {ConditionFaultKind::NoTerm, QStringLiteral("this comparison has no content")},
         {ConditionFaultKind::NoName, QStringLiteral("the name of a property is empty")},
         {ConditionFaultKind::NoNumber, QStringLiteral("this comparison needs a number")},
+        {ConditionFaultKind::MoreThanNumber,
+         QStringLiteral("only the number at the start of the constant counts")},
         {ConditionFaultKind::UnknownComparison, QStringLiteral("this comparison is unknown")},
         {ConditionFaultKind::NeverHolds,
          QStringLiteral("blanks around a text, which values are compared without")},
@@ -366,25 +370,29 @@ QString conditionFaultText(ConditionFaultKind kind) {
 }
 
 std::optional<QString> conditionText(const ConditionTree& tree) {
-    if (!conditionFaults(tree).empty()) {
+    if (std::ranges::any_of(conditionFaults(tree), isError)) {
         return std::nullopt;
     }
     const QString text = nodeText(tree.roots.front());
     const ParsedCondition parsed = parseCondition(text);
-    return parsed.error.isEmpty() && parsed.tree == tree ? std::optional(text) : std::nullopt;
+    return !parsed.error && parsed.tree == tree ? std::optional(text) : std::nullopt;
 }
 
 ParsedCondition parseCondition(const QString& text) {
     try {
         const PlacedNode root = Parser(text).run();
-        ConditionTree tree{{withChildren(root)}};
-        if (const auto faults = conditionFaults(tree); !faults.empty()) {
-            return failed(text, placeOf(root, faults.front().place),
-                          conditionFaultText(faults.front().kind));
+        ParsedCondition parsed{{{withChildren(root)}}, {}, {}};
+        for (const ConditionFault& fault : conditionFaults(parsed.tree)) {
+            const ConditionRemark remark =
+                remarkAt(text, placeOf(root, fault.place), conditionFaultText(fault.kind));
+            if (isError(fault)) {
+                return {{}, remark, {}};
+            }
+            parsed.warnings.push_back(remark);
         }
-        return {.tree = std::move(tree), .error = {}};
+        return parsed;
     } catch (const SyntaxError& error) {
-        return failed(text, error.at, error.message);
+        return {{}, remarkAt(text, error.at, error.message), {}};
     }
 }
 

@@ -15,22 +15,29 @@ namespace varo {
 /// groups with one child. The words are read in any letter case.
 
 /// The line, which parseCondition() reads as `tree`; nothing when it would read something else: a
-/// tree with faults, or with what the line has no place for (table and field type of a term).
+/// tree with faults that are more than a warning, or with what the line has no place for (table and
+/// field type of a term).
 std::optional<QString> conditionText(const ConditionTree& tree);
+
+/// What parseCondition() says of a place of the text.
+struct ConditionRemark {
+    QString text;    ///< in English, as the rest of the text's messages
+    int line = 1;    ///< from 1
+    int column = 1;  ///< in characters from 1
+};
 
 /// What parseCondition() found.
 struct ParsedCondition {
     ConditionTree tree;  ///< empty when there is an error
-    QString error;       ///< in English, as the rest of the text's messages; "" when there is none
-    int line = 1;        ///< of the error, from 1
-    int column = 1;      ///< of the error, in characters from 1
+    std::optional<ConditionRemark> error;
+    std::vector<ConditionRemark> warnings;  ///< from top to bottom
 };
 
 /// What a fault is, in English: `this comparison needs a number`.
 QString conditionFaultText(ConditionFaultKind kind);
 
-/// Reads a line as above; line breaks are blanks. A condition that conditionFaults() finds
-/// something wrong with is an error too, at its place.
+/// Reads a line as above; line breaks are blanks. What conditionFaults() finds wrong with the
+/// condition is an error too, or a warning, at its place.
 ParsedCondition parseCondition(const QString& text);
 
 }  // namespace varo

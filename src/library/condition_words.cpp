@@ -82,6 +82,15 @@ QString nodeWords(const ConditionNode& node, bool isPart) {
     return node.hasTerm ? comparisonWords(node.term) : takenOver(QStringLiteral("没有内容的比较"));
 }
 
+QString numberWords(const QString& constant) {
+    if (constant.trimmed().isEmpty()) {
+        return QStringLiteral("［未填数值］");
+    }
+    return numberIn(constant) == NumberText::Whole
+               ? constant
+               : QStringLiteral("%1（按 %2 计算）").arg(constant, numberReadFrom(constant));
+}
+
 }  // namespace
 
 QString conditionTypeWords(ConditionType type) {
@@ -107,9 +116,7 @@ QString comparisonWords(const ComparisonTerm& term) {
     if (!names->isNumeric) {
         return QStringLiteral("%1 %2“%3”").arg(name, names->words, term.constant);
     }
-    const QString number =
-        term.constant.trimmed().isEmpty() ? QStringLiteral("［未填数值］") : term.constant;
-    return QStringLiteral("%1 %2 %3").arg(name, names->words, number);
+    return QStringLiteral("%1 %2 %3").arg(name, names->words, numberWords(term.constant));
 }
 
 QString conditionWords(const ConditionTree& tree) {

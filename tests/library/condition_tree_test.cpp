@@ -200,7 +200,7 @@ TEST(ConditionCheck, NamesEachFaultAndItsPlace) {
         std::vector<std::pair<ConditionPath, Kind>> faults;
     } cases[] = {
         {{{is(u"a"_s)}}, {}},
-        {one(u"a"_s, CompareLess, u" -.5e3mm"_s), {}},
+        {one(u"a"_s, CompareLess, u" -.5e3 "_s), {}},
         {one(u"a"_s, CompareSameText, {}), {}},
         {nested(Condition::kMaxDepth), {}},
         {{}, {{whole, Kind::Empty}}},
@@ -213,6 +213,9 @@ TEST(ConditionCheck, NamesEachFaultAndItsPlace) {
         {one(blank, CompareGreater, u"mm"_s), {{root, Kind::NoName}, {root, Kind::NoNumber}}},
         {one(u"a"_s, CompareNotEqual, {}), {{root, Kind::NoNumber}}},
         {one(u"a"_s, CompareEqual, u"1e999"_s), {{root, Kind::NoNumber}}},
+        {one(u"a"_s, CompareEqual, u"1,5"_s), {{root, Kind::MoreThanNumber}}},
+        {one(u"a"_s, CompareGreaterOrEqual, u"2 000"_s), {{root, Kind::MoreThanNumber}}},
+        {one(u"a"_s, CompareSameText, u"1,5"_s), {}},
         {one(u"a"_s, 8, {}), {{root, Kind::UnknownComparison}}},
         {one(u"a"_s, CompareContains, u"x "_s), {{root, Kind::NeverHolds}}},
         {one(u"a"_s, CompareSameText, QString(kTextLimit + 1, u'x')), {{root, Kind::TooLong}}},
@@ -229,6 +232,21 @@ TEST(ConditionCheck, NamesEachFaultAndItsPlace) {
             EXPECT_TRUE(fault.text.endsWith(u"。"_s));
         }
         EXPECT_EQ(found, each.faults) << "case " << ++number;
+    }
+}
+
+TEST(ConditionCheck, SaysWhatIsReadInThePlaceOfANumber) {
+    const std::pair<QString, QString> cases[] = {
+        {u"1,5"_s, u"“1,5”不是数值，按 1 计算。"_s},
+        {u"2 000"_s, u"“2 000”不是数值，按 2 计算。"_s},
+        {u"-.5mm"_s, u"“-.5mm”不是数值，按 -0.5 计算。"_s},
+        {u"宽"_s, u"“宽”不是数值，按 0 计算。"_s},
+        {u" "_s, u"没有填写数值。"_s},
+    };
+    for (const auto& [constant, text] : cases) {
+        const auto faults = conditionFaults({{is(u"a"_s, CompareLess, constant)}});
+        ASSERT_EQ(faults.size(), 1U);
+        EXPECT_EQ(faults.front().text, u"“小于”要与数值比较，但"_s + text);
     }
 }
 
@@ -249,6 +267,7 @@ TEST(ConditionWords, SayWhatIsEvaluated) {
         {{is(u"a"_s, CompareContains, u"x  y"_s)}, u"a 包含“x  y”"_s},
         {{all({all({b})})}, u"b 文本等于“木材”"_s},
         {{is({}, CompareLess, {})}, u"［未填名称］ 小于 ［未填数值］"_s},
+        {{is(u"a"_s, CompareEqual, u"1,5"_s)}, u"a 等于 1,5（按 1 计算）"_s},
         {{a, b}, u"a 大于等于 2（不起作用）；b 文本等于“木材”"_s},
         {{a, unknown}, u"a 大于等于 2；［未知类型 9，沿用前面的结果］"_s},
         {{a, all({no({unknown}), b})},
@@ -298,10 +317,14 @@ TEST(ConditionText, IsReadAndWrittenAsOneLine) {
     };
     for (const auto& each : cases) {
         const ParsedCondition parsed = parseCondition(each.text);
-        EXPECT_EQ(parsed.error, QString()) << qPrintable(each.text);
+        EXPECT_FALSE(parsed.error) << qPrintable(each.text);
+        EXPECT_EQ(parsed.warnings.empty(), !each.text.contains(u"12 mm"_s));
         EXPECT_EQ(parsed.tree, ConditionTree{{each.root}}) << qPrintable(each.text);
         EXPECT_EQ(conditionText({{each.root}}), each.written.isEmpty() ? each.text : each.written);
     }
+    const auto warnings = parseCondition(u"a = 1 and\nb < \"2 m\" and c = \"3,5\""_s).warnings;
+    ASSERT_EQ(warnings.size(), 2U);
+    EXPECT_EQ(std::tuple(warnings[1].line, warnings[1].column), std::tuple(2, 15));
     const ParsedCondition deep = parseCondition(*conditionText(nested(Condition::kMaxDepth)));
     EXPECT_EQ(deep.tree, nested(Condition::kMaxDepth));
     ConditionNode typed = a;
@@ -340,10 +363,12 @@ TEST(ConditionText, ErrorsNameTheirPlace) {
     };
     for (const auto& each : cases) {
         const ParsedCondition parsed = parseCondition(each.text);
-        EXPECT_TRUE(parsed.error.contains(QLatin1StringView(each.error)))
-            << qPrintable(each.text.left(40) + u": "_s + parsed.error);
+        ASSERT_TRUE(parsed.error) << qPrintable(each.text.left(40));
+        EXPECT_TRUE(parsed.error->text.contains(QLatin1StringView(each.error)))
+            << qPrintable(each.text.left(40) + u": "_s + parsed.error->text);
         EXPECT_TRUE(parsed.tree.isEmpty());
-        EXPECT_EQ(std::pair(parsed.line, parsed.column), std::pair(each.line, each.column))
+        EXPECT_EQ(std::pair(parsed.error->line, parsed.error->column),
+                  std::pair(each.line, each.column))
             << qPrintable(each.text.left(40));
     }
 }

@@ -45,6 +45,7 @@ update FilterCond set ID=2,Type=4 where ID=1 → condition 2 of filter 5: its pa
 insert into FilterCond values(4,5,1,3) → filter 5: this group is empty
 update FilterCond set ParentID=0,ID=0 where ID=1 → condition 2 of filter 5: its parent 1 does not exist; filter 5: it contains itself, is nested too deep or has too many conditions
 update FilterExpressions set TheConst='x' → filter 5: this comparison needs a number
+update FilterExpressions set TheConst='2 m' → warning: filter 5: only the number at the start of the constant counts
 update FilterExpressions set CompareType=8 → filter 5: this comparison is unknown
 update FilterExpressions set FieldName='' → filter 5: the name of a property is empty
 insert into RecentVar(VarName,FormulaID) values('X',1) → variable "x" of formula 1 has 2 values
@@ -56,14 +57,19 @@ update TableInfo set PrptyVal='1.0' → the version record DBVersion is "1.0", n
 
 class Check : public LibraryFiles {
   protected:
-    /// The faults of the sound library after some statements.
+    /// The faults and warnings of the sound library after some statements.
     QStringList faultsAfter(const QStringList& statements) const {
         write(u"a.mdb"_s, sound_);
         data::Connection connection = open(path(u"a.mdb"_s));
         for (const QString& statement : statements) {
             connection.execute(statement);
         }
-        return checkLibrary(path(u"a.mdb"_s)).faults;
+        const CheckReport report = checkLibrary(path(u"a.mdb"_s));
+        QStringList found = report.faults;
+        for (const QString& warning : report.warnings) {
+            found.append(u"warning: "_s + warning);
+        }
+        return found;
     }
 
     const QString library_ = build(u"a.mdb"_s, soundText);

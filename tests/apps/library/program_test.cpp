@@ -33,6 +33,14 @@ TEST_F(LibraryProgram, TellsItsOutcomeByExitCodeOutputAndErrorOutput) {
               '!' + text.toUtf8() + ":1:1: [[folder]] needs \"name\"\n");
     EXPECT_TRUE(run(1, u"dump "_s + text).startsWith('!'));
     EXPECT_TRUE(run(1, u"dump "_s + library, u"/dev/full"_s).startsWith('!'));
+    write(u"a.toml"_s,
+          "[[folder]]\nname = 'a'\n[[property]]\nid = 1\nname = 'p'\nnode = 1\nnode_type = 1\n"
+          "condition = 'x = 1 and y > \"12 mm\"'\n");
+    const QByteArray said = "only the number at the start of the constant counts\n";
+    EXPECT_EQ(run(0, u"build %1 %2"_s.arg(text, library)),
+              '!' + text.toUtf8() + ":8:24: warning: the condition: " + said);
+    EXPECT_EQ(run(0, u"check "_s + library),
+              "warning: filter 1: " + said + "1 folders, 0 formulas, 0 pictures\n");
     build(u"a.mdb"_s, "[[folder]]\nname = 'a'\nparent = 5\n");
     EXPECT_EQ(run(1, u"check "_s + library), "folder 1 \"a\": its parent 5 does not exist\n");
     const QString tables =
