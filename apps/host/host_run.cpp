@@ -20,12 +20,12 @@ class PrintingQuestions : public Questions {
     explicit PrintingQuestions(QTextStream& out) : out_(out) {}
 
     void inform(const QString& text) override {
-        informed_ = true;
+        lastInformation_ = text;
         print(text);
     }
 
-    /// Whether the control has reported something.
-    bool informed() const { return informed_; }
+    /// What the control has reported last; "" when it has reported nothing.
+    const QString& lastInformation() const { return lastInformation_; }
 
     bool confirm(const QString& text, Choice) override {
         print(text);
@@ -41,7 +41,7 @@ class PrintingQuestions : public Questions {
     void print(const QString& text) { out_ << "message: " << oneLine(text) << Qt::endl; }
 
     QTextStream& out_;
-    bool informed_ = false;
+    QString lastInformation_;
 };
 
 /// Selects the tree node, or the formula of the selected node, with this key.
@@ -60,13 +60,18 @@ void selectKey(ControlDriver& driver, const QString& key) {
     }
 }
 
-void followOptions(const HostOptions& options, HostWindow& window, QTextStream& out) {
+void followOptions(const HostOptions& options, HostWindow& window,
+                   const PrintingQuestions& printing, QTextStream& out) {
     ControlDriver driver(window.control());
     for (const QString& key : options.selections) {
         selectKey(driver, key);
     }
+    // Steps to something that is gone go past it, those to a library that does not open do not.
+    const auto isPassed = [&] {
+        return printing.lastInformation().endsWith(QStringLiteral("不存在！"));
+    };
     for (const QString& property : options.locates) {
-        for (const QString& line : locateLines(window.control(), property)) {
+        for (const QString& line : locateLines(window.control(), property, isPassed)) {
             out << line << Qt::endl;
         }
     }
@@ -92,8 +97,8 @@ int runHost(const HostOptions& options, QTextStream& out, QTextStream& err) {
     }
     window.show();
     window.openFolder(options.deployFolder);
-    const bool started = !printing.informed();
-    followOptions(options, window, out);
+    const bool started = printing.lastInformation().isEmpty();
+    followOptions(options, window, printing, out);
     if (!options.reports()) {
         return QApplication::exec();
     }

@@ -29,20 +29,25 @@ QStringList locatedPath(const ControlDriver& driver) {
 
 }  // namespace
 
-QStringList locateLines(Varo_CalcEx& control, const QString& property) {
+QStringList locateLines(Varo_CalcEx& control, const QString& property,
+                        const std::function<bool()>& isPassed) {
     const ControlDriver driver(control);
     QToolButton& next = driver.editButton(QStringLiteral("查找下一个"));
     QToolButton& previous = driver.editButton(QStringLiteral("查找上一个"));
     QStringList lines;
+    int steps = 0;
     control.SetDesignProp(property);
-    for (QStringList path = locatedPath(driver); !path.isEmpty(); path = locatedPath(driver)) {
-        lines.append(oneLine(QStringLiteral("located: ") + path.join(QStringLiteral(" / "))));
-        if (!next.isEnabled()) {
+    for (;; ++steps) {
+        const QStringList path = locatedPath(driver);
+        if (!path.isEmpty()) {
+            lines.append(oneLine(QStringLiteral("located: ") + path.join(QStringLiteral(" / "))));
+        }
+        if (!next.isEnabled() || (path.isEmpty() && !isPassed())) {
             break;
         }
         next.click();
     }
-    for (qsizetype step = lines.size(); step > 0 && previous.isEnabled(); --step) {
+    for (; steps > 0 && previous.isEnabled(); --steps) {
         previous.click();
     }
     return lines.isEmpty() ? QStringList{QStringLiteral("located: nothing")} : lines;

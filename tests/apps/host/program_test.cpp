@@ -74,16 +74,16 @@ TEST_F(HostProgram, PrintsWhatIsLocatedAndShowsTheFirstOfIt) {
     library_.addProperty(0, u"用途"_s, *filter, 1, NodeTypeFolder);
     library_.addProperty(1, u"用途"_s, 0, 9, NodeTypeFolder);
     library_.addProperty(0, u"用途"_s, 0, 0, NodeTypeFolder);
-    // The folder that is gone ends it, whatever comes behind.
     const QString gone = u"message: 用户需要定位的节点不存在！\n"_s;
     const QString formula = u"located: 库1 / 拉杆 / 应力\n"_s;
+    const QString library = u"located: 库1\n"_s;
     const QString wooden = u"--prop 跨度=3 --prop 材料=木材 --locate 用途 --locate=无 --quit"_s;
+    // The folder that is gone is told on the way there and on the way back.
     EXPECT_TRUE(QString::fromStdString(run(u"--prop 跨度=3m --locate 用途 --quit"_s).out)
-                    .startsWith(gone + formula +
-                                u"located: 库1 / 拉杆\nlibrary: 库1\n"
-                                "folder: 拉杆\nformula: 应力\n"_s));
+                    .startsWith(gone + gone + formula + u"located: 库1 / 拉杆\n"_s + library +
+                                u"library: 库1\nfolder: 拉杆\nformula: 应力\n"_s));
     EXPECT_TRUE(QString::fromStdString(run(wooden).out)
-                    .startsWith(gone + formula + u"located: nothing\n"_s));
+                    .startsWith(gone + gone + formula + library + u"located: nothing\n"_s));
 }
 
 TEST_F(HostProgram, WhatIsNotThereOrNotUnderstoodIsNamedAndEndsWithTwo) {
