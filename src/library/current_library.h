@@ -29,6 +29,9 @@ class CurrentLibrary {
     /// Closes the file. What was read from it is forgotten.
     void close();
 
+    /// The configured libraries.
+    const colFormulaDB& libraries() const { return libraries_; }
+
     bool isOpen() const { return connection_.isOpen(); }
     /// Number of the open library; 0 when none is open.
     int number() const { return isOpen() ? number_ : 0; }

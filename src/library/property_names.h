@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/data/connection.h"
 #include "store/collections.h"
 
 #include <QStringList>
@@ -15,5 +16,10 @@ struct PropertyNames {
 
 /// Reads them on a connection of its own, up to the first library that cannot be read.
 PropertyNames readPropertyNames(const colFormulaDB& libraries);
+
+/// The names under which conditions and variables of the libraries ask the host for values, each
+/// once, sorted. The library that is open on `open` is read through it, also when it is none of
+/// `libraries`; the others on a connection of their own. One that cannot be read is left out.
+QStringList askedNames(const colFormulaDB& libraries, data::Connection& open);
 
 }  // namespace varo

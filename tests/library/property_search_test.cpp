@@ -2,6 +2,7 @@
 
 #include "library/condition.h"
 #include "library/open_libraries.h"
+#include "library/property_names.h"
 
 namespace varo::test {
 namespace {
@@ -200,6 +201,37 @@ TEST_F(Search, AFailureEndsItWithWhatWasFoundBefore) {
     ASSERT_TRUE(QFile::remove(second.path()));
     EXPECT_EQ(found(), QStringList{item});
     EXPECT_EQ(failure, u"无法打开用户选择的数据库！"_s);
+}
+
+TEST(AskedNames, AreThoseOfAllLibrariesSortedWithoutUnreadableOnes) {
+    OpenLibraries on;
+    const auto ask = [](TestLibrary& library, const QStringList& names) {
+        for (int id = 1; id <= names.size(); ++id) {
+            addCondition(library, 1, {{id, 0, Leaf, names[id - 1], 0, u"1"_s}});
+        }
+    };
+    ask(on.first, {u"跨度"_s, u"A"_s, u"b"_s, u" "_s});
+    ask(on.second, {u"a"_s, u"跨度"_s});
+    on.second.addValue(u"v"_s, on.flow, u"1"_s);
+    on.second.setSource(u"v"_s, on.flow, VarSourceProperty, u"流速"_s);
+    TestLibrary third;
+    ask(third, {u"三"_s});
+    const auto names = [&](TestLibrary& open) {
+        return askedNames(on.libraries, open.connection()).join(u' ');
+    };
+    const QString ofTwo = u"A a b 流速 跨度"_s;
+    const QString ofThree = u"A a b 三 流速 跨度"_s;
+    EXPECT_EQ(names(on.first), ofTwo);
+    EXPECT_EQ(names(third), ofThree) << "open, and none of the configured ones";
+    addTo(on.libraries, third.folder(), u"none.vdb"_s);
+    on.configure(third);
+    EXPECT_EQ(names(on.first), ofThree);
+    // The open library is read though everybody else is locked out of it.
+    on.first.connection().execute(u"Begin Exclusive"_s);
+    EXPECT_EQ(names(on.first), ofThree);
+    on.first.connection().execute(u"Commit"_s);
+    const MissingColumn missing(third, "FilterExpressions", "FieldName");
+    EXPECT_EQ(names(on.first), ofTwo);
 }
 
 }  // namespace
