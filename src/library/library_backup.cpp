@@ -3,7 +3,6 @@
 #include "platform/data/copy_database.h"
 #include "store/attempt.h"
 
-#include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
@@ -16,10 +15,10 @@ namespace varo {
 
 namespace {
 
-/// The library that a backup is of, and its digest when the dialog last changed it.
+/// The library that a backup is of, and how it differed from it when the dialog last changed it.
 struct Note {
     QString library;
-    QByteArray digest;
+    QByteArray difference;
 };
 
 QString backupIn(const QString& folder) {
@@ -38,8 +37,9 @@ std::unique_ptr<QLockFile> lockIn(const QString& folder) {
 }
 
 bool writeNote(const QString& path, const Note& note) {
-    const QJsonObject object{{QStringLiteral("library"), note.library},
-                             {QStringLiteral("sha256"), QString::fromLatin1(note.digest.toHex())}};
+    const QJsonObject object{
+        {QStringLiteral("library"), note.library},
+        {QStringLiteral("difference_sha256"), QString::fromLatin1(note.difference.toHex())}};
     const QByteArray text = QJsonDocument(object).toJson();
     QSaveFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.flush() &&
@@ -54,24 +54,17 @@ Note readNote(const QString& path) {
     }
     const QJsonObject object = QJsonDocument::fromJson(file.readAll()).object();
     return {object.value(u"library").toString(),
-            QByteArray::fromHex(object.value(u"sha256").toString().toLatin1())};
+            QByteArray::fromHex(object.value(u"difference_sha256").toString().toLatin1())};
 }
 
-/// The SHA-256 of a file that nobody else uses; empty when it cannot be read.
-QByteArray digestOf(const QString& path) {
-    QFile file(path);
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    return file.open(QIODevice::ReadOnly) && hash.addData(&file) ? hash.result() : QByteArray();
-}
-
-/// True when the library can be read and is as it was noted. What a program that was killed has
-/// left half-written is undone first.
-bool isAsNoted(const Note& note) {
+/// True when the library can be read and differs from the backup in `folder` as it was noted. What
+/// a program that was killed has left half-written is undone first.
+bool isAsNoted(const QString& folder, const Note& note) {
     bool same = false;
-    return !note.library.isEmpty() && !note.digest.isEmpty() && attempt([&] {
+    return !note.library.isEmpty() && attempt([&] {
         data::Connection connection;
         connection.open(note.library);
-        same = data::databaseDigest(connection) == note.digest;
+        same = data::differenceDigest(connection, backupIn(folder)) == note.difference;
     }) && same;
 }
 
@@ -117,10 +110,10 @@ bool settleLeftBackup(const QString& folder, Questions& questions) {
         return false;
     }
     const Note note = readNote(noteIn(folder));
-    if (!isAsNoted(note)) {
+    if (!isAsNoted(folder, note)) {
         return keepAside(folder, note.library, questions);
     }
-    if (digestOf(backupIn(folder)) == note.digest) {
+    if (note.difference == data::noDifference()) {
         return discardIn(folder);
     }
     const bool isWanted = questions.confirm(
@@ -129,10 +122,10 @@ bool settleLeftBackup(const QString& folder, Questions& questions) {
             .arg(note.library),
         Choice::YesNo);
     // The user may have taken long to answer.
-    if (!isWanted || !isAsNoted(note)) {
+    if (!isWanted || !isAsNoted(folder, note)) {
         return keepAside(folder, note.library, questions);
     }
-    if (!attempt([&] { data::restoreDatabase(backupIn(folder), note.library); })) {
+    if (!attempt([&] { data::restoreDatabase(backupIn(folder), note.library, note.difference); })) {
         questions.inform(
             QStringLiteral("回滚数据库失败，无法恢复原有的数据！\n"
                            "请关闭数据库文件再试！"));
@@ -154,10 +147,10 @@ void LibraryBackup::make(data::Connection& connection) {
     }
     library_ = QFileInfo(connection.path()).absoluteFilePath();
     version_ = versionOf(connection);
-    data::copyDatabase(connection, backupIn(folder_), [&](const QByteArray& digest) {
-        digest_ = digest;
+    difference_ = data::noDifference();
+    data::copyDatabase(connection, backupIn(folder_), [&] {
         // A note without a backup means nothing, a backup without a note cannot be taken back.
-        if (!writeNote(noteIn(folder_), {library_, digest_})) {
+        if (!writeNote(noteIn(folder_), {library_, difference_})) {
             throw data::Error(QStringLiteral("%1 cannot be written").arg(noteIn(folder_)));
         }
     });
@@ -165,25 +158,23 @@ void LibraryBackup::make(data::Connection& connection) {
     isMade_ = true;
 }
 
-void LibraryBackup::noteLibrary(data::Connection& connection) {
-    attempt([&] {
-        const QByteArray digest = data::databaseDigest(connection);
-        // Read last, so that the digest is of nothing that another program has written.
-        if (versionOf(connection) == version_) {
-            digest_ = digest;
-            writeNote(noteIn(folder_), {library_, digest_});
-        }
-    });
+bool LibraryBackup::noteLibrary(data::Connection& connection) {
+    bool isOwn = false;
+    return attempt([&] {
+               const QByteArray difference = data::differenceDigest(connection, path());
+               // Read last, so that the digest is of nothing that another program has written.
+               isOwn = versionOf(connection) == version_;
+               if (isOwn) {
+                   difference_ = difference;
+               }
+           }) &&
+           isOwn && writeNote(noteIn(folder_), {library_, difference_});
 }
 
 bool LibraryBackup::restore(data::Connection& connection) {
-    bool isOwn = false;
-    attempt([&] { isOwn = versionOf(connection) == version_; });
     connection.close();
-    const bool isUnchanged =
-        !QFileInfo::exists(library_) || (isOwn && isAsNoted({library_, digest_}));
-    const bool restored = isMade_ && isUnchanged &&
-                          attempt([&] { data::restoreDatabase(backupIn(folder_), library_); });
+    const bool restored =
+        isMade_ && attempt([&] { data::restoreDatabase(path(), library_, difference_); });
     mustStay_ = !restored;
     if (restored) {
         discard();

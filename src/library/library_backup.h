@@ -23,8 +23,10 @@ inline constexpr auto kBackupName = "BackupDB.def";
 bool settleLeftBackup(const QString& folder, Questions& questions);
 
 /// "BackupDB.def" in a folder, and beside it a note ("BackupDB.note") with the library's path and
-/// the digest that the library had when the dialog last changed it. From make() to the destruction
-/// or discard(), a lock ("BackupDB.lock") keeps others in this program and other ones from both.
+/// the digest of what distinguished the library from the backup when the dialog last changed it:
+/// with the backup, that tells the library as it was then from any other. From make() to the
+/// destruction or discard(), a lock ("BackupDB.lock") keeps others in this program and other ones
+/// from both.
 class LibraryBackup {
   public:
     /// `folder` ends with a separator.
@@ -39,16 +41,19 @@ class LibraryBackup {
     void make(data::Connection& connection);
 
     /// Notes the library as it is now, after the dialog has changed it through the connection that
-    /// make() had. When that fails, or another program has changed the library since make(), the
-    /// backup is not taken back any more: restore() fails, and a backup that is left is kept under
-    /// another name.
-    void noteLibrary(data::Connection& connection);
+    /// make() had. Returns false when that fails: if the library cannot be read or another program
+    /// has changed it since make(), restore() fails; if only the note cannot be written, a backup
+    /// that a killed program leaves is kept under another name instead of being taken back.
+    bool noteLibrary(data::Connection& connection);
 
-    /// Closes `connection`, the one that make() had, puts the backup in the place of the library,
-    /// and discards it. Returns false when that fails: the library is then as it was, and the
-    /// backup stays to be settled the next time. It also fails when another program has changed the
-    /// library since make().
+    /// Closes `connection`, the one that make() had, gives the library the content of the backup as
+    /// data::restoreDatabase() does, and discards the backup. Returns false when that fails: the
+    /// library is then as it was, and the backup stays to be settled the next time. It also fails
+    /// when another program has changed the library since make().
     bool restore(data::Connection& connection);
+
+    /// Where the backup is made.
+    QString path() const { return folder_ + QLatin1StringView(kBackupName); }
 
     /// Deletes backup and note.
     void discard();
@@ -57,8 +62,8 @@ class LibraryBackup {
     QString folder_;
     std::unique_ptr<QLockFile> lock_;
     QString library_;
-    QByteArray digest_;   ///< of the library as it was last noted
-    qint64 version_ = 0;  ///< changed by other programs' writes only
+    QByteArray difference_;  ///< of the library, as it was last noted, from the backup
+    qint64 version_ = 0;     ///< changed by other programs' writes only
     bool isMade_ = false;
     bool mustStay_ = false;
 };

@@ -1,6 +1,7 @@
 #include "library/property_session.h"
 
 #include "library/limits.h"
+#include "library/property_names.h"
 #include "store/attempt.h"
 #include "store/library_connection.h"
 
@@ -161,20 +162,8 @@ void PropertySession::remove(qint32 id) {
     std::erase_if(listed_, [&](const ListedProperty& each) { return each.id == id; });
 }
 
-QStringList PropertySession::namesInUse() {
-    QStringList names;
-    attempt([&] {
-        // Variables too can take their value from a property of the host.
-        const QString query = QStringLiteral(
-            "Select FieldName As Name From FilterExpressions Union "
-            "Select VarMemo From RecentVar Where VarSourceType = 1 Order By Name");
-        for (auto rs = connection_.query(query); !rs.atEnd(); rs.moveNext()) {
-            if (const QString name = rs.text(0); !name.trimmed().isEmpty()) {
-                names.append(name);
-            }
-        }
-    });
-    return names;
+QStringList PropertySession::namesInUse(const colFormulaDB& libraries) {
+    return askedNames(libraries, connection_);
 }
 
 std::optional<StoredCondition> PropertySession::readFilter(qint32 id) {
@@ -198,14 +187,25 @@ bool PropertySession::isUsedByAnother(qint32 filter, qint32 id) {
            });
 }
 
-bool PropertySession::saveFilter(qint32 id, const ConditionTree& tree) {
+/// Takes note of what has been written; returns what the user is to be told when that fails.
+QString PropertySession::noteLibrary() {
+    return backup_.noteLibrary(connection_)
+               ? QString()
+               : QStringLiteral(
+                     "修改已经写入数据库文件，但无法更新备份的记录，取消时可能无法恢复"
+                     "原有的数据！\n原有数据的备份：\n%1")
+                     .arg(backup_.path());
+}
+
+PropertySession::Outcome PropertySession::saveFilter(qint32 id, const ConditionTree& tree) {
+    const Outcome failed{.message = QStringLiteral("保存过滤条件失败！")};
     ListedProperty* property = listed(id);
     if (property == nullptr) {
-        return false;
+        return failed;
     }
     const auto stored = readFilter(id);
     if (stored && stored->isWhole && property->filter != 0 && stored->tree == tree) {
-        return true;
+        return {.isDone = true, .message = {}};
     }
     std::optional<qint32> saved;
     const bool done = attempt([&] {
@@ -216,36 +216,36 @@ bool PropertySession::saveFilter(qint32 id, const ConditionTree& tree) {
         }
     });
     if (!done || !saved) {
-        return false;
+        return failed;
     }
     property->filter = *saved;
     lastFilter_ = std::max(lastFilter_, *saved);
     filtersWritten_ = true;
     noteRelation(id);
-    backup_.noteLibrary(connection_);
-    return true;
+    return {.isDone = true, .message = noteLibrary()};
 }
 
-bool PropertySession::deleteFilter(qint32 id) {
+PropertySession::Outcome PropertySession::deleteFilter(qint32 id) {
     ListedProperty* property = listed(id);
-    if (property == nullptr) {
-        return false;
+    const bool hasFilter = property != nullptr && property->filter != 0;
+    bool isShared = false;
+    const bool done =
+        property != nullptr &&
+        (!hasFilter || (attempt([&] { isShared = isUsedByAnother(property->filter, id); }) &&
+                        (isShared || filters_.remove(property->filter))));
+    if (!done) {
+        return {.message = QStringLiteral("删除过滤条件失败！")};
     }
-    if (property->filter == 0) {
-        return true;
+    if (!hasFilter) {
+        return {.isDone = true, .message = {}};
     }
-    bool done = false;
-    attempt([&] {
-        const bool isShared = isUsedByAnother(property->filter, id);
-        done = isShared || filters_.remove(property->filter);
-        filtersWritten_ = filtersWritten_ || (done && !isShared);
-    });
-    if (done) {
-        property->filter = 0;
-        noteRelation(id);
-        backup_.noteLibrary(connection_);
+    property->filter = 0;
+    noteRelation(id);
+    if (isShared) {
+        return {.isDone = true, .message = {}};
     }
-    return done;
+    filtersWritten_ = true;
+    return {.isDone = true, .message = noteLibrary()};
 }
 
 /// The filter of an addition is written with it.
@@ -274,7 +274,7 @@ QString PropertySession::commit() {
     }
     commitFailed_ = !failure.isEmpty();
     if (commitFailed_ && committed) {
-        backup_.noteLibrary(connection_);
+        backup_.noteLibrary(connection_);  // the user is told of the commit that failed
     } else if (!commitFailed_) {
         filtersWritten_ = false;
         backup_.discard();

@@ -2,6 +2,7 @@
 
 #include "library/filter_store.h"
 #include "library/library_backup.h"
+#include "store/collections.h"
 #include "store/db_funcs.h"
 
 #include <optional>
@@ -60,22 +61,31 @@ class PropertySession {
 
     void remove(qint32 id);
 
-    /// The names of properties that conditions of this library ask for, each once, sorted. Empty
-    /// when they cannot be read.
-    QStringList namesInUse();
+    /// As askedNames(), the open library being the one that the session has.
+    QStringList namesInUse(const colFormulaDB& libraries);
 
     /// The filter of a property as it is stored: an empty tree when it has none. Nothing when it
     /// cannot be read.
     std::optional<StoredCondition> readFilter(qint32 id);
 
+    /// What became of an edit that writes.
+    struct Outcome {
+        bool isDone = false;
+        QString message;  ///< what the user is to be told; "" when all is well
+
+        explicit operator bool() const { return isDone; }
+    };
+
     /// Stores `tree` as the filter of the property, over the one that it has unless another
     /// property uses that, and notes the relation. A tree equal to the stored one changes nothing
-    /// of it, whatever shape it is stored in. False, with nothing changed, as in FilterStore.
-    bool saveFilter(qint32 id, const ConditionTree& tree);
+    /// of it, whatever shape it is stored in. Not done, with nothing changed, as in FilterStore.
+    /// What has been written without the backup's note (see LibraryBackup::noteLibrary()) is told.
+    Outcome saveFilter(qint32 id, const ConditionTree& tree);
 
-    /// Takes the filter from the property, and deletes it unless another property uses it. False,
-    /// with nothing changed, when that fails; true for a property without one.
-    bool deleteFilter(qint32 id);
+    /// Takes the filter from the property, and deletes it unless another property uses it. Not
+    /// done, with nothing changed, when that fails; done for a property without one. The note as
+    /// above.
+    Outcome deleteFilter(qint32 id);
 
     /// True when anything would be lost by closing: pending changes, or filters written.
     bool hasChanges() const;
@@ -114,6 +124,7 @@ class PropertySession {
     bool removeUnused(qint32 filter, qint32 id);
     QString write(Pending& pending);
     QString firstMessage() const;
+    QString noteLibrary();
 
     clsDBFuncs& funcs_;
     data::Connection connection_;

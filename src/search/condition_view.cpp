@@ -77,7 +77,10 @@ QWidget* ConditionDelegate::createNameBox(QWidget* parent) const {
     box->setObjectName(QStringLiteral("cmbName"));
     box->setEditable(true);
     box->setInsertPolicy(QComboBox::NoInsert);
-    box->addItems(names_);
+    if (!names_) {
+        names_ = nameSource_ ? nameSource_() : QStringList();
+    }
+    box->addItems(*names_);
     box->completer()->setCaseSensitivity(Qt::CaseInsensitive);
     box->completer()->setCompletionMode(QCompleter::PopupCompletion);
     box->completer()->setFilterMode(Qt::MatchContains);

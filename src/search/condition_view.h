@@ -7,6 +7,9 @@
 #include <QStyledItemDelegate>
 #include <QTreeView>
 
+#include <functional>
+#include <optional>
+
 namespace varo {
 
 /// Edits a group's kind, and name, comparison and constant of a comparison, in place.
@@ -16,8 +19,8 @@ class ConditionDelegate : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
-    /// The names that are offered.
-    void setNames(const QStringList& names) { names_ = names; }
+    /// What gives the names that are offered; asked once, when a name is edited first.
+    void setNames(std::function<QStringList()> source) { nameSource_ = std::move(source); }
 
     /// The editor that is open; null when there is none.
     QWidget* openEditor() const { return editor_; }
@@ -36,7 +39,8 @@ class ConditionDelegate : public QStyledItemDelegate {
     QWidget* createChoice(QWidget* parent, const ConditionNode& node) const;
     QWidget* createNameBox(QWidget* parent) const;
 
-    QStringList names_;
+    std::function<QStringList()> nameSource_;
+    mutable std::optional<QStringList> names_;
     mutable QPointer<QWidget> editor_;
 };
 
@@ -48,7 +52,7 @@ class ConditionView : public QTreeView {
   public:
     explicit ConditionView(QWidget* parent);
 
-    void setNames(const QStringList& names) { delegate_->setNames(names); }
+    void setNames(std::function<QStringList()> source) { delegate_->setNames(std::move(source)); }
 
     /// The text in the place of a condition without nodes.
     void setPlaceholder(const QString& text);

@@ -1,6 +1,7 @@
 #include "search/property_dialog.h"
 
 #include "platform/ui/node_view.h"
+#include "platform/ui/wait_cursor.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -33,7 +34,6 @@ PropertyDialog::PropertyDialog(const QString& title, PropertySession& session,
     form_.lvProp->setModel(&model_);
     form_.lvProp->fitFirstColumn();
     form_.lvProp->setCommandKeys({Qt::Key_Insert, Qt::Key_Delete, Qt::Key_F2});
-    form_.SetFilterProp->setNames(session.namesInUse());
     connectCommands();
     constexpr QSize kOpeningSize(820, 560);
     resize(kOpeningSize);
@@ -45,6 +45,10 @@ PropertyDialog::PropertyDialog(const QString& title, PropertySession& session,
 PropertyDialog::~PropertyDialog() {
     // A label that is being edited goes with its list, without renaming anything.
     form_.lvProp->setModel(nullptr);
+}
+
+void PropertyDialog::offerNames(std::function<QStringList()> source) {
+    form_.SetFilterProp->setNames(std::move(source));
 }
 
 void PropertyDialog::connectCommands() {
@@ -199,8 +203,7 @@ bool PropertyDialog::saveShown() {
         form_.cmdSaveFilter->setEnabled(false);
         return false;
     }
-    if (!session_.saveFilter(*shown_, form_.SetFilterProp->tree())) {
-        questions_.inform(QStringLiteral("保存过滤条件失败！"));
+    if (!write([&] { return session_.saveFilter(*shown_, form_.SetFilterProp->tree()); })) {
         return false;
     }
     form_.SetFilterProp->setSaved();
@@ -208,15 +211,27 @@ bool PropertyDialog::saveShown() {
     return true;
 }
 
+/// Runs what writes a filter, and tells what the user is to be told. Returns whether it was done.
+bool PropertyDialog::write(const std::function<PropertySession::Outcome()>& edit) {
+    PropertySession::Outcome outcome;
+    {
+        const ui::clsWaitCursor waiting;
+        outcome = edit();
+    }
+    if (!outcome.message.isEmpty()) {
+        questions_.inform(outcome.message);
+    }
+    return outcome.isDone;
+}
+
 void PropertyDialog::deleteFilter() {
     if (!shown_ || !commitEdits()) {
         return;
     }
-    if (!session_.deleteFilter(*shown_)) {
-        questions_.inform(QStringLiteral("删除过滤条件失败！"));
+    if (!write([&] { return session_.deleteFilter(*shown_); })) {
         return;
     }
-    form_.SetFilterProp->startEmpty();
+    form_.SetFilterProp->setDeleted();
     showWritten();
 }
 
@@ -261,7 +276,11 @@ void PropertyDialog::accept() {
         reject();
         return;
     }
-    const QString failure = session_.commit();
+    QString failure;
+    {
+        const ui::clsWaitCursor waiting;
+        failure = session_.commit();
+    }
     if (!failure.isEmpty()) {
         questions_.inform(failure);
         return;

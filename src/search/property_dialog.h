@@ -7,6 +7,7 @@
 
 #include <QDialog>
 
+#include <functional>
 #include <map>
 #include <optional>
 
@@ -24,6 +25,10 @@ class PropertyDialog : public QDialog {
     PropertyDialog(const QString& title, PropertySession& session, PropertySource& properties,
                    Questions& questions, QWidget* parent);
     ~PropertyDialog() override;
+
+    /// What gives the names that are offered for properties in conditions; asked once, when it is
+    /// needed first.
+    void offerNames(std::function<QStringList()> source);
 
     /// How many properties the node has, once the dialog has been accepted.
     int propertyCount() const { return propertyCount_; }
@@ -46,6 +51,7 @@ class PropertyDialog : public QDialog {
     bool commitEdits();
     bool saveDrafts();
     bool saveShown();
+    bool write(const std::function<PropertySession::Outcome()>& edit);
     void showWritten();
 
     PropertySession& session_;

@@ -2,7 +2,9 @@
 
 #include "library/library_backup.h"
 #include "platform/ui/dialogs.h"
+#include "platform/ui/wait_cursor.h"
 #include "search/property_dialog.h"
+#include "store/keys.h"
 #include "store/library_connection.h"
 
 #include <QDir>
@@ -20,6 +22,11 @@ QString lastingFolder() {
                             QStringLiteral("/BackupDB"));
 }
 
+QString cancelled(PropertySession& session) {
+    const ui::clsWaitCursor waiting;
+    return session.cancel();
+}
+
 }  // namespace
 
 void PropertyEditor::reopen(int number) {
@@ -31,26 +38,30 @@ void PropertyEditor::reopen(int number) {
 }
 
 std::optional<int> PropertyEditor::edit(const PropertyTarget& target) {
-    if (isOpen_ || !library_.isOpen()) {
+    const QString key = libraryKey(target.library);
+    if (isOpen_ || !library_.libraries().contains(key)) {
         return std::nullopt;
     }
     isOpen_ = true;
-    int number = library_.number();
-    const QString folder = library_.folder();
-    const QString fileName = library_.fileName();
+    int number = target.library;
+    const clsFormulaDB chosen = library_.libraries().Item(key);
     library_.close();
     const QString lasting = lastingFolder();
     const QString backups = files_.isTemporary() ? lasting : files_.folder();
-    settleLeftBackup(lasting, questions_);
-    if (backups == lasting) {
-        QDir().mkpath(lasting);
-    } else {
-        settleLeftBackup(backups, questions_);
-    }
+    QString failure;
     PropertySession session(backups, library_.funcs());
-    QString failure = session.SetConnection(folder, fileName, {});
-    if (failure.isEmpty()) {
-        failure = session.InitForm(target.node, target.type);
+    {
+        const ui::clsWaitCursor waiting;
+        settleLeftBackup(lasting, questions_);
+        if (backups == lasting) {
+            QDir().mkpath(lasting);
+        } else {
+            settleLeftBackup(backups, questions_);
+        }
+        failure = session.SetConnection(chosen.FormulaDBPath, chosen.FormulaDBName, {});
+        if (failure.isEmpty()) {
+            failure = session.InitForm(target.node, target.type);
+        }
     }
     if (!failure.isEmpty()) {
         session.cancel();
@@ -62,6 +73,10 @@ std::optional<int> PropertyEditor::edit(const PropertyTarget& target) {
     const QPointer<QWidget> window(&window_);
     const QPointer dialog(
         new PropertyDialog(target.title, session, properties_, questions_, &window_));
+    dialog->offerNames([&] {
+        const ui::clsWaitCursor waiting;
+        return session.namesInUse(library_.libraries());
+    });
     dialog->setWindowTitle(QStringLiteral("%1 - %2").arg(target.title, target.name));
     const auto unload = qScopeGuard([&] { delete dialog; });
     const bool isAccepted = ui::runDialog(*dialog);
@@ -75,7 +90,7 @@ std::optional<int> PropertyEditor::edit(const PropertyTarget& target) {
     std::optional<int> count;
     if (isAccepted && !dialog.isNull()) {
         count = dialog->propertyCount();
-    } else if (const QString told = session.cancel(); !told.isEmpty()) {
+    } else if (const QString told = cancelled(session); !told.isEmpty()) {
         questions_.inform(told);
     }
     reopen(number);

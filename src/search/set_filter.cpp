@@ -148,9 +148,21 @@ void SetFilter::resume(Draft draft) {
 }
 
 void SetFilter::setSaved() {
-    draft_.stored = {.tree = tree(), .remarks = {}};
+    if (isModified()) {
+        draft_.stored = {.tree = tree(), .remarks = {}};
+    }
     notice_ = QStringLiteral("条件已保存。");
     show(selectedPath());
+}
+
+void SetFilter::setDeleted() {
+    // A part of a condition must not come back as if it were the whole.
+    if (isReplacedOnly()) {
+        startEmpty();
+        return;
+    }
+    draft_.stored = {};
+    push({}, {});
 }
 
 ConditionPath SetFilter::selectedPath() const {
@@ -199,6 +211,11 @@ void SetFilter::showRemarks() {
     QStringList remarks;
     if (!isModified()) {
         remarks = draft_.stored.remarks;
+        for (const ConditionFault& fault : conditionFaults(tree())) {
+            if (fault.kind == ConditionFaultKind::NoNumber || isWarning(fault.kind)) {
+                remarks.append(fault.text);
+            }
+        }
     }
     if (isReplacedOnly()) {
         remarks.append(QStringLiteral("这个条件没有全部显示，不能修改，只能清空后重新建立。"));

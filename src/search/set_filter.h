@@ -7,6 +7,8 @@
 
 #include <QWidget>
 
+#include <functional>
+
 class QLabel;
 class QPlainTextEdit;
 
@@ -34,8 +36,8 @@ class SetFilter : public QWidget {
     /// place of an empty condition.
     void setEditing(bool on, const QString& placeholder = {});
 
-    /// The names that are offered for properties.
-    void setNames(const QStringList& names) { view_->setNames(names); }
+    /// What gives the names that are offered for properties; asked once, when it is needed first.
+    void setNames(std::function<QStringList()> source) { view_->setNames(std::move(source)); }
 
     /// Begins with a stored condition, as it is; nothing can be undone.
     void load(StoredCondition stored);
@@ -57,8 +59,13 @@ class SetFilter : public QWidget {
     /// has the focus.
     bool check();
 
-    /// Says that the condition has been stored as it stands.
+    /// Says that the condition is stored as it stands. One that has not been edited stays in the
+    /// shape in which it was stored.
     void setSaved();
+
+    /// Says that the stored condition has been deleted, and shows none; that can be undone, as an
+    /// edit.
+    void setDeleted();
 
     /// Asks the host for the values that the condition names, and marks what is true and what is
     /// not, until the condition changes.

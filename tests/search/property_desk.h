@@ -129,10 +129,8 @@ class PropertyDesk : public BeamDesk {
         settle();
         return desk->list().selectedIndex().data().toString();
     }
-    /// As another program reads the file, which may be a new one.
+    /// As a program reads the file that has had it open all the time.
     QString stored() {
-        first.connection().close();
-        first.connection().open(first.path());
         return (first.rows(u"Select * From Property Order By PropID"_s) +
                 first.rows(u"Select ID,UserID,ParentID,Type From FilterCond Order By ID"_s) +
                 first.rows(u"Select FilterID,ExpID,FieldName,CompareType,TheConst "

@@ -357,11 +357,50 @@ TEST_F(FilterEditor, AStoredConditionOfAnotherShapeIsKeptUntilItIsChanged) {
               QStringList{u"b|1"_s});
 }
 
-TEST_F(FilterEditor, NamesInUseAreOffered) {
+TEST_F(FilterEditor, SavingWhatIsStoredKeepsItsRemarks) {
+    store({u"1 0 4"_s, u"2 8 4"_s});
+    const QString before = stored();
+    editShear([&] {
+        const QString remark = remarks();
+        EXPECT_TRUE(remark.contains(u"不在任何根之下"_s));
+        click("cmdSearch");
+        click("cmdSaveFilter");
+        EXPECT_EQ(remarks(), remark + u"\n条件已保存。"_s);
+        click("cmdOK");
+    });
+    EXPECT_EQ(stored(), before);
+}
+
+TEST_F(FilterEditor, AStoredConstantThatIsNoNumberIsToldAndNotSavedAnew) {
+    store({u"1 0 1"_s, u"2 1 4"_s, u"3 1 4"_s});
+    first.connection().execute(
+        u"Update FilterExpressions Set TheConst = '2 000' Where ExpID = 3"_s);
+    editShear([&] {
+        EXPECT_EQ(words(), u"a 等于 2 并且 a 等于 2 000（按 2 计算）"_s);
+        EXPECT_TRUE(remarks().contains(u"“2 000”不是数值，按 2 计算。"_s));
+        clickNode(1);
+        click("cmdRemove");
+        click("cmdSearch");
+        EXPECT_FALSE(can("cmdSaveFilter"));
+        EXPECT_TRUE(remarks().contains(u"“2 000”不是数值"_s));
+        clickNode(1, 2);
+        key(Qt::Key_F2);
+        open<QLineEdit>("txtConst").setText(u" 2000 "_s);
+        part<QPushButton>("cmdSearch").click();
+        EXPECT_TRUE(can("cmdSaveFilter"));
+    });
+}
+
+TEST_F(FilterEditor, NamesInUseOfAllLibrariesAreOffered) {
     store({u"1 0 4"_s});
+    second.connection().execute(
+        u"Insert Into FilterExpressions(FilterID,ExpID,FieldName,CompareType,TheConst) "
+        "Values(1,1,'流速',0,'1')"_s);
     editShear([&] {
         click("cmdAddCompare");
-        EXPECT_EQ(open<QComboBox>("cmbName").itemText(0), u"a"_s);
+        auto& box = open<QComboBox>("cmbName");
+        EXPECT_EQ(box.itemText(0) + box.itemText(1), u"a流速"_s);
+        EXPECT_EQ(box.count(), 2);
     });
 }
 

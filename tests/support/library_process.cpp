@@ -7,12 +7,16 @@
 //
 // session PATH FOLDER COUNT: saves COUNT filters for formula 1, one over the other, with the backup
 // in FOLDER, and waits to be killed; a line is the number of filters that have been saved.
+//
+// restore PATH FOLDER WRITES: saves a filter in the same way, cancels and ends, or kills itself
+// after so many writes into the library.
 
 #include "library/condition_text.h"
 #include "library/property_session.h"
 #include "store/library_connection.h"
 #include "support/recording_questions.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <sqlite3.h>
@@ -61,7 +65,37 @@ int hold(const char* path, const char* statements, const char* said) {
     }
 }
 
-int session(const char* path, const char* ownFolder, int count) {
+// Kills the process after `left` writes into databases.
+struct KillAfterWrites {
+    static inline int left = 0;
+    static inline sqlite3_vfs* const usual = sqlite3_vfs_find(nullptr);
+    static inline sqlite3_vfs files = *usual;
+    static inline sqlite3_io_methods methods{};
+    static inline const sqlite3_io_methods* usualMethods = nullptr;
+
+    static void install(int writes) {
+        left = writes;
+        files.zName = "killing";
+        files.xOpen = [](sqlite3_vfs*, auto* name, auto* file, int flags, int* out) {
+            const int result = usual->xOpen(usual, name, file, flags, out);
+            if (result == SQLITE_OK && (flags & SQLITE_OPEN_MAIN_DB) != 0) {
+                usualMethods = file->pMethods;
+                methods = *usualMethods;
+                methods.xWrite = [](auto* written, auto* bytes, int length, sqlite3_int64 at) {
+                    if (left-- == 0) {
+                        raise(SIGKILL);
+                    }
+                    return usualMethods->xWrite(written, bytes, length, at);
+                };
+                file->pMethods = &methods;
+            }
+            return result;
+        };
+        sqlite3_vfs_register(&files, 1);
+    }
+};
+
+int session(const char* path, const char* ownFolder, int count, bool isCancelled) {
     test::RecordingQuestions questions;
     clsDBFuncs funcs(questions);
     PropertySession session(QString::fromLocal8Bit(ownFolder), funcs);
@@ -80,6 +114,9 @@ int session(const char* path, const char* ownFolder, int count) {
         }
         say(std::to_string(number));
     }
+    if (isCancelled) {
+        return session.cancel().isEmpty() ? 0 : 1;
+    }
     for (;;) {
         pause();
     }
@@ -95,7 +132,11 @@ int main(int argc, char** argv) {
         }
     }
     if (command == "session" && argc > 4) {
-        return session(argv[2], argv[3], std::atoi(argv[4]));
+        return session(argv[2], argv[3], std::atoi(argv[4]), false);
+    }
+    if (command == "restore" && argc > 4) {
+        KillAfterWrites::install(std::atoi(argv[4]));
+        return session(argv[2], argv[3], 1, true);
     }
     return 1;
 }

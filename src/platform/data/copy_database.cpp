@@ -2,11 +2,17 @@
 
 #include "platform/data/create_database.h"
 #include "platform/data/file_start.h"
+#include "platform/data/sqlite_driver.h"
 #include "platform/data/unfinished_file.h"
 
 #include <QCryptographicHash>
+#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QUrl>
+
+#include <memory>
+#include <sqlite3.h>
 
 namespace varo::data {
 
@@ -29,36 +35,155 @@ void commit(QSaveFile& file) {
     }
 }
 
-/// Passes the file's bytes on while nobody can change them, and returns their SHA-256.
-QByteArray readWhole(Connection& connection, const std::function<void(const QByteArray&)>& take) {
+// A write-ahead log whose content cannot be read from the file itself.
+void requireNoLog(const QString& path) {
+    if (QFileInfo(QFileInfo(path).canonicalFilePath() + QStringLiteral("-wal")).size() > 0) {
+        throw Error(QStringLiteral("%1: another program uses the file").arg(path));
+    }
+}
+
+/// Passes the file's bytes on while nobody can change them.
+void readWhole(Connection& connection, const std::function<void(const QByteArray&)>& take) {
     // What a write-ahead log holds goes into the file; without one this does nothing.
     connection.query(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
     const ReadSnapshot snapshot(connection);
-    const QString log = QFileInfo(connection.path()).canonicalFilePath() + QStringLiteral("-wal");
-    if (QFileInfo(log).size() > 0) {
-        throw Error(QStringLiteral("%1: another program uses the file").arg(connection.path()));
+    requireNoLog(connection.path());
+    readBytes(connection.path(), take);
+}
+
+/// Digests the pieces of a file that another one, the base, has not in the same place.
+class Difference {
+  public:
+    explicit Difference(const QString& base) : base_(base) {
+        if (!base_.open(QIODevice::ReadOnly)) {
+            fail(base_);
+        }
     }
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    readBytes(connection.path(), [&](const QByteArray& bytes) {
-        hash.addData(bytes);
-        take(bytes);
-    });
-    return hash.result();
+
+    void add(const QByteArray& piece) {
+        if (base_.read(piece.size()) != piece) {
+            addNumber(offset_);
+            addNumber(piece.size());
+            hash_.addData(piece);
+        }
+        offset_ += piece.size();
+    }
+
+    QByteArray result() {
+        if (base_.size() > offset_) {
+            addNumber(offset_);
+        }
+        return hash_.result();
+    }
+
+  private:
+    void addNumber(qint64 number) { hash_.addData(QByteArray::number(number).rightJustified(20)); }
+
+    QFile base_;
+    QCryptographicHash hash_{QCryptographicHash::Sha256};
+    qint64 offset_ = 0;
+};
+
+using Handle = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
+
+[[noreturn]] void fail(const QString& path, int result) {
+    throw Error(QStringLiteral("%1: %2").arg(path, QString::fromUtf8(sqlite3_errstr(result))));
+}
+
+/// The database at `path`, with what a killed program has left half-written taken back and without
+/// a write-ahead log; null when it is damaged.
+Handle openRecovered(const QString& path) {
+    sqlite3* opened = nullptr;
+    int result =
+        sqlite3_open_v2(path.toUtf8().constData(), &opened, SQLITE_OPEN_READWRITE, nullptr);
+    Handle handle(opened, sqlite3_close_v2);
+    if (result == SQLITE_OK) {
+        sqlite3_busy_timeout(opened, kLockTimeout);
+        result = sqlite3_exec(opened,
+                              "SELECT count(*) FROM sqlite_schema; PRAGMA wal_checkpoint(TRUNCATE)",
+                              nullptr, nullptr, nullptr);
+    }
+    if (result == SQLITE_NOTADB || result == SQLITE_CORRUPT) {
+        return {nullptr, sqlite3_close_v2};
+    }
+    if (result != SQLITE_OK) {
+        fail(path, result);
+    }
+    return handle;
+}
+
+/// A closed database that nobody changes, opened without locks and side files.
+Handle openCopy(const QString& path) {
+    const QByteArray address =
+        QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toEncoded() + "?immutable=1";
+    sqlite3* opened = nullptr;
+    const int result = sqlite3_open_v2(address.constData(), &opened,
+                                       SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
+    Handle handle(opened, sqlite3_close_v2);
+    if (result != SQLITE_OK) {
+        fail(path, result);
+    }
+    return handle;
+}
+
+/// Gives an open database the content of `copy`, or throws Error and leaves it as it is.
+void overwrite(sqlite3* database, const QString& path, const QString& copy,
+               const QByteArray& difference) {
+    const Handle source = openCopy(copy);
+    const std::unique_ptr<sqlite3_backup, int (*)(sqlite3_backup*)> backup(
+        sqlite3_backup_init(database, "main", source.get(), "main"), sqlite3_backup_finish);
+    // A step without pages locks the database against everybody else's writes.
+    int result =
+        backup == nullptr ? sqlite3_errcode(database) : sqlite3_backup_step(backup.get(), 0);
+    if (result == SQLITE_OK) {
+        requireNoLog(path);
+        Difference found(copy);
+        readBytes(path, [&](const QByteArray& bytes) { found.add(bytes); });
+        if (found.result() != difference) {
+            throw Error(QStringLiteral("%1: another program has changed the file").arg(path));
+        }
+        result = sqlite3_backup_step(backup.get(), -1);
+    }
+    if (result != SQLITE_DONE) {
+        fail(path, result);
+    }
+}
+
+/// Puts a copy of `copy` in the place of the file at `path`, if there is one.
+void replaceByCopy(const QString& copy, const QString& path) {
+    const UnfinishedFile unfinished(path);
+    QSaveFile file(unfinished.path());
+    if (!file.open(QIODevice::WriteOnly)) {
+        fail(file);
+    }
+    readBytes(copy, [&](const QByteArray& bytes) { write(file, bytes); });
+    if (const QFileInfo old(path); old.exists()) {
+        file.setPermissions(old.permissions());
+    }
+    commit(file);
+    replaceDatabase(unfinished.path(), path);
 }
 
 }  // namespace
 
-QByteArray databaseDigest(Connection& connection) {
-    return readWhole(connection, [](const QByteArray&) {});
+QByteArray differenceDigest(Connection& connection, const QString& base) {
+    Difference difference(base);
+    readWhole(connection, [&](const QByteArray& bytes) { difference.add(bytes); });
+    return difference.result();
+}
+
+QByteArray noDifference() {
+    return QCryptographicHash::hash({}, QCryptographicHash::Sha256);
 }
 
 void copyDatabase(Connection& connection, const QString& path,
-                  const std::function<void(const QByteArray& digest)>& beforeItAppears) {
+                  const std::function<void()>& beforeItAppears) {
     QSaveFile copy(path);
     if (!copy.open(QIODevice::WriteOnly)) {
         fail(copy);
     }
-    beforeItAppears(readWhole(connection, [&](const QByteArray& bytes) { write(copy, bytes); }));
+    readWhole(connection, [&](const QByteArray& bytes) { write(copy, bytes); });
+    beforeItAppears();
     commit(copy);
 }
 
@@ -67,24 +192,22 @@ void copyDatabase(const QString& source, const QString& target) {
     connection.open(source);
     const QString path = QFileInfo(target).absoluteFilePath();
     const UnfinishedFile unfinished(path);
-    copyDatabase(connection, unfinished.path(), [](const QByteArray&) {});
+    copyDatabase(connection, unfinished.path(), [] {});
     replaceDatabase(unfinished.path(), path);
 }
 
-void restoreDatabase(const QString& copy, const QString& path) {
+void restoreDatabase(const QString& copy, const QString& path, const QByteArray& difference) {
     const QFileInfo link(path);
     const QString target = link.exists() ? link.canonicalFilePath() : link.absoluteFilePath();
-    const UnfinishedFile unfinished(target);
-    QSaveFile file(unfinished.path());
-    if (!file.open(QIODevice::WriteOnly)) {
-        fail(file);
+    if (QFileInfo(target).size() > 0) {
+        if (!isSqliteFile(target)) {
+            throw Error(QStringLiteral("%1: another program has replaced the file").arg(path));
+        }
+        if (const Handle database = openRecovered(target)) {
+            return overwrite(database.get(), target, copy, difference);
+        }
     }
-    readBytes(copy, [&](const QByteArray& bytes) { write(file, bytes); });
-    if (link.exists()) {
-        file.setPermissions(link.permissions());
-    }
-    commit(file);
-    replaceDatabase(unfinished.path(), target);
+    replaceByCopy(copy, target);
 }
 
 }  // namespace varo::data

@@ -9,24 +9,38 @@
 
 namespace varo::data {
 
-/// The SHA-256 of the file that is open on `connection`, as it is at one moment. Throws Error when
-/// the file is locked, cannot be read, or a part of it is still in a write-ahead log that another
-/// program uses; no transaction or snapshot of the connection may be open.
-QByteArray databaseDigest(Connection& connection);
+/// The SHA-256 of all in which the file that is open on `connection`, as it is at one moment,
+/// differs from the closed file `base`: together with `base` it determines the file. It takes the
+/// time of reading both files, however little differs. Throws Error when a file cannot be read, the
+/// database is locked, or a part of it is still in a write-ahead log that another program uses; no
+/// transaction or snapshot of the connection may be open.
+QByteArray differenceDigest(Connection& connection, const QString& base);
 
-/// Copies that file, as it is at one moment, to `path`, replacing a file that is there. The copy
-/// appears whole, after `beforeItAppears` has been called with its SHA-256, or not at all. Throws
-/// Error as databaseDigest() does, or when the copy cannot be written.
+/// That digest of two files with the same content.
+QByteArray noDifference();
+
+/// Copies the file that is open on `connection`, as it is at one moment, to `path`, replacing a
+/// file that is there. The copy appears whole, after `beforeItAppears` has been called, or not at
+/// all. Throws Error as differenceDigest() does, or when the copy cannot be written.
 void copyDatabase(Connection& connection, const QString& path,
-                  const std::function<void(const QByteArray& digest)>& beforeItAppears);
+                  const std::function<void()>& beforeItAppears);
 
 /// Copies the database file `source` in the same way to `target`, where the copy takes the place of
 /// what is there as replaceDatabase() says. Throws Error also when the source cannot be opened.
 void copyDatabase(const QString& source, const QString& target);
 
-/// Puts a copy of the closed file `copy`, which nobody else uses, in the place of the database at
-/// `path`, whose permissions it gets, as replaceDatabase() does; `copy` stays. Where `path` is a
-/// link, the file that it leads to is replaced. Throws Error, with the file at `path` as it was.
-void restoreDatabase(const QString& copy, const QString& path);
+/// Gives the database at `path` the content of the closed file `copy`, which nobody else uses and
+/// which stays. This is one transaction on the same file: every program that has the file open sees
+/// the content, and a program that is killed meanwhile leaves a journal by which the next one that
+/// opens the file takes it back. The file must differ from `copy` as `difference`, a
+/// differenceDigest(), says.
+///
+/// Where there is no file, or one that is damaged beyond opening it, a copy takes its place, with
+/// its permissions, as replaceDatabase() does. Where `path` is a link, it is about the file that it
+/// leads to.
+///
+/// Throws Error, with the file at `path` as it was, when it is locked, write-protected, of another
+/// format or not as `difference` says, or cannot be written.
+void restoreDatabase(const QString& copy, const QString& path, const QByteArray& difference);
 
 }  // namespace varo::data

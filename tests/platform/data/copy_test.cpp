@@ -1,10 +1,12 @@
 #include "platform/data/copy_database.h"
 #include "platform/data/item_database.h"
 #include "support/file_limit.h"
+#include "support/no_waiting.h"
 #include "support/test_library.h"
 
 #include <QDir>
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
@@ -74,6 +76,67 @@ TEST(Copy, FailsWholeOnAFullDiskAndHasWhatAWriteAheadLogHolds) {
     items.add(u"in the log"_s);
     copyDatabase(items.path(), copy);
     EXPECT_TRUE(test::fileContent(copy).contains("in the log"));
+}
+
+TEST(Restore, GivesTheSameFileItsContentBackUnlessItIsNotWhatWasNoted) {
+    enum class Expected { InPlace, Replaced, Refused };
+    const auto write = [](ItemDatabase& items, const QByteArray& content) {
+        items.connection.close();
+        EXPECT_TRUE(writeFile(items.path(), content));
+    };
+    const struct {
+        const char* what;
+        std::function<void(ItemDatabase&)> meanwhile;
+        Expected expected;
+    } cases[] = {
+        {"nothing", [](auto&) {}, Expected::InPlace},
+        {"changed since", [](auto& items) { items.add(u"late"_s); }, Expected::Refused},
+        {"locked", [](auto& items) { items.connection.execute(u"Begin Immediate"_s); },
+         Expected::Refused},
+        {"another format", [&](auto& items) { write(items, "another"); }, Expected::Refused},
+        {"gone",
+         [](auto& items) {
+             items.connection.close();
+             QFile::remove(items.path());
+         },
+         Expected::Replaced},
+        {"damaged",
+         [&](auto& items) {
+             write(items, QByteArray("SQLite format 3", 16) + QByteArray(5000, 'x'));
+         },
+         Expected::Replaced},
+        {"empty", [&](auto& items) { write(items, {}); }, Expected::Replaced},
+    };
+    const test::NoWaiting noWaiting;
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        ItemDatabase items;
+        items.add(u"before"_s);
+        const QString copy = items.directory.filePath(u"copy.db"_s);
+        copyDatabase(items.connection, copy, [] {});
+        EXPECT_EQ(differenceDigest(items.connection, copy), noDifference());
+        const QByteArray before = test::fileContent(copy);
+        items.add(QString(2'000'000, u'x'));
+        const QByteArray difference = differenceDigest(items.connection, copy);
+        EXPECT_NE(difference, noDifference());
+        each.meanwhile(items);
+        const QByteArray found =
+            QFile::exists(items.path()) ? test::fileContent(items.path()) : QByteArray();
+        if (each.expected == Expected::Refused) {
+            EXPECT_THROW(restoreDatabase(copy, items.path(), difference), Error);
+            EXPECT_TRUE(test::fileContent(items.path()) == found);
+        } else {
+            restoreDatabase(copy, items.path(), difference);
+            const bool isSameFile = items.connection.isOpen();
+            EXPECT_EQ(isSameFile, each.expected == Expected::InPlace);
+            EXPECT_EQ(test::fileContent(items.path()) == before, !isSameFile);
+            if (!isSameFile) {
+                items.connection.open(items.path());
+            }
+            EXPECT_EQ(items.names(), QStringList{u"before"_s});
+        }
+        EXPECT_TRUE(test::fileContent(copy) == before);
+    }
 }
 
 }  // namespace
