@@ -29,6 +29,19 @@ ConditionPath existing(const ConditionTree& tree, ConditionPath path) {
     return path;
 }
 
+/// Tells which constants of a stored condition are read as other numbers than they show.
+QStringList numberRemarks(const ConditionTree& tree) {
+    QStringList texts;
+    for (const ConditionFault& fault : conditionFaults(tree)) {
+        if (fault.kind == ConditionFaultKind::NoNumber || isWarning(fault.kind)) {
+            texts.append(fault.text);
+        }
+    }
+    return texts.size() < 2 ? texts
+                            : QStringList(QStringLiteral("有 %1 处比较值不是数值。第一处：%2")
+                                              .arg(QString::number(texts.size()), texts.front()));
+}
+
 /// Asks the host through `source` while the editor, and the control with it, is there.
 class WhileShown : public PropertySource {
   public:
@@ -211,11 +224,7 @@ void SetFilter::showRemarks() {
     QStringList remarks;
     if (!isModified()) {
         remarks = draft_.stored.remarks;
-        for (const ConditionFault& fault : conditionFaults(tree())) {
-            if (fault.kind == ConditionFaultKind::NoNumber || isWarning(fault.kind)) {
-                remarks.append(fault.text);
-            }
-        }
+        remarks.append(numberRemarks(tree()));
     }
     if (isReplacedOnly()) {
         remarks.append(QStringLiteral("这个条件没有全部显示，不能修改，只能清空后重新建立。"));
