@@ -8,15 +8,15 @@ namespace varo {
 
 namespace {
 
-/// A table that the operations change.
-struct ChangedTable {
+/// A table of a library.
+struct LibraryTable {
     QLatin1StringView name;
     QLatin1StringView identifier;  ///< the column that the database fills; "" when there is none
     QLatin1StringView texts;       ///< the other columns, separated by blanks
     QLatin1StringView numbers;
 };
 
-constexpr ChangedTable kChangedTables[] = {
+constexpr LibraryTable kLibraryTables[] = {
     {QLatin1StringView("Tree"), QLatin1StringView("ID"), QLatin1StringView("Name"),
      QLatin1StringView("PID OrderID")},
     {QLatin1StringView("Formula"), QLatin1StringView("ID"), QLatin1StringView("Name Formula Memo"),
@@ -25,6 +25,9 @@ constexpr ChangedTable kChangedTables[] = {
      QLatin1StringView("VarName Value VarMemo"), QLatin1StringView("FormulaID VarSourceType")},
     {QLatin1StringView("Property"), QLatin1StringView(), QLatin1StringView("PropName"),
      QLatin1StringView("PropID FilterID NodeID NodeType")},
+    {QLatin1StringView("FilterCond"), {}, {}, {}},
+    {QLatin1StringView("FilterExpressions"), {}, {}, {}},
+    {QLatin1StringView("TableInfo"), {}, {}, {}},
 };
 
 bool contains(QLatin1StringView names, const QString& name) {
@@ -32,8 +35,8 @@ bool contains(QLatin1StringView names, const QString& name) {
     return list.contains(name, Qt::CaseInsensitive);
 }
 
-bool keepsRows(const ChangedTable& expected, const data::TableStructure& found) {
-    return found.changesAsTold &&
+bool keepsRows(const LibraryTable& expected, const data::TableStructure& found) {
+    return found.changesAsTold && found.runsNothing &&
            (expected.identifier.isEmpty() ||
             found.autoNumber.compare(expected.identifier, Qt::CaseInsensitive) == 0) &&
            std::none_of(found.columns.begin(), found.columns.end(), [&](const auto& column) {
@@ -47,8 +50,8 @@ bool keepsRows(const ChangedTable& expected, const data::TableStructure& found) 
 }  // namespace
 
 bool keepsRows(data::Connection& connection) {
-    return std::all_of(std::begin(kChangedTables), std::end(kChangedTables),
-                       [&](const ChangedTable& table) {
+    return std::all_of(std::begin(kLibraryTables), std::end(kLibraryTables),
+                       [&](const LibraryTable& table) {
                            const auto found = connection.structure(table.name);
                            return !found || keepsRows(table, *found);
                        });

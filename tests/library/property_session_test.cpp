@@ -267,12 +267,12 @@ TEST(PropertySession, ACommitThatFailsKeepsWhatWasDoneAndCanGoOnOrBack) {
             on.session->add();
             on.session->rename(3, u"材"_s);
             EXPECT_TRUE(on.session->saveFilter(3, condition(u"d = 1"_s)));
-            on.library.connection().execute(
-                u"Create Trigger Refuse Before %1 Begin Select Raise(Abort, 'no'); End"_s.arg(
-                    QLatin1StringView(each.refused)));
+            auto refusal = std::make_unique<Refusal>(
+                on.library.path(), u"Before %1 Begin Select Raise(Abort, 'no'); End"_s.arg(
+                                       QLatin1StringView(each.refused)));
             EXPECT_EQ(on.session->commit(), each.message);
             EXPECT_EQ(on.stored(), each.stored + u" 9"_s);
-            on.library.allow();
+            refusal.reset();
             on.library.connection().close();
             if (goesOn) {
                 EXPECT_EQ(on.session->commit(), QString());
@@ -289,7 +289,6 @@ TEST(PropertySession, CancelPutsTheLibraryBackWhenItWasWritten) {
     for (const bool isWritten : {false, true}) {
         for (const bool isDestroyed : {false, true}) {
             Trial on;
-            on.library.connection().execute(u"Pragma journal_mode = delete"_s);
             EXPECT_TRUE(QFile::setPermissions(
                 on.library.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
             const auto permissions = QFile::permissions(on.library.path());
@@ -312,10 +311,8 @@ TEST(PropertySession, CancelPutsTheLibraryBackWhenItWasWritten) {
     }
 }
 
-TEST(PropertySession, RestoresTheFileThatALinkLeadsToAndALibraryWithAWriteAheadLog) {
+TEST(PropertySession, RestoresTheFileThatALinkLeadsTo) {
     Trial on;
-    on.library.connection().query(u"Pragma journal_mode = wal"_s);
-    on.library.addFolder(0, u"在日志中"_s);
     const QStringList content = on.library.content();
     const QTemporaryDir elsewhere;
     ASSERT_TRUE(QFile::link(on.library.path(), elsewhere.filePath(u"link.vdb"_s)));
@@ -441,18 +438,16 @@ TEST(PropertySession, DoesNotRollBackWhatAnotherProgramHasWritten) {
     const struct {
         Write before, after;
     } cases[] = {{remove, none}, {none, remove}, {remove, save}, {save, failToCommit}};
-    for (const QString& journal : {u"delete"_s, u"wal"_s}) {
+    {
         for (const auto& [before, after] : cases) {
-            SCOPED_TRACE(journal.toStdString());
             Trial on;
-            on.library.connection().query(u"Pragma journal_mode = "_s + journal);
             EXPECT_EQ(on.open(), QString());
             const QByteArray backup = on.backup();
             before(*on.session);
             on.library.addFolder(0, u"别人的"_s);
-            on.library.connection().execute(
-                u"Create Trigger Refuse Before Update Of PropName On Property "
-                "Begin Select Raise(Abort, 'no'); End"_s);
+            const Refusal refusal(on.library.path(),
+                                  u"Before Update Of PropName On Property "
+                                  "Begin Select Raise(Abort, 'no'); End"_s);
             on.library.connection().close();
             after(*on.session);
             on.library.connection().open(on.library.path());

@@ -54,7 +54,7 @@ TEST_F(LibraryFile, IsRefusedWhenItWouldLoseOrInventRows) {
     enum Answer { Library, Openable, Refused };
     const std::tuple<Answer, const char*> cases[] = {
         {Library, "Drop Table Property; Drop Table FilterCond; Drop Table TableInfo"},
-        {Library, "Create Trigger T After Update On TableInfo Begin Delete From Formula; End"},
+        {Refused, "Create Trigger T After Update On TableInfo Begin Delete From Formula; End"},
         {Library,
          "Drop Table RecentVar; Create Table RecentVar (VarName, FormulaID, Value Blob, "
          "VarSourceType Real, VarMemo Varchar(9), Extra Unique On Conflict Abort)"},

@@ -10,8 +10,7 @@
 namespace varo::data {
 
 /// The SHA-256 of the file that is open on `connection`, as it is at one moment. Throws Error when
-/// the file is locked, cannot be read, or a part of it is still in a write-ahead log that another
-/// program uses; no transaction or snapshot of the connection may be open.
+/// the file is locked or cannot be read; no transaction or snapshot of the connection may be open.
 QByteArray databaseDigest(Connection& connection);
 
 /// Copies that file, as it is at one moment, to `path`, replacing a file that is there. The copy
