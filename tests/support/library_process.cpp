@@ -44,9 +44,7 @@ constexpr struct {
     {"lock", "BEGIN EXCLUSIVE", "locked"},
     {"read", "BEGIN; SELECT count(*) FROM sqlite_schema", "reading"},
     {"write", "BEGIN IMMEDIATE", "writing"},
-    {"log",
-     "PRAGMA journal_mode = WAL; INSERT INTO Item (Name) VALUES ('in the log')",
-     "logged"},
+    {"log", "PRAGMA journal_mode = WAL; INSERT INTO Item (Name) VALUES ('in the log')", "logged"},
     {"spill",
      "PRAGMA cache_size = 1; BEGIN IMMEDIATE; CREATE TABLE Spilled (Bytes);"
      "INSERT INTO Spilled VALUES (randomblob(1000000));"

@@ -6,6 +6,7 @@
 #include "platform/data/statement.h"
 
 #include <limits>
+#include <utility>
 
 namespace varo::data {
 
@@ -37,10 +38,21 @@ struct ConnectionState {
     sqlite3* handle() const {
         sqlite3* database = openFile().handle();
         if (sqlite3_get_autocommit(database) != 0) {
-            file->requireInPlace();
+            requireInPlace();
         }
         file->watch().restart();
         return database;
+    }
+
+    void requireInPlace() const {
+        try {
+            file->requireInPlace();
+        } catch (const Error&) {
+            if (const auto tell = std::exchange(tellReplaced, {})) {
+                tell();
+            }
+            throw;
+        }
     }
 
     // SQLite undoes a whole transaction by itself after some failures, such as a full disk. What
@@ -57,6 +69,7 @@ struct ConnectionState {
     std::unique_ptr<DatabaseFile> file;
     StatementCache statements;
     std::shared_ptr<Replacements> replacements = std::make_shared<Replacements>();
+    mutable std::function<void()> tellReplaced;
     int depth = 0;
 };
 
@@ -113,6 +126,19 @@ QString Connection::path() const {
 
 void Connection::setInterrupt(std::function<bool()> isWanted) {
     opened(state_).openFile().watch().setInterrupt(std::move(isWanted));
+}
+
+bool Connection::isInPlace() const {
+    try {
+        opened(state_).openFile().requireInPlace();
+    } catch (const Error& error) {
+        return !error.isReplaced();
+    }
+    return true;
+}
+
+void Connection::setReplacedNotice(std::function<void()> tell) {
+    opened(state_).tellReplaced = std::move(tell);
 }
 
 qint64 Connection::execute(const QString& statement, const Arguments& arguments) {
@@ -218,7 +244,7 @@ ReadSnapshot::ReadSnapshot(Connection& connection) : state_(connection.state_) {
     run(opened(state_).handle(), QStringLiteral("BEGIN"));
     try {
         // The state is that of the first read.
-        run(state_->handle(), QStringLiteral("Select count(*) From sqlite_schema"));
+        run(state_->handle(), QStringLiteral("Select 1 From sqlite_schema Limit 1"));
         run(state_->handle(), QStringLiteral("PRAGMA query_only = ON"));
     } catch (const Error&) {
         end();

@@ -67,12 +67,23 @@ class Connection {
     // and one on a file that has been replaced, deleted or cut short fails with an Error that
     // isReplaced(); so does everything until open(). Both hold for all that follows.
 
+    /// Whether the open file is still the one at path(); always
+    /// so for a copy of it.
+    bool isInPlace() const;
+
+    /// `tell` is called once when a statement is the first to fail because the file is not in its
+    /// place any more, before the Error is thrown. It must not use this connection. close() forgets
+    /// it.
+    void setReplacedNotice(std::function<void()> tell);
+
     /// Runs a statement that changes data; returns the number of rows changed. A lock held by
     /// another program is waited for two seconds at most.
     qint64 execute(const QString& statement, const Arguments& arguments = {});
 
-    /// Runs a query and returns its record set, positioned on the first row. A statement may call
-    /// exact_text(X), the text of a value as Recordset::text() gives it, NULL for a binary value.
+    /// Runs a query and returns its record set, positioned on the first row. To count all rows of a
+    /// table use count(1): SQLite evaluates count(*) in one step, which nothing ends. A statement
+    /// may call exact_text(X), the text of a value as Recordset::text() gives it, NULL for a binary
+    /// value.
     Recordset query(const QString& statement, const Arguments& arguments = {});
 
     /// Identifier that the database assigned to the last inserted row. Throws Error when it is

@@ -75,8 +75,8 @@ void requireJournalOf(const QString& path, qint64 size,
         refuse(path, QStringLiteral("lies in the place of a journal but is none"));
     }
     const qint64 pages = number(head, 16);
-    if (database && (pageSize != database->pageSize ||
-                     pages > database->pageCount + size / (pageSize + 8))) {
+    if (database &&
+        (pageSize != database->pageSize || pages > database->pageCount + size / (pageSize + 8))) {
         refuse(path, QStringLiteral("the journal belongs to another file"));
     }
 }

@@ -220,7 +220,7 @@ enum class Content { None, Database, UnfinishedTransaction };
 /// Reads what `database` has opened as far as to its structure.
 Content contentOf(sqlite3* database, const QString& path) {
     const int read =
-        sqlite3_exec(database, "Select count(*) From sqlite_schema", nullptr, nullptr, nullptr);
+        sqlite3_exec(database, "Select 1 From sqlite_schema Limit 1", nullptr, nullptr, nullptr);
     if (read == SQLITE_NOTADB) {
         return Content::None;
     }
@@ -239,6 +239,17 @@ Content contentOf(sqlite3* database, const QString& path) {
     return Content::Database;
 }
 
+/// A copy of the database at `path`, recovered, open for reading; null when it is no database.
+std::unique_ptr<SqliteFile> recoveredCopy(const QString& path, const DatabaseHeader& header) {
+    auto copy = std::make_unique<SqliteCopy>(path, header);
+    if (contentOf(openSafely(copy->path(), header, Access::Write).handle.get(), copy->path()) !=
+        Content::Database) {
+        return nullptr;
+    }
+    SafeHandle safe = openSafely(copy->path(), *databaseHeader(copy->path()), Access::Read);
+    return std::make_unique<SqliteFile>(path, std::move(safe), std::move(copy));
+}
+
 }  // namespace
 
 bool isSqliteFile(const QString& path) {
@@ -250,25 +261,22 @@ std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path, Access acc
     if (!header) {
         return nullptr;
     }
-    const auto file = [&](const QString& opened, Access use, std::unique_ptr<SqliteCopy> copy) {
-        SafeHandle safe = openSafely(opened, *header, use);
-        const Content content = contentOf(safe.handle.get(), opened);
-        return std::pair(
-            content, content != Content::Database
-                         ? nullptr
-                         : std::make_unique<SqliteFile>(path, std::move(safe), std::move(copy)));
-    };
     Content content = Content::UnfinishedTransaction;
-    std::unique_ptr<SqliteFile> result;
+    std::unique_ptr<SqliteFile> file;
     if (access == Access::Write || !header->writesAhead) {
-        std::tie(content, result) = file(path, access, nullptr);
+        SafeHandle safe = openSafely(path, *header, access);
+        content = contentOf(safe.handle.get(), path);
+        file = std::make_unique<SqliteFile>(path, std::move(safe), nullptr);
     }
-    if (access == Access::Read && content == Content::UnfinishedTransaction) {
-        auto copy = std::make_unique<SqliteCopy>(path, *header);
-        const QString copied = copy->path();
-        std::tie(content, result) = file(copied, Access::Write, std::move(copy));
+    if (content == Content::UnfinishedTransaction) {
+        if (access == Access::Write) {
+            throw Error(QStringLiteral("%1: the last transaction cannot be taken back in a "
+                                       "write-protected file")
+                            .arg(path));
+        }
+        file = recoveredCopy(path, *header);
     }
-    return result;
+    return content == Content::None ? nullptr : std::move(file);
 }
 
 }  // namespace varo::data

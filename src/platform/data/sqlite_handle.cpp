@@ -60,7 +60,7 @@ void turnToRollbackJournal(sqlite3* database, const QString& path, const SideFil
     }
     run(database, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
     try {
-        run(database, QStringLiteral("Select count(*) From sqlite_schema"));
+        run(database, QStringLiteral("Select 1 From sqlite_schema Limit 1"));
         run(database, QStringLiteral("PRAGMA journal_mode = DELETE"));
         removeLogIndex(files);
     } catch (const Error& error) {
@@ -70,7 +70,7 @@ void turnToRollbackJournal(sqlite3* database, const QString& path, const SideFil
         failToTurn(path, error.description());
     }
     run(database, QStringLiteral("PRAGMA locking_mode = NORMAL"));
-    run(database, QStringLiteral("Select count(*) From sqlite_schema"));
+    run(database, QStringLiteral("Select 1 From sqlite_schema Limit 1"));
 }
 
 }  // namespace
