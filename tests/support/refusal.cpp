@@ -22,7 +22,9 @@ QString pathOf(sqlite3* handle) {
 void refuseOn(sqlite3* handle) {
     const auto trigger = triggers.find(pathOf(handle));
     if (trigger != triggers.end()) {
-        sqlite3_exec(handle, trigger->second.constData(), nullptr, nullptr, nullptr);
+        EXPECT_EQ(sqlite3_exec(handle, trigger->second.constData(), nullptr, nullptr, nullptr),
+                  SQLITE_OK)
+            << sqlite3_errmsg(handle);
     }
 }
 

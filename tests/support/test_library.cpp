@@ -70,6 +70,7 @@ void TestLibrary::addPicture(qint32 formula, const QByteArray& bytes) {
 }
 
 void TestLibrary::refuse(const char* step, const char* table, const QString& when) {
+    allow();
     refusal_ = std::make_unique<Refusal>(
         path(), u"Before %1 On %2 When %3 Begin Select Raise(Abort, 'refused'); End"_s.arg(
                     QLatin1StringView(step), QLatin1StringView(table), when));

@@ -211,6 +211,10 @@ void Transaction::commit() {
         if (depth_ == 1 && !state_->replacements->incomplete.empty()) {
             throw Error(QStringLiteral("the bytes of a field have not all arrived"));
         }
+        if (depth_ == 1) {
+            state_->openFile();
+            state_->requireInPlace();
+        }
         state_->statements.run(state_->writableHandle(),
                                depth_ == 1 ? QStringLiteral("COMMIT")
                                            : QStringLiteral("RELEASE ") + savepoint(depth_));

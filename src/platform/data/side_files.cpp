@@ -81,7 +81,8 @@ void requireJournalOf(const QString& path, qint64 size,
     }
 }
 
-void requireLogOf(const QString& path, const std::optional<DatabaseHeader>& database) {
+void requireLogOf(const QString& path, qint64 /*size*/,
+                  const std::optional<DatabaseHeader>& database) {
     const QByteArray head = fileStart(path, kLogHead);
     constexpr quint32 kLogMagic = 0x377f0682;  // the last bit is a byte order
     const qint64 pageSize = head.size() < kLogHead ? 0 : number(head, 8);
@@ -91,6 +92,25 @@ void requireLogOf(const QString& path, const std::optional<DatabaseHeader>& data
     if (database && (pageSize != database->pageSize || !database->writesAhead)) {
         refuse(path, QStringLiteral("the write-ahead log belongs to another file"));
     }
+}
+
+/// Whether a file with content lies at `path`, which `requireOf` lets pass.
+bool hasFileOf(const QString& path, const std::optional<DatabaseHeader>& database,
+               void (*requireOf)(const QString&, qint64, const std::optional<DatabaseHeader>&)) {
+    const qint64 size = sizeOfRegularFile(path);
+    if (size == 0) {
+        return false;
+    }
+    try {
+        requireOf(path, size, database);
+    } catch (const Error&) {
+        // Another program has removed its journal meanwhile.
+        if (sizeOfRegularFile(path) == 0) {
+            return false;
+        }
+        throw;
+    }
+    return true;
 }
 
 }  // namespace
@@ -117,17 +137,9 @@ SideFiles requireSideFilesOf(const QString& path, const std::optional<DatabaseHe
     const QString name = file.exists() ? file.canonicalFilePath() : file.absoluteFilePath();
     SideFiles found{name + QLatin1StringView(kJournalSuffix), name + QLatin1StringView(kLogSuffix),
                     name + QLatin1StringView(kLogIndexSuffix)};
-    const qint64 journal = sizeOfRegularFile(found.journal);
-    const qint64 log = sizeOfRegularFile(found.log);
+    found.hasJournal = hasFileOf(found.journal, database, requireJournalOf);
+    found.hasLog = hasFileOf(found.log, database, requireLogOf);
     sizeOfRegularFile(found.logIndex);
-    if (journal > 0) {
-        requireJournalOf(found.journal, journal, database);
-    }
-    if (log > 0) {
-        requireLogOf(found.log, database);
-    }
-    found.hasJournal = journal > 0;
-    found.hasLog = log > 0;
     return found;
 }
 

@@ -188,6 +188,18 @@ bool hasWholePages(sqlite3* database, qint64 size) {
                        number(database, QStringLiteral("PRAGMA page_size"));
 }
 
+// A file may be shorter with good reason, when it has been cleaned up.
+bool isCutShort(sqlite3* database, qint64 size) {
+    try {
+        return size == 0 || !hasWholePages(database, size);
+    } catch (const Error& error) {
+        if (error.isLocked()) {
+            throw;
+        }
+        return true;
+    }
+}
+
 void SqliteFile::requireInPlace() {
     if (copy_ != nullptr) {
         return;
@@ -207,7 +219,7 @@ void SqliteFile::requireInPlace() {
     if (size == size_) {
         return;
     }
-    if (size < size_ && !hasWholePages(handle(), size)) {
+    if (size < size_ && isCutShort(handle(), size)) {
         fail(QStringLiteral("the file has been cut short"));
     }
     size_ = size;
