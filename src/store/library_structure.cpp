@@ -1,5 +1,8 @@
 #include "store/library_structure.h"
 
+#include "store/template.h"
+
+#include <QSet>
 #include <QStringView>
 
 #include <algorithm>
@@ -47,14 +50,31 @@ bool keepsRows(const LibraryTable& expected, const data::TableStructure& found) 
            });
 }
 
+/// Whether all that the file has is what a new library has. Most libraries are told by that.
+bool isAsMade(data::Connection& connection) {
+    static const QSet<QString> known = [] {
+        const QStringList statements = libraryStatements();
+        return QSet<QString>(statements.begin(), statements.end()) +
+               QSet<QString>{QStringLiteral("CREATE TABLE sqlite_sequence(name,seq)")};
+    }();
+    for (auto parts = connection.query(QStringLiteral("Select sql From sqlite_schema"));
+         !parts.atEnd(); parts.moveNext()) {
+        if (!known.contains(parts.text(0))) {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 bool keepsRows(data::Connection& connection) {
-    return std::all_of(std::begin(kLibraryTables), std::end(kLibraryTables),
-                       [&](const LibraryTable& table) {
-                           const auto found = connection.structure(table.name);
-                           return !found || keepsRows(table, *found);
-                       });
+    return isAsMade(connection) || std::all_of(std::begin(kLibraryTables), std::end(kLibraryTables),
+                                               [&](const LibraryTable& table) {
+                                                   const auto found =
+                                                       connection.structure(table.name);
+                                                   return !found || keepsRows(table, *found);
+                                               });
 }
 
 }  // namespace varo

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
 #include <sys/stat.h>
 
 namespace varo::data {
@@ -22,28 +23,25 @@ struct BlobDeleter {
 
 /// Which file is at a path, and how long it is.
 struct FileAt {
-    explicit FileAt(const QString& path) : exists(read(path)) {}
+    explicit FileAt(const QString& path) {
+        isKnown = ::stat(QFile::encodeName(path).constData(), &state) == 0;
+        isGone = !isKnown && (errno == ENOENT || errno == ENOTDIR);
+    }
 
     bool isSameAs(const FileAt& other) const {
-        return exists == other.exists && state.st_dev == other.state.st_dev &&
-               state.st_ino == other.state.st_ino;
+        return state.st_dev == other.state.st_dev && state.st_ino == other.state.st_ino;
     }
 
     struct stat state {};
-    bool exists;  ///< also when it cannot be told
-
-  private:
-    bool read(const QString& path) {
-        return ::stat(QFile::encodeName(path).constData(), &state) == 0 ||
-               (errno != ENOENT && errno != ENOTDIR);
-    }
+    bool isKnown = false;
+    bool isGone = false;
 };
 
 class SqliteFile final : public DatabaseFile {
   public:
     /// `copy` holds the file when it is not the one at `path`.
     SqliteFile(const QString& path, SafeHandle safe, std::unique_ptr<SqliteCopy> copy)
-        : path_(path),
+        : path_(QFileInfo(path).absoluteFilePath()),
           copy_(std::move(copy)),
           safe_(std::move(safe)),
           opened_(path),
@@ -163,10 +161,12 @@ std::shared_ptr<LongBinary> SqliteFile::field(const QString& table, const QStrin
 QStringList SqliteFile::damages() {
     QStringList lines;
     try {
-        const StatementHandle check = prepare(handle(), QStringLiteral("PRAGMA integrity_check"));
-        while (step(check.get())) {
-            lines.append(columnText(check.get(), 0));
-        }
+        watch().during([&] {
+            const auto check = prepare(handle(), QStringLiteral("PRAGMA integrity_check"));
+            while (step(check.get())) {
+                lines.append(columnText(check.get(), 0));
+            }
+        });
     } catch (const Error& error) {
         if (error.isLocked() || watch().isUnwanted()) {
             throw;
@@ -209,8 +209,11 @@ void SqliteFile::requireInPlace() {
         throw Error(QStringLiteral("%1: %2 while it was open").arg(path_, what),
                     Error::Cause::Replaced);
     };
-    if (!found.exists) {
+    if (found.isGone) {
         fail(QStringLiteral("the file has been deleted or renamed"));
+    }
+    if (!found.isKnown || !opened_.isKnown) {
+        return;
     }
     if (!found.isSameAs(opened_)) {
         fail(QStringLiteral("another file has been put in the place of the file"));

@@ -147,12 +147,6 @@ QString rowNumberOf(sqlite3* database, const QString& table, const QStringList& 
     return {};
 }
 
-bool hasRowNumbers(sqlite3* database, const QString& table) {
-    const auto kind =
-        rowsOf(database, "Select wr From pragma_table_list(?) Where schema = 'main'", table);
-    return step(kind.get()) && sqlite3_column_int(kind.get(), 0) == 0;
-}
-
 void readColumns(sqlite3* database, const QString& table, TableStructure& structure) {
     QStringList names;
     const auto columns =
@@ -199,11 +193,14 @@ std::optional<TableStructure> tableStructure(sqlite3* database, const QString& t
             found.runsNothing = false;
         } else if (type != QLatin1StringView("index")) {
             exists = true;
-            isStored = sqlite3_column_int64(parts.get(), 1) > 0;
             const QString words = wordsOf(columnText(parts.get(), 2));
+            // What the schema's own columns say of a part may be wrong.
+            isStored = sqlite3_column_int64(parts.get(), 1) > 0 &&
+                       words.startsWith(QLatin1StringView(" CREATE TABLE "));
             found.changesAsTold = found.changesAsTold && isStored && !dropsRows(words);
-            found.runsNothing =
-                found.runsNothing && isStored && !words.contains(QLatin1StringView(" CHECK "));
+            found.runsNothing = found.runsNothing && isStored &&
+                                !words.contains(QLatin1StringView(" CHECK ")) &&
+                                !words.contains(QLatin1StringView(" WITHOUT ROWID "));
         }
     }
     if (!exists) {
@@ -211,8 +208,7 @@ std::optional<TableStructure> tableStructure(sqlite3* database, const QString& t
     }
     if (isStored) {
         readColumns(database, table, found);
-        found.runsNothing = found.runsNothing && hasRowNumbers(database, table) &&
-                            !hasComputedIndex(database, table);
+        found.runsNothing = found.runsNothing && !hasComputedIndex(database, table);
     }
     return found;
 }
