@@ -152,8 +152,8 @@ class Check {
             }
         });
         attempt([&] {
-            report_.folders = count(QStringLiteral("select count(*) from Tree"));
-            report_.formulas = count(QStringLiteral("select count(*) from Formula"));
+            report_.folders = count(QStringLiteral("select count(1) from Tree"));
+            report_.formulas = count(QStringLiteral("select count(1) from Formula"));
             report_.pictures =
                 count(QStringLiteral("select count(*) from Formula where length(Pic) > 0"));
         });
@@ -343,7 +343,7 @@ CheckReport checkLibrary(const QString& libraryPath) {
     data::Connection connection;
     std::optional<data::ReadSnapshot> snapshot;
     try {
-        connection.open(libraryPath);
+        connection.open(libraryPath, data::Access::Read);
         snapshot.emplace(connection);
     } catch (const data::Error& error) {
         return {.faults = {onOneLine(QStringLiteral("the file cannot be opened: ") +

@@ -355,7 +355,7 @@ class Dump {
 
 void dumpLibrary(const QString& libraryPath, QIODevice& out) {
     data::Connection connection;
-    connection.open(libraryPath);
+    connection.open(libraryPath, data::Access::Read);
     const data::ReadSnapshot snapshot(connection);
     Dump(connection, out).write();
 }

@@ -28,6 +28,8 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QStandardPaths>
+#include <QTimer>
+#include <QTimer>
 #include <QUrl>
 
 namespace varo {
@@ -69,6 +71,7 @@ struct Varo_CalcEx::Parts : PropertySource {
     void manageLibraries(const QStringList& dropped = {});
     void ShowHelp();
     void sendResult();
+    void closeReplaced();
 
     Varo_CalcEx& control;
     ui::MessageBoxes boxes;
@@ -191,6 +194,23 @@ void Varo_CalcEx::Parts::connectCommands() {
                 actions.setEnabled(EditCommand::FindPrevious, canStepBack);
             });
     connect(&pane.calculator(), &Calculator::resultSent, &control, [this] { sendResult(); });
+    // What has failed is told first, by the command.
+    library.setReplacedNotice(
+        [this] { QTimer::singleShot(0, &control, [this] { closeReplaced(); }); });
+}
+
+/// Another program has deleted or replaced the open library: nothing more is stored in it, and what
+/// is at its path is opened when one of its nodes is selected.
+void Varo_CalcEx::Parts::closeReplaced() {
+    if (!library.isOpen() || library.isInPlace()) {
+        return;
+    }
+    const QString path = library.folder() + library.fileName();
+    library.close();
+    selection.showNothing();
+    questions.inform(
+        QStringLiteral("其他程序删除、替换或截短了打开的公式库文件：\n%1\n刚才的修改没有保存！")
+            .arg(path));
 }
 
 Varo_CalcEx::Varo_CalcEx(QWidget* parent, Questions* questions)

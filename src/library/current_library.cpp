@@ -15,14 +15,15 @@ bool CurrentLibrary::open(int number) {
         return false;
     }
     const clsFormulaDB& library = libraries_.Item(key);
-    const bool isSameFile =
-        isOpen() && folder_ == library.FormulaDBPath && name_ == library.FormulaDBName;
+    const bool isSameFile = isOpen() && folder_ == library.FormulaDBPath &&
+                            name_ == library.FormulaDBName && isInPlace();
     if (!isSameFile) {
         close();
         openFailure_ = openLibrary(library.FormulaDBPath, library.FormulaDBName, connection_);
         if (openFailure_ != OpenFailure::None) {
             return false;
         }
+        connection_.setReplacedNotice(tellReplaced_);
         folder_ = library.FormulaDBPath;
         name_ = library.FormulaDBName;
     }

@@ -8,6 +8,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace varo {
 
 /// The library that the user works on: one of the configured ones, its connection, and the stored
@@ -19,12 +21,21 @@ class CurrentLibrary {
     CurrentLibrary(const colFormulaDB& libraries, Questions& questions);
 
     /// Makes the configured library with this number the current one; one whose file is open
-    /// already stays open. Returns false, with no library open, when there is no such library or it
+    /// already stays open, unless another program has put something in the place of that file.
+    /// Returns false, with no library open, when there is no such library or it
     /// cannot be opened; shows nothing.
     bool open(int number);
 
     /// Why the last open() failed; None when it did not, or there is no such library.
     OpenFailure openFailure() const { return openFailure_; }
+
+    /// `tell` is called when a statement is the first to fail because the open file has been
+    /// deleted, replaced or cut short by another program; it must not use this. Everything fails
+    /// then until open() or close().
+    void setReplacedNotice(std::function<void()> tell) { tellReplaced_ = std::move(tell); }
+
+    /// Whether the open file is still the one at its path.
+    bool isInPlace() const { return connection_.isInPlace(); }
 
     /// Closes the file. What was read from it is forgotten.
     void close();
@@ -50,6 +61,7 @@ class CurrentLibrary {
     clsDBFuncs funcs_;
     data::Connection connection_;
     colVarInfo variables_;
+    std::function<void()> tellReplaced_;
     OpenFailure openFailure_ = OpenFailure::None;
     int number_ = 0;
     QString folder_;

@@ -155,7 +155,7 @@ void DataTable::readNumbers() {
 void DataTable::countRows() {
     const QString filter = condition();
     const data::Recordset rs = connection_->query(
-        QStringLiteral("Select count(*) From %1%2")
+        QStringLiteral("Select count(1) From %1%2")
             .arg(table_, filter.isEmpty() ? QString() : QStringLiteral(" Where ") + filter),
         conditionArguments());
     rowCount_ = rs.integer(0);

@@ -1,5 +1,8 @@
 #include "store/library_structure.h"
 
+#include "store/template.h"
+
+#include <QSet>
 #include <QStringView>
 
 #include <algorithm>
@@ -8,15 +11,15 @@ namespace varo {
 
 namespace {
 
-/// A table that the operations change.
-struct ChangedTable {
+/// A table of a library.
+struct LibraryTable {
     QLatin1StringView name;
     QLatin1StringView identifier;  ///< the column that the database fills; "" when there is none
     QLatin1StringView texts;       ///< the other columns, separated by blanks
     QLatin1StringView numbers;
 };
 
-constexpr ChangedTable kChangedTables[] = {
+constexpr LibraryTable kLibraryTables[] = {
     {QLatin1StringView("Tree"), QLatin1StringView("ID"), QLatin1StringView("Name"),
      QLatin1StringView("PID OrderID")},
     {QLatin1StringView("Formula"), QLatin1StringView("ID"), QLatin1StringView("Name Formula Memo"),
@@ -25,6 +28,9 @@ constexpr ChangedTable kChangedTables[] = {
      QLatin1StringView("VarName Value VarMemo"), QLatin1StringView("FormulaID VarSourceType")},
     {QLatin1StringView("Property"), QLatin1StringView(), QLatin1StringView("PropName"),
      QLatin1StringView("PropID FilterID NodeID NodeType")},
+    {QLatin1StringView("FilterCond"), {}, {}, {}},
+    {QLatin1StringView("FilterExpressions"), {}, {}, {}},
+    {QLatin1StringView("TableInfo"), {}, {}, {}},
 };
 
 bool contains(QLatin1StringView names, const QString& name) {
@@ -32,8 +38,8 @@ bool contains(QLatin1StringView names, const QString& name) {
     return list.contains(name, Qt::CaseInsensitive);
 }
 
-bool keepsRows(const ChangedTable& expected, const data::TableStructure& found) {
-    return found.changesAsTold &&
+bool keepsRows(const LibraryTable& expected, const data::TableStructure& found) {
+    return found.changesAsTold && found.runsNothing &&
            (expected.identifier.isEmpty() ||
             found.autoNumber.compare(expected.identifier, Qt::CaseInsensitive) == 0) &&
            std::none_of(found.columns.begin(), found.columns.end(), [&](const auto& column) {
@@ -44,14 +50,31 @@ bool keepsRows(const ChangedTable& expected, const data::TableStructure& found) 
            });
 }
 
+/// Whether all that the file has is what a new library has. Most libraries are told by that.
+bool isAsMade(data::Connection& connection) {
+    static const QSet<QString> known = [] {
+        const QStringList statements = libraryStatements();
+        return QSet<QString>(statements.begin(), statements.end()) +
+               QSet<QString>{QStringLiteral("CREATE TABLE sqlite_sequence(name,seq)")};
+    }();
+    for (auto parts = connection.query(QStringLiteral("Select sql From sqlite_schema"));
+         !parts.atEnd(); parts.moveNext()) {
+        if (!known.contains(parts.text(0))) {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 bool keepsRows(data::Connection& connection) {
-    return std::all_of(std::begin(kChangedTables), std::end(kChangedTables),
-                       [&](const ChangedTable& table) {
-                           const auto found = connection.structure(table.name);
-                           return !found || keepsRows(table, *found);
-                       });
+    return isAsMade(connection) || std::all_of(std::begin(kLibraryTables), std::end(kLibraryTables),
+                                               [&](const LibraryTable& table) {
+                                                   const auto found =
+                                                       connection.structure(table.name);
+                                                   return !found || keepsRows(table, *found);
+                                               });
 }
 
 }  // namespace varo

@@ -19,6 +19,17 @@ QString schema() {
 
 }  // namespace
 
+QStringList libraryStatements() {
+    QStringList statements;
+    for (const QString& part : schema().split(u';')) {
+        const qsizetype start = part.indexOf(QLatin1StringView("CREATE "));
+        if (start >= 0) {
+            statements.append(part.mid(start).trimmed());
+        }
+    }
+    return statements;
+}
+
 void createEmptyLibrary(const QString& path) {
     const QString version =
         QStringLiteral("INSERT INTO TableInfo (PrptyName, PrptyVal) VALUES ('DBVersion', '%1');")

@@ -3,6 +3,7 @@
 #include "platform/data/connection.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace varo {
 
@@ -11,6 +12,9 @@ inline constexpr auto kTemplateFileName = "VaroPelm.tpl";
 
 /// Version that a template's "DBVersion" record must carry.
 inline constexpr auto kTemplateVersion = "2.0";
+
+/// The statements that make the tables and indexes of a library, each as the file keeps it.
+QStringList libraryStatements();
 
 /// Makes a new, empty library file at `path`, with all tables, the indexes that the statements need
 /// and the version record. The file appears complete or not at all. Throws data::Error when it

@@ -52,6 +52,26 @@ TEST_F(HostProtocol, AVariableFedByAPropertyShowsTheHostsAnswerAndAsksAgainOnSet
     EXPECT_EQ(cell(desk.control()), (std::array<qint32, 6>{1, 2, 3, 4, 5, 6}));
 }
 
+TEST_F(HostProtocol, AFileThatIsDeletedWhileItIsOpenIsToldOnceAndOpenedWhenItIsThereAgain) {
+    Desk desk;
+    desk.run(configuration.folder());
+    const QByteArray bytes = fileContent(library.path());
+    ASSERT_TRUE(QFile::remove(library.path()));
+    desk.typeValue(u"F"_s, u"7"_s);
+    settle();
+    EXPECT_EQ(std::exchange(desk.questions().informed, {}),
+              (QStringList{
+                  u"无法编辑选定变量的值！"_s,
+                  u"其他程序删除、替换或截短了打开的公式库文件：\n%1\n刚才的修改没有保存！"_s.arg(
+                      library.path())}));
+    EXPECT_EQ(desk.listTexts(), QStringList());
+    EXPECT_FALSE(QFile::exists(library.path()));
+    library.addFile(library.fileName(), bytes);
+    desk.clickItem(desk.tree(), desk.tree().model()->index(0, 0));
+    EXPECT_EQ(desk.messages(), QStringList());
+    EXPECT_EQ(desk.value(u"F"_s), u"1000"_s);
+}
+
 TEST_F(HostProtocol, ThePassedResultArrivesAtTheHostsWindowWithItsHandle) {
     class Receiver : public QObject {
       public:

@@ -220,7 +220,7 @@ TEST_F(CopyAndPaste, ACopyIsOneStateOfTheLibraryWhateverOthersWriteMeanwhile) {
     EXPECT_TRUE(paste(cantilever).complete);
     EXPECT_EQ(outline(first, cantilever), whole);
     library.close();
-    sqlite3_reset_auto_extension();
+    sqlite3_cancel_auto_extension(reinterpret_cast<void (*)()>(&watch));
 }
 
 }  // namespace

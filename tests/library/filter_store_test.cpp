@@ -279,11 +279,11 @@ TEST(FilterStore, WritesNumbersBeyondAllAndOnlyWhatItIsTold) {
 TEST(FilterStore, WhatFailsHalfwayLeavesTheTablesAsTheyWere) {
     const ConditionTree tree = parseCondition(u"a = 1 and b equal \"1.0\""_s).tree;
     const char* const obstacles[] = {
-        "Create Trigger Refuse Before Insert On FilterExpressions When New.FieldName = 'b' "
+        "Create Temp Trigger Refuse Before Insert On FilterExpressions When New.FieldName = 'b' "
         "Begin Select Raise(Abort, 'no'); End",
-        "Create Trigger Refuse After Insert On FilterExpressions "
+        "Create Temp Trigger Refuse After Insert On FilterExpressions "
         "Begin Update FilterExpressions Set TheConst = '2'; End",
-        "Create Trigger Refuse Before Delete On FilterCond Begin Select Raise(Abort, 'no'); End",
+        "Create Temp Trigger Refuse Before Delete On FilterCond Begin Select Raise(Abort, 'no'); End",
         "Alter Table FilterCond Rename Column Type To Away",
         "Insert Into FilterCond(ID) Values(2147483647)",
     };

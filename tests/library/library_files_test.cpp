@@ -84,7 +84,8 @@ TEST(LibraryFiles, RefusesWhatIsNoLibraryThatOpensAndSaysWhy) {
     TestLibrary noTree(u"b.mdb"_s);
     noTree.connection().execute(u"Drop Table Tree"_s);
     TestLibrary trigger(u"c.mdb"_s);
-    trigger.refuse("Insert", "Tree");
+    trigger.connection().execute(
+        u"Create Trigger T Before Insert On Tree Begin Select Raise(Abort, 'no'); End"_s);
     const QString text = library.addFile(u"text.mdb"_s, "no database");
     const QString missing = library.pathOf(u"missing.mdb"_s);
     const QString notThere = u"用户选择的数据库文件不存在\n不能添加到本程序！"_s;

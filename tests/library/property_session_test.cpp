@@ -177,12 +177,12 @@ TEST(PropertySession, ACommitThatFailsKeepsWhatWasDoneAndCanGoOnOrBack) {
             on.session->add();
             on.session->rename(3, u"材"_s);
             EXPECT_TRUE(on.session->saveFilter(3, condition(u"d = 1"_s)));
-            on.library.connection().execute(
-                u"Create Trigger Refuse Before %1 Begin Select Raise(Abort, 'no'); End"_s.arg(
-                    QLatin1StringView(each.refused)));
+            auto refusal = std::make_unique<Refusal>(
+                on.library.path(), u"Before %1 Begin Select Raise(Abort, 'no'); End"_s.arg(
+                                       QLatin1StringView(each.refused)));
             EXPECT_EQ(on.session->commit(), each.message);
             EXPECT_EQ(on.stored(), each.stored + u" 9"_s);
-            on.library.allow();
+            refusal.reset();
             on.library.connection().close();
             if (goesOn) {
                 EXPECT_EQ(on.session->commit(), QString());
@@ -199,7 +199,6 @@ TEST(PropertySession, CancelPutsTheLibraryBackWhenItWasWritten) {
     for (const bool isWritten : {false, true}) {
         for (const bool isDestroyed : {false, true}) {
             Trial on;
-            on.library.connection().execute(u"Pragma journal_mode = delete"_s);
             EXPECT_TRUE(QFile::setPermissions(
                 on.library.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
             const auto permissions = QFile::permissions(on.library.path());
@@ -223,21 +222,17 @@ TEST(PropertySession, CancelPutsTheLibraryBackWhenItWasWritten) {
 }
 
 TEST(PropertySession, EverybodyWhoHasTheLibraryOpenSeesWhatCancelPutsBack) {
-    for (const QString& journal : {u"delete"_s, u"wal"_s}) {
-        SCOPED_TRACE(journal.toStdString());
-        Trial on;
-        on.library.connection().query(u"Pragma journal_mode = "_s + journal);
-        const QStringList content = on.library.content();
-        EXPECT_EQ(on.open(), QString());
-        EXPECT_TRUE(on.session->saveFilter(1, condition(u"d = 1"_s)));
-        EXPECT_NE(on.library.content(), content);
-        EXPECT_EQ(on.session->cancel(), QString());
-        EXPECT_EQ(on.library.content(), content);
-        on.library.addFolder(0, u"后来"_s);
-        const QStringList after = on.library.content();
-        on.expectSound();
-        EXPECT_EQ(on.library.content(), after) << "another connection reads what that one wrote";
-    }
+    Trial on;
+    const QStringList content = on.library.content();
+    EXPECT_EQ(on.open(), QString());
+    EXPECT_TRUE(on.session->saveFilter(1, condition(u"d = 1"_s)));
+    EXPECT_NE(on.library.content(), content);
+    EXPECT_EQ(on.session->cancel(), QString());
+    EXPECT_EQ(on.library.content(), content);
+    on.library.addFolder(0, u"后来"_s);
+    const QStringList after = on.library.content();
+    on.expectSound();
+    EXPECT_EQ(on.library.content(), after) << "another connection reads what that one wrote";
 }
 
 TEST(PropertySession, AnEditThatTheBackupCannotNoteIsToldAndCanBeCancelled) {
@@ -253,10 +248,8 @@ TEST(PropertySession, AnEditThatTheBackupCannotNoteIsToldAndCanBeCancelled) {
     EXPECT_TRUE(on.isAsBefore());
 }
 
-TEST(PropertySession, RestoresTheFileThatALinkLeadsToAndALibraryWithAWriteAheadLog) {
+TEST(PropertySession, RestoresTheFileThatALinkLeadsTo) {
     Trial on;
-    on.library.connection().query(u"Pragma journal_mode = wal"_s);
-    on.library.addFolder(0, u"在日志中"_s);
     const QStringList content = on.library.content();
     const QTemporaryDir elsewhere;
     ASSERT_TRUE(QFile::link(on.library.path(), elsewhere.filePath(u"link.vdb"_s)));
@@ -388,35 +381,31 @@ TEST(PropertySession, DoesNotRollBackWhatAnotherProgramHasWritten) {
                  {none, remove, true},
                  {remove, save, true},
                  {save, failToCommit, false}};
-    for (const QString& journal : {u"delete"_s, u"wal"_s}) {
-        for (const auto& [before, after, isTold] : cases) {
-            SCOPED_TRACE(journal.toStdString());
-            Trial on;
-            on.library.connection().query(u"Pragma journal_mode = "_s + journal);
-            EXPECT_EQ(on.open(), QString());
-            const QByteArray backup = on.backup();
-            before(*on.session);
-            EXPECT_EQ(told, QString());
-            on.library.addFolder(0, u"别人的"_s);
-            on.library.connection().execute(
-                u"Create Trigger Refuse Before Update Of PropName On Property "
-                "Begin Select Raise(Abort, 'no'); End"_s);
-            on.library.connection().close();
-            after(*on.session);
-            EXPECT_EQ(told.contains(u"无法更新备份的记录"_s), isTold);
-            told.clear();
-            on.library.connection().open(on.library.path());
-            const QStringList content = on.library.content();
-            on.library.connection().close();
-            EXPECT_EQ(on.session->cancel(), kNotRolledBack);
-            on.session.reset();
-            EXPECT_EQ(on.backup(), backup);
-            RecordingQuestions questions;
-            EXPECT_TRUE(settleLeftBackup(on.ownFolder(), questions));
-            EXPECT_EQ(on.keptAside(), backup) << "even when the program was ended";
-            on.library.connection().open(on.library.path());
-            EXPECT_EQ(on.library.content(), content);
-        }
+    for (const auto& [before, after, isTold] : cases) {
+        Trial on;
+        EXPECT_EQ(on.open(), QString());
+        const QByteArray backup = on.backup();
+        before(*on.session);
+        EXPECT_EQ(told, QString());
+        on.library.addFolder(0, u"别人的"_s);
+        const Refusal refusal(on.library.path(),
+                              u"Before Update Of PropName On Property "
+                              "Begin Select Raise(Abort, 'no'); End"_s);
+        on.library.connection().close();
+        after(*on.session);
+        EXPECT_EQ(told.contains(u"无法更新备份的记录"_s), isTold);
+        told.clear();
+        on.library.connection().open(on.library.path());
+        const QStringList content = on.library.content();
+        on.library.connection().close();
+        EXPECT_EQ(on.session->cancel(), kNotRolledBack);
+        on.session.reset();
+        EXPECT_EQ(on.backup(), backup);
+        RecordingQuestions questions;
+        EXPECT_TRUE(settleLeftBackup(on.ownFolder(), questions));
+        EXPECT_EQ(on.keptAside(), backup) << "even when the program was ended";
+        on.library.connection().open(on.library.path());
+        EXPECT_EQ(on.library.content(), content);
     }
 }
 

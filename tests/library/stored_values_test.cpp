@@ -97,6 +97,24 @@ TEST_F(StoredValuesTest, WhatCannotBeStoredIsToldAndTheStoredValueStaysKnown) {
     EXPECT_EQ(seen(bending), u"3 5"_s);
 }
 
+TEST_F(StoredValuesTest, AreNotStoredInAFileThatIsNoLongerTheLibrary) {
+    const QByteArray other = fileContent(second.path());
+    int told = 0;
+    library.setReplacedNotice([&] { ++told; });
+    library.close();
+    ASSERT_TRUE(library.open(1));
+    EXPECT_EQ(seen(bending), u"3 5"_s);
+    ASSERT_TRUE(QFile::remove(first.path()) && QFile::copy(second.path(), first.path()));
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        EXPECT_EQ(values.store(u"a"_s, bending, u"4"_s).failure, u"无法编辑选定变量的值！"_s);
+    }
+    EXPECT_EQ(told, 1);
+    EXPECT_TRUE(library.open(1)) << "what is there is opened";
+    EXPECT_EQ(library.variables().Count(), 0);
+    EXPECT_EQ(values.store(u"a"_s, bending, u"4"_s).failure, QString());
+    EXPECT_NE(fileContent(first.path()), other);
+}
+
 TEST_F(StoredValuesTest, WhatCannotBeReadIsSaidToBeSoAndCountsAsZero) {
     EXPECT_EQ(values.valuesOf({u"a"_s}, bending).front().value, u"3"_s);
     first.connection().execute(u"alter table RecentVar rename to Gone"_s);

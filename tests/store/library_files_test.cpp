@@ -54,7 +54,7 @@ TEST_F(LibraryFile, IsRefusedWhenItWouldLoseOrInventRows) {
     enum Answer { Library, Openable, Refused };
     const std::tuple<Answer, const char*> cases[] = {
         {Library, "Drop Table Property; Drop Table FilterCond; Drop Table TableInfo"},
-        {Library, "Create Trigger T After Update On TableInfo Begin Delete From Formula; End"},
+        {Refused, "Create Trigger T After Update On TableInfo Begin Delete From Formula; End"},
         {Library,
          "Drop Table RecentVar; Create Table RecentVar (VarName, FormulaID, Value Blob, "
          "VarSourceType Real, VarMemo Varchar(9), Extra Unique On Conflict Abort)"},
@@ -62,6 +62,24 @@ TEST_F(LibraryFile, IsRefusedWhenItWouldLoseOrInventRows) {
         {Openable, "Drop Table RecentVar"},
         {Openable, "Drop Table Tree"},
         {Openable, "Alter Table Formula Drop Memo"},
+        {Refused,
+         "Drop Table Tree; Create View Tree As With Recursive N (ID) As (Select 1 Union All "
+         "Select ID + 1 From N) Select ID, 'a' Name, 0 PID, ID OrderID From N"},
+        {Refused, "Drop Table Tree; Create Virtual Table Tree Using fts5(ID, Name, PID, OrderID)"},
+        {Refused, "Alter Table Tree Add Computed As (zeroblob(1000000000))"},
+        {Refused, "Alter Table FilterCond Add Checked Check (Checked < 3)"},
+        {Refused, "Create Index I On Formula (length(Name))"},
+        {Refused, "Create Index I On TableInfo (PrptyVal) Where PrptyVal Like '%a%'"},
+        {Refused,
+         "Drop Table TableInfo; Create Table TableInfo (PrptyName, PrptyVal "
+         "Default (randomblob(1000000000)))"},
+        {Refused,
+         "Drop Table TableInfo; Create Table TableInfo (PrptyName Primary Key, PrptyVal) "
+         "Without Rowid"},
+        {Refused, "Drop Table FilterExpressions; Create View FilterExpressions As Select 1"},
+        {Library,
+         "Alter Table Tree Add [check] Text Default 'check (1)' /* check */; "
+         "Create View V As Select * From Tree; Create Table Other (A Check (A > 1))"},
         {Refused, "Create Trigger T After Update On tree Begin Delete From Formula; End"},
         {Refused, "Create Trigger T Before Insert On Property Begin Select Raise(Ignore); End"},
         {Refused, "Drop Table Tree; Create Table Tree (ID Integer, Name Text, PID, OrderID)"},

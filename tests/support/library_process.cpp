@@ -3,6 +3,8 @@
 // lock PATH: keeps everybody else out of the library until it is killed; read PATH lets others
 // read, and write as far as to the commit; write PATH lets them read.
 //
+// log PATH: gives the database a write-ahead log, stores a row of Item in it and keeps it open.
+//
 // spill PATH: writes half of a transaction into the library and waits to be killed.
 //
 // session PATH FOLDER COUNT: saves COUNT filters for formula 1, one over the other, with the backup
@@ -46,6 +48,7 @@ constexpr struct {
     {"lock", "BEGIN EXCLUSIVE", "locked"},
     {"read", "BEGIN; SELECT count(*) FROM sqlite_schema", "reading"},
     {"write", "BEGIN IMMEDIATE", "writing"},
+    {"log", "PRAGMA journal_mode = WAL; INSERT INTO Item (Name) VALUES ('in the log')", "logged"},
     {"spill",
      "PRAGMA cache_size = 1; BEGIN IMMEDIATE; CREATE TABLE Spilled (Bytes);"
      "INSERT INTO Spilled VALUES (randomblob(1000000));"

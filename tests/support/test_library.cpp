@@ -70,9 +70,10 @@ void TestLibrary::addPicture(qint32 formula, const QByteArray& bytes) {
 }
 
 void TestLibrary::refuse(const char* step, const char* table, const QString& when) {
-    connection_.execute(
-        u"Create Trigger Refuse Before %1 On %2 When %3 Begin Select Raise(Abort, 'refused'); End"_s
-            .arg(QLatin1StringView(step), QLatin1StringView(table), when));
+    allow();
+    refusal_ = std::make_unique<Refusal>(
+        path(), u"Before %1 On %2 When %3 Begin Select Raise(Abort, 'refused'); End"_s.arg(
+                    QLatin1StringView(step), QLatin1StringView(table), when));
 }
 
 void MissingColumn::rename(const char* from, const char* to) {

@@ -5,6 +5,7 @@
 #include "store/db_funcs.h"
 #include "support/printers.h"
 #include "support/recording_questions.h"
+#include "support/refusal.h"
 
 #include <QByteArray>
 #include <QColor>
@@ -12,6 +13,8 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+
+#include <memory>
 
 namespace varo::test {
 
@@ -53,7 +56,7 @@ class TestLibrary {
 
     /// Lets a step ("Insert") on a table fail, for rows of which `when` is true, until allow().
     void refuse(const char* step, const char* table, const QString& when = QStringLiteral("1"));
-    void allow() { connection_.execute(QStringLiteral("Drop Trigger Refuse")); }
+    void allow() { refusal_.reset(); }
 
     /// Everything that is stored.
     QStringList content();
@@ -70,6 +73,7 @@ class TestLibrary {
     RecordingQuestions questions_;
     clsDBFuncs funcs_{questions_};
     data::Connection connection_;
+    std::unique_ptr<Refusal> refusal_;
 };
 
 /// While it lives, a table of a library lacks one of its columns.

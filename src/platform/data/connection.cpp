@@ -6,6 +6,7 @@
 #include "platform/data/statement.h"
 
 #include <limits>
+#include <utility>
 
 namespace varo::data {
 
@@ -26,11 +27,32 @@ struct ConnectionState {
         }
     }
 
-    sqlite3* handle() const {
+    DatabaseFile& openFile() const {
         if (file == nullptr) {
             throw Error(QStringLiteral("the connection is closed"));
         }
-        return file->handle();
+        return *file;
+    }
+
+    // The handle for a new statement.
+    sqlite3* handle() const {
+        sqlite3* database = openFile().handle();
+        if (sqlite3_get_autocommit(database) != 0) {
+            requireInPlace();
+        }
+        file->watch().restart();
+        return database;
+    }
+
+    void requireInPlace() const {
+        try {
+            file->requireInPlace();
+        } catch (const Error&) {
+            if (const auto tell = std::exchange(tellReplaced, {})) {
+                tell();
+            }
+            throw;
+        }
     }
 
     // SQLite undoes a whole transaction by itself after some failures, such as a full disk. What
@@ -45,9 +67,9 @@ struct ConnectionState {
 
     QString path;
     std::unique_ptr<DatabaseFile> file;
-    std::function<bool()> isWanted;
     StatementCache statements;
     std::shared_ptr<Replacements> replacements = std::make_shared<Replacements>();
+    mutable std::function<void()> tellReplaced;
     int depth = 0;
 };
 
@@ -58,13 +80,6 @@ ConnectionState& opened(const std::shared_ptr<ConnectionState>& state) {
         throw Error(QStringLiteral("the connection is closed"));
     }
     return *state;
-}
-
-// Runs in one or two milliseconds.
-constexpr int kInstructionsBetweenQuestions = 20'000;
-
-int isUnwanted(void* state) {
-    return static_cast<ConnectionState*>(state)->isWanted() ? 0 : 1;
 }
 
 QString savepoint(int depth) {
@@ -87,10 +102,10 @@ Connection& Connection::operator=(Connection&& other) noexcept {
     return *this;
 }
 
-void Connection::open(const QString& path) {
+void Connection::open(const QString& path, Access access) {
     close();
-    auto state = std::make_shared<ConnectionState>(path, openDatabaseFile(path));
-    addExactText(state->handle());
+    auto state = std::make_shared<ConnectionState>(path, openDatabaseFile(path, access));
+    addExactText(state->file->handle());
     state_ = std::move(state);
 }
 
@@ -110,25 +125,37 @@ QString Connection::path() const {
 }
 
 void Connection::setInterrupt(std::function<bool()> isWanted) {
-    sqlite3* database = opened(state_).handle();
-    state_->isWanted = std::move(isWanted);
-    sqlite3_progress_handler(database, kInstructionsBetweenQuestions,
-                             state_->isWanted ? isUnwanted : nullptr, state_.get());
+    opened(state_).openFile().watch().setInterrupt(std::move(isWanted));
+}
+
+bool Connection::isInPlace() const {
+    try {
+        opened(state_).openFile().requireInPlace();
+    } catch (const Error& error) {
+        return !error.isReplaced();
+    }
+    return true;
+}
+
+void Connection::setReplacedNotice(std::function<void()> tell) {
+    opened(state_).tellReplaced = std::move(tell);
 }
 
 qint64 Connection::execute(const QString& statement, const Arguments& arguments) {
     sqlite3* database = opened(state_).writableHandle();
-    state_->statements.run(database, statement, arguments);
+    state_->file->watch().during([&] { state_->statements.run(database, statement, arguments); });
     return sqlite3_changes64(database);
 }
 
 Recordset Connection::query(const QString& statement, const Arguments& arguments) {
-    StatementHandle prepared = prepare(opened(state_).handle(), statement, arguments);
-    return Recordset(std::make_shared<RowSource>(*state_->file, std::move(prepared)));
+    sqlite3* database = opened(state_).handle();
+    return Recordset(state_->file->watch().during([&] {
+        return std::make_shared<RowSource>(*state_->file, prepare(database, statement, arguments));
+    }));
 }
 
 qint32 Connection::lastInsertedId() const {
-    const qint64 id = sqlite3_last_insert_rowid(opened(state_).handle());
+    const qint64 id = sqlite3_last_insert_rowid(opened(state_).openFile().handle());
     if (id > std::numeric_limits<qint32>::max() || id < std::numeric_limits<qint32>::min()) {
         throw Error(QStringLiteral("the table has run out of identifiers"));
     }
@@ -142,12 +169,12 @@ BlobField Connection::field(const QString& table, const QString& column, qint32 
 
 std::optional<TableStructure> Connection::structure(const QString& table) {
     opened(state_).handle();
-    return state_->file->structure(table);
+    return state_->file->watch().during([&] { return state_->file->structure(table); });
 }
 
 QStringList Connection::tables() {
     opened(state_).handle();
-    return state_->file->tables();
+    return state_->file->watch().during([&] { return state_->file->tables(); });
 }
 
 QStringList Connection::damages() {
@@ -184,6 +211,10 @@ void Transaction::commit() {
         if (depth_ == 1 && !state_->replacements->incomplete.empty()) {
             throw Error(QStringLiteral("the bytes of a field have not all arrived"));
         }
+        if (depth_ == 1) {
+            state_->openFile();
+            state_->requireInPlace();
+        }
         state_->statements.run(state_->writableHandle(),
                                depth_ == 1 ? QStringLiteral("COMMIT")
                                            : QStringLiteral("RELEASE ") + savepoint(depth_));
@@ -217,7 +248,7 @@ ReadSnapshot::ReadSnapshot(Connection& connection) : state_(connection.state_) {
     run(opened(state_).handle(), QStringLiteral("BEGIN"));
     try {
         // The state is that of the first read.
-        run(state_->handle(), QStringLiteral("Select count(*) From sqlite_schema"));
+        run(state_->handle(), QStringLiteral("Select 1 From sqlite_schema Limit 1"));
         run(state_->handle(), QStringLiteral("PRAGMA query_only = ON"));
     } catch (const Error&) {
         end();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/data/access.h"
 #include "platform/data/blob_field.h"
 #include "platform/data/error.h"
 #include "platform/data/recordset.h"
@@ -31,17 +32,23 @@ class Connection {
     Connection(Connection&&) noexcept;
     Connection& operator=(Connection&&) noexcept;
 
-    /// Closes what is open and opens the existing file at `path`, for reading and writing if the
-    /// file allows it, else for reading. The format is told by the file's first bytes before
-    /// anything is changed. A database that a killed program left half-written is then taken back
-    /// to its last commit, with the journal beside it; a journal beside a file of another format is
-    /// not applied. A database with a write-ahead log has its two side files while it is open.
-    /// Nothing else is created or changed, and locks that this process holds on the file through
-    /// another connection stay. Throws Error
-    /// (the connection is then closed) when the file is missing, is in no format that a driver
-    /// reads, is damaged or locked so that its structure cannot be read, or would need recovering
-    /// or a write-ahead log where nothing can be written.
-    void open(const QString& path);
+    /// Closes what is open and opens the existing file at `path`; Access::Write reads only where
+    /// the file cannot be written. The format is told by the file's first bytes before anything is
+    /// changed.
+    ///
+    /// With Access::Write, a database that a killed program left half-written is taken back to its
+    /// last commit, with the journal beside it; a journal beside a file of another format is not
+    /// applied. A database with a write-ahead log gets a rollback journal instead, after what its
+    /// log holds has been written into it. With Access::Read nothing is created or changed beside
+    /// or in the file: where it needs one of the two, a copy in a folder of temporary files is
+    /// read, which close() removes.
+    ///
+    /// Nothing that the file or what lies beside it says is run, no other file that they name is
+    /// touched, and locks that this process holds on the file through another connection stay.
+    /// Throws Error (the connection is then closed) when the file is missing, is in no format that
+    /// a driver reads, is damaged or locked so that its structure cannot be read, when what lies
+    /// beside it is no journal of it, or when it needs one of the two where nothing can be written.
+    void open(const QString& path, Access access = Access::Write);
 
     /// Closes the file; record sets and fields taken from this connection become closed.
     void close() noexcept;
@@ -56,12 +63,27 @@ class Connection {
     /// not use this connection. An empty function is not asked; close() forgets it.
     void setInterrupt(std::function<bool()> isWanted);
 
+    // A statement that takes more steps than a file of that size can need is ended with an Error,
+    // and one on a file that has been replaced, deleted or cut short fails with an Error that
+    // isReplaced(); so does everything until open(). Both hold for all that follows.
+
+    /// Whether the open file is still the one at path(); always
+    /// so for a copy of it.
+    bool isInPlace() const;
+
+    /// `tell` is called once when a statement is the first to fail because the file is not in its
+    /// place any more, before the Error is thrown. It must not use this connection. close() forgets
+    /// it.
+    void setReplacedNotice(std::function<void()> tell);
+
     /// Runs a statement that changes data; returns the number of rows changed. A lock held by
     /// another program is waited for two seconds at most.
     qint64 execute(const QString& statement, const Arguments& arguments = {});
 
-    /// Runs a query and returns its record set, positioned on the first row. A statement may call
-    /// exact_text(X), the text of a value as Recordset::text() gives it, NULL for a binary value.
+    /// Runs a query and returns its record set, positioned on the first row. To count all rows of a
+    /// table use count(1): SQLite evaluates count(*) in one step, which nothing ends. A statement
+    /// may call exact_text(X), the text of a value as Recordset::text() gives it, NULL for a binary
+    /// value.
     Recordset query(const QString& statement, const Arguments& arguments = {});
 
     /// Identifier that the database assigned to the last inserted row. Throws Error when it is
@@ -81,7 +103,7 @@ class Connection {
     QStringList tables();
 
     /// Goes through the whole file and returns what is wrong with it, a line each and not more than
-    /// a hundred; empty when it is sound.
+    /// a hundred or so; empty when it is sound.
     QStringList damages();
 
   private:

@@ -2,7 +2,7 @@
 
 #include "platform/data/create_database.h"
 #include "platform/data/file_start.h"
-#include "platform/data/sqlite_driver.h"
+#include "platform/data/sqlite_handle.h"
 #include "platform/data/unfinished_file.h"
 
 #include <QCryptographicHash>
@@ -12,6 +12,7 @@
 #include <QUrl>
 
 #include <memory>
+#include <optional>
 #include <sqlite3.h>
 
 namespace varo::data {
@@ -35,19 +36,9 @@ void commit(QSaveFile& file) {
     }
 }
 
-// A write-ahead log whose content cannot be read from the file itself.
-void requireNoLog(const QString& path) {
-    if (QFileInfo(QFileInfo(path).canonicalFilePath() + QStringLiteral("-wal")).size() > 0) {
-        throw Error(QStringLiteral("%1: another program uses the file").arg(path));
-    }
-}
-
 /// Passes the file's bytes on while nobody can change them.
 void readWhole(Connection& connection, const std::function<void(const QByteArray&)>& take) {
-    // What a write-ahead log holds goes into the file; without one this does nothing.
-    connection.query(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
     const ReadSnapshot snapshot(connection);
-    requireNoLog(connection.path());
     readBytes(connection.path(), take);
 }
 
@@ -84,42 +75,33 @@ class Difference {
     qint64 offset_ = 0;
 };
 
-using Handle = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
-
 [[noreturn]] void fail(const QString& path, int result) {
     throw Error(QStringLiteral("%1: %2").arg(path, QString::fromUtf8(sqlite3_errstr(result))));
 }
 
-/// The database at `path`, with what a killed program has left half-written taken back and without
-/// a write-ahead log; null when it is damaged.
-Handle openRecovered(const QString& path) {
-    sqlite3* opened = nullptr;
-    int result =
-        sqlite3_open_v2(path.toUtf8().constData(), &opened, SQLITE_OPEN_READWRITE, nullptr);
-    Handle handle(opened, sqlite3_close_v2);
-    if (result == SQLITE_OK) {
-        sqlite3_busy_timeout(opened, kLockTimeout);
-        result = sqlite3_exec(opened,
-                              "SELECT count(*) FROM sqlite_schema; PRAGMA wal_checkpoint(TRUNCATE)",
-                              nullptr, nullptr, nullptr);
-    }
+/// The database at `path`, with what a killed program has left half-written taken back; nothing
+/// when it is damaged.
+std::optional<SafeHandle> openRecovered(const QString& path, const DatabaseHeader& header) {
+    SafeHandle safe = openSafely(path, header, Access::Write);
+    const int result = sqlite3_exec(safe.handle.get(), "SELECT count(*) FROM sqlite_schema",
+                                    nullptr, nullptr, nullptr);
     if (result == SQLITE_NOTADB || result == SQLITE_CORRUPT) {
-        return {nullptr, sqlite3_close_v2};
+        return std::nullopt;
     }
     if (result != SQLITE_OK) {
         fail(path, result);
     }
-    return handle;
+    return safe;
 }
 
 /// A closed database that nobody changes, opened without locks and side files.
-Handle openCopy(const QString& path) {
+DatabaseHandle openCopy(const QString& path) {
     const QByteArray address =
         QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toEncoded() + "?immutable=1";
     sqlite3* opened = nullptr;
     const int result = sqlite3_open_v2(address.constData(), &opened,
                                        SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
-    Handle handle(opened, sqlite3_close_v2);
+    DatabaseHandle handle(opened);
     if (result != SQLITE_OK) {
         fail(path, result);
     }
@@ -129,14 +111,13 @@ Handle openCopy(const QString& path) {
 /// Gives an open database the content of `copy`, or throws Error and leaves it as it is.
 void overwrite(sqlite3* database, const QString& path, const QString& copy,
                const QByteArray& difference) {
-    const Handle source = openCopy(copy);
+    const DatabaseHandle source = openCopy(copy);
     const std::unique_ptr<sqlite3_backup, int (*)(sqlite3_backup*)> backup(
         sqlite3_backup_init(database, "main", source.get(), "main"), sqlite3_backup_finish);
     // A step without pages locks the database against everybody else's writes.
     int result =
         backup == nullptr ? sqlite3_errcode(database) : sqlite3_backup_step(backup.get(), 0);
     if (result == SQLITE_OK) {
-        requireNoLog(path);
         Difference found(copy);
         readBytes(path, [&](const QByteArray& bytes) { found.add(bytes); });
         if (found.result() != difference) {
@@ -200,11 +181,12 @@ void restoreDatabase(const QString& copy, const QString& path, const QByteArray&
     const QFileInfo link(path);
     const QString target = link.exists() ? link.canonicalFilePath() : link.absoluteFilePath();
     if (QFileInfo(target).size() > 0) {
-        if (!isSqliteFile(target)) {
+        const auto header = databaseHeader(target);
+        if (!header) {
             throw Error(QStringLiteral("%1: another program has replaced the file").arg(path));
         }
-        if (const Handle database = openRecovered(target)) {
-            return overwrite(database.get(), target, copy, difference);
+        if (const auto database = openRecovered(target, *header)) {
+            return overwrite(database->handle.get(), target, copy, difference);
         }
     }
     replaceByCopy(copy, target);

@@ -11,9 +11,8 @@ namespace varo::data {
 
 /// The SHA-256 of all in which the file that is open on `connection`, as it is at one moment,
 /// differs from the closed file `base`: together with `base` it determines the file. It takes the
-/// time of reading both files, however little differs. Throws Error when a file cannot be read, the
-/// database is locked, or a part of it is still in a write-ahead log that another program uses; no
-/// transaction or snapshot of the connection may be open.
+/// time of reading both files, however little differs. Throws Error when a file cannot be read or
+/// the database is locked; no transaction or snapshot of the connection may be open.
 QByteArray differenceDigest(Connection& connection, const QString& base);
 
 /// That digest of two files with the same content.

@@ -1,14 +1,15 @@
 #include "platform/data/create_database.h"
 
 #include "platform/data/error.h"
-#include "platform/data/sqlite_driver.h"
+#include "platform/data/side_files.h"
+#include "platform/data/sqlite_handle.h"
 #include "platform/data/unfinished_file.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <sqlite3.h>
 
 namespace varo::data {
@@ -36,24 +37,14 @@ void requireNothingAt(const QString& path) {
     }
 }
 
-// Recovers the database at `path` and holds an exclusive lock on it while the handle is open.
-// Null when the file is none of SQLite's, which a journal beside it must not be applied to, or is
-// damaged beyond reading, so that no other program can have it open.
-Handle lockedDatabase(const QString& path) {
-    if (!isSqliteFile(path)) {
-        return {nullptr, sqlite3_close_v2};
-    }
-    sqlite3* opened = nullptr;
-    int result =
-        sqlite3_open_v2(path.toUtf8().constData(), &opened, SQLITE_OPEN_READWRITE, nullptr);
-    Handle handle(opened, sqlite3_close_v2);
-    if (result == SQLITE_OK) {
-        sqlite3_busy_timeout(opened, kLockTimeout);
-        result = sqlite3_exec(opened, "PRAGMA journal_mode = DELETE; BEGIN EXCLUSIVE", nullptr,
-                              nullptr, nullptr);
-    }
+/// Recovers the database at `path` and holds an exclusive lock on it while the result lives.
+/// Nothing when it is damaged beyond reading, so that no other program can have it open.
+std::optional<SafeHandle> lockedDatabase(const QString& path, const DatabaseHeader& header) {
+    SafeHandle safe = openSafely(path, header, Access::Write);
+    sqlite3* opened = safe.handle.get();
+    int result = sqlite3_exec(opened, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
     if (result == SQLITE_NOTADB || result == SQLITE_CORRUPT) {
-        return {nullptr, sqlite3_close_v2};
+        return std::nullopt;
     }
     if (result == SQLITE_OK && sqlite3_db_readonly(opened, "main") != 0) {
         result = SQLITE_READONLY;
@@ -61,17 +52,7 @@ Handle lockedDatabase(const QString& path) {
     if (result != SQLITE_OK) {
         throw Error(QStringLiteral("%1: %2").arg(path, QString::fromUtf8(sqlite3_errstr(result))));
     }
-    return handle;
-}
-
-// Removes what SQLite would take for the journal of the file at `path`.
-void removeJournals(const QString& path) {
-    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
-        QFile journal(path + QLatin1StringView(suffix));
-        if (journal.exists() && !journal.remove()) {
-            throw Error(QStringLiteral("%1: %2").arg(journal.fileName(), journal.errorString()));
-        }
-    }
+    return safe;
 }
 
 }  // namespace
@@ -87,11 +68,20 @@ void createDatabase(const QString& path, const QString& script) {
 
 void replaceDatabase(const QString& unfinished, const QString& path) {
     const QFileInfo old(path);
-    Handle lock(nullptr, sqlite3_close_v2);
-    if (old.isFile() && old.size() > 0) {
-        lock = lockedDatabase(old.absoluteFilePath());
+    const QString oldPath = old.absoluteFilePath();
+    std::optional<DatabaseHeader> header;
+    std::optional<SafeHandle> lock;
+    if (old.exists() && !old.isFile()) {
+        throw Error(QStringLiteral("%1 is no file").arg(path));
     }
-    removeJournals(old.absoluteFilePath());
+    if (old.exists()) {
+        header = databaseHeader(oldPath);
+    }
+    if (header) {
+        lock = lockedDatabase(oldPath, *header);
+    }
+    const SideFiles files = requireSideFilesOf(oldPath, header);
+    removeSideFiles(files);
     std::error_code failure;
     std::filesystem::rename(QFileInfo(unfinished).filesystemAbsoluteFilePath(),
                             old.filesystemAbsoluteFilePath(), failure);

@@ -32,13 +32,13 @@ void DatabaseFile::releaseUndone() noexcept {
     }
 }
 
-std::unique_ptr<DatabaseFile> openDatabaseFile(const QString& path) {
+std::unique_ptr<DatabaseFile> openDatabaseFile(const QString& path, Access access) {
     if (!QFileInfo(path).isFile()) {
         throw Error(QStringLiteral("%1: no such file").arg(path));
     }
     static const SqliteDriver sqlite;
     for (const Driver* driver : {static_cast<const Driver*>(&sqlite)}) {
-        if (auto file = driver->open(path)) {
+        if (auto file = driver->open(path, access)) {
             return file;
         }
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/data/access.h"
+#include "platform/data/statement_watch.h"
 #include "platform/data/table_structure.h"
 
 #include <QString>
@@ -68,6 +70,13 @@ class DatabaseFile {
 
     virtual sqlite3* handle() const noexcept = 0;
 
+    /// Ends the statements on handle() that do not end by themselves.
+    virtual StatementWatch& watch() noexcept = 0;
+
+    /// Throws Error that isReplaced() when the open file is not the one at its path any more. To be
+    /// called before a statement that is in no transaction.
+    virtual void requireInPlace() = 0;
+
     /// The field `column` of the row of `table` whose column ID is `id`; throws Error when there is
     /// no such row.
     virtual std::shared_ptr<LongBinary> field(const QString& table, const QString& column,
@@ -81,8 +90,8 @@ class DatabaseFile {
     /// for itself are not among them. Reads no rows. Throws Error when that cannot be told.
     virtual QStringList tables() = 0;
 
-    /// What the driver's own check of the whole file finds wrong, a line each. Throws Error when
-    /// the check cannot be made.
+    /// What the driver's own check of the whole file finds wrong, a line each; what ends the check
+    /// early is one. Throws Error when the file is locked or the check is no longer wanted.
     virtual QStringList damages() = 0;
 
     /// Makes every user release the handle; to be called before destruction.
@@ -101,11 +110,12 @@ class Driver {
   public:
     virtual ~Driver() = default;
 
-    /// Opens the existing file at `path` and reads its structure; null when its content, never its
-    /// name, says that the file is in another format or is empty. The first bytes of the file are
-    /// read with fileStart() before anything else is done: a file of another format is left as it
-    /// is, whatever journal lies beside it. Throws Error when the file cannot be opened.
-    virtual std::unique_ptr<DatabaseFile> open(const QString& path) const = 0;
+    /// Opens the existing file at `path` as Connection::open() says and reads its structure; null
+    /// when its content, never its name, says that the file is in another format or is empty. The
+    /// first bytes of the file are read with fileStart() before anything else is done: a file of
+    /// another format is left as it is, whatever journal lies beside it. Throws Error when the file
+    /// cannot be opened.
+    virtual std::unique_ptr<DatabaseFile> open(const QString& path, Access access) const = 0;
 };
 
 /// Opens the file at `path` with the driver for its format. Throws Error when the file is missing,
@@ -115,6 +125,6 @@ class Driver {
 /// driver is asked first and another one only for files that are not SQLite's: closing any handle
 /// of a file takes from this process the locks that SQLite holds on it, so that nothing but SQLite
 /// and fileStart() may open an SQLite file.
-std::unique_ptr<DatabaseFile> openDatabaseFile(const QString& path);
+std::unique_ptr<DatabaseFile> openDatabaseFile(const QString& path, Access access);
 
 }  // namespace varo::data

@@ -11,7 +11,7 @@ namespace varo::data {
 /// or for the message box of a routine that shows it.
 class Error : public std::runtime_error {
   public:
-    enum class Cause { Other, Locked, Interrupted };
+    enum class Cause { Other, Locked, Interrupted, Replaced };
 
     explicit Error(const QString& description, Cause cause = Cause::Other)
         : std::runtime_error(description.toStdString()), description_(description), cause_(cause) {}
@@ -23,6 +23,10 @@ class Error : public std::runtime_error {
 
     /// Whether the statement was ended by Connection::setInterrupt().
     bool isInterrupted() const noexcept { return cause_ == Cause::Interrupted; }
+
+    /// Whether the open file is no longer the one at its path: it was replaced, deleted or cut
+    /// short. Opening it again reads what is there.
+    bool isReplaced() const noexcept { return cause_ == Cause::Replaced; }
 
   private:
     QString description_;

@@ -84,7 +84,11 @@ class LayerFile {
 }  // namespace
 
 QByteArray fileStart(const QString& path, int length) {
-    return LayerFile(path).read(0, length);
+    return fileBytes(path, 0, length);
+}
+
+QByteArray fileBytes(const QString& path, qint64 offset, int length) {
+    return LayerFile(path).read(offset, length);
 }
 
 void readBytes(const QString& path, const std::function<void(const QByteArray&)>& take) {

@@ -14,6 +14,9 @@ namespace varo::data {
 /// process the locks that SQLite holds on it.
 QByteArray fileStart(const QString& path, int length);
 
+/// The same from `offset` on.
+QByteArray fileBytes(const QString& path, qint64 offset, int length);
+
 /// Hands all bytes of the file at `path` to `take`, piece by piece; the rest as above. What `take`
 /// throws ends it.
 void readBytes(const QString& path, const std::function<void(const QByteArray&)>& take);

@@ -48,12 +48,11 @@ bool Recordset::atEnd() const noexcept {
 }
 
 void Recordset::moveNext() {
-    sqlite3_stmt* statement = openStatement(rows_);
+    openStatement(rows_);
     if (!rows_->onRow) {
         throw Error(QStringLiteral("the record set has no next row"));
     }
-    rows_->onRow = false;
-    rows_->onRow = step(statement);
+    rows_->next();
 }
 
 int Recordset::column(QStringView name) const {

@@ -10,6 +10,13 @@ struct RowSource final : HandleUser {
     RowSource(DatabaseFile& database, StatementHandle prepared)
         : HandleUser(database), statement(std::move(prepared)), onRow(step(statement.get())) {}
 
+    /// Goes to the next row.
+    void next() {
+        onRow = false;
+        onRow = file()->watch().during([&] { return step(statement.get()); });
+        file()->watch().requireEnding(statement.get(), ++row);
+    }
+
     void release() noexcept override {
         statement.reset();
         onRow = false;
@@ -17,6 +24,7 @@ struct RowSource final : HandleUser {
 
     StatementHandle statement;
     bool onRow;
+    qint64 row = 0;
 };
 
 }  // namespace varo::data

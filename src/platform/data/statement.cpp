@@ -29,6 +29,7 @@ class Binder {
     int operator()(qint64 value) const { return sqlite3_bind_int64(statement_, position_, value); }
     int operator()(const QString& value) const {
         const QByteArray text = storable(value);
+        allowValue(sqlite3_db_handle(statement_), text.size());
         return sqlite3_bind_text64(statement_, position_, text.constData(),
                                    static_cast<sqlite3_uint64>(text.size()), SQLITE_TRANSIENT,
                                    SQLITE_UTF8);
@@ -96,6 +97,15 @@ void throwLastError(sqlite3* database) {
                 code == SQLITE_BUSY        ? Error::Cause::Locked
                 : code == SQLITE_INTERRUPT ? Error::Cause::Interrupted
                                            : Error::Cause::Other);
+}
+
+void allowValue(sqlite3* database, qint64 bytes) {
+    if (bytes > kShortValue / 2) {
+        const qint64 allowed = sqlite3_limit(database, SQLITE_LIMIT_LENGTH, -1);
+        const qint64 wanted = allowed + std::min(bytes, kLongestValue);
+        sqlite3_limit(database, SQLITE_LIMIT_LENGTH,
+                      static_cast<int>(std::min(wanted, kLongestValue)));
+    }
 }
 
 StatementHandle prepare(sqlite3* database, const QString& text, const Arguments& arguments) {

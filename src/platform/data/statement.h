@@ -11,6 +11,13 @@
 
 namespace varo::data {
 
+/// Bytes of the longest value that is stored or read: the longest picture, and what its row holds
+/// beside it.
+inline constexpr qint64 kLongestValue = (qint64{1} << 29) + (qint64{1} << 20);
+
+/// Bytes of the values for which every database has room.
+inline constexpr qint64 kShortValue = 65536;
+
 struct StatementDeleter {
     void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
 };
@@ -18,6 +25,10 @@ using StatementHandle = std::unique_ptr<sqlite3_stmt, StatementDeleter>;
 
 /// Throws the Error that says what last failed on `database`.
 [[noreturn]] void throwLastError(sqlite3* database);
+
+/// Lets the next statements on `database` store a value of so many bytes, whatever values they may
+/// read.
+void allowValue(sqlite3* database, qint64 bytes);
 
 /// Compiles the one statement in `text` and binds its values. Throws Error, also when the number of
 /// values is not the number of `?`, when a text cannot be stored as it stands (U+0000, half a

@@ -15,6 +15,8 @@ enum class ColumnType { Any, Integer, Floating, Money, Decimal, Text, Guid, Date
 
 /// What a database does with the rows of a table.
 struct TableStructure {
+    /// Columns that the file would compute are not among them, and a view or virtual table has
+    /// none: what the file says is not run.
     struct Column {
         QString name;
         ColumnKind kind;
@@ -34,6 +36,12 @@ struct TableStructure {
     /// of the file and no view, nothing stored in the file runs with the statement (a trigger), and
     /// no row is left out or gives way to another without an error.
     bool changesAsTold = true;
+
+    /// Nothing that the file says is evaluated when rows are read or changed, whatever else it does
+    /// to them: an ordinary table with row numbers, without triggers, computed columns, CHECK,
+    /// defaults other than constants, indexes of expressions or of a part of the rows, or ways of
+    /// comparing that SQLite does not have by itself.
+    bool runsNothing = true;
 };
 
 }  // namespace varo::data

@@ -84,7 +84,12 @@ TEST_F(Build, ErrorsNameTheirPlaceAndLeaveTheOldFile) {
 
 TEST_F(Build, ReplacesAnOldLibraryButNoFolderAndNotItsText) {
     build(u"a.mdb"_s, "[[folder]]\nname = 'old'\n");
-    write(u"a.mdb-journal"_s, "left by a program that was killed");
+    const QByteArray before = read(u"a.mdb"_s);
+    write(u"a.mdb-journal"_s, "the journal of a journey");
+    EXPECT_ANY_THROW(build(u"a.mdb"_s, "[[folder]]\nname = 'new'\n"));
+    EXPECT_EQ(read(u"a.mdb"_s), before);
+    EXPECT_EQ(read(u"a.mdb-journal"_s), "the journal of a journey");
+    write(u"a.mdb-journal"_s, QByteArray(512, '\0'));  // left by a program that was killed
     build(u"a.mdb"_s, "[[folder]]\nname = 'new'\n");
     EXPECT_EQ(files(), u"a.mdb text.toml"_s);
     EXPECT_EQ(rows(path(u"a.mdb"_s), u"select Name from Tree"_s), u"new"_s);

@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <sqlite3.h>
+
 namespace varo::data {
 
 /// A database in a folder of its own with the table Item(ID, Name, Amount, Bytes), opened.
@@ -39,6 +41,15 @@ class ItemDatabase {
     QTemporaryDir directory;
     Connection connection;
 };
+
+/// Runs statements on the file as another program does; SQLite's result.
+inline int runElsewhere(const QString& path, const char* statements) {
+    sqlite3* other = nullptr;
+    sqlite3_open(path.toUtf8().constData(), &other);
+    const int result = sqlite3_exec(other, statements, nullptr, nullptr, nullptr);
+    sqlite3_close(other);
+    return result;
+}
 
 /// Replaces the content of the file; false when that fails.
 inline bool writeFile(const QString& path, const QByteArray& content) {

@@ -85,10 +85,14 @@ TEST_F(Recovery, ReplacesNoFileThatIsInUse) {
         const Transaction transaction(items.connection);
         EXPECT_THROW(replaceDatabase(unfinished, items.path()), Error);
     }
-    items.connection.execute(u"PRAGMA journal_mode = WAL"_s);
+    items.connection.close();
+    {
+        test::LibraryProcess logging({u"log"_s, items.path()});
+        ASSERT_EQ(logging.readLine(), u"logged"_s);
+        EXPECT_THROW(replaceDatabase(unfinished, items.path()), Error);
+        EXPECT_THROW(items.connection.open(items.path()), Error);
+    }
     items.connection.open(items.path());
-    items.add(u"in the log"_s);
-    EXPECT_THROW(replaceDatabase(unfinished, items.path()), Error);
     EXPECT_EQ(items.names(), (QStringList{u"old"_s, u"in the log"_s}));
     items.connection.close();
     replaceDatabase(unfinished, items.path());

@@ -1,0 +1,182 @@
+#include "platform/data/side_files.h"
+
+#include "platform/data/error.h"
+#include "platform/data/file_start.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QtEndian>
+
+#include <bit>
+#include <cstring>
+#include <filesystem>
+#include <sys/stat.h>
+
+namespace varo::data {
+
+namespace {
+
+constexpr QByteArrayView kSignature("SQLite format 3\0", 16);
+constexpr QByteArrayView kJournalMagic("\xD9\xD5\x05\xF9\x20\xA1\x63\xD7", 8);
+
+constexpr int kDatabaseHead = 20;
+constexpr int kJournalHead = 28;
+constexpr int kLogHead = 32;
+
+/// The first format of an index of a log, in the byte order of the machine.
+constexpr quint32 kLogIndexFormat = 3007000;
+
+quint32 number(const QByteArray& bytes, qsizetype place) {
+    return qFromBigEndian<quint32>(bytes.constData() + place);
+}
+
+bool isPageSize(qint64 size) {
+    return size >= 512 && size <= 65536 && std::has_single_bit(static_cast<quint64>(size));
+}
+
+[[noreturn]] void refuse(const QString& path, const QString& why) {
+    throw Error(
+        QStringLiteral("%1: %2; move it away to open the database without it").arg(path, why));
+}
+
+/// The size of the file at `path`, 0 when there is none. Throws Error when it is no regular file
+/// that has this name alone.
+qint64 sizeOfRegularFile(const QString& path) {
+    const std::filesystem::path native = QFileInfo(path).filesystemFilePath();
+    std::error_code failure;
+    const auto status = std::filesystem::symlink_status(native, failure);
+    if (status.type() == std::filesystem::file_type::not_found) {
+        return 0;
+    }
+    if (status.type() != std::filesystem::file_type::regular ||
+        std::filesystem::hard_link_count(native, failure) > 1) {
+        refuse(path, QStringLiteral("lies in the place of a journal but is a link, a folder or a "
+                                    "device"));
+    }
+    return QFileInfo(path).size();
+}
+
+void requireJournalOf(const QString& path, qint64 size,
+                      const std::optional<DatabaseHeader>& database) {
+    const QByteArray head = fileStart(path, kJournalHead);
+    if (fileBytes(path, size - kJournalMagic.size(), static_cast<int>(kJournalMagic.size())) ==
+        kJournalMagic) {
+        refuse(path, QStringLiteral("the journal names another file"));
+    }
+    // The mark is zero until the pages are safe on the disk, and the whole head after the commit.
+    if (head.count('\0') == head.size()) {
+        return;
+    }
+    const bool isWhole = head.size() == kJournalHead;
+    const qint64 sectorSize = isWhole ? number(head, 20) : 0;
+    const qint64 pageSize = isWhole ? number(head, 24) : 0;
+    if (!isPageSize(pageSize) || sectorSize < 32 || sectorSize > 65536 ||
+        !(head.startsWith(kJournalMagic) || head.startsWith(QByteArray(12, '\0')))) {
+        refuse(path, QStringLiteral("lies in the place of a journal but is none"));
+    }
+    const qint64 pages = number(head, 16);
+    if (database &&
+        (pageSize != database->pageSize || pages > database->pageCount + size / (pageSize + 8))) {
+        refuse(path, QStringLiteral("the journal belongs to another file"));
+    }
+}
+
+void requireLogOf(const QString& path, qint64 /*size*/,
+                  const std::optional<DatabaseHeader>& database) {
+    const QByteArray head = fileStart(path, kLogHead);
+    constexpr quint32 kLogMagic = 0x377f0682;  // the last bit is a byte order
+    const qint64 pageSize = head.size() < kLogHead ? 0 : number(head, 8);
+    if (!isPageSize(pageSize) || (number(head, 0) & ~1U) != kLogMagic) {
+        refuse(path, QStringLiteral("lies in the place of a write-ahead log but is none"));
+    }
+    if (database && (pageSize != database->pageSize || !database->writesAhead)) {
+        refuse(path, QStringLiteral("the write-ahead log belongs to another file"));
+    }
+}
+
+/// Whether a file with content lies at `path`, which `requireOf` lets pass.
+bool hasFileOf(const QString& path, const std::optional<DatabaseHeader>& database,
+               void (*requireOf)(const QString&, qint64, const std::optional<DatabaseHeader>&)) {
+    const qint64 size = sizeOfRegularFile(path);
+    if (size == 0) {
+        return false;
+    }
+    try {
+        requireOf(path, size, database);
+    } catch (const Error&) {
+        // Another program has removed its journal meanwhile.
+        if (sizeOfRegularFile(path) == 0) {
+            return false;
+        }
+        throw;
+    }
+    return true;
+}
+
+}  // namespace
+
+std::optional<DatabaseHeader> databaseHeader(const QString& path) {
+    const QByteArray head = fileStart(path, kDatabaseHead);
+    if (!head.startsWith(kSignature)) {
+        return std::nullopt;
+    }
+    DatabaseHeader header;
+    if (head.size() == kDatabaseHead) {
+        const qint64 size = qFromBigEndian<quint16>(head.constData() + 16);
+        header.pageSize = size == 1 ? 65536 : size;
+        header.writesAhead = head[18] == 2 && head[19] == 2;
+        if (header.pageSize > 0) {
+            header.pageCount = (QFileInfo(path).size() + header.pageSize - 1) / header.pageSize;
+        }
+    }
+    return header;
+}
+
+SideFiles requireSideFilesOf(const QString& path, const std::optional<DatabaseHeader>& database) {
+    const QFileInfo file(path);
+    const QString name = file.exists() ? file.canonicalFilePath() : file.absoluteFilePath();
+    SideFiles found{name + QLatin1StringView(kJournalSuffix), name + QLatin1StringView(kLogSuffix),
+                    name + QLatin1StringView(kLogIndexSuffix)};
+    found.hasJournal = hasFileOf(found.journal, database, requireJournalOf);
+    found.hasLog = hasFileOf(found.log, database, requireLogOf);
+    sizeOfRegularFile(found.logIndex);
+    return found;
+}
+
+void requireLatestLog(const QString& path, const SideFiles& files) {
+    struct stat database {};
+    struct stat log {};
+    if (stat(QFile::encodeName(path).constData(), &database) != 0 ||
+        lstat(QFile::encodeName(files.log).constData(), &log) != 0 ||
+        std::pair(database.st_ctim.tv_sec, database.st_ctim.tv_nsec) >
+            std::pair(log.st_mtim.tv_sec, log.st_mtim.tv_nsec)) {
+        refuse(files.log, QStringLiteral("the file has been changed or replaced since this "
+                                         "write-ahead log of another program was written"));
+    }
+}
+
+void removeLogIndex(const SideFiles& files) {
+    if (!QFileInfo::exists(files.logIndex)) {
+        return;
+    }
+    const QByteArray head = fileStart(files.logIndex, sizeof kLogIndexFormat);
+    quint32 format = 0;
+    if (head.size() == sizeof format) {
+        std::memcpy(&format, head.constData(), sizeof format);
+    }
+    if (head.isEmpty() || format == kLogIndexFormat) {
+        QFile::remove(files.logIndex);
+    }
+}
+
+void removeSideFiles(const SideFiles& files) {
+    for (const QString& path : {files.journal, files.log}) {
+        QFile file(path);
+        if (file.exists() && !file.remove()) {
+            throw Error(QStringLiteral("%1: %2").arg(path, file.errorString()));
+        }
+    }
+    removeLogIndex(files);
+}
+
+}  // namespace varo::data

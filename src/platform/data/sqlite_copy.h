@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/data/side_files.h"
+
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace varo::data {
+
+/// A copy of an SQLite database and of what lies beside it, which goes away with this. Recovering
+/// the copy changes nothing of the original.
+class SqliteCopy {
+  public:
+    /// Copies the database at `path`, the one with this header. Throws Error when another program
+    /// is in the middle of something with it, when what lies beside it is not of this database, or
+    /// when there is no room for the copy.
+    SqliteCopy(const QString& path, const DatabaseHeader& header);
+
+    /// Path of the copy.
+    QString path() const { return folder_.filePath(QStringLiteral("database")); }
+
+  private:
+    QTemporaryDir folder_;
+};
+
+}  // namespace varo::data

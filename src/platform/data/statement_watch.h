@@ -1,0 +1,65 @@
+#pragma once
+
+#include "platform/data/error.h"
+
+#include <QtGlobal>
+
+#include <functional>
+#include <sqlite3.h>
+
+namespace varo::data {
+
+/// Ends statements of one open file that are no longer wanted or do not end: pages that lead to one
+/// another in circles hold rows without end. What a statement may take is counted in instructions
+/// of SQLite's virtual machine, so that the same statement on the same file always ends alike.
+class StatementWatch {
+  public:
+    /// Watches the statements on `database`, which must not outlive this.
+    explicit StatementWatch(sqlite3* database);
+    Q_DISABLE_COPY_MOVE(StatementWatch)
+
+    /// While a statement runs, `isWanted` is asked every few milliseconds at least; it ends once
+    /// that returns false. An empty function is not asked.
+    void setInterrupt(std::function<bool()> isWanted) { isWanted_ = std::move(isWanted); }
+
+    /// Lets a statement take what one on a file of so many bytes can need.
+    void setFileSize(qint64 bytes);
+
+    /// Whether the last question has been answered with no.
+    bool isUnwanted() const noexcept { return isUnwanted_; }
+
+    /// A new statement begins.
+    void restart() noexcept {
+        taken_ = 0;
+        isUnwanted_ = false;
+    }
+
+    /// To be called with a statement that has come to its row number `row`: throws Error when the
+    /// rows so far are more than a statement can have, or have taken too much.
+    void requireEnding(sqlite3_stmt* statement, qint64 row) const;
+
+    /// Runs `operation`. An Error of a statement that has taken too much says so.
+    template <class Operation>
+    decltype(auto) during(Operation operation) const {
+        try {
+            return operation();
+        } catch (const Error& error) {
+            if (error.isInterrupted() && !isUnwanted_) {
+                throwEndless();
+            }
+            throw;
+        }
+    }
+
+  private:
+    static int isToEnd(void* watch);
+    [[noreturn]] static void throwEndless();
+
+    std::function<bool()> isWanted_;
+    bool isUnwanted_ = false;
+    qint64 taken_ = 0;  ///< instructions since restart(), of statements that take many
+    qint64 most_ = 0;
+    qint64 mostRows_ = 0;
+};
+
+}  // namespace varo::data

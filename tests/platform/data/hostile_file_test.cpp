@@ -1,0 +1,322 @@
+// Databases from strangers, and what lies beside them: nothing else is touched, nothing runs,
+// nothing hangs.
+
+#include "platform/data/item_database.h"
+#include "support/process.h"
+#include "support/test_library.h"
+
+#include <QDir>
+#include <QtEndian>
+
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace varo::data {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// Ends a test that hangs.
+class HostileFile : public testing::Test {
+  protected:
+    HostileFile() {
+        alarm(100);
+        items.add(u"stored"_s);
+        items.connection.close();
+    }
+    ~HostileFile() override { alarm(0); }
+
+    QString path() const { return items.path(); }
+    QString beside(const char* suffix) const { return path() + QLatin1StringView(suffix); }
+
+    /// Names and contents of all files in the folder.
+    QStringList everything() const {
+        QStringList lines;
+        const auto kinds = QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot;
+        for (const QFileInfo& file : QDir(items.directory.path()).entryInfoList(kinds)) {
+            lines.append(file.fileName());
+            if (file.isFile() && file.symLinkTarget() != u"/dev/zero") {
+                lines.last() += QString::number(qHash(test::fileContent(file.filePath())));
+            }
+        }
+        return lines;
+    }
+
+    void runAndKill(const char* command) const {
+        test::LibraryProcess process({QLatin1StringView(command), path()});
+        ASSERT_NE(process.readLine(), QString());
+        process.kill();
+        process.wait();
+    }
+
+    bool opens(Access access) {
+        try {
+            items.connection.open(path(), access);
+        } catch (const Error&) {
+            return false;
+        }
+        return true;
+    }
+
+    ItemDatabase items;
+};
+
+QByteArray bigEndian(quint32 number) {
+    QByteArray bytes(4, '\0');
+    qToBigEndian(number, bytes.data());
+    return bytes;
+}
+
+/// A journal that has to be rolled back, of a database with so many pages of this size; what it
+/// ends with names another file when that is not "".
+QByteArray journal(quint32 pages, quint32 pageSize, const QByteArray& named = {}) {
+    const QByteArray magic = QByteArray::fromHex("d9d505f920a163d7");
+    QByteArray bytes = magic + bigEndian(0) + bigEndian(1) + bigEndian(pages) + bigEndian(512) +
+                       bigEndian(pageSize);
+    bytes = bytes.leftJustified(512, '\0');
+    if (!named.isEmpty()) {
+        quint32 sum = 0;
+        for (const char byte : named) {
+            sum += static_cast<quint32>(byte);
+        }
+        bytes += bigEndian((1U << 30) / pageSize + 1) + named +
+                 bigEndian(static_cast<quint32>(named.size())) + bigEndian(sum) + magic;
+    }
+    return bytes;
+}
+
+QByteArray writeAheadLog(quint32 pageSize) {
+    return (bigEndian(0x377f0682) + bigEndian(3007000) + bigEndian(pageSize))
+        .leftJustified(32, '\0');
+}
+
+TEST_F(HostileFile, WithWhatIsNoJournalOfItIsRefusedAndNothingIsTouched) {
+    const QString victim = items.directory.filePath(u"victim.txt"_s);
+    ASSERT_TRUE(writeFile(victim, "the work of a year"));
+    const auto linkTo = [](const QString& target) {
+        return [=](const QString& name) { return QFile::link(target, name); };
+    };
+    const auto containing = [](const QByteArray& bytes) {
+        return [=](const QString& name) { return writeFile(name, bytes); };
+    };
+    const std::function<bool(const QString&)> fifo = [](const QString& name) {
+        return mkfifo(qPrintable(name), 0600) == 0;
+    };
+    const std::function<bool(const QString&)> folder = [](const QString& name) {
+        return QDir().mkdir(name);
+    };
+    const std::function<bool(const QString&)> hardLink = [&](const QString& name) {
+        std::filesystem::create_hard_link(victim.toStdString(), name.toStdString());
+        return true;
+    };
+    struct Case {
+        const char* what;
+        const char* suffix;
+        std::function<bool(const QString&)> put;
+    };
+    std::vector<Case> cases = {
+        {"names a victim", "-journal", containing(journal(3, 4096, victim.toUtf8()))},
+        {"names a victim, unsynced", "-journal",
+         containing(journal(3, 4096, victim.toUtf8()).replace(0, 12, QByteArray(12, '\0')))},
+        {"foreign pages", "-journal", containing(journal(3, 1024))},
+        {"endless file", "-journal", containing(journal(1U << 31, 4096))},
+        {"text", "-journal", containing("The journal of my journey to the west, in 12 chapters")},
+        {"text", "-wal", containing("The journal of my journey to the west, in 12 chapters")},
+        {"log of another file", "-wal", containing(writeAheadLog(1024))},
+        {"log of a file without one", "-wal", containing(writeAheadLog(4096))},
+    };
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+        cases.insert(cases.end(), {{"fifo", suffix, fifo},
+                                   {"link to a victim", suffix, linkTo(victim)},
+                                   {"link to nowhere", suffix, linkTo(u"/no/such/file"_s)},
+                                   {"device", suffix, linkTo(u"/dev/zero"_s)},
+                                   {"hard link", suffix, hardLink},
+                                   {"folder", suffix, folder}});
+    }
+    const QString unfinished = items.directory.filePath(u"unfinished"_s);
+    createDatabase(unfinished, u"Create Table T (A)"_s);
+    for (const auto& [what, suffix, put] : cases) {
+        SCOPED_TRACE(std::string(suffix) + ": " + what);
+        ASSERT_TRUE(put(beside(suffix)));
+        const QStringList before = everything();
+        EXPECT_FALSE(opens(Access::Write));
+        EXPECT_FALSE(opens(Access::Read));
+        EXPECT_THROW(replaceDatabase(unfinished, path()), Error);
+        EXPECT_EQ(everything(), before);
+        std::filesystem::remove(beside(suffix).toStdString());
+    }
+    EXPECT_TRUE(opens(Access::Write));
+    EXPECT_EQ(items.names(), QStringList{u"stored"_s});
+}
+
+TEST_F(HostileFile, IsReadWithoutAChangeAlsoWhenItHasToBeRecovered) {
+    for (const char* command : {"", "log", "spill"}) {
+        SCOPED_TRACE(command);
+        if (*command != '\0') {
+            runAndKill(command);
+        }
+        const QStringList before = everything();
+        ASSERT_TRUE(opens(Access::Read));
+        EXPECT_EQ(items.names().value(0), u"stored"_s);
+        EXPECT_EQ(items.connection.damages(), QStringList());
+        EXPECT_THROW(items.add(u"new"_s), Error);
+        items.connection.close();
+        EXPECT_EQ(everything(), before);
+        EXPECT_TRUE(opens(Access::Write));
+        EXPECT_EQ(items.names().size(), *command == '\0' ? 1 : 2);
+        items.connection.close();
+    }
+    EXPECT_EQ(everything().size(), 1);
+}
+
+TEST_F(HostileFile, WithAWriteAheadLogTakesOnlyItsOwnAndHasNoneThen) {
+    runAndKill("log");
+    ASSERT_TRUE(QFile::resize(beside("-shm"), 100));
+    ASSERT_TRUE(opens(Access::Write));
+    EXPECT_EQ(items.names(), (QStringList{u"stored"_s, u"in the log"_s}));
+    EXPECT_EQ(QDir(items.directory.path()).entryList(QDir::Files), QStringList{u"items.db"_s});
+    items.connection.close();
+
+    // A library with a log of its own is renamed over one whose log has stayed.
+    const QString other = items.directory.filePath(u"other.db"_s);
+    ASSERT_TRUE(QFile::copy(path(), other));
+    EXPECT_EQ(runElsewhere(other, "PRAGMA journal_mode = WAL"), SQLITE_OK);
+    runAndKill("log");
+    usleep(20'000);  // file times advance in steps
+    std::filesystem::rename(other.toStdString(), path().toStdString());
+    const QStringList before = everything();
+    EXPECT_FALSE(opens(Access::Write));
+    EXPECT_FALSE(opens(Access::Read));
+    EXPECT_EQ(everything(), before);
+    ASSERT_TRUE(QFile::remove(beside("-wal")));
+    ASSERT_TRUE(opens(Access::Write));
+    EXPECT_EQ(items.names(), (QStringList{u"stored"_s, u"in the log"_s}));
+}
+
+TEST_F(HostileFile, ThatIsReplacedDeletedOrCutShortWhileOpenIsNoticed) {
+    const QByteArray sound = test::fileContent(path());
+    const QString other = items.directory.filePath(u"other.db"_s);
+    const struct {
+        const char* what;
+        std::function<void()> change;
+        bool isDatabaseThen;
+    } cases[] = {
+        {"deleted", [&] { QFile::remove(path()); }, false},
+        {"replaced", [&] { std::filesystem::rename(other.toStdString(), path().toStdString()); },
+         true},
+        {"emptied", [&] { EXPECT_TRUE(QFile::resize(path(), 0)); }, false},
+        {"cut short", [&] { EXPECT_TRUE(QFile::resize(path(), sound.size() - 1)); }, false},
+    };
+    for (const auto& [what, change, isDatabaseThen] : cases) {
+        SCOPED_TRACE(what);
+        QFile::remove(path());
+        ASSERT_TRUE(writeFile(path(), sound) && writeFile(other, sound));
+        ASSERT_TRUE(opens(Access::Write));
+        int told = 0;
+        items.connection.setReplacedNotice([&] { ++told; });
+        items.add(u"before"_s);
+        EXPECT_TRUE(items.connection.isInPlace());
+        change();
+        const QStringList before = everything();
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            try {
+                items.add(u"lost"_s);
+                ADD_FAILURE() << "swallowed";
+            } catch (const Error& error) {
+                EXPECT_TRUE(error.isReplaced()) << error.what();
+            }
+            EXPECT_THROW(items.names(), Error);
+            EXPECT_THROW(Transaction{items.connection}, Error);
+        }
+        EXPECT_EQ(told, 1);
+        EXPECT_FALSE(items.connection.isInPlace());
+        EXPECT_EQ(everything(), before);
+        EXPECT_EQ(opens(Access::Write), isDatabaseThen);
+        items.connection.close();
+    }
+}
+
+/// The number of the root page of a table.
+int rootOf(Connection& connection, const QString& table) {
+    return connection.query(u"Select rootpage From sqlite_schema Where name = ?"_s, {table})
+        .integer(0);
+}
+
+TEST_F(HostileFile, WhosePagesLeadToOneAnotherIsReadAndCheckedToAnEnd) {
+    items.connection.open(path());
+    {
+        Transaction transaction(items.connection);
+        for (int number = 0; number < 3000; ++number) {
+            items.add(QString(100, u'a'), number);
+        }
+        transaction.commit();
+    }
+    const int root = rootOf(items.connection, u"Item"_s);
+    items.connection.close();
+    // Above each leaf stand five pages that each lead to the next from every one of their cells.
+    constexpr int kPage = 4096;
+    QByteArray bytes = test::fileContent(path());
+    const QByteArray interior = bytes.mid((root - 1) * kPage, kPage);
+    ASSERT_EQ(interior[0], 5);
+    const quint16 cells = qFromBigEndian<quint16>(interior.constData() + 3);
+    const quint32 leaf = qFromBigEndian<quint32>(
+        interior.constData() + qFromBigEndian<quint16>(interior.constData() + 12));
+    const auto pages = static_cast<quint32>(bytes.size() / kPage);
+    constexpr quint32 kLevels = 5;
+    const auto leadingTo = [&](quint32 child) {
+        QByteArray page = interior;
+        for (int cell = 0; cell < cells; ++cell) {
+            const auto place = qFromBigEndian<quint16>(interior.constData() + 12 + 2 * cell);
+            page.replace(place, 4, bigEndian(child));
+        }
+        return page.replace(8, 4, bigEndian(child));
+    };
+    bytes.replace((root - 1) * kPage, kPage, leadingTo(pages + 1));
+    for (quint32 level = 1; level <= kLevels; ++level) {
+        bytes += leadingTo(level == kLevels ? leaf : pages + level + 1);
+    }
+    bytes.replace(28, 4, bigEndian(pages + kLevels));
+    ASSERT_TRUE(writeFile(path(), bytes));
+    ASSERT_TRUE(opens(Access::Write));
+    EXPECT_THROW(items.connection.query(u"Select max(Amount + 0) From Item"_s), Error);
+    EXPECT_THROW(
+        {
+            int row = 0;
+            for (Recordset rows = items.connection.query(u"Select ID From Item"_s); !rows.atEnd();
+                 rows.moveNext()) {
+                if (++row % 1000 == 0) {
+                    items.connection.query(u"Select 1"_s);
+                }
+            }
+        },
+        Error);
+    EXPECT_FALSE(items.connection.damages().isEmpty());
+}
+
+TEST_F(HostileFile, RunsNothingThatItsTablesSay) {
+    ASSERT_EQ(
+        runElsewhere(path(),
+                     "Create Trigger T After Insert On Item Begin Delete From Item; End;"
+                     "Create View V As Select * From Item;"
+                     "Create Virtual Table W Using fts5(v);"
+                     "Create Table C (A Check (A < 3));"
+                     "Create Table G (A, B As (zeroblob(100000000))); Insert Into G Values (5)"),
+        SQLITE_OK);
+    items.connection.open(path());
+    items.add(u"new"_s);
+    EXPECT_EQ(items.names(), (QStringList{u"stored"_s, u"new"_s}));
+    items.connection.execute(u"Insert Into C Values (5)"_s);
+    EXPECT_THROW(items.connection.query(u"Select * From V"_s), Error);
+    EXPECT_THROW(items.connection.query(u"Select * From W"_s), Error);
+    EXPECT_THROW(items.connection.query(u"Select B From G"_s), Error) << "too long a value";
+    EXPECT_THROW(items.connection.execute(u"Attach ? As Other"_s, {path()}), Error);
+    EXPECT_EQ(items.connection.structure(u"G"_s)->columns.size(), 1);
+    EXPECT_EQ(items.connection.structure(u"W"_s)->columns.size(), 0);
+    EXPECT_EQ(items.connection.structure(u"V"_s)->columns.size(), 0);
+}
+
+}  // namespace
+}  // namespace varo::data
