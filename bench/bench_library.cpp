@@ -61,6 +61,9 @@ struct Files {
         formulas = folder.filePath(QStringLiteral("formulas.mdb"));
         varo::bench::makeFormulas(formulas, kFormulas);
         longFolder = folder.configuration(QStringLiteral("long"), {formulas});
+        const QString withPictures = folder.filePath(QStringLiteral("pictures.mdb"));
+        varo::bench::makePictures(withPictures, kFormulas);
+        pictures = folder.configuration(QStringLiteral("pictures"), {withPictures});
         const QString values = folder.filePath(QStringLiteral("values.mdb"));
         varo::bench::makeValues(values, kStoredValues, kValuesPerFormula);
         manyValues = folder.configuration(QStringLiteral("values"), {values});
@@ -71,6 +74,7 @@ struct Files {
     QString many;
     QString formulas;
     QString longFolder;
+    QString pictures;
     QString manyValues;
 };
 
@@ -122,8 +126,10 @@ void BareScanOfFormulas(benchmark::State& state) {
 }
 BENCHMARK(BareScanOfFormulas)->Unit(benchmark::kMillisecond);
 
+/// A folder of formulas, without pictures (0) or each with one (1).
 void ListFolder(benchmark::State& state) {
-    auto control = varo::bench::controlOn(files().longFolder);
+    auto control =
+        varo::bench::controlOn(state.range(0) == 0 ? files().longFolder : files().pictures);
     control->RunCalc();
     for (auto _ : state) {
         control->ClickTreeNode(QStringLiteral("FormulaNode1->DBNode1"));
@@ -133,7 +139,7 @@ void ListFolder(benchmark::State& state) {
         state.SkipWithError("the folder was not listed");
     }
 }
-BENCHMARK(ListFolder)->Unit(benchmark::kMillisecond);
+BENCHMARK(ListFolder)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 /// One letter more in the formula box makes another variable: parse, grid, stored values; then
 /// calculate.

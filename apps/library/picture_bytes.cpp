@@ -1,5 +1,7 @@
 #include "library/picture_bytes.h"
 
+#include "library/bounded_call.h"
+#include "library/drawing_check.h"
 #include "platform/pictures/picture_format.h"
 
 #include <QBuffer>
@@ -14,7 +16,8 @@ namespace varo {
 
 namespace {
 
-constexpr int kLargestSide = 8192;
+/// A drawing of the samples takes a hundredth of one.
+constexpr int kMostSeconds = 20;
 constexpr int kJpegQuality = 92;
 /// Written into the picture's header; fixed, or the screen's resolution would get into the bytes.
 constexpr int kDotsPerMeter = 3780;
@@ -91,16 +94,25 @@ QByteArray pictureBytes(const PictureText& picture, const QString& textPath) {
             fail(QStringLiteral("a side must have 1 to %1 pixels").arg(kLargestSide));
         }
     }
-    const QImage image = rendered(bytes, picture.width, picture.height);
-    QBuffer encoded;
-    encoded.open(QIODevice::WriteOnly);
-    if (image.isNull()) {
-        fail(QStringLiteral("the file is no SVG drawing"));
+    if (const QString problem = drawingProblem(bytes); !problem.isEmpty()) {
+        fail(problem);
     }
-    if (!image.save(&encoded, qPrintable(picture.format), kJpegQuality)) {
-        fail(QStringLiteral("cannot be written as %1").arg(picture.format));
+    const auto encoded = boundedCall(kMostSeconds, [&] {
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        rendered(bytes, picture.width, picture.height)
+            .save(&buffer, qPrintable(picture.format), kJpegQuality);
+        return buffer.data();
+    });
+    if (!encoded) {
+        fail(QStringLiteral("rendering the drawing takes more than %1 seconds, or all memory")
+                 .arg(kMostSeconds));
     }
-    return encoded.data();
+    if (encoded->isEmpty()) {
+        fail(QStringLiteral("the file is no SVG drawing, or cannot be written as %1")
+                 .arg(picture.format));
+    }
+    return *encoded;
 }
 
 }  // namespace varo

@@ -1,7 +1,7 @@
 #include "browse/folder_tree_model.h"
 
 #include "platform/ui/node_view.h"
-#include "platform/ui/tool_tip.h"
+#include "platform/ui/shown_text.h"
 
 namespace varo {
 
@@ -113,8 +113,7 @@ QString FolderTreeModel::toolTip(FolderTree::Node node) const {
 QVariant FolderTreeModel::nameData(FolderTree::Node node, int role) const {
     switch (role) {
         case Qt::DisplayRole:
-            // The rows are all one line high.
-            return tree_.text(node).replace(u'\n', u' ');
+            return ui::lineOf(tree_.text(node));
         case Qt::EditRole:
             return tree_.text(node);
         case Qt::ToolTipRole:

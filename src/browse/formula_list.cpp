@@ -26,8 +26,9 @@ bool FormulaList::ShowFolderFormulas(qint32 folderID, HeldMessages& messages) {
     bool read = propertiesRead;
     model_.replace(
         [&](colFormulaInfo& formulas) {
-            FormulaReader reader(library_, files_, &WorkingFiles::listedPicture, messages);
-            read = read && reader.read(folderID, formulas);
+            const auto pictureOf = [this](qint32 id) { return files_.listedPicture(id); };
+            read =
+                read && readFormulas(library_, folderID, FormulaTexts::Shown, pictureOf, formulas);
         },
         QSet<qint32>(withProperty.begin(), withProperty.end()));
     if (!propertiesRead) {

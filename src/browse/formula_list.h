@@ -27,10 +27,10 @@ class FormulaList : public QObject {
     ui::NodeView& view() { return view_; }
     FormulaListModel& model() { return model_; }
 
-    /// Lists the formulas directly under a folder of the current library (0: its top level) and
-    /// writes their stored pictures to files; no formula is selected then. Returns false when
-    /// reading fails; the list is then incomplete. What there is to tell of properties and pictures
-    /// is put into `messages`.
+    /// Lists the formulas directly under a folder of the current library (0: its top level), each
+    /// with the path that its stored picture is to have; no formula is selected then. Returns false
+    /// when reading fails; the list is then incomplete. What there is to tell of properties is put
+    /// into `messages`.
     bool ShowFolderFormulas(qint32 folderID, HeldMessages& messages);
 
     /// Empties the list with its records.

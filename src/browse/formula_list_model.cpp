@@ -1,7 +1,7 @@
 #include "browse/formula_list_model.h"
 
 #include "platform/ui/node_view.h"
-#include "platform/ui/tool_tip.h"
+#include "platform/ui/shown_text.h"
 #include "store/keys.h"
 
 #include <array>
@@ -112,8 +112,7 @@ QVariant FormulaListModel::data(const QModelIndex& index, int role) const {
     const QString text = kColumns[static_cast<std::size_t>(index.column())].text(formula);
     switch (role) {
         case Qt::DisplayRole:
-            // The rows are all one line high.
-            return QString(text).replace(u'\n', u' ');
+            return ui::lineOf(text);
         case Qt::EditRole:
             return text;
         case Qt::ToolTipRole:

@@ -5,11 +5,15 @@
 #include "library/library_list.h"
 #include "library/properties.h"
 #include "platform/ui/node_view.h"
+#include "platform/ui/wait_cursor.h"
 #include "store/keys.h"
 
 namespace varo {
 
 namespace {
+
+/// Reading so many takes a second or two.
+constexpr int kLibrariesReadAtOnce = 1000;
 
 constexpr auto kPlainFolder = FolderTree::imagesOf(NodeImage::Folder, NodeImage::FolderOpen);
 constexpr auto kLibraryWithProperty =
@@ -38,17 +42,34 @@ LibraryTree::LibraryTree(ui::NodeView& view, CurrentLibrary& library, Questions&
 bool LibraryTree::BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable onUnreadable) {
     view_.setEnabled(true);
     clear();
-    bool allRead = true;
+    const QString failure = addLibraries(libraries, onUnreadable);
+    // The view lays all its items out for this, so that it is done once.
+    view_.scrollTo(model_.index(model_.rowCount() - 1, 0));
+    if (!failure.isEmpty() && onUnreadable == OnUnreadable::Stop) {
+        questions_.inform(failure);
+    }
+    return failure.isEmpty();
+}
+
+/// Returns what the user is to be told of the first library that cannot be read; "" when all can.
+QString LibraryTree::addLibraries(const colFormulaDB& libraries, OnUnreadable onUnreadable) {
+    const ui::clsWaitCursor waiting;
+    QString firstFailure;
     for (const clsFormulaDB& library : libraries) {
+        if (model_.rowCount() >= kLibrariesReadAtOnce) {
+            addUnread(library);
+            continue;
+        }
         const QString failure = addLibrary(library);
-        allRead = allRead && failure.isEmpty();
+        if (firstFailure.isEmpty()) {
+            firstFailure = failure;
+        }
         if (!failure.isEmpty() && onUnreadable == OnUnreadable::Stop) {
-            questions_.inform(failure);
-            return false;
+            break;
         }
     }
     model_.squeeze();
-    return allRead;
+    return firstFailure;
 }
 
 NodeId LibraryTree::firstReadNode() const {
@@ -61,11 +82,18 @@ NodeId LibraryTree::firstReadNode() const {
     return {};
 }
 
+/// Adds the library's node alone; showing it for the first time reads what is below.
+void LibraryTree::addUnread(const clsFormulaDB& library) {
+    const int number = libraryNumberOf(library.NodeKey);
+    const QModelIndex root = model_.addLibrary(number, library.FormulaNodeText);
+    unread_.insert(number);
+    model_.setNote(root, pathOf(library) + QStringLiteral("\n还没有读取，单击后读取"));
+}
+
 /// Returns what the user is to be told when the library cannot be read; "" otherwise.
 QString LibraryTree::addLibrary(const clsFormulaDB& library) {
     const int number = libraryNumberOf(library.NodeKey);
     const QPersistentModelIndex root = model_.addLibrary(number, library.FormulaNodeText);
-    view_.scrollTo(root);
     library_.close();
     const bool opened = library_.open(number);
     const QString failure =

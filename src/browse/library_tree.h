@@ -33,8 +33,9 @@ class LibraryTree : public QObject {
 
     /// Fills the tree anew from `libraries`, opening each in turn; the last one is then the current
     /// library. The node of a library that cannot be read is marked, with path and reason as its
-    /// tool tip. To stop there tells the user; the libraries before it stay. Returns whether all
-    /// could be read.
+    /// tool tip. To stop there tells the user; the libraries before it stay. Behind a thousand
+    /// libraries the others are read when they are shown for the first time, which their tool tips
+    /// say. Returns whether all could be read.
     bool BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable onUnreadable);
 
     /// Removes every node.
@@ -91,6 +92,8 @@ class LibraryTree : public QObject {
     void nodeClicked(const NodeId& node);
 
   private:
+    QString addLibraries(const colFormulaDB& libraries, OnUnreadable onUnreadable);
+    void addUnread(const clsFormulaDB& library);
     QString addLibrary(const clsFormulaDB& library);
     QString readInto(const QModelIndex& root, int number);
     void mark(const QModelIndex& root, const clsFormulaDB& library, const QString& reason);
@@ -102,7 +105,7 @@ class LibraryTree : public QObject {
     CurrentLibrary& library_;
     Questions& questions_;
     FolderTreeModel model_;
-    QSet<int> unread_;  ///< numbers of the libraries that could not be read
+    QSet<int> unread_;  ///< numbers of the libraries that are not read, or cannot be
 };
 
 }  // namespace varo

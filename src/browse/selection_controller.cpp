@@ -69,7 +69,7 @@ bool SelectionController::showNode(NodeId node, const QString& notOpened) {
     } else {
         list_.select(list_.first());
         makeNodeCurrent();
-        display(list_.first());
+        display(list_.first(), messages);
     }
     messages.show(questions_);
     return listedNode_ == node;
@@ -83,13 +83,16 @@ void SelectionController::showFormula(qint32 id) {
     list_.select(id);
     current_ = id;
     setState(SelectionState::Formula);
-    display(id);
+    HeldMessages messages;
+    Questions& questions = questions_;  // the host that is asked may destroy the control
+    display(id, messages);
+    messages.show(questions);
 }
 
-void SelectionController::display(qint32 id) {
+void SelectionController::display(qint32 id, HeldMessages& messages) {
     // A copy: the panel asks the host, who may have another folder listed meanwhile.
     const clsFormulaInfo formula = *list_.model().find(id);
-    pane_.show(formula);
+    pane_.show(formula, messages);
 }
 
 void SelectionController::showFirstFormula() {

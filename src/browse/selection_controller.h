@@ -102,7 +102,7 @@ class SelectionController : public QObject {
     void stateChanged(SelectionState state);
 
   private:
-    void display(qint32 id);
+    void display(qint32 id, HeldMessages& messages);
     void showEmptyPanel();
     void setState(SelectionState state);
 

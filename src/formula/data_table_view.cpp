@@ -1,6 +1,6 @@
 #include "formula/data_table_view.h"
 
-#include "platform/ui/tool_tip.h"
+#include "platform/ui/shown_text.h"
 
 #include <QHeaderView>
 #include <QHelpEvent>

@@ -5,7 +5,6 @@
 #include "library/limits.h"
 #include "platform/ui/picture_box.h"
 
-#include <QFileInfo>
 #include <QFocusEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -41,19 +40,34 @@ void DescriptionPane::clear() {
     emit cleared();
 }
 
-void DescriptionPane::show(const clsFormulaInfo& formula) {
+void DescriptionPane::show(const clsFormulaInfo& formula, HeldMessages& messages) {
     form_.txtDesc->setPlainText(formula.FormulaMemo);
     storedText_ = form_.txtDesc->toPlainText();
-    const QString& file = formula.FormulaPicPath;
-    if (file.isEmpty()) {
+    if (formula.FormulaPicPath.isEmpty()) {
         removePicture();
+    } else {
+        showPictureOf(formula, messages);
+    }
+}
+
+void DescriptionPane::showPictureOf(const clsFormulaInfo& formula, HeldMessages& messages) {
+    HeldMessages unread;
+    const QString& file = formula.FormulaPicPath;
+    const bool extracted = extractPicture(library_, formula.FormulaID, file, unread);
+    if (!unread.isEmpty()) {
+        if (!failureTold_) {
+            unread.show(messages);
+        }
+        failureTold_ = true;
+        showPicture({});
         return;
     }
-    if (!QFileInfo::exists(file)) {
-        HeldMessages unread;
-        extractPicture(library_, formula.FormulaID, file, unread);
+    failureTold_ = false;
+    if (extracted) {
+        showPicture(ui::Picture::read(file));
+    } else {
+        removePicture();
     }
-    showPicture(ui::Picture::read(file));
 }
 
 void DescriptionPane::showPicture(const ui::Picture& picture) {

@@ -4,6 +4,7 @@
 #include "formula/refusal_notice.h"
 #include "formula/shown_formula.h"
 #include "library/current_library.h"
+#include "platform/questions/held_messages.h"
 #include "platform/ui/picture.h"
 
 #include <QObject>
@@ -25,9 +26,10 @@ class DescriptionPane : public QObject {
     /// picture.
     void clear();
 
-    /// Shows the description and the picture of the shown formula, after clear(). A picture file
-    /// that does not exist any more is written again from the library.
-    void show(const clsFormulaInfo& formula);
+    /// Shows the description and the picture of the shown formula, after clear(). The picture's
+    /// file is written from the library; why that fails is added to `messages`, once until it
+    /// succeeds again.
+    void show(const clsFormulaInfo& formula, HeldMessages& messages);
 
     /// Shows a picture as the shown formula's; for a null one, a text that it cannot be shown.
     void showPicture(const ui::Picture& picture);
@@ -54,6 +56,7 @@ class DescriptionPane : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    void showPictureOf(const clsFormulaInfo& formula, HeldMessages& messages);
     void showOption(int option);
     void showOnly(QWidget* content);
 
@@ -63,6 +66,7 @@ class DescriptionPane : public QObject {
     RefusalNotice refusal_;
     QString storedText_;  ///< as the box gives it, whose line ends may differ from the library's
     bool hasPicture_ = false;
+    bool failureTold_ = false;  ///< that the last picture could not be written to its file
 };
 
 }  // namespace varo

@@ -2,7 +2,7 @@
 
 #include "library/formulas.h"
 #include "library/limits.h"
-#include "platform/ui/tool_tip.h"
+#include "platform/ui/shown_text.h"
 
 #include <QFocusEvent>
 #include <QLineEdit>

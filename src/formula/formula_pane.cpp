@@ -35,10 +35,10 @@ void FormulaPane::takeText(const QString& text) {
     variables_.rebuild(formula_.variables());
 }
 
-void FormulaPane::show(const clsFormulaInfo& formula) {
+void FormulaPane::show(const clsFormulaInfo& formula, HeldMessages& messages) {
     ClearFormulaPanel();
     shown_.set(formula.FormulaID);
-    description_.show(formula);
+    description_.show(formula, messages);
     SetPanelState(SelectionState::Formula);
     // Last: filling the grid asks the host, who may show something else.
     const QString expression = formula.FormulaExpression;

@@ -32,8 +32,8 @@ class FormulaPane : public QObject {
     /// calculates it. The widgets accept input then, as SetPanelState(Formula) lets them. What was
     /// being typed for another formula is dropped; see storeEdits(). Asks the host for values, who
     /// may show another formula meanwhile, which then stays; `formula` is not used any more by
-    /// then.
-    void show(const clsFormulaInfo& formula);
+    /// then. Why its picture cannot be written to a file is added to `messages`.
+    void show(const clsFormulaInfo& formula, HeldMessages& messages);
 
     /// Empties the panel: no formula is shown then, and nothing that is typed is stored.
     void ClearFormulaPanel();

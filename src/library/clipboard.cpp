@@ -74,6 +74,47 @@ bool FolderPaste::pasteFormulas(qint32 copied, qint32 folder) {
     return true;
 }
 
+/// Puts the pictures of formulas that are copied into files.
+class PictureCopies {
+  public:
+    PictureCopies(CurrentLibrary& library, const WorkingFiles& files, HeldMessages& messages)
+        : library_(library),
+          files_(files),
+          messages_(messages),
+          bytesLeft_(QFileInfo(library.connection().path()).size()) {}
+
+    /// The file with a copy of the formula's picture; "" when it is empty or cannot be copied.
+    QString copyOf(qint32 formulaID);
+
+  private:
+    CurrentLibrary& library_;
+    const WorkingFiles& files_;
+    HeldMessages& messages_;
+    qint64 bytesLeft_;  ///< more than the library's file holds are there only where rows share them
+    bool reported_ = false;
+};
+
+QString PictureCopies::copyOf(qint32 formulaID) {
+    if (bytesLeft_ < 0) {
+        return {};
+    }
+    const QString file = files_.copiedPicture(formulaID);
+    HeldMessages messages;
+    const bool extracted = extractPicture(library_, formulaID, file, messages);
+    if (extracted) {
+        bytesLeft_ -= QFileInfo(file).size();
+    }
+    if (bytesLeft_ < 0) {
+        messages.inform(QStringLiteral("公式库文件已经损坏，部分图片没有复制！"));
+    }
+    // What keeps one picture from its file often keeps all the others too: one message says so.
+    if (!reported_ && !messages.isEmpty()) {
+        reported_ = true;
+        messages.show(messages_);
+    }
+    return extracted ? file : QString();
+}
+
 }  // namespace
 
 void Clipboard::clear() {
@@ -100,10 +141,11 @@ bool Clipboard::capture(CurrentLibrary& library, qint32 folder, HeldMessages& me
         return false;
     }
     rows.sort();
-    FormulaReader reader(library, files_, &WorkingFiles::copiedPicture, messages);
+    PictureCopies pictures(library, files_, messages);
+    const auto copyOf = [&](qint32 id) { return pictures.copyOf(id); };
     for (const FolderRows::Row& row : rows.subtreeOf(folder)) {
         folders_.Add(row.id, rows.name(row).toString(), {}, {}, {}, PictureNone, row.parentId, {});
-        if (!reader.read(row.id, formulas_)) {
+        if (!readFormulas(library, row.id, FormulaTexts::Whole, copyOf, formulas_)) {
             return false;
         }
     }
@@ -114,6 +156,10 @@ void Clipboard::captureFormula(CurrentLibrary& library, const clsFormulaInfo& fo
                                HeldMessages& messages) {
     clear();
     clsFormulaInfo copied = formula;
+    if (!readWholeTexts(library, copied)) {
+        messages.inform(QStringLiteral("读取公式失败，没有复制！"));
+        return;
+    }
     copied.FormulaPicPath = copyPicture(library, formula, messages);
     formulas_.Add(copied);
 }

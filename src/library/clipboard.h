@@ -46,7 +46,8 @@ class Clipboard {
     bool captureFolders(CurrentLibrary& library, qint32 folder, HeldMessages& messages);
 
     /// Copies a formula of the library. A picture that cannot be copied is left out; the reason is
-    /// added to `messages`.
+    /// added to `messages`, as is that a text which is listed cut cannot be read, with which the
+    /// clipboard stays empty.
     void captureFormula(CurrentLibrary& library, const clsFormulaInfo& formula,
                         HeldMessages& messages);
 

@@ -248,7 +248,7 @@ DataTable::Row DataTable::readRow(const data::Recordset& rs, int firstColumn) co
                 row[i] = {rs.text(column), true};
                 break;
             case data::ValueType::Text:
-                row[i].text = rs.text(column).left(kTextLimit + 1);
+                row[i].text = rs.text(column, kTextLimit + 1);
                 break;
             case data::ValueType::Null:
             case data::ValueType::Binary:

@@ -1,5 +1,6 @@
 #include "library/folders.h"
 
+#include "library/limits.h"
 #include "library/properties.h"
 #include "store/attempt.h"
 
@@ -50,7 +51,8 @@ bool readFolders(CurrentLibrary& library, FolderRows& rows) {
                const int parent = rs.column(u"PID");
                const int order = rs.column(u"OrderID");
                for (; !rs.atEnd(); rs.moveNext()) {
-                   rows.add(rs.integer(id), rs.integer(parent), rs.integer64(order), rs.text(name));
+                   rows.add(rs.integer(id), rs.integer(parent), rs.integer64(order),
+                            rs.text(name, kShownTextLimit));
                }
            });
 }

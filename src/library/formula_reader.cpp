@@ -1,51 +1,84 @@
 #include "library/formula_reader.h"
 
+#include "library/limits.h"
 #include "store/attempt.h"
 #include "store/keys.h"
 
 #include <QFile>
 #include <QFileInfo>
 
+#include <limits>
+
 namespace varo {
 
-FormulaReader::FormulaReader(CurrentLibrary& library, const WorkingFiles& files,
-                             PictureFile pictureFile, HeldMessages& messages)
-    : library_(library), files_(files), pictureFile_(pictureFile), messages_(messages) {}
+namespace {
 
-bool FormulaReader::read(qint32 folderID, colFormulaInfo& formulas) {
+/// The columns of a record set with formulas.
+class FormulaColumns {
+  public:
+    FormulaColumns(const data::Recordset& rows, FormulaTexts texts)
+        : rows_(rows),
+          limit_(texts == FormulaTexts::Shown ? kShownTextLimit : std::numeric_limits<int>::max()) {
+    }
+
+    qint32 id() const { return rows_.integer(id_); }
+    qint32 pictureType() const { return rows_.integer(picType_); }
+    QString name() const { return text(name_); }
+    QString expression() const { return text(formula_); }
+    QString memo() const { return text(memo_); }
+
+  private:
+    QString text(int column) const { return rows_.text(column, limit_); }
+
+    const data::Recordset& rows_;
+    const int limit_;
+    const int id_ = rows_.column(u"ID");
+    const int name_ = rows_.column(u"Name");
+    const int formula_ = rows_.column(u"Formula");
+    const int memo_ = rows_.column(u"Memo");
+    const int picType_ = rows_.column(u"PicType");
+};
+
+}  // namespace
+
+bool readFormulas(CurrentLibrary& library, qint32 folderID, FormulaTexts texts,
+                  const std::function<QString(qint32 formulaID)>& pictureOf,
+                  colFormulaInfo& formulas) {
     data::Recordset rs;
-    return library_.funcs().GetFormulaByPID(folderID, rs, library_.connection()) && attempt([&] {
-               const int id = rs.column(u"ID");
-               const int name = rs.column(u"Name");
-               const int expression = rs.column(u"Formula");
-               const int memo = rs.column(u"Memo");
-               const int picType = rs.column(u"PicType");
+    return library.funcs().GetFormulaByPID(folderID, rs, library.connection()) && attempt([&] {
+               const FormulaColumns row(rs, texts);
                for (; !rs.atEnd(); rs.moveNext()) {
-                   const qint32 formulaID = rs.integer(id);
-                   if (formulas.contains(formulaKey(formulaID))) {
+                   const qint32 id = row.id();
+                   if (formulas.contains(formulaKey(id))) {
                        continue;
                    }
-                   const qint32 pictureType = rs.integer(picType);
-                   formulas.Add(formulaID, rs.text(name), rs.text(expression), rs.text(memo),
-                                pictureOf(formulaID, pictureType), pictureType, folderID,
-                                QString());
+                   const qint32 pictureType = row.pictureType();
+                   formulas.Add(id, row.name(), row.expression(), row.memo(),
+                                pictureType == PictureStored ? pictureOf(id) : QString(),
+                                pictureType, folderID, QString());
                }
            });
 }
 
-QString FormulaReader::pictureOf(qint32 formulaID, qint32 pictureType) {
-    if (pictureType != PictureStored) {
-        return {};
+bool readWholeTexts(CurrentLibrary& library, clsFormulaInfo& formula) {
+    const auto isCut = [](const QString& text) { return text.size() >= kShownTextLimit - 1; };
+    if (!isCut(formula.FormulaName) && !isCut(formula.FormulaExpression) &&
+        !isCut(formula.FormulaMemo)) {
+        return true;
     }
-    const QString file = (files_.*pictureFile_)(formulaID);
-    HeldMessages messages;
-    const bool extracted = extractPicture(library_, formulaID, file, messages);
-    // What keeps one picture from its file often keeps all the others too: one message says so.
-    if (!reported_ && !messages.isEmpty()) {
-        reported_ = true;
-        messages.show(messages_);
-    }
-    return extracted ? file : QString();
+    data::Recordset rs;
+    bool found = false;
+    return library.funcs().GetFormulaByID(formula.FormulaID, rs, library.connection()) &&
+           attempt([&] {
+               found = !rs.atEnd();
+               if (found) {
+                   const FormulaColumns row(rs, FormulaTexts::Whole);
+                   formula.FormulaName = row.name();
+                   formula.FormulaExpression = row.expression();
+                   formula.FormulaMemo = row.memo();
+               }
+           }) &&
+           found;
 }
 
 bool extractPicture(CurrentLibrary& library, qint32 formulaID, const QString& file,

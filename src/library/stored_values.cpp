@@ -32,14 +32,17 @@ bool LoadVarCache(const QString& name, qint32 formulaID, data::Connection& conne
     }
     const bool unownedKnown = variables.Find(name, 0) != nullptr;
     return attempt([&] {
+        const int value = rs.column(u"Value");
+        const int memo = rs.column(u"VarMemo");
         for (; !rs.atEnd(); rs.moveNext()) {
             const qint32 owner = rs.integer(u"FormulaID");
             if (owner == 0 && unownedKnown) {
                 continue;
             }
             bool added = false;
-            variables.Add(rs.text(u"VarName"), owner, rs.text(u"Value"),
-                          rs.integer(u"VarSourceType"), rs.text(u"VarMemo"), QString(), added);
+            variables.Add(rs.text(u"VarName"), owner, rs.text(value, kShownTextLimit),
+                          rs.integer(u"VarSourceType"), rs.text(memo, kShownTextLimit), QString(),
+                          added);
         }
     });
 }

@@ -4,7 +4,7 @@
 #include "library/library_files.h"
 #include "library/library_list.h"
 #include "platform/ui/dropped_files.h"
-#include "platform/ui/tool_tip.h"
+#include "platform/ui/shown_text.h"
 
 #include <utility>
 
@@ -22,10 +22,20 @@ void LibraryListModel::refill() {
     // A library that was removed and is added again is looked at again.
     const QHash<QString, QString> known = std::exchange(reasons_, {});
     for (const clsFormulaDB& library : libraries_) {
-        const QString path = pathOf(library);
-        reasons_.insert(path, known.contains(path) ? known[path] : whyNotOpened(library));
+        if (const auto reason = known.constFind(pathOf(library)); reason != known.cend()) {
+            reasons_.insert(reason.key(), *reason);
+        }
     }
     endResetModel();
+}
+
+QString LibraryListModel::reasonOf(const clsFormulaDB& library) const {
+    const QString path = pathOf(library);
+    auto reason = reasons_.constFind(path);
+    if (reason == reasons_.cend()) {
+        reason = reasons_.insert(path, whyNotOpened(library));
+    }
+    return *reason;
 }
 
 QModelIndex LibraryListModel::indexOf(const QString& key) const {
@@ -50,18 +60,19 @@ QVariant LibraryListModel::data(const QModelIndex& index, int role) const {
         return {};
     }
     const clsFormulaDB& library = libraryAt(index);
-    const QString path = pathOf(library);
-    const QString reason = reasons_.value(path);
     const bool isName = index.column() == NameColumn;
     switch (role) {
         case Qt::DisplayRole:
+            return ui::lineOf(isName ? library.FormulaNodeText : pathOf(library));
         case Qt::EditRole:
-            return isName ? library.FormulaNodeText : path;
-        case Qt::ToolTipRole:
-            return ui::plainToolTip(reason.isEmpty() ? path : path + u'\n' + reason);
+            return isName ? library.FormulaNodeText : pathOf(library);
+        case Qt::ToolTipRole: {
+            const QString reason = reasonOf(library);
+            return ui::plainToolTip(pathOf(library) + (reason.isEmpty() ? reason : u'\n' + reason));
+        }
         case Qt::DecorationRole:
-            return isName ? nodeIcon(reason.isEmpty() ? NodeImage::Library
-                                                      : NodeImage::LibraryUnreadable)
+            return isName ? nodeIcon(reasonOf(library).isEmpty() ? NodeImage::Library
+                                                                 : NodeImage::LibraryUnreadable)
                           : QVariant();
         default:
             return {};

@@ -21,8 +21,8 @@ class LibraryListModel : public QAbstractTableModel {
     /// `libraries` must outlive this; after each change of it refill() is called.
     explicit LibraryListModel(const colFormulaDB& libraries) : libraries_(libraries) {}
 
-    /// Shows the list as it is now. Opens the files that have not been shown before once, to see
-    /// whether they can be.
+    /// Shows the list as it is now. A file is opened when it is drawn for the first time, to see
+    /// whether it can be.
     void refill();
 
     /// Stores the new text of the library with this key; false leaves it as it was.
@@ -57,8 +57,11 @@ class LibraryListModel : public QAbstractTableModel {
         return libraries_.Item(index.row() + 1);
     }
 
+    /// Why the library's file does not open; "" when it does.
+    QString reasonOf(const clsFormulaDB& library) const;
+
     const colFormulaDB& libraries_;
-    QHash<QString, QString> reasons_;  ///< by path: why the file does not open, "" when it does
+    mutable QHash<QString, QString> reasons_;  ///< by path, of the files that have been opened
     Renamer renamer_;
 };
 

@@ -3,7 +3,7 @@
 #include "library/condition_words.h"
 #include "platform/ui/colors.h"
 #include "platform/ui/icons.h"
-#include "platform/ui/tool_tip.h"
+#include "platform/ui/shown_text.h"
 #include "search/condition_commands.h"
 
 #include <QFont>

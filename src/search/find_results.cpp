@@ -1,7 +1,7 @@
 #include "search/find_results.h"
 
 #include "browse/node_images.h"
-#include "platform/ui/tool_tip.h"
+#include "platform/ui/shown_text.h"
 
 namespace varo {
 

@@ -1,6 +1,6 @@
 #include "search/picture_list.h"
 
-#include "platform/ui/tool_tip.h"
+#include "platform/ui/shown_text.h"
 
 #include <QTimerEvent>
 

@@ -2,7 +2,7 @@
 
 #include "platform/ui/icons.h"
 #include "platform/ui/node_view.h"
-#include "platform/ui/tool_tip.h"
+#include "platform/ui/shown_text.h"
 
 #include <QIcon>
 

@@ -38,6 +38,24 @@ TEST(Startup, SaysWhatIsWrongWithTheConfigurationFolderAndRunsOnceItIsMended) {
     EXPECT_EQ(desk.treeTexts(), (QStringList{u"库1"_s, u"  梁"_s}));
 }
 
+TEST(Startup, ReadsTheLibrariesBehindTheThousandthWhenTheyAreShown) {
+    const SmallLibrary library;
+    const TestConfiguration configuration;
+    QByteArray file = "[Access]\nNodeCount=1002\n";
+    for (int i = 1; i <= 1002; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        file += "RootNodeText" + number + '=' + number + "\nRootNodeName" + number +
+                "=library.vdb\nRootNodePath" + number + '=' + library.folder().toUtf8() + '\n';
+    }
+    configuration.write(file);
+    Desk desk(configuration.folder());
+    EXPECT_EQ(desk.messages(), QStringList());
+    EXPECT_EQ(desk.treeTexts().mid(1998),
+              (QStringList{u"1000"_s, u"  梁"_s, u"1001"_s, u"1002"_s}));
+    desk.clickNode(u"1002"_s);
+    EXPECT_EQ(desk.treeTexts().mid(2000), (QStringList{u"1001"_s, u"1002"_s, u"  梁"_s}));
+}
+
 TEST(Startup, RefusesAConfigurationFileThatLacksWhatItPromises) {
     const SmallLibrary library;
     const QByteArray folder = library.folder().toUtf8();

@@ -56,7 +56,9 @@ class Panel : public testing::Test, public PropertySource {
         record.FormulaID = formula;
         record.FormulaExpression = stored(formula, u"Formula"_s);
         record.FormulaMemo = stored(formula, u"Memo"_s);
-        pane.show(record);
+        HeldMessages messages;
+        pane.show(record, messages);
+        messages.show(questions);
         settle();
     }
 

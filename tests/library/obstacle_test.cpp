@@ -4,6 +4,7 @@
 #include "library/folders.h"
 #include "library/open_libraries.h"
 #include "support/file_limit.h"
+#include "support/file_recorder.h"
 #include "support/no_waiting.h"
 #include "support/process.h"
 #include "support/read_only_folder.h"
@@ -208,6 +209,45 @@ TEST(Obstacles, AFullDiskStopsWhatWritesAnywhereWithoutHarm) {
             }
         }
         EXPECT_TRUE(!writes || room > 2 * kPage) << name;
+    }
+}
+
+/// Every disk that a crash can leave, opened again.
+TEST(Obstacles, ACrashAnywhereLeavesWhatWasOrWhatIsThenInTheLibrary) {
+    TestLibrary after;
+    const auto contentAfterCrash = [&](const Disk& disk, const QString& library) {
+        after.connection().close();
+        for (const QString& each : {library, library + u"-journal"_s}) {
+            const QString path = after.path() + each.mid(library.size());
+            QFile::remove(path);
+            if (disk.contains(each)) {
+                after.addFile(QFileInfo(path).fileName(), disk[each]);
+            }
+        }
+        after.connection().open(after.path());
+        EXPECT_EQ(after.connection().damages(), QStringList());
+        return after.content();
+    };
+    for (const auto& [name, writes, run] : kOperations) {
+        SCOPED_TRACE(name);
+        Trial on;
+        const QStringList before = on.first.content();
+        const Disk disk{{on.first.path(), fileContent(on.first.path())}};
+        std::vector<FileChange> changes;
+        {
+            const FileRecorder recorder;
+            on.library.close();
+            EXPECT_TRUE(on.library.open(1));
+            EXPECT_TRUE(run(on));
+            on.library.close();
+            changes = recorder.changes();
+        }
+        QSet<QStringList> found;
+        const int crashes = forEachCrash(disk, changes, [&](const Disk& left) {
+            found.insert(contentAfterCrash(left, on.first.path()));
+        });
+        EXPECT_EQ(found, (QSet<QStringList>{before, on.first.content()}));
+        EXPECT_EQ(crashes > 20, writes);
     }
 }
 

@@ -23,14 +23,18 @@ struct OpenLibraries : BeamLibraries {
 
     void configure(const TestLibrary& added) { addTo(libraries, added.folder(), added.fileName()); }
 
-    /// A formula as it is listed, with its picture in a file.
+    /// A formula as it is listed, its picture in a file as it is shown.
     clsFormulaInfo record(qint32 id) {
         const int folder =
             first.rows(u"Select PID From Formula Where ID = %1"_s.arg(id)).value(0).toInt();
         colFormulaInfo formulas;
-        EXPECT_TRUE(FormulaReader(library, files, &WorkingFiles::listedPicture, messages)
-                        .read(folder, formulas));
-        return *formulas.Find(id);
+        const auto pictureOf = [this](qint32 formula) { return files.listedPicture(formula); };
+        EXPECT_TRUE(readFormulas(library, folder, FormulaTexts::Shown, pictureOf, formulas));
+        clsFormulaInfo found = *formulas.Find(id);
+        if (!found.FormulaPicPath.isEmpty()) {
+            extractPicture(library, id, found.FormulaPicPath, messages);
+        }
+        return found;
     }
 
     QString workFile(const QString& name) const { return work.filePath(name); }

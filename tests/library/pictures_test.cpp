@@ -1,10 +1,11 @@
+#include "library/limits.h"
 #include "library/open_libraries.h"
 #include "store/picture_transfer.h"
 
 namespace varo::test {
 namespace {
 
-/// 弯曲 has a picture, which is listed.
+/// 弯曲 has a picture, which is shown.
 class Pictures : public testing::Test, protected OpenLibraries {
   protected:
     Pictures() {
@@ -12,6 +13,10 @@ class Pictures : public testing::Test, protected OpenLibraries {
         listed = std::make_unique<clsFormulaInfo>(record(bending));
     }
 
+    bool list(colFormulaInfo& formulas) {
+        const auto pictureOf = [this](qint32 id) { return files.listedPicture(id); };
+        return readFormulas(library, beams, FormulaTexts::Shown, pictureOf, formulas);
+    }
     bool store(qint32 formula, const QByteArray& bytes) {
         PictureCopy copy(pictures.fileOf(formula));
         return copy.take(first.addFile(u"chosen"_s, bytes)) &&
@@ -70,29 +75,45 @@ TEST_F(Pictures, ACopyComesFromTheFileOrElseFromTheLibrary) {
     EXPECT_FALSE(QFile::exists(copy.path()));
 }
 
-TEST_F(Pictures, ListedFormulasGetThemAndAFolderThatTakesNoneIsToldOnce) {
+TEST_F(Pictures, AreLeftInTheLibraryUntilTheyAreShownOrCopied) {
     first.addPicture(shear, other);
-    first.addPicture(torsion, {});
     first.connection().execute(u"Update Formula Set PicType = 2 Where ID = ?"_s, {torsion});
-    EXPECT_EQ(fileContent(record(bending).FormulaPicPath), old);
-    EXPECT_EQ(fileContent(record(shear).FormulaPicPath), other);
-    EXPECT_TRUE(record(torsion).FormulaPicPath.isEmpty()) << "it is empty";
-    EXPECT_EQ(workFiles().size(), 2);
+    ASSERT_TRUE(QFile::remove(file));
+    colFormulaInfo formulas;
+    EXPECT_TRUE(list(formulas));
+    EXPECT_EQ(formulas.Find(shear)->FormulaPicPath, files.listedPicture(shear));
+    EXPECT_EQ(workFiles(), QStringList());
+    EXPECT_TRUE(clipboard.captureFolders(library, beams, messages));
+    EXPECT_EQ(fileContent(files.copiedPicture(bending)), old);
+    EXPECT_EQ(fileContent(files.copiedPicture(shear)), other);
+    EXPECT_EQ(workFiles().size(), 2) << "one is empty";
     EXPECT_EQ(told(), QStringList());
     files.setFolder(workFile(u"missing"_s), {});
-    EXPECT_TRUE(record(bending).FormulaPicPath.isEmpty());
-    EXPECT_EQ(told().size(), 1);
+    EXPECT_TRUE(clipboard.captureFolders(library, beams, messages));
+    EXPECT_EQ(told().size(), 1) << "once for all";
 }
 
-TEST_F(Pictures, AnIdentifierThatIsThereTwiceIsReadOnce) {
+TEST_F(Pictures, AFormulaIsReadOnceAndShowsTheBeginningOfItsTextsButIsCopiedWhole) {
     first.connection().execute(u"Create Table Copy As Select * From Formula"_s);
     first.connection().execute(u"Drop Table Formula"_s);
     first.connection().execute(u"Alter Table Copy Rename To Formula"_s);
     first.connection().execute(u"Insert Into Formula Select * From Formula"_s);
+    const QString text = u"𝛼"_s.repeated(100'000);
+    first.connection().execute(u"Update Formula Set Memo = ?, Formula = ?"_s, {text, text});
     colFormulaInfo formulas;
-    FormulaReader reader(library, files, &WorkingFiles::listedPicture, messages);
-    EXPECT_TRUE(reader.read(beams, formulas));
+    EXPECT_TRUE(list(formulas));
     EXPECT_EQ(formulas.Count(), 3);
+    clsFormulaInfo formula = formulas.Item(1);
+    for (const QString& shown : {formula.FormulaMemo, formula.FormulaExpression}) {
+        EXPECT_TRUE(shown.size() <= kShownTextLimit && shown.size() > kShownTextLimit - 3);
+        EXPECT_EQ(shown, text.first(shown.size() - 1) + u'…');
+    }
+    EXPECT_TRUE(readWholeTexts(library, formula));
+    EXPECT_EQ(formula.FormulaMemo, text);
+    first.connection().execute(u"Delete From Formula"_s);
+    clipboard.captureFormula(library, formulas.Item(1), messages);
+    EXPECT_FALSE(clipboard.holdsFormula());
+    EXPECT_EQ(told().size(), 1);
 }
 
 TEST(WorkFolders, NoTwoControlsShareOneAsLongAsFilesInItAreUsed) {

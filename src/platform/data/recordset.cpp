@@ -107,6 +107,10 @@ QString Recordset::text(int column) const {
     return columnText(currentRow(rows_, column), column);
 }
 
+QString Recordset::text(int column, int most) const {
+    return columnText(currentRow(rows_, column), column, most);
+}
+
 qint32 Recordset::integer(QStringView name) const {
     return integer(requiredColumn(*this, name));
 }

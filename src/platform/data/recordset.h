@@ -48,6 +48,10 @@ class Recordset {
     double real(int column) const;
     QString text(int column) const;
 
+    /// The text of a field, or of a longer one its beginning and an ellipsis, `most` characters in
+    /// all. `most` is at least 2.
+    QString text(int column, int most) const;
+
     /// The same fields by column name. Throws Error when there is no such column.
     qint32 integer(QStringView name) const;
     QString text(QStringView name) const;

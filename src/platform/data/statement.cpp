@@ -146,12 +146,24 @@ QString textOf(const char* utf8, qsizetype length) {
     return marks == 0 ? text : QString(marks, QChar::ByteOrderMark) + text;
 }
 
-QString columnText(sqlite3_stmt* statement, int column) {
+QString columnText(sqlite3_stmt* statement, int column, qsizetype most) {
     if (sqlite3_column_type(statement, column) == SQLITE_FLOAT) {
         return numberText(sqlite3_column_double(statement, column));
     }
     const auto* utf8 = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-    return textOf(utf8, sqlite3_column_bytes(statement, column));
+    const qsizetype length = sqlite3_column_bytes(statement, column);
+    // No character takes more bytes.
+    constexpr int kCharacterBytes = 4;
+    const qsizetype enough = most > length ? length : std::min(length, kCharacterBytes * most);
+    QString text = textOf(utf8, enough);
+    if (enough == length && text.size() <= most) {
+        return text;
+    }
+    text.truncate(most - 1);
+    if (text.back().isHighSurrogate()) {
+        text.chop(1);
+    }
+    return text + u'…';
 }
 
 QString columnName(sqlite3_stmt* statement, int column) {

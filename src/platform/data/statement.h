@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <limits>
 #include <memory>
 #include <sqlite3.h>
 #include <unordered_map>
@@ -44,8 +45,10 @@ bool step(sqlite3_stmt* statement);
 QString textOf(const char* utf8, qsizetype length);
 
 /// The field `column` of the current row, a floating-point number as the shortest text that reads
-/// back as that number; and the name of a column of its result.
-QString columnText(sqlite3_stmt* statement, int column);
+/// back as that number; of a text over `most` characters the beginning and an ellipsis. And the
+/// name of a column of its result.
+QString columnText(sqlite3_stmt* statement, int column,
+                   qsizetype most = std::numeric_limits<qsizetype>::max());
 QString columnName(sqlite3_stmt* statement, int column);
 
 /// Runs a statement to its end. Throws Error.

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QStringDecoder>
 
@@ -105,7 +106,12 @@ struct DeployFileLib::Data {
 };
 
 bool DeployFileLib::Data::parse(const QString& text) {
-    const QByteArray utf8 = text.toUtf8() + '\n' + kEndMark;
+    // The parser would take the line that follows for the section's name.
+    static const QRegularExpression kLoneBracket(QStringLiteral(R"(^[^\S\n]*\[[^\S\n]*$)"),
+                                                 QRegularExpression::MultilineOption);
+    QString lines = text;
+    lines.remove(kLoneBracket);
+    const QByteArray utf8 = lines.toUtf8() + '\n' + kEndMark;
     if (ini.LoadData(utf8.constData(), static_cast<size_t>(utf8.size())) < 0) {
         return fail(QStringLiteral("没有足够的内存读取配置文件“%1”！").arg(sourcePath()));
     }

@@ -1,6 +1,6 @@
 #include "platform/ui/path_label.h"
 
-#include "platform/ui/tool_tip.h"
+#include "platform/ui/shown_text.h"
 
 #include <QHelpEvent>
 #include <QPainter>

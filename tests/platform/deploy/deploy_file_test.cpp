@@ -182,12 +182,12 @@ TEST_F(DeployFile, RefusesToWriteWhatWouldBreakTheFile) {
 
 TEST_F(DeployFile, KeepsCommentsAndForeignKeysWhenItWrites) {
     store(
-        "; the file\n\n"
+        "; the file\n\n[\n"
         "[Host]\nLast=1\nLast=2\n\n"
         "# the libraries\n[Access]\n"
         "; how many\nNodeCount=2\nRootNodeText1=a\nRootNodeText2=b\n\n"
         "[Window]\nWidth=100\n"
-        "; the end\n");
+        "; the end\n [");
     ASSERT_TRUE(file_.prepareSection(u"Access"_s));
     EXPECT_EQ(value(u"NodeCount"_s), u"<missing>");
     ASSERT_TRUE(file_.writeValue(u"Access"_s, u"NodeCount"_s, u"1"_s));
