@@ -256,7 +256,7 @@ class Parser {
         const CompareTypeNames* found = nullptr;
         for (const CompareTypeNames& each : compareTypes()) {
             const bool isHere = each.isNumeric
-                                    ? text_.mid(at_).startsWith(each.symbol)
+                                    ? QStringView(text_).sliced(at_).startsWith(each.symbol)
                                     : peekWord().compare(each.symbol, Qt::CaseInsensitive) == 0;
             if (isHere && (found == nullptr || each.symbol.size() > found->symbol.size())) {
                 found = &each;

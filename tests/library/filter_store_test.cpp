@@ -100,7 +100,7 @@ class Random {
 
 bool evaluated(TestLibrary& library, qint32 filter, Host& host) {
     bool holds = false;
-    EXPECT_TRUE(Condition(library.connection(), library.funcs(), host).evaluate(filter, holds));
+    EXPECT_TRUE(Condition(library.connection(), host, {filter}).evaluate(filter, holds));
     return holds;
 }
 
@@ -177,7 +177,7 @@ TEST(FilterStore, RowsOfAnyShapeAreTriedAsTheyAreEvaluated) {
         ASSERT_TRUE(stored);
         bool holds = false;
         const bool done =
-            Condition(library.connection(), library.funcs(), host).evaluate(filter, holds);
+            Condition(library.connection(), host, {filter}).evaluate(filter, holds);
         EXPECT_EQ(done, stored->isWhole) << "filter " << filter;
         if (done) {
             EXPECT_EQ(tryCondition(stored->tree, host).holds, holds) << "filter " << filter;
