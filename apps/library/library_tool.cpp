@@ -1,10 +1,8 @@
 #include "library/library_tool.h"
 
+#include "library/input_file.h"
 #include "library/library_text.h"
 #include "platform/data/create_database.h"
-#include "platform/data/error.h"
-
-#include <QFile>
 
 #include <exception>
 
@@ -45,11 +43,7 @@ ExitCode check(const QString& path, QIODevice& out) {
 }
 
 void makeTables(const QString& textPath, const QString& filePath) {
-    QFile text(textPath);
-    if (!text.open(QIODevice::ReadOnly)) {
-        throw data::Error(textPath + QStringLiteral(": ") + text.errorString());
-    }
-    data::createDatabase(filePath, QString::fromUtf8(text.readAll()));
+    data::createDatabase(filePath, QString::fromUtf8(readInputFile(textPath, kTextFileLimit)));
 }
 
 ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
