@@ -10,10 +10,11 @@
 namespace varo {
 
 /// Builds the library that the text at `textPath` describes into the file `libraryPath`, replacing
-/// a file that is there. The new file appears complete or not at all; on failure the old one keeps
-/// its content. A library that another program has locked is not replaced. Needs a QGuiApplication
-/// when the text names drawings. Throws TextError or data::Error.
-void buildLibrary(const QString& textPath, const QString& libraryPath);
+/// a library or an empty file that is there, with `force` any regular file. The new file appears
+/// complete or not at all; on failure the old one keeps its content. A library that another program
+/// has locked is not replaced. Needs a QGuiApplication when the text names drawings. Throws
+/// TextError or data::Error.
+void buildLibrary(const QString& textPath, const QString& libraryPath, bool force = false);
 
 /// Writes the library's text to `out`, from which buildLibrary() makes a library with the same
 /// rows. Holds the stored values, the other rows' numbers and one formula at a time in memory. The

@@ -2,6 +2,7 @@
 
 #include "library/input_file.h"
 #include "library/library_text.h"
+#include "library/output_file.h"
 #include "platform/data/create_database.h"
 
 #include <exception>
@@ -14,7 +15,9 @@ enum ExitCode { Done = 0, Failed = 1, WrongUsage = 2 };
 
 constexpr auto usage =
     "Usage:\n"
-    "  varo-library build TEXT FILE   make the library FILE from the text TEXT\n"
+    "  varo-library build [--force] TEXT FILE\n"
+    "                                 make the library FILE from the text TEXT; --force replaces\n"
+    "                                 also a regular file that is no library\n"
     "  varo-library dump FILE         write the text of the library FILE\n"
     "  varo-library check FILE        look for faults in the library FILE\n"
     "  varo-library tables TEXT FILE  make the file FILE of the data tables that TEXT creates in "
@@ -43,6 +46,7 @@ ExitCode check(const QString& path, QIODevice& out) {
 }
 
 void makeTables(const QString& textPath, const QString& filePath) {
+    requireFree(filePath);
     data::createDatabase(filePath, QString::fromUtf8(readInputFile(textPath, kTextFileLimit)));
 }
 
@@ -53,8 +57,9 @@ ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
         out.write(usage);
         return Done;
     }
-    if (command == u"build" && arguments.size() == 3) {
-        buildLibrary(arguments[1], arguments[2]);
+    const bool force = arguments.value(1) == u"--force";
+    if (command == u"build" && arguments.size() == (force ? 4 : 3)) {
+        buildLibrary(arguments.end()[-2], arguments.back(), force);
         return Done;
     }
     if (command == u"dump" && arguments.size() == 2) {

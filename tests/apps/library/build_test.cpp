@@ -94,7 +94,7 @@ TEST_F(Build, ErrorsNameTheirPlaceAndLeaveTheOldFile) {
 
 TEST_F(Build, ReplacesAnOldLibraryButNoFolderAndNotItsText) {
     build(u"a.mdb"_s, "[[folder]]\nname = 'old'\n");
-    write(u"a.mdb-journal"_s, "left by a program that was killed");
+    write(u"a.mdb-journal"_s, QByteArray(512, '\0'));
     build(u"a.mdb"_s, "[[folder]]\nname = 'new'\n");
     EXPECT_EQ(files(), u"a.mdb text.toml"_s);
     EXPECT_EQ(rows(path(u"a.mdb"_s), u"select Name from Tree"_s), u"new"_s);
@@ -108,6 +108,48 @@ TEST_F(Build, ReplacesAnOldLibraryButNoFolderAndNotItsText) {
     }
     EXPECT_EQ(read(u"text.toml"_s), "[[folder]]\nname = 'new'\n");
     EXPECT_EQ(files(), u"a.mdb folder text.toml"_s);
+}
+
+TEST_F(Build, ReplacesNothingThatIsNoLibraryUnlessForced) {
+    const QString text = write(u"text.toml"_s, "[[folder]]\nname = 'new'\n");
+    const QString library = build(u"library"_s, "[[folder]]\nname = 'new'\n");
+    write(u"empty"_s, "");
+    write(u"plain"_s, "a letter");
+    open(library).execute(u"vacuum into '%1'"_s.arg(path(u"other"_s)));
+    open(path(u"other"_s)).execute(u"drop table RecentVar"_s);
+    ASSERT_EQ(mkfifo(qPrintable(path(u"fifo"_s)), 0600), 0);
+    ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)) && QFile::link(path(u"fifo"_s), path(u"link"_s)) &&
+                QFile::link(u"/dev/null"_s, path(u"device"_s)));
+    const auto outcome = [&](const QString& name, bool force) {
+        try {
+            buildLibrary(text, path(name), force);
+            return rows(path(name), u"select Name from Tree"_s);
+        } catch (const TextError& error) {
+            return error.description().section(u": "_s, -1).left(10);
+        }
+    };
+    for (const QString& row :
+         u"library,new,new|empty,new,new|none,new,new|plain,this is no,new|other,this is no,new|"
+         "fifo,this is no,this is no|link,this is no,this is no|device,this is no,this is no|"
+         "folder,the librar,the librar"_s.split(u'|')) {
+        const QStringList parts = row.split(u',');
+        EXPECT_EQ(outcome(parts[0], false), parts[1]) << row.toStdString();
+        EXPECT_EQ(outcome(parts[0], true), parts[2]) << row.toStdString();
+    }
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+        for (const QString& name : {u"library"_s, u"absent"_s}) {
+            const QString side = name + QLatin1StringView(suffix);
+            write(side, "a letter");
+            EXPECT_EQ(outcome(name, false), u"this does "_s) << side.toStdString();
+            EXPECT_EQ(read(side), "a letter");
+            EXPECT_EQ(outcome(name, true), u"new"_s) << side.toStdString();
+            EXPECT_FALSE(QFile::exists(path(side)));
+            QFile::remove(path(u"absent"_s));
+            ASSERT_TRUE(QFile::link(text, path(side)));
+            EXPECT_EQ(outcome(name, true), u"this is no"_s) << side.toStdString();
+            EXPECT_TRUE(QFile::remove(path(side)));
+        }
+    }
 }
 
 TEST_F(Build, RendersDrawingsOnWhiteAlwaysTheSame) {
