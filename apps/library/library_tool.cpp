@@ -63,8 +63,11 @@ ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
         return Done;
     }
     if (command == u"dump" && arguments.size() == 2) {
-        dumpLibrary(arguments[1], out);
-        return Done;
+        const QStringList leftOut = dumpLibrary(arguments[1], out);
+        for (const QString& line : leftOut) {
+            print(err, line);
+        }
+        return leftOut.isEmpty() ? Done : Failed;
     }
     if (command == u"check" && arguments.size() == 2) {
         return check(arguments[1], out);
