@@ -1,8 +1,8 @@
 #include "library/condition_lines.h"
 #include "library/library_text.h"
 #include "library/sibling_order.h"
-#include "library/text_error.h"
 #include "library/toml_format.h"
+#include "library/toml_writer.h"
 #include "platform/data/connection.h"
 
 #include <QHash>
@@ -13,7 +13,6 @@
 #include <initializer_list>
 #include <map>
 #include <optional>
-#include <span>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -32,10 +31,6 @@ struct Placed {
 
 /// Complaints that are kept; the rest is counted.
 constexpr qsizetype kMostComplaints = 1000;
-
-/// Characters of a long text, and bytes of a picture in whole lines, that are written at a time.
-constexpr qsizetype kTextPiece = qsizetype{1} << 16;
-constexpr qint64 kPicturePiece = qint64{57} << 10;
 
 /// The whole number of 32 bits in `column`, 0 for NULL; nothing when it holds something else.
 std::optional<qint32> wholeNumber(const data::Recordset& rs, int column) {
@@ -68,12 +63,12 @@ QList<Row> takeRows(RowsByOwner<Row>& rows, qint32 owner) {
     return node ? std::move(node.mapped()) : QList<Row>();
 }
 
-class Dump {
+class Dump : private TomlWriter {
   public:
-    Dump(data::Connection& connection, QIODevice& out) : connection_(connection), out_(out) {}
+    Dump(data::Connection& connection, QIODevice& out) : TomlWriter(out), connection_(connection) {}
 
     /// Returns what has been left out.
-    QStringList write() {
+    QStringList run() {
         line(QStringLiteral(
             "# A formula library; \"varo-library build\" makes a library file of it."));
         writeInfo();
@@ -232,10 +227,8 @@ class Dump {
         numberUnless("folder", formula.parent, 0);
         writeOrder(formula, formulaOrder_);
         text("expression", rs.text(2));
-        if (const QString memo = rs.text(3); memo.size() > kTextPiece) {
-            text("memo", memo);
-        } else if (!memo.isEmpty()) {
-            line(QStringLiteral("memo = ") + tomlParagraph(memo));
+        if (const QString memo = rs.text(3); !memo.isEmpty()) {
+            paragraph("memo", memo);
         }
         const QList<qint64> others = writeInlineValues(formula.id);
         auto picture = pictureOf(formula);
@@ -246,7 +239,7 @@ class Dump {
         }
         numberUnless("picture_type", pictureType.value_or(picture ? 2 : 0), picture ? 2 : 0);
         if (picture) {
-            writePicture(*picture);
+            TomlWriter::picture("picture", *picture);
         }
         writeValues(others, formula.id);
     }
@@ -269,17 +262,6 @@ class Dump {
                      QStringLiteral("Pic is left out, it cannot be read: ") + error.description());
             return std::nullopt;
         }
-    }
-
-    void writePicture(data::BlobField& picture) {
-        write(QStringLiteral("picture = { base64 = \"\"\"\n"));
-        for (qint64 left = picture.size(); left > 0;) {
-            QByteArray piece(std::min(left, kPicturePiece), Qt::Uninitialized);
-            picture.getChunk(std::span(piece.data(), static_cast<std::size_t>(piece.size())));
-            left -= piece.size();
-            write(tomlBase64Lines(piece));
-        }
-        line(QStringLiteral("\"\"\" }"));
     }
 
     /// Hands rows of values to `take`, in their order: rowid, VarName, Value, VarSourceType,
@@ -318,7 +300,7 @@ class Dump {
                 return;
             }
             write(before + tomlKey(name) + QStringLiteral(" = "));
-            writeString(rs.text(2));
+            string(rs.text(2));
             before = QStringLiteral(", ");
         });
         if (others.size() < values.size()) {
@@ -433,57 +415,7 @@ class Dump {
         }
     }
 
-    void begin(const char* kind) { line(QStringLiteral("\n[[%1]]").arg(QLatin1String(kind))); }
-
-    void number(const char* key, qint32 value) {
-        line(QStringLiteral("%1 = %2").arg(QLatin1String(key)).arg(value));
-    }
-
-    void numberUnless(const char* key, qint32 value, qint32 usual) {
-        if (value != usual) {
-            number(key, value);
-        }
-    }
-
-    void text(const char* key, const QString& value) {
-        write(QLatin1String(key) + QStringLiteral(" = "));
-        writeString(value);
-        line({});
-    }
-
-    /// A long text is written piece by piece.
-    void writeString(const QString& value) {
-        if (value.size() <= kTextPiece) {
-            write(tomlString(value));
-            return;
-        }
-        write(QStringLiteral("\""));
-        for (qsizetype at = 0; at < value.size();) {
-            qsizetype end = std::min(at + kTextPiece, value.size());
-            end -= end < value.size() && value[end].isLowSurrogate() ? 1 : 0;
-            write(tomlEscaped(value.mid(at, end - at)));
-            at = end;
-        }
-        write(QStringLiteral("\""));
-    }
-
-    void textUnlessEmpty(const char* key, const QString& value) {
-        if (!value.isEmpty()) {
-            text(key, value);
-        }
-    }
-
-    void line(const QString& content) { write(content + u'\n'); }
-
-    void write(const QString& content) {
-        const QByteArray bytes = content.toUtf8();
-        if (out_.write(bytes) != bytes.size()) {
-            throw TextError(QStringLiteral("output"), out_.errorString());
-        }
-    }
-
     data::Connection& connection_;
-    QIODevice& out_;
     RowsByOwner<Placed> folders_;
     RowsByOwner<Placed> formulas_;
     RowsByOwner<qint64> values_;  ///< rowids
@@ -500,7 +432,7 @@ QStringList dumpLibrary(const QString& libraryPath, QIODevice& out) {
     data::Connection connection;
     connection.open(libraryPath);
     const data::ReadSnapshot snapshot(connection);
-    return Dump(connection, out).write();
+    return Dump(connection, out).run();
 }
 
 }  // namespace varo
