@@ -43,6 +43,7 @@ TEST(TomlScan, RefusesOnlyWhatHarmsTheParser) {
         {"a = '''''' \n弯 = 1", "2:1 a name or "},
         {"a = \"\\\\\"\n弯 = 1", "2:1 a name or "},
         {"a = \"\\\"跨\\\"\"\nb = '\\'\n弯 = 1", "3:1 a name or "},
+        {"a = [\"\"\"x\"\"\"\", 跨]", "1:16 a name or "},
         {"a = \"跨\nb", ""},
         {"a = \"跨\\", ""},
         {"a = \"跨\\\n度\"", ""},
