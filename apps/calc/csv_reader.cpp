@@ -13,6 +13,8 @@ namespace {
 constexpr std::size_t kChunk = std::size_t{1} << 17;
 constexpr std::size_t kCellGrowth = std::size_t{1} << 16;
 constexpr std::size_t kLongestRow = std::size_t{1} << 24;
+constexpr std::size_t kLongestCell = std::size_t{1} << 20;
+constexpr std::size_t kMostCells = 16384;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
@@ -38,6 +40,9 @@ CsvReader::~CsvReader() = default;
 
 bool CsvReader::next() {
     forgetRows();
+    if (failure_) {
+        std::rethrow_exception(failure_);
+    }
     while (rows_.size() == 0 && !finished_) {
         const std::string_view chunk = readChunk();
         if (chunk.empty()) {
@@ -74,7 +79,8 @@ void CsvReader::parse(std::string_view chunk) {
     const std::size_t parsed =
         csv_parse(parser_.get(), chunk.data(), chunk.size(), takeCell, takeRowEnd, this);
     if (failure_) {
-        std::rethrow_exception(failure_);
+        throwBehindRows();
+        return;
     }
     if (parsed != chunk.size()) {
         throw std::bad_alloc();
@@ -90,10 +96,18 @@ void CsvReader::finish() {
     csv_set_opts(parser_.get(), CSV_STRICT | CSV_STRICT_FINI);
     const int result = csv_fini(parser_.get(), takeCell, takeRowEnd, this);
     if (failure_) {
-        std::rethrow_exception(failure_);
+        throwBehindRows();
+        return;
     }
     if (result != 0) {
         refuseOpenRow("单元格缺少后面的引号！");
+    }
+}
+
+/// The rows before the failure are handed out first.
+void CsvReader::throwBehindRows() const {
+    if (rows_.size() == 0) {
+        std::rethrow_exception(failure_);
     }
 }
 
@@ -112,6 +126,9 @@ void CsvReader::forgetRows() {
 
 void CsvReader::takeCell(void* content, std::size_t size, void* reader) {
     auto* const self = static_cast<CsvReader*>(reader);
+    if (self->failure_) {
+        return;
+    }
     try {
         self->addCell({static_cast<const char*>(content), size});
     } catch (...) {
@@ -121,6 +138,9 @@ void CsvReader::takeCell(void* content, std::size_t size, void* reader) {
 
 void CsvReader::takeRowEnd(int terminator, void* reader) {
     auto* const self = static_cast<CsvReader*>(reader);
+    if (self->failure_) {
+        return;
+    }
     try {
         self->endRow(terminator);
     } catch (...) {
@@ -133,6 +153,12 @@ void CsvReader::addCell(std::string_view content) {
         openRowLine_ = line_;
     }
     ++openRowCells_;
+    if (content.size() > kLongestCell) {
+        refuseOpenRow("有一个单元格超过1 MiB，可能缺少引号！");
+    }
+    if (openRowCells_ > kMostCells) {
+        refuseOpenRow("这一行的单元格超过16384个！");
+    }
     rows_.bytes_.append(content);
     rows_.ends_.push_back(rows_.bytes_.size());
     line_ += static_cast<std::uint64_t>(std::count(content.begin(), content.end(), '\n'));

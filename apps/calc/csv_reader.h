@@ -59,7 +59,8 @@ class CsvReader {
     CsvReader& operator=(const CsvReader&) = delete;
 
     /// Replaces rows() by those that follow. Returns false when there are no more. Throws CalcError
-    /// when the file cannot be read, a quoted cell never ends, or a row is longer than 16 MiB.
+    /// when the file cannot be read, a quoted cell never ends, a row is longer than 16 MiB or has
+    /// more than 16384 cells, or a cell is longer than 1 MiB; the rows before are handed out first.
     bool next();
 
     const CsvRows& rows() const { return rows_; }
@@ -78,6 +79,7 @@ class CsvReader {
     std::string_view readChunk();
     void parse(std::string_view chunk);
     void finish();
+    void throwBehindRows() const;
     void forgetRows();
     /// What the parser calls; `reader` is this object.
     static void takeCell(void* content, std::size_t size, void* reader);

@@ -7,6 +7,8 @@
 namespace varo::calc {
 namespace {
 
+constexpr std::size_t kMostKept = std::size_t{1} << 20;
+
 bool isBlank(char character) {
     return character == ' ' || character == '\t';
 }
@@ -47,6 +49,10 @@ void CsvWriter::addCell(std::string_view content) {
 void CsvWriter::endRow() {
     text_ += lineEnd_;
     rowBegun_ = false;
+    // Short rows of a wide table become long ones.
+    if (text_.size() > kMostKept) {
+        flush();
+    }
 }
 
 void CsvWriter::flush() {

@@ -14,6 +14,7 @@ class CsvWriter {
     /// Adds a cell to the row, in quotes if it needs them.
     void addCell(std::string_view content);
 
+    /// Ends the row; writes those that have ended when they have become many. Throws CalcError.
     void endRow();
 
     /// Writes the rows that have ended since the last time. Throws CalcError.

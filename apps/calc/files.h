@@ -25,12 +25,16 @@ class InputFile {
     std::optional<std::uint64_t> size() const;
 
     /// Reads what is there, at most as much as fits into `buffer`, and returns how many bytes that
-    /// is; 0 at the end. Throws CalcError.
+    /// is; 0 at the end. Says on the standard error when a pipe or device has given nothing for a
+    /// second. Throws CalcError.
     std::size_t read(std::span<char> buffer);
 
   private:
+    void awaitFirstBytes();
+
     std::string name_;
     int descriptor_;
+    bool hasBegun_ = false;
 };
 
 /// Writes `text` to the standard output. Throws CalcError.

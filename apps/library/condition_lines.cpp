@@ -1,7 +1,7 @@
 #include "library/condition_lines.h"
 
 #include "library/condition_text.h"
-#include "library/filter_store.h"
+#include "library/filter_reader.h"
 
 #include <QHash>
 
@@ -131,13 +131,18 @@ void addConditionLines(const std::vector<Entry>& properties, LibraryRows& rows) 
 }
 
 std::map<qint32, ConditionLine> conditionLines(data::Connection& connection) {
-    std::map<qint32, ConditionLine> lines;
+    QSet<qint32> wanted;
     for (auto rs = connection.query(
              QStringLiteral("select distinct FilterID from Property where FilterID <> 0"));
          !rs.atEnd(); rs.moveNext()) {
-        const qint32 filter = rs.integer(0);
-        if (const auto line = lineOf(readFilterRows(connection, filter))) {
-            lines.emplace(filter, *line);
+        wanted.insert(rs.integer(0));
+    }
+    std::map<qint32, ConditionLine> lines;
+    for (FilterReader filters(connection); filters.next();) {
+        if (wanted.contains(filters.filter())) {
+            if (const auto line = lineOf(filters.rows())) {
+                lines.emplace(filters.filter(), *line);
+            }
         }
     }
     return lines;

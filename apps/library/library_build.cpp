@@ -1,5 +1,6 @@
 #include "library/library_rows.h"
 #include "library/library_text.h"
+#include "library/output_file.h"
 #include "library/picture_bytes.h"
 #include "platform/data/connection.h"
 #include "platform/data/create_database.h"
@@ -133,15 +134,13 @@ void fillLibrary(const QString& path, const LibraryRows& rows, const QString& te
 
 }  // namespace
 
-QStringList buildLibrary(const QString& textPath, const QString& libraryPath) {
+QStringList buildLibrary(const QString& textPath, const QString& libraryPath, bool force) {
     const QFileInfo library(libraryPath);
-    if (library.isDir()) {
-        throw TextError(libraryPath, QStringLiteral("the library would replace a folder"));
-    }
     if (library.exists() &&
         library.canonicalFilePath() == QFileInfo(textPath).canonicalFilePath()) {
         throw TextError(libraryPath, QStringLiteral("the library would replace its own text"));
     }
+    requireReplaceable(libraryPath, force);
     const LibraryRows rows = readLibraryText(textPath);
 
     // A folder beside the library, so that the finished file only has to be renamed.
@@ -153,6 +152,7 @@ QStringList buildLibrary(const QString& textPath, const QString& libraryPath) {
     createEmptyLibrary(unfinished);
     fillLibrary(unfinished, rows, textPath);
 
+    requireReplaceable(libraryPath, force);  // the text may have taken long
     data::replaceDatabase(unfinished, libraryPath);
     return rows.warnings;
 }

@@ -1,18 +1,21 @@
 #include "library/condition_text.h"
-#include "library/filter_store.h"
+#include "library/filter_reader.h"
 #include "library/library_text.h"
 #include "library/limits.h"
+#include "library/rings.h"
 #include "platform/data/connection.h"
 #include "platform/pictures/picture_format.h"
 #include "store/library_structure.h"
 #include "store/template.h"
 
-#include <QHash>
+#include <QSet>
 
 #include <algorithm>
 #include <array>
 #include <optional>
 #include <span>
+#include <utility>
+#include <vector>
 
 namespace varo {
 
@@ -34,54 +37,69 @@ constexpr std::array kTableShapes = {
     TableShape{"TableInfo", "PrptyName,PrptyVal"},
 };
 
-/// Each query gives the faults of one kind, a line of text per row.
+/// Columns of whole numbers, of 32 bits. What is in them is left out or read as something else.
+constexpr std::array kNumberColumns = {
+    TableShape{"Tree", "ID,PID,OrderID"},
+    TableShape{"Formula", "ID,PicType,PID,OrderID"},
+    TableShape{"RecentVar", "FormulaID,VarSourceType"},
+    TableShape{"Property", "PropID,FilterID,NodeID,NodeType"},
+    TableShape{"FilterCond", "ID,UserID,ParentID,Type"},
+    TableShape{"FilterExpressions", "FilterID,ExpID,FieldType,CompareType"},
+};
+
+/// Each query gives the faults of one kind, a line of text per row, in a time linear in the rows
+/// whatever indexes the file has: what is missing is found by "except", not by a search per row.
 constexpr std::array kFaultQueries = {
-    R"(select printf('folder %d "%s": its identifier stands for the top level', ID, Name)
+    R"(select printf('folder %d "%!.99s": its identifier stands for the top level', ID, Name)
        from Tree where ID = 0)",
     R"(select printf('%d folders have the identifier %d', count(*), ID)
        from Tree group by ID having count(*) > 1)",
     R"(select printf('%d formulas have the identifier %d', count(*), ID)
        from Formula group by ID having count(*) > 1)",
-    R"(select printf('folder %d "%s": its parent %d does not exist', ID, Name, PID)
-       from Tree where PID <> 0 and PID not in (select ID from Tree) order by ID)",
-    R"(select printf('formula %d "%s": its folder %d does not exist', ID, Name, PID)
-       from Formula where PID <> 0 and PID not in (select ID from Tree) order by ID)",
+    R"(select printf('folder %d "%!.99s": its parent %d does not exist', ID, Name, PID)
+       from Tree where PID <> 0 and PID in
+       (select PID from Tree except select ID from Tree) order by ID)",
+    R"(select printf('formula %d "%!.99s": its folder %d does not exist', ID, Name, PID)
+       from Formula where PID <> 0 and PID in
+       (select PID from Formula except select ID from Tree) order by ID)",
     R"(select printf('%d folders below folder %d have the order number %d', count(*), PID, OrderID)
        from Tree group by PID, OrderID having count(*) > 1)",
     R"(select printf('%d formulas of folder %d have the order number %d', count(*), PID, OrderID)
        from Formula group by PID, OrderID having count(*) > 1)",
-    R"(select printf('formula %d "%s": its picture type is %d', ID, Name, PicType)
+    R"(select printf('formula %d "%!.99s": its picture type is %d', ID, Name, PicType)
        from Formula where PicType not in (0, 2) order by ID)",
-    R"(select printf('formula %d "%s": its picture type is 2 without a picture', ID, Name)
+    R"(select printf('formula %d "%!.99s": its picture type is 2 without a picture', ID, Name)
        from Formula where PicType = 2 and coalesce(length(Pic), 0) = 0 order by ID)",
-    R"(select printf('formula %d "%s": it has a picture with picture type 0', ID, Name)
+    R"(select printf('formula %d "%!.99s": it has a picture with picture type 0', ID, Name)
        from Formula where coalesce(PicType, 0) = 0 and length(Pic) > 0 order by ID)",
-    R"(select printf('variable "%s" of formula %d has %d values', VarName, FormulaID, count(*))
+    R"(select printf('variable "%!.99s" of formula %d has %d values', VarName, FormulaID, count(*))
        from RecentVar group by VarName collate nocase, FormulaID having count(*) > 1)",
     R"(select printf('%d properties of %s %d have the identifier %d', count(*),
        iif(NodeType = 1, 'folder', 'formula'), NodeID, PropID)
        from Property where NodeType in (1, 2) group by NodeType, NodeID, PropID
        having count(*) > 1)",
-    R"(select printf('property %d "%s": its folder %d does not exist', PropID, PropName, NodeID)
-       from Property where NodeType = 1 and NodeID <> 0 and NodeID not in (select ID from Tree)
-       order by rowid)",
-    R"(select printf('property %d "%s": its formula %d does not exist', PropID, PropName, NodeID)
-       from Property where NodeType = 2 and NodeID not in (select ID from Formula) order by rowid)",
-    R"(select printf('property %d "%s": its node type is %d', PropID, PropName, NodeType)
+    R"(select printf('property %d "%!.99s": its folder %d does not exist', PropID, PropName, NodeID)
+       from Property where NodeType = 1 and NodeID <> 0 and NodeID in
+       (select NodeID from Property except select ID from Tree) order by rowid)",
+    R"(select printf('property %d "%!.99s": its formula %d does not exist', PropID, PropName, NodeID)
+       from Property where NodeType = 2 and NodeID in
+       (select NodeID from Property except select ID from Formula) order by rowid)",
+    R"(select printf('property %d "%!.99s": its node type is %d', PropID, PropName, NodeType)
        from Property where coalesce(NodeType, 0) not in (1, 2) order by rowid)",
-    R"(select printf('property %d "%s": its filter %d has no conditions', PropID, PropName, FilterID)
-       from Property where FilterID <> 0 and FilterID not in (select UserID from FilterCond)
-       order by rowid)",
+    R"(select printf('property %d "%!.99s": its filter %d has no conditions', PropID, PropName, FilterID)
+       from Property where FilterID <> 0 and FilterID in
+       (select FilterID from Property except select UserID from FilterCond) order by rowid)",
     R"(select printf('condition %d of filter %d: its parent %d does not exist', ID, UserID, ParentID)
-       from FilterCond as Child where ParentID <> 0 and not exists (select 1 from FilterCond as Above
-       where Above.UserID = Child.UserID and Above.ID = Child.ParentID) order by rowid)",
-    R"(select printf('condition %d of filter %d: its parent %d is a comparison', Child.ID,
-       Child.UserID, Child.ParentID) from FilterCond as Child join FilterCond as Above
-       on Above.UserID = Child.UserID and Above.ID = Child.ParentID where Above.Type = 4
-       order by Child.rowid)",
+       from FilterCond where ParentID <> 0 and (UserID, ParentID) in
+       (select UserID, ParentID from FilterCond except select UserID, ID from FilterCond)
+       order by rowid)",
+    R"(select printf('condition %d of filter %d: its parent %d is a comparison', ID, UserID, ParentID)
+       from FilterCond where (UserID, ParentID) in (select UserID, ID from FilterCond where Type = 4)
+       order by rowid)",
     R"(select printf('condition %d of filter %d: it has no comparison', ID, UserID)
-       from FilterCond where Type = 4 and not exists (select 1 from FilterExpressions
-       where FilterID = UserID and ExpID = FilterCond.ID) order by rowid)",
+       from FilterCond where Type = 4 and (UserID, ID) in
+       (select UserID, ID from FilterCond except select FilterID, ExpID from FilterExpressions)
+       order by rowid)",
     R"(select printf('%d conditions of filter %d have the identifier %d', count(*), UserID, ID)
        from FilterCond group by UserID, ID having count(*) > 1)",
     R"(select printf('condition %d of filter %d: its type is %d', ID, UserID, Type)
@@ -98,25 +116,42 @@ struct TextLimit {
 };
 
 constexpr std::array kTextLimits = {
-    TextLimit{R"(select printf('folder %d "%s"', ID, Name), Name from Tree
+    TextLimit{R"(select printf('folder %d "%!.99s"', ID, Name), Name from Tree
                  where 2 * length(Name) > ? order by ID)",
               "name", kFolderNameLimit},
-    TextLimit{R"(select printf('formula %d "%s"', ID, Name), Name from Formula
+    TextLimit{R"(select printf('formula %d "%!.99s"', ID, Name), Name from Formula
                  where 2 * length(Name) > ? order by ID)",
               "name", kFormulaNameLimit},
-    TextLimit{R"(select printf('formula %d "%s"', ID, Name), Formula from Formula
+    TextLimit{R"(select printf('formula %d "%!.99s"', ID, Name), Formula from Formula
                  where 2 * length(Formula) > ? order by ID)",
               "expression", kTextLimit},
-    TextLimit{R"(select printf('formula %d "%s"', ID, Name), Memo from Formula
+    TextLimit{R"(select printf('formula %d "%!.99s"', ID, Name), Memo from Formula
                  where 2 * length(Memo) > ? order by ID)",
               "memo", kTextLimit},
-    TextLimit{R"(select printf('variable "%s" of formula %d', VarName, FormulaID), [Value]
+    TextLimit{R"(select printf('variable "%!.99s" of formula %d', VarName, FormulaID), [Value]
                  from RecentVar where 2 * length([Value]) > ? order by rowid)",
               "value", kTextLimit},
-    TextLimit{R"(select printf('property %d "%s"', PropID, PropName), PropName from Property
+    TextLimit{R"(select printf('property %d "%!.99s"', PropID, PropName), PropName from Property
                  where 2 * length(PropName) > ? order by rowid)",
               "name", kPropertyNameLimit},
 };
+
+/// Faults of one kind that are told one by one.
+constexpr std::size_t kMostOfAKind = 1000;
+
+/// The ring from its first member on, what is inside behind what it is in.
+template <class Name>
+QString ringText(const Ring& ring, Name name) {
+    QStringList names;
+    for (const qint32 id : ring.members) {
+        names.append(name(id));
+    }
+    if (ring.members.size() < ring.size) {
+        names.append(QStringLiteral("... (%1 in all)").arg(ring.size));
+    }
+    names.append(name(ring.members.front()));
+    return names.join(QStringLiteral(" > "));
+}
 
 /// `text` on one line.
 QString onOneLine(QString text) {
@@ -137,7 +172,11 @@ class Check {
         for (const char* query : kFaultQueries) {
             attempt([&] { addRows(QLatin1String(query)); });
         }
+        for (const TableShape& shape : kNumberColumns) {
+            attempt([&] { checkNumbers(shape); });
+        }
         attempt([&] { checkAncestors(); });
+        attempt([&] { checkConditionRings(); });
         attempt([&] { checkConditions(); });
         attempt([&] { checkPictures(); });
         for (const TextLimit& limit : kTextLimits) {
@@ -161,12 +200,18 @@ class Check {
     }
 
   private:
-    void add(const QString& fault) { report_.faults.append(onOneLine(fault)); }
+    /// Beyond kMostOfAKind in one check the faults are counted only.
+    void add(const QString& fault) {
+        if (++found_ <= kMostOfAKind) {
+            report_.faults.append(onOneLine(fault));
+        }
+    }
 
     /// Runs one check. A table that lacks something has been reported by then, and a check that
     /// fails on it adds nothing to that.
     template <class Function>
     void attempt(Function check) {
+        found_ = 0;
         try {
             check();
         } catch (const data::Error& error) {
@@ -174,11 +219,24 @@ class Check {
                 add(QStringLiteral("the file cannot be read: ") + error.description());
             }
         }
+        if (found_ > kMostOfAKind) {
+            report_.faults.append(
+                QStringLiteral("... and %1 more like that").arg(found_ - kMostOfAKind));
+        }
     }
 
     void addRows(const QString& query) {
         for (auto rs = connection_.query(query); !rs.atEnd(); rs.moveNext()) {
             add(rs.text(0));
+        }
+    }
+
+    void checkNumbers(const TableShape& shape) {
+        for (const QString& column : QString::fromLatin1(shape.columns).split(u',')) {
+            addRows(QStringLiteral("select printf('row %d of table %1: its %2 is no whole number "
+                                   "of 32 bits', rowid) from %1 where %2 <> cast(%2 as integer) "
+                                   "or %2 not between -2147483648 and 2147483647 order by rowid")
+                        .arg(QLatin1String(shape.table), column));
         }
     }
 
@@ -212,63 +270,59 @@ class Check {
         }
     }
 
-    struct Folder {
-        QString name;
-        qint32 parent = 0;
-        int visit = 0;  ///< the walk that came by, 0: none yet
-    };
-
     /// Folders that are their own ancestors, each ring once.
     void checkAncestors() {
-        QHash<qint32, Folder> folders;
-        QList<qint32> ids;
-        for (auto rs =
-                 connection_.query(QStringLiteral("select ID,Name,PID from Tree order by ID"));
+        std::vector<Inside> pairs;
+        for (auto rs = connection_.query(
+                 QStringLiteral("select ID,PID from Tree where ID <> 0 and PID <> 0"));
              !rs.atEnd(); rs.moveNext()) {
-            ids.append(rs.integer(0));
-            folders.insert(rs.integer(0), {rs.text(1), rs.integer(2), 0});
+            pairs.emplace_back(rs.integer(0), rs.integer(1));
         }
-        int visit = 0;
-        for (const qint32 start : ids) {
-            ++visit;
-            qint32 id = start;
-            auto folder = folders.find(id);
-            while (id != 0 && folder != folders.end() && folder->visit == 0) {
-                folder->visit = visit;
-                id = folder->parent;
-                folder = folders.find(id);
-            }
-            if (id != 0 && folder != folders.end() && folder->visit == visit) {
-                addRing(folders, id);
-            }
+        for (const Ring& ring : ringsAmong(std::move(pairs), kMostOfAKind)) {
+            add(QStringLiteral("folders are inside themselves: ") +
+                ringText(ring, [&](qint32 id) { return folderText(id); }));
         }
     }
 
-    void addRing(const QHash<qint32, Folder>& folders, qint32 start) {
-        const auto named = [&](qint32 id) {
-            return QStringLiteral("%1 \"").arg(id) + folders[id].name + u'"';
+    QString folderText(qint32 id) {
+        const auto rs = connection_.query(
+            QStringLiteral("select printf('%d \"%!.99s\"', ID, Name) from Tree where ID = ?"),
+            {id});
+        return rs.atEnd() ? QString::number(id) : rs.text(0);
+    }
+
+    /// Conditions that a filter has below themselves, each ring once.
+    void checkConditionRings() {
+        std::vector<Inside> pairs;
+        qint32 filter = 0;
+        const auto addRings = [&] {
+            for (const Ring& ring : ringsAmong(std::exchange(pairs, {}), kMostOfAKind)) {
+                ringed_.insert(filter);
+                add(QStringLiteral("filter %1: conditions are inside themselves: ").arg(filter) +
+                    ringText(ring, [](qint32 id) { return QString::number(id); }));
+            }
         };
-        QStringList path = {named(start)};
-        qint32 id = start;
-        do {
-            id = folders[id].parent;
-            path.prepend(named(id));
-        } while (id != start);
-        add(QStringLiteral("folders are inside themselves: ") + path.join(QStringLiteral(" > ")));
+        for (auto rs = connection_.query(
+                 QStringLiteral("select UserID,ID,ParentID from FilterCond where Type in (1,2,3) "
+                                "and ParentID is not null order by UserID"));
+             !rs.atEnd(); rs.moveNext()) {
+            if (rs.integer(0) != filter) {
+                addRings();
+                filter = rs.integer(0);
+            }
+            pairs.emplace_back(rs.integer(1), rs.integer(2));
+        }
+        addRings();
     }
 
     /// What the rows are, taken together; what is wrong with a single one has been reported.
     void checkConditions() {
-        for (auto rs = connection_.query(
-                 QStringLiteral("select distinct UserID from FilterCond order by UserID"));
-             !rs.atEnd(); rs.moveNext()) {
-            const QString filter = QStringLiteral("filter %1: ").arg(rs.integer(0));
-            const StoredCondition stored =
-                conditionFromRows(readFilterRows(connection_, rs.integer(0)));
-            if (!stored.isWhole) {
-                add(filter + QStringLiteral("it contains itself, is nested too deep or has too "
-                                            "many conditions"));
-            } else if (stored.remarks.isEmpty()) {
+        for (FilterReader filters(connection_); filters.next();) {
+            const QString filter = QStringLiteral("filter %1: ").arg(filters.filter());
+            const StoredCondition stored = conditionFromRows(filters.rows());
+            if (!stored.isWhole && !ringed_.contains(filters.filter())) {
+                add(filter + QStringLiteral("it is nested too deep or has too many conditions"));
+            } else if (stored.isWhole && stored.remarks.isEmpty()) {
                 addFaults(filter, stored.tree);
             }
         }
@@ -334,6 +388,8 @@ class Check {
 
     data::Connection& connection_;
     CheckReport report_;
+    std::size_t found_ = 0;  ///< by the check that is running
+    QSet<qint32> ringed_;    ///< filters with conditions inside themselves
     bool soundStructure_ = true;
 };
 

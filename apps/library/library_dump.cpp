@@ -1,8 +1,8 @@
 #include "library/condition_lines.h"
 #include "library/library_text.h"
 #include "library/sibling_order.h"
-#include "library/text_error.h"
 #include "library/toml_format.h"
+#include "library/toml_writer.h"
 #include "platform/data/connection.h"
 
 #include <QHash>
@@ -10,8 +10,12 @@
 #include <QSet>
 
 #include <algorithm>
+#include <initializer_list>
 #include <map>
+#include <optional>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 namespace varo {
 
@@ -19,19 +23,34 @@ namespace {
 
 /// The numbers by which a folder or formula is found and ordered.
 struct Placed {
+    qint64 row = 0;
     qint32 id = 0;
     qint32 parent = 0;
     qint32 order = 0;
 };
 
-struct StoredValue {
-    QString name;
-    QString value;
-    qint32 source = 0;
-    QString memo;
+/// Complaints that are kept; the rest is counted.
+constexpr qsizetype kMostComplaints = 1000;
 
-    bool isPlain() const { return source == 0 && memo.isEmpty(); }
-};
+/// The whole number of 32 bits in `column`, 0 for NULL; nothing when it holds something else.
+std::optional<qint32> wholeNumber(const data::Recordset& rs, int column) {
+    switch (rs.valueType(column)) {
+        case data::ValueType::Null:
+            return 0;
+        case data::ValueType::Integer:
+            break;
+        case data::ValueType::Floating:
+            if (rs.real(column) == static_cast<double>(rs.integer(column))) {
+                break;
+            }
+            return std::nullopt;
+        default:
+            return std::nullopt;
+    }
+    const qint64 number = rs.integer64(column);
+    return std::in_range<qint32>(number) ? std::optional(static_cast<qint32>(number))
+                                         : std::nullopt;
+}
 
 /// Rows by the number of what holds them. A list is taken out when it is written, so that every row
 /// is written once, whatever the references look like.
@@ -44,11 +63,12 @@ QList<Row> takeRows(RowsByOwner<Row>& rows, qint32 owner) {
     return node ? std::move(node.mapped()) : QList<Row>();
 }
 
-class Dump {
+class Dump : private TomlWriter {
   public:
-    Dump(data::Connection& connection, QIODevice& out) : connection_(connection), out_(out) {}
+    Dump(data::Connection& connection, QIODevice& out) : TomlWriter(out), connection_(connection) {}
 
-    void write() {
+    /// Returns what has been left out.
+    QStringList run() {
         line(QStringLiteral(
             "# A formula library; \"varo-library build\" makes a library file of it."));
         writeInfo();
@@ -58,24 +78,73 @@ class Dump {
         writeProperties();
         writeConditions();
         writeExpressions();
+        if (complaintCount_ > kMostComplaints) {
+            complaints_.append(
+                QStringLiteral("... and %1 more").arg(complaintCount_ - kMostComplaints));
+        }
+        return std::move(complaints_);
     }
 
   private:
-    void collect() {
-        folders_ = placedRows(QStringLiteral("select ID,PID,OrderID from Tree"));
-        formulas_ = placedRows(QStringLiteral("select ID,PID,OrderID from Formula"));
-        for (auto rs = connection_.query(
-                 QStringLiteral("select FormulaID,VarName,[Value],VarSourceType,VarMemo "
-                                "from RecentVar order by rowid"));
-             !rs.atEnd(); rs.moveNext()) {
-            values_[rs.integer(0)].append({rs.text(1), rs.text(2), rs.integer(3), rs.text(4)});
+    void complain(const char* table, qint64 row, const QString& what) {
+        if (++complaintCount_ <= kMostComplaints) {
+            complaints_.append(
+                QStringLiteral("row %1 of table %2: ").arg(row).arg(QLatin1String(table)) + what);
         }
     }
 
-    RowsByOwner<Placed> placedRows(const QString& statement) {
+    /// The numbers in `columns` of the current row, whose rowid is the first column; nothing, with
+    /// a complaint, when one is none.
+    std::optional<std::vector<qint32>> numbers(const data::Recordset& rs, const char* table,
+                                               std::initializer_list<int> columns) {
+        std::vector<qint32> found;
+        for (const int column : columns) {
+            const auto number = wholeNumber(rs, column);
+            if (!number) {
+                complain(table, rs.integer64(0),
+                         QStringLiteral("it is left out, %1 is no whole number of 32 bits")
+                             .arg(rs.columnName(column)));
+                return std::nullopt;
+            }
+            found.push_back(*number);
+        }
+        return found;
+    }
+
+    void collect() {
+        folders_ = placedRows("Tree");
+        formulas_ = placedRows("Formula");
+        for (auto rs = connection_.query(
+                 QStringLiteral("select rowid,FormulaID,VarSourceType from RecentVar "
+                                "order by rowid"));
+             !rs.atEnd(); rs.moveNext()) {
+            if (const auto found = numbers(rs, "RecentVar", {1, 2})) {
+                values_[found->front()].append(rs.integer64(0));
+            }
+        }
+    }
+
+    RowsByOwner<Placed> placedRows(const char* table) {
         RowsByOwner<Placed> rows;
-        for (auto rs = connection_.query(statement); !rs.atEnd(); rs.moveNext()) {
-            rows[rs.integer(1)].append({rs.integer(0), rs.integer(1), rs.integer(2)});
+        QSet<qint32> ids;
+        for (auto rs = connection_.query(QStringLiteral("select rowid,ID,PID,OrderID from %1 "
+                                                        "order by rowid")
+                                             .arg(QLatin1String(table)));
+             !rs.atEnd(); rs.moveNext()) {
+            const auto found = numbers(rs, table, {1, 2, 3});
+            if (!found) {
+                continue;
+            }
+            const qint32 id = found->front();
+            if (rs.isNull(1) || ids.contains(id)) {
+                complain(table, rs.integer64(0),
+                         rs.isNull(1)
+                             ? QStringLiteral("it is left out, it has no ID")
+                             : QStringLiteral("it is left out, another row has the ID %1").arg(id));
+                continue;
+            }
+            ids.insert(id);
+            rows[(*found)[1]].append({rs.integer64(0), id, (*found)[1], (*found)[2]});
         }
         for (auto& [parent, siblings] : rows) {
             std::sort(siblings.begin(), siblings.end(), [](const Placed& a, const Placed& b) {
@@ -128,15 +197,13 @@ class Dump {
         }
         while (!values_.empty()) {
             const qint32 formula = values_.begin()->first;
-            for (const StoredValue& value : takeRows(values_, formula)) {
-                writeValue(value, formula);
-            }
+            writeValues(takeRows(values_, formula), formula);
         }
     }
 
     void writeFolder(const Placed& folder) {
-        const auto rs =
-            connection_.query(QStringLiteral("select Name from Tree where ID = ?"), {folder.id});
+        const auto rs = connection_.query(QStringLiteral("select Name from Tree where rowid = ?"),
+                                          {folder.row});
         begin("folder");
         number("id", folder.id);
         text("name", rs.text(0));
@@ -152,27 +219,29 @@ class Dump {
 
     void writeFormula(const Placed& formula) {
         const auto rs = connection_.query(
-            QStringLiteral("select Name,Formula,Memo,PicType from Formula where ID = ?"),
-            {formula.id});
+            QStringLiteral("select rowid,Name,Formula,Memo,PicType from Formula where rowid = ?"),
+            {formula.row});
         begin("formula");
         number("id", formula.id);
-        text("name", rs.text(0));
+        text("name", rs.text(1));
         numberUnless("folder", formula.parent, 0);
         writeOrder(formula, formulaOrder_);
-        text("expression", rs.text(1));
-        if (const QString memo = rs.text(2); !memo.isEmpty()) {
-            line(QStringLiteral("memo = ") + tomlParagraph(memo));
+        text("expression", rs.text(2));
+        if (const QString memo = rs.text(3); !memo.isEmpty()) {
+            paragraph("memo", memo);
         }
-        const QList<StoredValue> others = writeInlineValues(formula.id);
-        const QByteArray picture = pictureOf(formula.id);
-        numberUnless("picture_type", rs.integer(3), picture.isEmpty() ? 0 : 2);
-        if (!picture.isEmpty()) {
-            line(QStringLiteral("picture = { base64 = ") + tomlBase64(picture) +
-                 QStringLiteral(" }"));
+        const QList<qint64> others = writeInlineValues(formula.id);
+        auto picture = pictureOf(formula);
+        const auto pictureType = wholeNumber(rs, 4);
+        if (!pictureType) {
+            complain("Formula", formula.row,
+                     QStringLiteral("PicType is left out, it is no whole number of 32 bits"));
         }
-        for (const StoredValue& value : others) {
-            writeValue(value, formula.id);
+        numberUnless("picture_type", pictureType.value_or(picture ? 2 : 0), picture ? 2 : 0);
+        if (picture) {
+            TomlWriter::picture("picture", *picture);
         }
+        writeValues(others, formula.id);
     }
 
     void writeOrder(const Placed& placed, SiblingOrder& siblings) {
@@ -182,47 +251,76 @@ class Dump {
         siblings.note(placed.parent, placed.order);
     }
 
-    QByteArray pictureOf(qint32 formula) {
-        data::BlobField field =
-            connection_.field(QStringLiteral("Formula"), QStringLiteral("Pic"), formula);
-        QByteArray bytes(field.size(), Qt::Uninitialized);
-        if (!bytes.isEmpty()) {
-            field.getChunk(std::span(bytes.data(), static_cast<size_t>(bytes.size())));
+    /// The formula's picture; nothing when it has none, or, with a complaint, no bytes.
+    std::optional<data::BlobField> pictureOf(const Placed& formula) {
+        try {
+            data::BlobField field =
+                connection_.field(QStringLiteral("Formula"), QStringLiteral("Pic"), formula.id);
+            return field.size() == 0 ? std::nullopt : std::optional(std::move(field));
+        } catch (const data::Error& error) {
+            complain("Formula", formula.row,
+                     QStringLiteral("Pic is left out, it cannot be read: ") + error.description());
+            return std::nullopt;
         }
-        return bytes;
+    }
+
+    /// Hands rows of values to `take`, in their order: rowid, VarName, Value, VarSourceType,
+    /// VarMemo.
+    template <class Take>
+    void forValues(const QList<qint64>& rows, Take take) {
+        QStringList numbers;
+        for (const qint64 row : rows) {
+            numbers.append(QString::number(row));
+        }
+        for (auto rs = connection_.query(
+                 QStringLiteral("select rowid,VarName,[Value],VarSourceType,VarMemo from RecentVar "
+                                "where rowid in (select value from json_each(?)) order by rowid"),
+                 {u'[' + numbers.join(u',') + u']'});
+             !rs.atEnd(); rs.moveNext()) {
+            take(rs);
+        }
     }
 
     /// Writes the formula's typed values and returns the others. Of a name that the formula has
     /// twice the first row counts, so these keep their order among the others.
-    QList<StoredValue> writeInlineValues(qint32 formula) {
-        const QList<StoredValue> values = takeRows(values_, formula);
+    QList<qint64> writeInlineValues(qint32 formula) {
+        const QList<qint64> values = takeRows(values_, formula);
+        QList<qint64> others;
+        if (values.isEmpty()) {
+            return others;
+        }
         QHash<QString, int> uses;
-        for (const StoredValue& value : values) {
-            ++uses[value.name.toCaseFolded()];
-        }
-        QStringList pairs;
-        QList<StoredValue> others;
-        for (const StoredValue& value : values) {
-            if (value.isPlain() && uses.value(value.name.toCaseFolded()) == 1) {
-                pairs.append(tomlKey(value.name) + QStringLiteral(" = ") + tomlString(value.value));
-            } else {
-                others.append(value);
+        forValues(values, [&](const data::Recordset& rs) { ++uses[rs.text(1).toCaseFolded()]; });
+        QString before = QStringLiteral("values = { ");
+        forValues(values, [&](const data::Recordset& rs) {
+            const QString name = rs.text(1);
+            if (rs.integer(3) != 0 || !rs.text(4).isEmpty() ||
+                uses.value(name.toCaseFolded()) != 1) {
+                others.append(rs.integer64(0));
+                return;
             }
-        }
-        if (!pairs.isEmpty()) {
-            line(QStringLiteral("values = { ") + pairs.join(QStringLiteral(", ")) +
-                 QStringLiteral(" }"));
+            write(before + tomlKey(name) + QStringLiteral(" = "));
+            string(rs.text(2));
+            before = QStringLiteral(", ");
+        });
+        if (others.size() < values.size()) {
+            line(QStringLiteral(" }"));
         }
         return others;
     }
 
-    void writeValue(const StoredValue& value, qint32 formula) {
-        begin("value");
-        text("name", value.name);
-        numberUnless("formula", formula, 0);
-        text("value", value.value);
-        numberUnless("source", value.source, 0);
-        textUnlessEmpty("memo", value.memo);
+    void writeValues(const QList<qint64>& rows, qint32 formula) {
+        if (rows.isEmpty()) {
+            return;
+        }
+        forValues(rows, [&](const data::Recordset& rs) {
+            begin("value");
+            text("name", rs.text(1));
+            numberUnless("formula", formula, 0);
+            text("value", rs.text(2));
+            numberUnless("source", rs.integer(3), 0);
+            textUnlessEmpty("memo", rs.text(4));
+        });
     }
 
     /// The condition of a filter stands with the first property that has it, where one line tells
@@ -231,16 +329,21 @@ class Dump {
         lines_ = conditionLines(connection_);
         qint32 lastId = lastIdGivenAsRows();
         QSet<qint32> written;
-        for (auto rs = connection_.query(QStringLiteral(
-                 "select PropID,PropName,FilterID,NodeID,NodeType from Property order by rowid"));
+        for (auto rs = connection_.query(
+                 QStringLiteral("select rowid,PropID,PropName,FilterID,NodeID,NodeType from "
+                                "Property order by rowid"));
              !rs.atEnd(); rs.moveNext()) {
+            const auto found = numbers(rs, "Property", {1, 3, 4, 5});
+            if (!found) {
+                continue;
+            }
             begin("property");
-            number("id", rs.integer(0));
-            text("name", rs.text(1));
-            numberUnless("filter", rs.integer(2), 0);
-            number("node", rs.integer(3));
-            number("node_type", rs.integer(4));
-            const auto condition = lines_.find(rs.integer(2));
+            number("id", rs.integer(1));
+            text("name", rs.text(2));
+            numberUnless("filter", rs.integer(3), 0);
+            number("node", rs.integer(4));
+            number("node_type", rs.integer(5));
+            const auto condition = lines_.find(rs.integer(3));
             if (condition != lines_.end() && !written.contains(condition->first)) {
                 written.insert(condition->first);
                 lastId = writeCondition(condition->second, lastId);
@@ -269,36 +372,36 @@ class Dump {
     }
 
     void writeConditions() {
-        for (auto rs = connection_.query(
-                 QStringLiteral("select ID,UserID,ParentID,Type from FilterCond order by rowid"));
+        for (auto rs = connection_.query(QStringLiteral(
+                 "select rowid,ID,UserID,ParentID,Type from FilterCond order by rowid"));
              !rs.atEnd(); rs.moveNext()) {
-            if (lines_.contains(rs.integer(1))) {
+            if (!numbers(rs, "FilterCond", {1, 2, 3, 4}) || lines_.contains(rs.integer(2))) {
                 continue;
             }
             begin("condition");
-            number("id", rs.integer(0));
-            number("user", rs.integer(1));
-            numberUnless("parent", rs.integer(2), 0);
-            number("type", rs.integer(3));
+            number("id", rs.integer(1));
+            number("user", rs.integer(2));
+            numberUnless("parent", rs.integer(3), 0);
+            number("type", rs.integer(4));
         }
     }
 
     void writeExpressions() {
         for (auto rs = connection_.query(
-                 QStringLiteral("select FilterID,ExpID,TableName,FieldName,FieldType,CompareType,"
-                                "TheConst from FilterExpressions order by rowid"));
+                 QStringLiteral("select rowid,FilterID,ExpID,TableName,FieldName,FieldType,"
+                                "CompareType,TheConst from FilterExpressions order by rowid"));
              !rs.atEnd(); rs.moveNext()) {
-            if (lines_.contains(rs.integer(0))) {
+            if (!numbers(rs, "FilterExpressions", {1, 2, 5, 6}) || lines_.contains(rs.integer(1))) {
                 continue;
             }
             begin("expression");
-            number("filter", rs.integer(0));
-            number("id", rs.integer(1));
-            textUnlessEmpty("table", rs.text(2));
-            text("field", rs.text(3));
-            numberUnless("field_type", rs.integer(4), 0);
-            number("compare", rs.integer(5));
-            textUnlessEmpty("constant", rs.text(6));
+            number("filter", rs.integer(1));
+            number("id", rs.integer(2));
+            textUnlessEmpty("table", rs.text(3));
+            text("field", rs.text(4));
+            numberUnless("field_type", rs.integer(5), 0);
+            number("compare", rs.integer(6));
+            textUnlessEmpty("constant", rs.text(7));
         }
     }
 
@@ -312,52 +415,24 @@ class Dump {
         }
     }
 
-    void begin(const char* kind) { line(QStringLiteral("\n[[%1]]").arg(QLatin1String(kind))); }
-
-    void number(const char* key, qint32 value) {
-        line(QStringLiteral("%1 = %2").arg(QLatin1String(key)).arg(value));
-    }
-
-    void numberUnless(const char* key, qint32 value, qint32 usual) {
-        if (value != usual) {
-            number(key, value);
-        }
-    }
-
-    void text(const char* key, const QString& value) {
-        line(QLatin1String(key) + QStringLiteral(" = ") + tomlString(value));
-    }
-
-    void textUnlessEmpty(const char* key, const QString& value) {
-        if (!value.isEmpty()) {
-            text(key, value);
-        }
-    }
-
-    void line(const QString& content) {
-        const QByteArray bytes = (content + u'\n').toUtf8();
-        if (out_.write(bytes) != bytes.size()) {
-            throw TextError(QStringLiteral("output"), out_.errorString());
-        }
-    }
-
     data::Connection& connection_;
-    QIODevice& out_;
     RowsByOwner<Placed> folders_;
     RowsByOwner<Placed> formulas_;
-    RowsByOwner<StoredValue> values_;
+    RowsByOwner<qint64> values_;  ///< rowids
     std::map<qint32, ConditionLine> lines_;
     SiblingOrder folderOrder_;
     SiblingOrder formulaOrder_;
+    QStringList complaints_;
+    qsizetype complaintCount_ = 0;
 };
 
 }  // namespace
 
-void dumpLibrary(const QString& libraryPath, QIODevice& out) {
+QStringList dumpLibrary(const QString& libraryPath, QIODevice& out) {
     data::Connection connection;
     connection.open(libraryPath, data::Access::Read);
     const data::ReadSnapshot snapshot(connection);
-    Dump(connection, out).write();
+    return Dump(connection, out).run();
 }
 
 }  // namespace varo

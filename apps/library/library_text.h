@@ -10,17 +10,20 @@
 namespace varo {
 
 /// Builds the library that the text at `textPath` describes into the file `libraryPath`, replacing
-/// a file that is there. The new file appears complete or not at all; on failure the old one keeps
-/// its content. A library that another program has locked is not replaced. Needs a QGuiApplication
-/// when the text names drawings. Returns warnings on what was built, with the place in the text, a
-/// line each. Throws TextError or data::Error.
-QStringList buildLibrary(const QString& textPath, const QString& libraryPath);
+/// a library or an empty file that is there, with `force` any regular file. The new file appears
+/// complete or not at all; on failure the old one keeps its content. A library that another program
+/// has locked is not replaced. Needs a QGuiApplication when the text names drawings. Returns
+/// warnings on what was built, with the place in the text, a line each. Throws TextError or
+/// data::Error.
+QStringList buildLibrary(const QString& textPath, const QString& libraryPath, bool force = false);
 
 /// Writes the library's text to `out`, from which buildLibrary() makes a library with the same
-/// rows. Holds the stored values, the other rows' numbers and one formula at a time in memory. The
-/// text is one state of the library, whatever other programs do. Throws TextError when `out` does
+/// rows. Holds the rows' numbers, the conditions and one text at a time in memory. The text is one
+/// state of the library, whatever other programs do. Returns what has been left out, a line each
+/// with table and row: rows with no identifier or one that another row has, and what is no number
+/// where the text has numbers. Throws TextError when `out` does
 /// not take the text, data::Error when the library cannot be read.
-void dumpLibrary(const QString& libraryPath, QIODevice& out);
+QStringList dumpLibrary(const QString& libraryPath, QIODevice& out);
 
 /// What checkLibrary() found.
 struct CheckReport {

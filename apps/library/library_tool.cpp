@@ -1,10 +1,9 @@
 #include "library/library_tool.h"
 
+#include "library/input_file.h"
 #include "library/library_text.h"
+#include "library/output_file.h"
 #include "platform/data/create_database.h"
-#include "platform/data/error.h"
-
-#include <QFile>
 
 #include <exception>
 
@@ -16,7 +15,9 @@ enum ExitCode { Done = 0, Failed = 1, WrongUsage = 2 };
 
 constexpr auto usage =
     "Usage:\n"
-    "  varo-library build TEXT FILE   make the library FILE from the text TEXT\n"
+    "  varo-library build [--force] TEXT FILE\n"
+    "                                 make the library FILE from the text TEXT; --force replaces\n"
+    "                                 also a regular file that is no library\n"
     "  varo-library dump FILE         write the text of the library FILE\n"
     "  varo-library check FILE        look for faults in the library FILE\n"
     "  varo-library tables TEXT FILE  make the file FILE of the data tables that TEXT creates in "
@@ -48,11 +49,8 @@ ExitCode check(const QString& path, QIODevice& out) {
 }
 
 void makeTables(const QString& textPath, const QString& filePath) {
-    QFile text(textPath);
-    if (!text.open(QIODevice::ReadOnly)) {
-        throw data::Error(textPath + QStringLiteral(": ") + text.errorString());
-    }
-    data::createDatabase(filePath, QString::fromUtf8(text.readAll()));
+    requireFree(filePath);
+    data::createDatabase(filePath, QString::fromUtf8(readInputFile(textPath, kTextFileLimit)));
 }
 
 ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
@@ -62,15 +60,19 @@ ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
         out.write(usage);
         return Done;
     }
-    if (command == u"build" && arguments.size() == 3) {
-        for (const QString& warning : buildLibrary(arguments[1], arguments[2])) {
+    const bool force = arguments.value(1) == u"--force";
+    if (command == u"build" && arguments.size() == (force ? 4 : 3)) {
+        for (const QString& warning : buildLibrary(arguments.end()[-2], arguments.back(), force)) {
             print(err, warning);
         }
         return Done;
     }
     if (command == u"dump" && arguments.size() == 2) {
-        dumpLibrary(arguments[1], out);
-        return Done;
+        const QStringList leftOut = dumpLibrary(arguments[1], out);
+        for (const QString& line : leftOut) {
+            print(err, line);
+        }
+        return leftOut.isEmpty() ? Done : Failed;
     }
     if (command == u"check" && arguments.size() == 2) {
         return check(arguments[1], out);

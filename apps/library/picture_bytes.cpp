@@ -2,11 +2,11 @@
 
 #include "library/bounded_call.h"
 #include "library/drawing_check.h"
+#include "library/input_file.h"
 #include "platform/pictures/picture_format.h"
 
 #include <QBuffer>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QPainter>
@@ -21,24 +21,6 @@ constexpr int kMostSeconds = 20;
 constexpr int kJpegQuality = 92;
 /// Written into the picture's header; fixed, or the screen's resolution would get into the bytes.
 constexpr int kDotsPerMeter = 3780;
-
-/// The content of the picture's file; nothing when it cannot be read, with the reason in `error`.
-QByteArray readFile(const QString& path, QString& error) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        error = file.errorString();
-        return {};
-    }
-    QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        error = file.errorString();
-        return {};
-    }
-    if (bytes.isEmpty()) {
-        error = QStringLiteral("the file is empty");
-    }
-    return bytes;
-}
 
 /// The drawing's pixels on white; null when `drawing` is no SVG drawing.
 QImage rendered(const QByteArray& drawing, std::optional<qint32> width,
@@ -71,11 +53,15 @@ QByteArray pictureBytes(const PictureText& picture, const QString& textPath) {
         throw TextError(textPath, picture.at,
                         QStringLiteral("picture \"%1\": ").arg(picture.file) + message);
     };
-    QString error;
-    const QString path = QFileInfo(textPath).absoluteDir().absoluteFilePath(picture.file);
-    const QByteArray bytes = readFile(path, error);
-    if (!error.isEmpty()) {
-        fail(error);
+    QByteArray bytes;
+    try {
+        bytes = readInputFile(QFileInfo(textPath).absoluteDir().absoluteFilePath(picture.file),
+                              kPictureFileLimit);
+    } catch (const TextError& error) {
+        fail(error.description());
+    }
+    if (bytes.isEmpty()) {
+        fail(QStringLiteral("the file is empty"));
     }
     if (!picture.file.endsWith(u".svg", Qt::CaseInsensitive)) {
         if (!picture.format.isEmpty() || picture.width || picture.height) {

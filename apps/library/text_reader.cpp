@@ -1,9 +1,10 @@
 #include "library/condition_lines.h"
+#include "library/input_file.h"
 #include "library/library_rows.h"
 #include "library/sibling_order.h"
 #include "library/text_entry.h"
+#include "library/toml_scan.h"
 
-#include <QFile>
 #include <QHash>
 #include <QSet>
 #include <QStringDecoder>
@@ -232,17 +233,13 @@ class TextReader {
 }  // namespace
 
 LibraryRows readLibraryText(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        throw TextError(path, file.errorString());
-    }
-    const QByteArray content = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        throw TextError(path, file.errorString());
+    const QByteArray content = readInputFile(path, kTextFileLimit);
+    const std::string_view text(content.constData(), static_cast<std::size_t>(content.size()));
+    if (const auto refusal = refusedInToml(text)) {
+        throw TextError(path, refusal->at, refusal->message);
     }
     try {
-        const toml::table root =
-            toml::parse(std::string_view(content.constData(), static_cast<size_t>(content.size())));
+        const toml::table root = toml::parse(text);
         return TextReader(path, root).read();
     } catch (const toml::parse_error& error) {
         throw TextError(path, positionOf(error.source()), toText(error.description()));

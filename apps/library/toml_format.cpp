@@ -25,7 +25,9 @@ bool isBareKey(const QString& name) {
     });
 }
 
-QString escaped(const QString& text) {
+}  // namespace
+
+QString tomlEscaped(const QString& text) {
     QString result;
     result.reserve(text.size() + 8);
     for (const QChar c : text) {
@@ -47,13 +49,11 @@ QString escaped(const QString& text) {
     return result;
 }
 
-}  // namespace
-
 QString tomlString(const QString& text) {
     const bool special = text.contains(u'"') || text.contains(u'\\');
     const bool literal =
         special && !text.contains(u'\'') && std::none_of(text.begin(), text.end(), isInvisible);
-    return literal ? u'\'' + text + u'\'' : u'"' + escaped(text) + u'"';
+    return literal ? u'\'' + text + u'\'' : u'"' + tomlEscaped(text) + u'"';
 }
 
 QString tomlParagraph(const QString& text) {
@@ -61,24 +61,24 @@ QString tomlParagraph(const QString& text) {
         return tomlString(text);
     }
     QStringList lines = text.split(u'\n');
-    std::transform(lines.begin(), lines.end(), lines.begin(), escaped);
+    std::transform(lines.begin(), lines.end(), lines.begin(), tomlEscaped);
     return QStringLiteral("\"\"\"\n") + lines.join(u'\n') + QStringLiteral("\"\"\"");
 }
 
 QString tomlKey(const QString& name) {
-    return isBareKey(name) ? name : u'"' + escaped(name) + u'"';
+    return isBareKey(name) ? name : u'"' + tomlEscaped(name) + u'"';
 }
 
-QString tomlBase64(const QByteArray& bytes) {
+QString tomlBase64Lines(const QByteArray& bytes) {
     constexpr qsizetype lineLength = 76;
     const QByteArray encoded = bytes.toBase64();
-    QString result = QStringLiteral("\"\"\"\n");
+    QString result;
     for (qsizetype at = 0; at < encoded.size(); at += lineLength) {
         result += QLatin1StringView(
             QByteArrayView(encoded).sliced(at, std::min(lineLength, encoded.size() - at)));
         result += u'\n';
     }
-    return result + QStringLiteral("\"\"\"");
+    return result;
 }
 
 }  // namespace varo

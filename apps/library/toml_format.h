@@ -15,7 +15,10 @@ QString tomlParagraph(const QString& text);
 /// `name` as a TOML key: bare where that is allowed.
 QString tomlKey(const QString& name);
 
-/// `bytes` as a TOML string of base64 in lines of 76 characters.
-QString tomlBase64(const QByteArray& bytes);
+/// `text`, or a part of one, as it stands between quotes.
+QString tomlEscaped(const QString& text);
+
+/// `bytes` as base64 in lines of 76 characters, which stand for 57 bytes each.
+QString tomlBase64Lines(const QByteArray& bytes);
 
 }  // namespace varo

@@ -37,8 +37,10 @@ bool isReserved(const QString& word) {
 qsizetype numberLength(const QString& text, qsizetype at) {
     static const QRegularExpression number(
         QStringLiteral(R"([+-]?(?:[0-9]+\.?[0-9]*|\.[0-9]+)(?:[eE][+-]?[0-9]+)?)"));
+    // The text is well-formed; looking through all of it for every number would take too long.
     const auto match = number.match(text, at, QRegularExpression::NormalMatch,
-                                    QRegularExpression::AnchorAtOffsetMatchOption);
+                                    QRegularExpression::AnchorAtOffsetMatchOption |
+                                        QRegularExpression::DontCheckSubjectStringMatchOption);
     return match.hasMatch() ? match.capturedLength() : 0;
 }
 
@@ -235,6 +237,9 @@ class Parser {
 
     PlacedNode comparison() {
         const qsizetype start = at_;
+        if (++comparisons_ > kMaxConditionNodes) {
+            fail(conditionFaultText(ConditionFaultKind::TooLarge));
+        }
         const QString name = takeName();
         const qint32 type = takeCompareType();
         return {comparisonNode(name, type, takeConstant()), start, {}};
@@ -256,7 +261,7 @@ class Parser {
         const CompareTypeNames* found = nullptr;
         for (const CompareTypeNames& each : compareTypes()) {
             const bool isHere = each.isNumeric
-                                    ? text_.mid(at_).startsWith(each.symbol)
+                                    ? QStringView(text_).sliced(at_).startsWith(each.symbol)
                                     : peekWord().compare(each.symbol, Qt::CaseInsensitive) == 0;
             if (isHere && (found == nullptr || each.symbol.size() > found->symbol.size())) {
                 found = &each;
@@ -312,6 +317,7 @@ class Parser {
     const QString& text_;
     qsizetype at_ = 0;
     int nesting_ = 0;
+    int comparisons_ = 0;
 };
 
 ConditionNode withChildren(const PlacedNode& placed) {

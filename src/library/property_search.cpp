@@ -5,7 +5,8 @@
 #include "store/attempt.h"
 #include "store/library_connection.h"
 
-#include <QStringList>
+#include <QList>
+#include <QSet>
 
 namespace varo {
 
@@ -28,25 +29,40 @@ bool collect(const QString& property, const QString& libraryKey, qint32 nodeType
            });
 }
 
-/// Removes what has a condition that does not hold. Returns false when one cannot be evaluated.
-bool filter(const QString& libraryKey, Condition& condition, colLocateProp& located) {
-    QStringList unsuited;
+void addTo(colLocateProp& located, const clsLocateProp& each) {
+    bool added = false;
+    located.Add(each.FilterID, each.NodeID, each.NodeType, each.PID, each.RootKey, QString(),
+                added);
+}
+
+/// Adds to `located` those of `candidates` that have no condition or one that holds. Returns false
+/// when one cannot be evaluated; all are added then.
+bool addSuited(const colLocateProp& candidates, data::Connection& connection,
+               PropertySource& properties, colLocateProp& located) {
+    QList<qint32> filters;
+    for (const clsLocateProp& candidate : candidates) {
+        if (candidate.FilterID != 0) {
+            filters.append(candidate.FilterID);
+        }
+    }
+    Condition condition(connection, properties, filters);
+    bool evaluated = true;
     bool holds = false;
-    for (const clsLocateProp& candidate : located) {
-        if (candidate.RootKey != libraryKey || candidate.FilterID == 0) {
-            continue;
-        }
-        if (!condition.evaluate(candidate.FilterID, holds)) {
-            return false;
-        }
-        if (!holds) {
-            unsuited.append(candidate.Key);
+    QSet<QString> unsuited;
+    for (const clsLocateProp& candidate : candidates) {
+        if (evaluated && candidate.FilterID != 0) {
+            evaluated = condition.evaluate(candidate.FilterID, holds);
+            if (evaluated && !holds) {
+                unsuited.insert(candidate.Key);
+            }
         }
     }
-    for (const QString& key : unsuited) {
-        located.Remove(key);
+    for (const clsLocateProp& each : candidates) {
+        if (!evaluated || !unsuited.contains(each.Key)) {
+            addTo(located, each);
+        }
     }
-    return true;
+    return evaluated;
 }
 
 }  // namespace
@@ -71,13 +87,16 @@ QString PropertySearch::search(const QString& property, const clsFormulaDB& libr
     if (!ConnectLibrary(library.FormulaDBPath, library.FormulaDBName, connection, QString())) {
         return QStringLiteral("无法打开用户选择的数据库！");
     }
+    colLocateProp candidates;
     for (const qint32 nodeType : {NodeTypeFormula, NodeTypeFolder}) {
-        if (!collect(property, library.NodeKey, nodeType, connection, funcs, located)) {
+        if (!collect(property, library.NodeKey, nodeType, connection, funcs, candidates)) {
+            for (const clsLocateProp& each : candidates) {
+                addTo(located, each);
+            }
             return QStringLiteral("无法读取用户指定属性“%1”的信息！").arg(property);
         }
     }
-    Condition condition(connection, funcs, properties_);
-    return filter(library.NodeKey, condition, located)
+    return addSuited(candidates, connection, properties_, located)
                ? QString()
                : QStringLiteral("无法形成合成后的查找条件！");
 }

@@ -276,10 +276,8 @@ void colLocateProp::Add(qint32 FilterID, qint32 NodeID, qint32 NodeType, qint32 
 
 const clsLocateProp* colLocateProp::Find(qint32 FilterID, qint32 NodeID, qint32 NodeType,
                                          const QString& RootKey) const {
-    return firstMatch(*this, [&](const clsLocateProp& located) {
-        return located.FilterID == FilterID && located.NodeID == NodeID &&
-               located.NodeType == NodeType && located.RootKey == RootKey;
-    });
+    const QString key = locatedKey(FilterID, NodeID, NodeType, RootKey);
+    return contains(key) ? &Item(key) : nullptr;
 }
 
 }  // namespace varo

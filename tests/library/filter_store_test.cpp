@@ -100,7 +100,7 @@ class Random {
 
 bool evaluated(TestLibrary& library, qint32 filter, Host& host) {
     bool holds = false;
-    EXPECT_TRUE(Condition(library.connection(), library.funcs(), host).evaluate(filter, holds));
+    EXPECT_TRUE(Condition(library.connection(), host, {filter}).evaluate(filter, holds));
     return holds;
 }
 
@@ -176,8 +176,7 @@ TEST(FilterStore, RowsOfAnyShapeAreTriedAsTheyAreEvaluated) {
         const auto stored = store.read(filter);
         ASSERT_TRUE(stored);
         bool holds = false;
-        const bool done =
-            Condition(library.connection(), library.funcs(), host).evaluate(filter, holds);
+        const bool done = Condition(library.connection(), host, {filter}).evaluate(filter, holds);
         EXPECT_EQ(done, stored->isWhole) << "filter " << filter;
         if (done) {
             EXPECT_EQ(tryCondition(stored->tree, host).holds, holds) << "filter " << filter;

@@ -104,7 +104,7 @@ TEST(Condition, ComparesTheHostsValueAndCombines) {
         addCondition(library, 8, {leaf(1, 0, !each.holds)});
         Host host;
         bool holds = each.before;
-        EXPECT_TRUE(Condition(library.connection(), library.funcs(), host).evaluate(7, holds));
+        EXPECT_TRUE(Condition(library.connection(), host, {7}).evaluate(7, holds));
         EXPECT_EQ(holds, each.holds) << each.what;
     }
 }
@@ -120,12 +120,53 @@ TEST(Condition, IsNestedAHundredLevelsAtMost) {
         addCondition(library, 7, rows);
         addCondition(library, 8, {{1, 0, And}, {2, 1, Or}, {2, 2, Or}});
         Host host;
-        Condition condition(library.connection(), library.funcs(), host);
+        Condition condition(library.connection(), host, {7, 8});
         bool holds = false;
         EXPECT_EQ(condition.evaluate(7, holds), levels == Condition::kMaxDepth);
         EXPECT_EQ(holds, levels == Condition::kMaxDepth);
         EXPECT_FALSE(condition.evaluate(8, holds)) << "it contains itself";
     }
+}
+
+/// Groups each in the one before, each row `copies` times, from the number `first` on; the first is
+/// in `parent`.
+std::vector<Row> chain(int first, int parent, int levels, int copies) {
+    std::vector<Row> rows;
+    for (int id = first; id < first + levels; ++id) {
+        rows.insert(rows.end(), static_cast<std::size_t>(copies),
+                    {id, id == first ? parent : id - 1, And});
+    }
+    return rows;
+}
+
+TEST(Condition, ARowIsEvaluatedOnceAlsoWhereIdentifiersAreUsedTwice) {
+    TestLibrary library;
+    std::vector<Row> rows = chain(1, 0, 90, 2);
+    rows.push_back({91, 90, Leaf, u"d"_s, 0, u"12"_s});
+    addCondition(library, 7, rows);
+    // Group 50 is 60 levels high; it is in the root, and once more 60 levels below that.
+    rows = chain(1, 0, 1, 1);
+    for (const auto& [first, parent] : {std::pair{50, 1}, {200, 1}, {50, 259}}) {
+        const std::vector<Row> more = chain(first, parent, first == 50 && parent != 1 ? 1 : 60, 1);
+        rows.insert(rows.end(), more.begin(), more.end());
+    }
+    addCondition(library, 8, rows);
+    Host host;
+    Condition condition(library.connection(), host, {7, 8});
+    bool holds = false;
+    EXPECT_TRUE(condition.evaluate(7, holds) && holds);
+    EXPECT_EQ(host.asked, QStringList{u"d"_s});
+    EXPECT_FALSE(condition.evaluate(8, holds)) << "what is known of a group hides its depth";
+}
+
+TEST(Condition, ItsRowsAreGivenAsStored) {
+    TestLibrary library;
+    addCondition(library, 7, {{1, 0, And}, {3, 1, Leaf, u"d"_s, 0, u"12"_s}, {2, 1, Or}});
+    data::Recordset rs;
+    ASSERT_TRUE(library.funcs().GetResFilterCondByParentID(7, 1, rs, library.connection()));
+    EXPECT_EQ(remainingRows(rs), (QStringList{u"2|7|1|2"_s, u"3|7|1|4"_s}));
+    ASSERT_TRUE(library.funcs().GetResExpressions(7, 3, rs, library.connection()));
+    EXPECT_EQ(rs.text(u"FieldName"), u"d"_s);
 }
 
 class Search : public testing::Test, protected OpenLibraries {

@@ -1,10 +1,12 @@
 #include "calc/calc_process.h"
 
+#include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QThread>
 
 #include <pty.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace varo::test {
@@ -72,6 +74,43 @@ TEST_F(TableStream, ATableLargerThanTheMemoryIsCalculated) {
     const QByteArray content = result.readAll();
     EXPECT_EQ(content.count('\n'), kRows + 1);
     EXPECT_TRUE(content.endsWith(",49999,49999.5\n"));
+}
+
+TEST_F(TableStream, ShortRowsOfAWideTableNeedNoMoreMemory) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the address sanitizer needs more memory than any limit";
+#endif
+    QTemporaryFile table;
+    ASSERT_TRUE(table.open());
+    table.write("x" + QByteArray(16000, ',') + '\n' + QByteArray("1\n").repeated(20'000));
+    ASSERT_TRUE(table.flush());
+    program_.setStandardInputFile(table.fileName());
+    program_.setStandardOutputFile(QStringLiteral("/dev/null"));
+    program_.setChildProcessModifier([] {
+        const rlimit limit{32 << 20, 32 << 20};
+        setrlimit(RLIMIT_AS, &limit);
+    });
+    start(QStringLiteral("x"));
+    const Outcome outcome = calcOutcomeOf(program_);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+}
+
+TEST_F(TableStream, WaitingForThePipeIsToldOnce) {
+    QTemporaryDir folder;
+    const QString pipe = folder.filePath(QStringLiteral("pipe"));
+    ASSERT_EQ(mkfifo(qPrintable(pipe), 0600), 0);
+    program_.start(QStringLiteral(VARO_CALC_PROGRAM),
+                   {QStringLiteral("--table"), pipe, QStringLiteral("x")});
+    program_.setReadChannel(QProcess::StandardError);
+    ASSERT_TRUE(program_.waitForReadyRead());
+    const QByteArray told = program_.readAllStandardError();
+    EXPECT_EQ(told, "varo-calc: 正在等待“" + pipe.toUtf8() + "”的内容……\n");
+    QFile writer(pipe);
+    ASSERT_TRUE(writer.open(QIODevice::WriteOnly) && writer.write("x\n1\n") == 4);
+    writer.close();
+    const Outcome outcome = calcOutcomeOf(program_);
+    EXPECT_EQ(outcome.out, "x,Result\n1,1\n");
+    EXPECT_EQ(outcome.err, "");
 }
 
 TEST_F(TableStream, AReaderThatEndsEndsTheCalculation) {

@@ -58,6 +58,10 @@ TEST(Table, ARowWithoutResultIsNamedByItsLine) {
             "标准输入:3: 变量“s”没有值！\n标准输入:4: 变量“s”的值不是UTF-8编码的文本！\n"},
            {"x", "x,y\n1,2\n3,\"4\n5,6\n", "x,y,Result\n1,2,1\n",
             "标准输入:3: 单元格缺少后面的引号！\n"},
+           {"x", "x\n1\n" + std::string(16384, ',') + "\n2\n", "x,Result\n1,1\n",
+            "标准输入:3: 这一行的单元格超过16384个！\n"},
+           {"x", "x\n1\n2," + std::string((1 << 20) + 1, 'a') + "\n3\n", "x,Result\n1,1\n",
+            "标准输入:3: 有一个单元格超过1 MiB，可能缺少引号！\n"},
            {"x", "x\n\"" + std::string((16 << 20) + (1 << 20), '\n'), "x,Result\n",
             "标准输入:2: 这一行超过16 MiB，可能缺少引号！\n"}});
 }

@@ -1,8 +1,11 @@
+#include "library/input_file.h"
 #include "library/library_files.h"
 #include "library/text_error.h"
 
 #include <QColor>
 #include <QImage>
+
+#include <sys/stat.h>
 
 namespace varo {
 namespace {
@@ -34,6 +37,11 @@ folder = [1] → 1:11: else than tables
 [[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎filter = 0⏎condition = 'a = 1' → 6:10: other than 0
 [[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎filter = 3⏎condition = 'a = 1'⏎[[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎filter = 3⏎condition = 'a = 1' → 14:13: filter 3 has another condition on line 7
 [[property]]⏎id=1⏎name='a'⏎node=1⏎node_type=1⏎filter = 3⏎condition = 'a = 1'⏎[[condition]]⏎id=1⏎user=3⏎type=1 → 7:13: filter 3 has another condition
+[[folder]]⏎name = 'a'⏎名 = 1 → 3:1: beyond ASCII needs quotes
+a.a.a.a.a.a.a.a.a.a.a.a.a.a.a.a.a = 1 → 1:32: more than 16 parts
+[[formula]]⏎name = ''⏎picture = { file = '/dev/zero' } → 3:20: no regular file
+[[formula]]⏎name = ''⏎picture = { file = 'fifo' } → 3:20: no regular file
+[[formula]]⏎name = ''⏎picture = { file = 'huge.bmp' } → 3:20: larger than 256 MiB
 [[formula]]⏎name = ''⏎picture = { width = 3 } → 3:11: either "file" or "base64"
 [[formula]]⏎name = ''⏎picture = { file = 'a', base64 = 'AA==' } → 3:11: either
 [[formula]]⏎name = ''⏎picture = { base64 = 'A*==' } → 3:22: base64
@@ -65,6 +73,8 @@ TEST_F(Build, ErrorsNameTheirPlaceAndLeaveTheOldFile) {
     write(u"text.jpg"_s, "\xFF\xD8 plain text");
     write(u"empty.bmp"_s, "");
     write(u"broken.svg"_s, "<svg");
+    ASSERT_EQ(mkfifo(qPrintable(path(u"fifo"_s)), 0600), 0);
+    ASSERT_TRUE(QFile(write(u"huge.bmp"_s, "BM")).resize(kPictureFileLimit + 1));
     for (QString row : QString::fromUtf8(wrongTexts).split(u'\n', Qt::SkipEmptyParts)) {
         const QString wrong = row.section(u" → "_s, 1);
         const QString text = row.section(u" → "_s, 0, 0).replace(u'⏎', u'\n');
@@ -79,7 +89,7 @@ TEST_F(Build, ErrorsNameTheirPlaceAndLeaveTheOldFile) {
         }
     }
     EXPECT_EQ(read(u"a.mdb"_s), before);
-    EXPECT_EQ(files(), u"a.mdb broken.svg empty.bmp text.jpg text.toml"_s);
+    EXPECT_EQ(files(), u"a.mdb broken.svg empty.bmp huge.bmp text.jpg text.toml"_s);
 }
 
 TEST_F(Build, ReplacesAnOldLibraryButNoFolderAndNotItsText) {
@@ -98,9 +108,53 @@ TEST_F(Build, ReplacesAnOldLibraryButNoFolderAndNotItsText) {
     for (const QString& target : {path(u"folder"_s), path(u"none/b.mdb"_s), text}) {
         EXPECT_ANY_THROW(buildLibrary(text, target)) << target.toStdString();
     }
-    EXPECT_THROW(buildLibrary(path(u"none.toml"_s), path(u"b.mdb"_s)), TextError);
+    for (const QString& source : {path(u"none.toml"_s), path(u"folder"_s), u"/dev/zero"_s}) {
+        EXPECT_THROW(buildLibrary(source, path(u"b.mdb"_s)), TextError);
+    }
     EXPECT_EQ(read(u"text.toml"_s), "[[folder]]\nname = 'new'\n");
     EXPECT_EQ(files(), u"a.mdb folder text.toml"_s);
+}
+
+TEST_F(Build, ReplacesNothingThatIsNoLibraryUnlessForced) {
+    const QString text = write(u"text.toml"_s, "[[folder]]\nname = 'new'\n");
+    const QString library = build(u"library"_s, "[[folder]]\nname = 'new'\n");
+    write(u"empty"_s, "");
+    write(u"plain"_s, "a letter");
+    open(library).execute(u"vacuum into '%1'"_s.arg(path(u"other"_s)));
+    open(path(u"other"_s)).execute(u"drop table RecentVar"_s);
+    ASSERT_EQ(mkfifo(qPrintable(path(u"fifo"_s)), 0600), 0);
+    ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)) && QFile::link(path(u"fifo"_s), path(u"link"_s)) &&
+                QFile::link(u"/dev/null"_s, path(u"device"_s)));
+    const auto outcome = [&](const QString& name, bool force) {
+        try {
+            buildLibrary(text, path(name), force);
+            return rows(path(name), u"select Name from Tree"_s);
+        } catch (const TextError& error) {
+            return error.description().section(u": "_s, -1).left(10);
+        }
+    };
+    for (const QString& row :
+         u"library,new,new|empty,new,new|none,new,new|plain,this is no,new|other,this is no,new|"
+         "fifo,this is no,this is no|link,this is no,this is no|device,this is no,this is no|"
+         "folder,the librar,the librar"_s.split(u'|')) {
+        const QStringList parts = row.split(u',');
+        EXPECT_EQ(outcome(parts[0], false), parts[1]) << row.toStdString();
+        EXPECT_EQ(outcome(parts[0], true), parts[2]) << row.toStdString();
+    }
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+        for (const QString& name : {u"library"_s, u"absent"_s}) {
+            const QString side = name + QLatin1StringView(suffix);
+            write(side, "a letter");
+            EXPECT_EQ(outcome(name, false), u"this does "_s) << side.toStdString();
+            EXPECT_EQ(read(side), "a letter");
+            EXPECT_EQ(outcome(name, true), u"new"_s) << side.toStdString();
+            EXPECT_FALSE(QFile::exists(path(side)));
+            QFile::remove(path(u"absent"_s));
+            ASSERT_TRUE(QFile::link(text, path(side)));
+            EXPECT_EQ(outcome(name, true), u"this is no"_s) << side.toStdString();
+            EXPECT_TRUE(QFile::remove(path(side)));
+        }
+    }
 }
 
 TEST_F(Build, RendersDrawingsOnWhiteAlwaysTheSame) {

@@ -42,8 +42,12 @@ delete from FilterExpressions → condition 2 of filter 5: it has no comparison
 update FilterCond set Type=9 where ID=1 → condition 1 of filter 5: its type is 9
 update FilterCond set ParentID=0 → filter 5: the condition has several roots, of which the last decides; filter 5: this group is empty
 update FilterCond set ID=2,Type=4 where ID=1 → condition 2 of filter 5: its parent 1 does not exist; 2 conditions of filter 5 have the identifier 2
+insert into FilterCond values(4,5,6,1),(5,5,4,1),(6,5,5,1) → filter 5: conditions are inside themselves: 4 > 5 > 6 > 4
+insert into FilterCond values(4,5,1,1),(4,5,4,1) → 2 conditions of filter 5 have the identifier 4; filter 5: conditions are inside themselves: 4 > 4
+update FilterCond set UserID='x' where ID=1 → condition 2 of filter 5: its parent 1 does not exist; row 1 of table FilterCond: its UserID is no whole number of 32 bits
+update RecentVar set FormulaID=4294967296 where VarName='x' → row 1 of table RecentVar: its FormulaID is no whole number of 32 bits
 insert into FilterCond values(4,5,1,3) → filter 5: this group is empty
-update FilterCond set ParentID=0,ID=0 where ID=1 → condition 2 of filter 5: its parent 1 does not exist; filter 5: it contains itself, is nested too deep or has too many conditions
+update FilterCond set ParentID=0,ID=0 where ID=1 → condition 2 of filter 5: its parent 1 does not exist; filter 5: conditions are inside themselves: 0 > 0
 update FilterExpressions set TheConst='x' → filter 5: this comparison needs a number
 update FilterExpressions set TheConst='2 m' → warning: filter 5: only the number at the start of the constant counts
 update FilterExpressions set CompareType=8 → filter 5: this comparison is unknown
@@ -118,6 +122,22 @@ TEST_F(Check, NamesEachRingOnceAndEachFaultOnALineOfItsOwn) {
               (QStringList{u"folders are inside themselves: "
                            "1 \"a  \" > 2 \"b\" > 3 \"c\" > 1 \"a  \""_s,
                            u"folders are inside themselves: 4 \"d\" > 5 \"e\" > 4 \"d\""_s}));
+}
+
+TEST_F(Check, CutsLongRingsLongNamesAndFaultsOfOneKind) {
+    const QString many = u"with n(i) as (select 10 union all select i+1 from n where i < 3000) "_s;
+    QStringList faults = faultsAfter(
+        {many + u"insert into Tree select i,'f',iif(i=10,3000,i-1),1 from n"_s,
+         u"update Tree set Name = replace(hex(zeroblob(4000)),'0','长') where ID = 2000"_s});
+    ASSERT_EQ(faults.size(), 2) << faults.join(u'\n').left(2000).toStdString();
+    EXPECT_TRUE(faults[0].contains(u"10 \"f\" > 11 \"f\" > "_s) &&
+                faults[0].endsWith(u" > 29 \"f\" > ... (2991 in all) > 10 \"f\""_s));
+    EXPECT_EQ(faults[1],
+              u"folder 2000 \"%1\": its name has 8000 characters, over the limit of 40"_s.arg(
+                  u"长"_s.repeated(99)));
+    faults = faultsAfter({many + u"insert into Tree select i,'f',5,i from n"_s});
+    EXPECT_EQ(faults.size(), 1001);
+    EXPECT_EQ(faults.last(), u"... and 1991 more like that"_s);
 }
 
 TEST_F(Check, ReportsAFileThatIsNoLibraryOrMissing) {

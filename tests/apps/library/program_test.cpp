@@ -41,6 +41,11 @@ TEST_F(LibraryProgram, TellsItsOutcomeByExitCodeOutputAndErrorOutput) {
               '!' + text.toUtf8() + ":8:24: warning: the condition: " + said);
     EXPECT_EQ(run(0, u"check "_s + library),
               "warning: filter 1: " + said + "1 folders, 0 formulas, 0 pictures\n");
+    build(u"left.mdb"_s, "[[value]]\nname = 'a'\nvalue = ''\n");
+    open(path(u"left.mdb"_s)).execute(u"update RecentVar set FormulaID = 'x'"_s);
+    EXPECT_TRUE(run(1, u"dump "_s + path(u"left.mdb"_s))
+                    .endsWith("!row 1 of table RecentVar: it is left out, FormulaID is no whole "
+                              "number of 32 bits\n"));
     build(u"a.mdb"_s, "[[folder]]\nname = 'a'\nparent = 5\n");
     EXPECT_EQ(run(1, u"check "_s + library), "folder 1 \"a\": its parent 5 does not exist\n");
     const QString tables =

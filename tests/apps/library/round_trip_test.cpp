@@ -81,8 +81,13 @@ TEST_F(RoundTrip, KeepsHostileTextsInEveryColumn) {
 
 TEST_F(RoundTrip, KeepsLongTextsPicturesOfEveryTypeAndTheOrderOfTheValuesOfOneName) {
     const QString copy = copyOf([](data::Connection& connection) {
+        // The pieces of the longest begin between the halves of a character.
         const QString text = u"很长\n\"'"_s.repeated(2500);
-        for (const int size : {1, 56, 57, 58, 100'000}) {
+        const QString longest = u"a"_s + u"😀"_s.repeated(100'000);
+        connection.execute(u"insert into Formula values(9,?,?,?,0,0,9,null)"_s,
+                           {longest, longest, longest});
+        connection.execute(u"insert into RecentVar values('w',9,?,0,'')"_s, {longest});
+        for (const int size : {1, 56, 57, 58, 58'368, 58'369, 100'000}) {
             connection.execute(u"insert into Formula values(?,?,'',?,2,0,?,randomblob(?))"_s,
                                {size, text, text, size, size});
         }
@@ -167,6 +172,49 @@ TEST_F(RoundTrip, ReadsNullAsEmptyOrZeroAndAddsTheVersion) {
     const QString copy = build(u"copy.mdb"_s, dump(library));
     EXPECT_EQ(rows(copy, u"select PID + OrderID + PicType || Name from Formula"_s), u"0"_s);
     EXPECT_EQ(rows(copy, u"select PrptyVal from TableInfo"_s), u"2.0"_s);
+}
+
+TEST_F(RoundTrip, NamesWhatHasNoPlaceInATextAndWritesTheRest) {
+    const QString library = path(u"a.mdb"_s);
+    createEmptyLibrary(library);
+    data::Connection connection = open(library);
+    for (const char* statement :
+         {"drop table Tree", "create table Tree(ID, Name, PID, OrderID)", "drop table Formula",
+          "create table Formula(ID, Name, Formula, Memo, Pic, PicType, PID, OrderID)",
+          "insert into Tree values(1,'kept',0,1), (null,'a',0,1), ('x','b',0,1),"
+          "(4294967297,'c',0,1), (1,'d',0,1), (2,'e','y',1), (3.5,'f',0,1), (4.0,'whole',1,1)",
+          "insert into Formula values(5,'in f','x','',17,0,1,1), (6,'kept','','',null,'z',1,2)",
+          "insert into RecentVar values('v','w','1',0,''), ('kept',5,'1',0,'')",
+          "insert into Property values(1,'p','q',1,1), (1,'kept',0,1,1)",
+          "insert into FilterCond values(1,2,'r',4)",
+          "insert into FilterExpressions values(1,2,'','',9999999999,0,'')"}) {
+        connection.execute(QLatin1StringView(statement));
+    }
+    QBuffer out;
+    out.open(QIODevice::WriteOnly);
+    const QStringList leftOut = dumpLibrary(library, out);
+    const QString number = u"it is left out, %1 is no whole number of 32 bits"_s;
+    EXPECT_EQ(leftOut.join(u'\n').toStdString(),
+              (QStringList{u"row 2 of table Tree: it is left out, it has no ID"_s,
+                           u"row 3 of table Tree: "_s + number.arg(u"ID"_s),
+                           u"row 4 of table Tree: "_s + number.arg(u"ID"_s),
+                           u"row 5 of table Tree: it is left out, another row has the ID 1"_s,
+                           u"row 6 of table Tree: "_s + number.arg(u"PID"_s),
+                           u"row 7 of table Tree: "_s + number.arg(u"ID"_s),
+                           u"row 1 of table RecentVar: "_s + number.arg(u"FormulaID"_s),
+                           u"row 1 of table Formula: Pic is left out, it cannot be read: "
+                           "cannot open value of type integer"_s,
+                           u"row 2 of table Formula: PicType is left out, it is no whole number "
+                           "of 32 bits"_s,
+                           u"row 1 of table Property: "_s + number.arg(u"FilterID"_s),
+                           u"row 1 of table FilterCond: "_s + number.arg(u"ParentID"_s),
+                           u"row 1 of table FilterExpressions: "_s + number.arg(u"FieldType"_s)})
+                  .join(u'\n')
+                  .toStdString());
+    const QString copy = build(u"copy.mdb"_s, out.data());
+    EXPECT_EQ(rows(copy, u"select ID,Name,PID from Tree"_s), u"1|kept|0 4|whole|1"_s);
+    EXPECT_EQ(rows(copy, u"select ID,Name from Formula"_s), u"5|in f 6|kept"_s);
+    EXPECT_EQ(rows(copy, u"select VarName,FormulaID from RecentVar"_s), u"kept|5"_s);
 }
 
 TEST_F(RoundTrip, WritesTheTextInTreeOrder) {

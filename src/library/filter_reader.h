@@ -1,0 +1,35 @@
+#pragma once
+
+#include "library/stored_condition.h"
+#include "platform/data/connection.h"
+
+namespace varo {
+
+/// Goes through all filters of a library that have nodes, in the order of their numbers, in one
+/// pass over each table. Rows whose filter has no number of 32 bits are passed over. Everything
+/// throws data::Error.
+class FilterReader {
+  public:
+    /// `connection` is open on the library and must outlive this.
+    explicit FilterReader(data::Connection& connection);
+
+    /// Goes to the next filter, at first to the first one; false behind the last.
+    bool next();
+
+    qint32 filter() const { return filter_; }
+
+    /// Cut as by readFilterRows(). A name or constant over kTextLimit characters is cut too, so
+    /// that it is still over it.
+    const FilterRows& rows() const { return rows_; }
+
+  private:
+    void readNodes();
+    void readTerms();
+
+    data::Recordset nodes_;
+    data::Recordset terms_;
+    qint32 filter_ = 0;
+    FilterRows rows_;
+};
+
+}  // namespace varo
