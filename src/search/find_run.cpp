@@ -21,6 +21,7 @@ FindRun::FindRun(FindResults& results, QObject* parent) : QObject(parent), resul
 void FindRun::start(std::unique_ptr<NodeSearch> search) {
     stop();
     search_ = std::move(search);
+    search_->setPatience(std::chrono::milliseconds(slice_));
     waiting_.emplace();
     if (runSlice()) {
         timer_.start(0, this);
@@ -55,6 +56,7 @@ bool FindRun::runSlice() {
         results_.append(hits);
         hits.clear();
     } while (goesOn && !deadline.hasExpired());
+    search_->pause();
     return goesOn;
 }
 

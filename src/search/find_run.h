@@ -30,7 +30,8 @@ class FindRun : public QObject {
     /// The search under way, or the last one; null before the first.
     const NodeSearch* search() const { return search_.get(); }
 
-    /// Milliseconds for which the program does not go on meanwhile, not negative.
+    /// Milliseconds for which the program does not go on meanwhile, not negative; for the searches
+    /// that are started from then on.
     void setSlice(int milliseconds) { slice_ = milliseconds; }
 
   signals:
@@ -50,7 +51,7 @@ class FindRun : public QObject {
     std::unique_ptr<NodeSearch> search_;
     std::optional<ui::clsWaitCursor> waiting_;
     QBasicTimer timer_;
-    int slice_ = 100;
+    int slice_ = 50;
 };
 
 }  // namespace varo
