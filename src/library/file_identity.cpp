@@ -35,7 +35,7 @@ FileIdentity FileIdentity::of(const QString& path) {
     identity.birth = QFileInfo(path).birthTime();
     identity.changes = commitsTo(path);
 #ifdef Q_OS_UNIX
-    struct stat found{};
+    struct stat found {};
     if (::stat(QFile::encodeName(path).constData(), &found) == 0) {
         identity.device = found.st_dev;
         identity.number = found.st_ino;

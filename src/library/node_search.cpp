@@ -33,6 +33,12 @@ qint64 leastPart(const FindCriteria& criteria) {
     return criteria.property.isEmpty() ? 1 : kFirstPart;
 }
 
+/// Identifiers have 32 bits; a row with another one cannot be located.
+qint32 identifierOf(qint64 number) {
+    return static_cast<qint32>(std::clamp<qint64>(number, std::numeric_limits<qint32>::min(),
+                                                  std::numeric_limits<qint32>::max()));
+}
+
 /// Whether a database can hold the text as it stands.
 bool canBeStored(const QString& text) {
     return text.isValidUtf16() && !text.contains(QChar(0));
@@ -126,7 +132,7 @@ void FindHits::append(const FindHits& others) {
 
 void FindHits::clear() {
     rows_.clear();
-    text_.clear();
+    text_.truncate(0);  // keeps its memory, as the rows do
     files_.clear();
 }
 
@@ -186,8 +192,8 @@ bool NodeSearch::advance(int most, FindHits& hits) {
 bool NodeSearch::readRows(int most, FindHits& hits) {
     return attempt([&] {
         for (; !rows_.atEnd() && most > 0; rows_.moveNext()) {
-            const qint32 id = rows_.integer(0);
             lastId_ = rows_.integer64(0);
+            const qint32 id = identifierOf(lastId_);
             // Without properties each node is one row.
             if (!criteria_.property.isEmpty()) {
                 if (listed_.contains(id)) {
@@ -248,8 +254,8 @@ bool NodeSearch::runStatement() {
         return true;
     }
     if (rest_) {
-        const qint64 end = rest_->last - rest_->next < rest_->count ? rest_->last
-                                                                    : rest_->next + rest_->count - 1;
+        const qint64 end =
+            rest_->last - rest_->next < rest_->count ? rest_->last : rest_->next + rest_->count - 1;
         statement.text += QStringLiteral(" And %1.ID Between %2 And %3")
                               .arg(tableOf(kind))
                               .arg(rest_->next)
@@ -296,7 +302,7 @@ void NodeSearch::endPart() {
         return;
     }
     rest_->next += rest_->count;
-    if (sinceRun_.elapsed() < patience_.count() / 4) {
+    if (sinceRun_.elapsed() <= patience_.count() / 4) {
         rest_->count *= 2;
     }
 }

@@ -165,12 +165,12 @@ class NodeSearch {
     data::Connection connection_;
     FileIdentity file_;  ///< of the library that is open
     data::Recordset rows_;
-    QSet<qint32> listed_;        ///< found by the statement under way
-    std::size_t at_ = 0;         ///< of the library that is searched
-    std::size_t kind_ = 0;       ///< of kinds_, that is searched
-    std::optional<Rest> rest_;   ///< while a table is searched in parts
-    qint64 lastId_ = kNoId;      ///< of the hit that was read last from the table
-    QElapsedTimer sinceRun_;     ///< the statement under way
+    QSet<qint32> listed_;       ///< found by the statement under way
+    std::size_t at_ = 0;        ///< of the library that is searched
+    std::size_t kind_ = 0;      ///< of kinds_, that is searched
+    std::optional<Rest> rest_;  ///< while a table is searched in parts
+    qint64 lastId_ = kNoId;     ///< of the hit that was read last from the table
+    QElapsedTimer sinceRun_;    ///< the statement under way
     std::chrono::milliseconds patience_{50};
     QDeadlineTimer patienceEnd_;
     bool wasInterrupted_ = false;

@@ -95,8 +95,8 @@ PictureCatalog::Bytes PictureCatalog::readBytes(std::size_t entry, QByteArray& b
         if (bytes.isEmpty() || !field_ || fieldOf_ != entry) {
             const Entry& wanted = entries_[entry];
             bytes.clear();
-            field_ = libraryOf(wanted).connection.field(
-                QStringLiteral("Formula"), QStringLiteral("Pic"), wanted.formulaID);
+            field_ = libraryOf(wanted).connection.field(QStringLiteral("Formula"),
+                                                        QStringLiteral("Pic"), wanted.formulaID);
             fieldOf_ = entry;
         }
         const qint64 total = field_->size();

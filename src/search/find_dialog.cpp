@@ -222,7 +222,7 @@ void FindDialog::showProgress() {
     form_.lblFindCount->setText(QStringLiteral("正在查找第 %1 个公式库（共 %2 个），已找到 %3 项")
                                     .arg(search.position())
                                     .arg(search.libraries())
-                                    .arg(results_.count()));
+                                    .arg(run_.count()));
 }
 
 void FindDialog::showEnd() {

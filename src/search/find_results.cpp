@@ -32,7 +32,7 @@ void FindResults::append(const FindHits& hits) {
 
 void FindResults::clear() {
     beginResetModel();
-    hits_.clear();
+    hits_ = {};
     located_ = -1;
     endResetModel();
     emit changed();

@@ -105,7 +105,8 @@ QString PictureList::toolTip(int row) const {
     const auto at = static_cast<std::size_t>(row);
     const PictureCatalog::Entry& entry = catalog_.entries()[at];
     const qint32 folder = catalog_.folderOf(at).value_or(0);
-    return ui::shortened(entry.name, kToolTipLimit) + u'\n' + pathOf_(nodeOf(entry.library, folder));
+    return ui::shortened(entry.name, kToolTipLimit) + u'\n' +
+           pathOf_(nodeOf(entry.library, folder));
 }
 
 }  // namespace varo

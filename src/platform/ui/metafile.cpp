@@ -25,7 +25,7 @@ constexpr qsizetype kFileLimit = 16 * 1024 * 1024;
 constexpr std::size_t kRecordLimit = 200'000;
 
 /// Pixels that a drawing may fill, or what takes as long.
-constexpr qreal kWorkLimit = 3e9;
+constexpr qreal kWorkLimit = 1e9;
 
 template <typename Number>
 Number numberAt(QByteArrayView data, qsizetype at) {

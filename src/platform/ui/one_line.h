@@ -33,8 +33,8 @@ inline QString inOneLine(const QString& text, const QFontMetrics& metrics, int w
     // Hardly a character is narrower than a pixel.
     QString line = shortened(text, std::max(width, 0), elide);
     std::ranges::replace_if(
-        line,
-        [](QChar each) { return each.isSpace() || each.category() == QChar::Other_Control; }, u' ');
+        line, [](QChar each) { return each.isSpace() || each.category() == QChar::Other_Control; },
+        u' ');
     return metrics.elidedText(line, elide, width);
 }
 

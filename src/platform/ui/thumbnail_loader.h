@@ -25,8 +25,8 @@ class PictureBytes {
     virtual ~PictureBytes() = default;
 
     /// Appends the next bytes of a picture to `bytes`, which are those read before, at first none.
-    /// Returns whether they are all; Later when they cannot be read just then, None when they cannot
-    /// be read at all.
+    /// Returns whether they are all; Later when they cannot be read just then, None when they
+    /// cannot be read at all.
     virtual Read readBytes(int picture, QByteArray& bytes) = 0;
 
     /// The picture that was read last is not wanted any more.
@@ -107,8 +107,8 @@ class ThumbnailLoader : public QObject {
     QBasicTimer retry_;
     QHash<int, Postponed> postponed_;
     QHash<int, qsizetype> decoding_;  ///< with the number of bytes that each has
-    int generation_ = 0;           ///< of the source; results for a former one do not count
-    QCache<int, Thumbnail> made_;  ///< costs are in kibibytes
+    int generation_ = 0;              ///< of the source; results for a former one do not count
+    QCache<int, Thumbnail> made_;     ///< costs are in kibibytes
     QSet<int> unreadable_;
     std::shared_ptr<Mailbox> mailbox_;
 };
