@@ -32,7 +32,7 @@ void FindResults::append(const FindHits& hits) {
 
 void FindResults::clear() {
     beginResetModel();
-    hits_ = {};
+    hits_.clear();
     located_ = -1;
     endResetModel();
     emit changed();
