@@ -1,5 +1,6 @@
 #pragma once
 
+#include "library/file_identity.h"
 #include "library/node_id.h"
 #include "platform/data/connection.h"
 #include "platform/data/recordset.h"
@@ -7,8 +8,14 @@
 #include "store/collections.h"
 #include "store/db_funcs.h"
 
+#include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QSet>
 
+#include <chrono>
+#include <limits>
+#include <map>
+#include <optional>
 #include <vector>
 
 namespace varo {
@@ -48,6 +55,7 @@ struct FindHit {
     qint32 id = 0;
     qint32 parentId = 0;  ///< identifier of the folder that it is in; 0 is the library's top level
     QString name;
+    FileIdentity file = {};  ///< the library's file when it was searched
 
     /// The hit's key and tag in the list of results.
     QString key() const;
@@ -58,9 +66,16 @@ struct FindHit {
     NodeId parent() const { return nodeOf(library, parentId); }
 };
 
+/// Whether the library of `hit` has what was found still: its file is the one that was searched, or
+/// has under that identifier the name that was found, or `shownName`, which the user sees for it.
+/// True also when the library cannot be read.
+bool isStillThere(const FindHit& hit, const QString& shownName);
+
 /// Many hits, in few bytes over their names.
 class FindHits {
   public:
+    /// Says which file the hits of a library are from.
+    void setFile(int library, const FileIdentity& file) { files_[library] = file; }
     void add(NodeType kind, int library, qint32 id, qint32 parentId, QStringView name);
     void append(const FindHits& others);
     void clear();
@@ -80,10 +95,12 @@ class FindHits {
 
     std::vector<Row> rows_;
     QString text_;
+    std::map<int, FileIdentity> files_;
 };
 
 /// Searches all libraries, one after the other, folders before formulas. It reads them on a
-/// connection of its own and changes nothing.
+/// connection of its own and changes nothing. A statement that takes long is ended and run again
+/// over a part of the table, so that it can be stopped although it finds nothing.
 class NodeSearch {
   public:
     enum class Failure { None, NotOpened, NotRead };
@@ -91,21 +108,30 @@ class NodeSearch {
     /// `libraries` is read here only.
     NodeSearch(const colFormulaDB& libraries, FindCriteria criteria);
 
+    /// Time after which a statement that finds nothing is ended, and advance() returns.
+    void setPatience(std::chrono::milliseconds patience) { patience_ = patience; }
+
     /// Goes on with the search: appends at most `most` hits of one library to `hits`, each node
-    /// once for a library and kind. Returns false when the search has ended, at its end or with
-    /// failure().
+    /// once for a library and kind, in ascending order of their identifiers. Returns false when the
+    /// search has ended, at its end or with failure().
     bool advance(int most, FindHits& hits);
+
+    /// Lets go of the lock on the library that is being searched, up to the next advance().
+    void pause();
+
+    /// Closes what is open: nothing is locked from then on, and the search does not go on.
+    void stop();
 
     Failure failure() const { return failure_; }
 
     int libraries() const { return static_cast<int>(libraries_.size()); }
     const FindCriteria& criteria() const { return criteria_; }
 
-    /// Closes what is open: nothing is locked from then on, and the search does not go on.
-    void stop();
-
     /// Position of the library that is searched, from 1.
     int position() const { return static_cast<int>(at_) + 1; }
+
+    /// What has been searched of all libraries, from 0 to 1.
+    double fraction() const;
 
   private:
     struct Library {
@@ -114,8 +140,19 @@ class NodeSearch {
         QString fileName;
     };
 
+    /// Identifiers of a table that have not been searched yet, in parts of `count` identifiers.
+    struct Rest {
+        qint64 first;
+        qint64 next;
+        qint64 last;
+        qint64 count;
+    };
+
     bool openLibrary();
     bool runStatement();
+    bool readRows(int most, FindHits& hits);
+    void searchInParts();
+    void endPart();
     void nextStatement();
     bool fail(Failure failure);
 
@@ -126,11 +163,20 @@ class NodeSearch {
     HeldMessages none_;  // searching shows nothing
     clsDBFuncs funcs_{none_};
     data::Connection connection_;
+    FileIdentity file_;  ///< of the library that is open
     data::Recordset rows_;
-    QSet<qint32> listed_;  ///< found by the statement under way
-    std::size_t at_ = 0;   ///< of the library that is searched
-    std::size_t kind_ = 0;
+    QSet<qint32> listed_;       ///< found by the statement under way
+    std::size_t at_ = 0;        ///< of the library that is searched
+    std::size_t kind_ = 0;      ///< of kinds_, that is searched
+    std::optional<Rest> rest_;  ///< while a table is searched in parts
+    qint64 lastId_ = kNoId;     ///< of the hit that was read last from the table
+    QElapsedTimer sinceRun_;    ///< the statement under way
+    std::chrono::milliseconds patience_{50};
+    QDeadlineTimer patienceEnd_;
+    bool wasInterrupted_ = false;
     Failure failure_ = Failure::None;
+
+    static constexpr qint64 kNoId = std::numeric_limits<qint64>::min();
 };
 
 /// What the user is told of a failure; "" for none.

@@ -38,103 +38,117 @@ bool PictureCatalog::readEntries(int most) {
     if (listed_ == libraries_.size()) {
         return false;
     }
-    const int number = libraries_[listed_].number;
+    Library& library = libraries_[listed_];
     const std::size_t before = entries_.size();
     data::Recordset rows;
     const bool read =
-        open(number) &&
-        funcs_.FindShowFormula({entriesStatement(last_, most), {}}, rows, connection_) &&
+        openListed() &&
+        funcs_.FindShowFormula({entriesStatement(last_, most), {}}, rows, library.connection) &&
         attempt([&] {
             for (; !rows.atEnd(); rows.moveNext()) {
-                entries_.push_back({number, rows.integer(0), rows.text(1)});
+                entries_.push_back({library.number, rows.integer(0), rows.text(1)});
             }
         });
     if (!read) {
-        unreadable_.push_back(number);
+        unreadable_.push_back(library.number);
     }
     if (read && entries_.size() - before == static_cast<std::size_t>(most)) {
         last_ = entries_.back().formulaID;
     } else {
-        last_.reset();
-        ++listed_;
+        endListing();
     }
     return listed_ < libraries_.size();
 }
 
+bool PictureCatalog::openListed() {
+    Library& library = libraries_[listed_];
+    if (!library.connection.isOpen() &&
+        !ConnectLibrary(library.folder, library.fileName, library.connection, QString())) {
+        return false;
+    }
+    if (library.file.path.isEmpty()) {
+        library.file = FileIdentity::of(library.connection.path());
+    }
+    return true;
+}
+
+/// From here on nothing waits for the library, and it takes little memory while it is open.
+void PictureCatalog::endListing() {
+    data::Connection& connection = libraries_[listed_].connection;
+    attempt([&] {
+        if (connection.isOpen()) {
+            connection.query(QStringLiteral("PRAGMA busy_timeout = 0"));
+            connection.execute(QStringLiteral("PRAGMA cache_size = -256"));
+        }
+    });
+    last_.reset();
+    ++listed_;
+}
+
+PictureCatalog::Library& PictureCatalog::libraryOf(const Entry& entry) {
+    return *std::ranges::find(libraries_, entry.library, &Library::number);
+}
+
 PictureCatalog::Bytes PictureCatalog::readBytes(std::size_t entry, QByteArray& bytes) {
-    bool isComplete = false;
-    const bool read = attempt([&] {
+    Bytes result = Bytes::None;
+    try {
         if (bytes.isEmpty() || !field_ || fieldOf_ != entry) {
             const Entry& wanted = entries_[entry];
             bytes.clear();
-            if (!open(wanted.library)) {
-                throw data::Error(QStringLiteral("the library cannot be opened"));
-            }
-            field_ = connection_.field(QStringLiteral("Formula"), QStringLiteral("Pic"),
-                                       wanted.formulaID);
+            field_ = libraryOf(wanted).connection.field(QStringLiteral("Formula"),
+                                                        QStringLiteral("Pic"), wanted.formulaID);
             fieldOf_ = entry;
         }
         const qint64 total = field_->size();
-        if (total > kMostBytes) {
-            throw data::Error(QStringLiteral("too many bytes for a picture"));
+        if (total <= kMostBytes) {
+            const qint64 before = bytes.size();
+            const qint64 part = std::min(kPart, total - before);
+            bytes.reserve(total);
+            bytes.resize(before + part);
+            field_->getChunk({bytes.data() + before, static_cast<std::size_t>(part)});
+            result = before + part == total ? Bytes::All : Bytes::Part;
         }
-        const qint64 before = bytes.size();
-        const qint64 part = std::min(kPart, total - before);
-        bytes.reserve(total);
-        bytes.resize(before + part);
-        field_->getChunk({bytes.data() + before, static_cast<std::size_t>(part)});
-        isComplete = before + part == total;
-    });
-    if (!read || isComplete) {
+    } catch (const data::Error& error) {
+        result = error.isLocked() ? Bytes::Locked : Bytes::None;
+    }
+    if (result != Bytes::Part) {
         endReading();
     }
-    if (!read) {
-        // A library that is locked is found out when it is opened, and then waited for no more.
-        connection_.close();
+    return result;
+}
+
+std::optional<qint32> PictureCatalog::folderOf(std::size_t entry) {
+    const Entry& wanted = entries_[entry];
+    data::Recordset rows;
+    std::optional<qint32> folder;
+    if (funcs_.GetFormulaByID(wanted.formulaID, rows, libraryOf(wanted).connection)) {
+        attempt([&] {
+            if (!rows.atEnd()) {
+                folder = rows.integer(u"PID");
+            }
+        });
     }
-    return !read ? Bytes::None : isComplete ? Bytes::All : Bytes::Part;
+    return folder;
 }
 
 PictureCatalog::Found PictureCatalog::findFolder(std::size_t entry, qint32& folderID) {
     const Entry& wanted = entries_[entry];
-    endReading();
-    if (!open(wanted.library)) {
+    const Library& library = libraryOf(wanted);
+    data::Connection connection;
+    if (!ConnectLibrary(library.folder, library.fileName, connection, QString())) {
         return Found::NotOpened;
     }
     data::Recordset rows;
     bool isThere = false;
-    const bool read = funcs_.GetFormulaByID(wanted.formulaID, rows, connection_) && attempt([&] {
-                          isThere = !rows.atEnd();
+    const bool read = funcs_.GetFormulaByID(wanted.formulaID, rows, connection) && attempt([&] {
+                          isThere = !rows.atEnd() && (rows.text(u"Name") == wanted.name ||
+                                                      library.file.isStillThere());
                           folderID = isThere ? rows.integer(u"PID") : 0;
                       });
     if (!read) {
-        connection_.close();
         return Found::NotRead;
     }
     return isThere ? Found::Formula : Found::Gone;
-}
-
-void PictureCatalog::close() {
-    endReading();
-    connection_.close();
-    refused_.clear();
-}
-
-bool PictureCatalog::open(int number) {
-    if (open_ == number && connection_.isOpen()) {
-        return true;
-    }
-    field_.reset();
-    open_ = number;
-    const auto library = std::ranges::find(libraries_, number, &Library::number);
-    if (library == libraries_.end() || std::ranges::count(refused_, number) > 0) {
-        return false;
-    }
-    const bool opened = ConnectLibrary(library->folder, library->fileName, connection_, QString());
-    if (!opened) {
-        refused_.push_back(number);
-    }
-    return opened;
 }
 
 }  // namespace varo

@@ -91,6 +91,12 @@ void FindDialog::connectCommands() {
             }
         });
     }
+    for (QLineEdit* text : {form_.txtName, form_.txtMemo, form_.CmbPrpty->lineEdit()}) {
+        connect(text, &QLineEdit::inputRejected, this, [this] {
+            form_.lblFindCount->setText(
+                QStringLiteral("条件最多 %1 个字符，超出的部分没有输入").arg(kFindTextLimit));
+        });
+    }
     connect(form_.CmdFind, &QPushButton::clicked, this, &FindDialog::find);
     connect(form_.CmdPosition, &QPushButton::clicked, this, &FindDialog::locateSelected);
     connect(form_.CmdQuit, &QPushButton::clicked, this, &FindDialog::reject);
@@ -120,9 +126,21 @@ void FindDialog::InitForm() {
         form_.lvFindResult->setCurrentIndex(located);
         form_.lvFindResult->scrollTo(located);
     }
+    focusWork();
     if (!properties_.failure.isEmpty()) {
         questions_.inform(properties_.failure);
     }
+}
+
+/// Where the user goes on: at the pictures; or where a criterion is typed; or at what was found.
+void FindDialog::focusWork() {
+    const std::initializer_list<QWidget*> places = {
+        form_.ImageGridFind, form_.txtName, form_.txtMemo, form_.CmbPrpty,
+        results_.isEmpty() ? form_.ChkFolder : static_cast<QWidget*>(form_.lvFindResult)};
+    const auto place = std::ranges::find_if(places, [this](const QWidget* each) {
+        return each->isVisibleTo(this) && each->isEnabled();
+    });
+    (*place)->setFocus();
 }
 
 void FindDialog::updateCriteria() {
@@ -150,10 +168,11 @@ void FindDialog::fillProperties() {
         names += properties_.ofFormulas;
     }
     names.removeDuplicates();
+    const QString typed = form_.CmbPrpty->currentText();
     form_.CmbPrpty->clear();
     form_.CmbPrpty->addItems(names);
     form_.CmbPrpty->setCurrentIndex(-1);
-    form_.CmbPrpty->clearEditText();
+    form_.CmbPrpty->setEditText(typed);
 }
 
 FindCriteria FindDialog::criteria() const {
@@ -196,13 +215,14 @@ void FindDialog::find() {
 void FindDialog::showProgress() {
     const NodeSearch& search = *run_.search();
     form_.CmdFind->setText(QStringLiteral("停止(&F)"));
-    form_.PrgFind->setMaximum(search.libraries());
-    form_.PrgFind->setValue(search.position() - 1);
+    constexpr int kSteps = 1000;
+    form_.PrgFind->setMaximum(kSteps);
+    form_.PrgFind->setValue(static_cast<int>(search.fraction() * kSteps));
     form_.PrgFind->show();
     form_.lblFindCount->setText(QStringLiteral("正在查找第 %1 个公式库（共 %2 个），已找到 %3 项")
                                     .arg(search.position())
                                     .arg(search.libraries())
-                                    .arg(results_.count()));
+                                    .arg(run_.count()));
 }
 
 void FindDialog::showEnd() {
@@ -240,6 +260,10 @@ void FindDialog::showTab(int tab) {
     form_.PicImage->setVisible(showsPictures);
     form_.CmdFind->setVisible(!showsPictures);
     form_.CmdPosition->setVisible(!showsPictures);
+    // With the keyboard the user goes on from tab to tab.
+    if (!form_.TabFind->hasFocus()) {
+        focusWork();
+    }
     if (showsPictures && !picturesLoaded_) {
         picturesLoaded_ = true;
         form_.ImageGridFind->setPictures(&pictures_, &pictures_);

@@ -38,6 +38,7 @@ class FindDialog : public QDialog {
 
   private:
     void connectCommands();
+    void focusWork();
     void updateCriteria();
     void fillProperties();
     FindCriteria criteria() const;

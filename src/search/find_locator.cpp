@@ -2,11 +2,24 @@
 
 namespace varo {
 
+namespace {
+
+const QString kNoFolder = QStringLiteral("用户需要定位的节点不存在！");
+const QString kNoFormula = QStringLiteral("用户需要定位的公式不存在！");
+
+}  // namespace
+
 void FindLocator::locate(const FindHit& hit) {
     if (hit.kind == NodeTypeFolder) {
-        locateFolder(hit.node());
-    } else {
+        if (isStillThere(hit, tree_.text(hit.node()))) {
+            locateFolder(hit.node());
+        } else {
+            questions_.inform(kNoFolder);
+        }
+    } else if (!tree_.contains(hit.node()) || isStillThere(hit, QString())) {
         locateFormula(hit.node(), hit.id);
+    } else {
+        questions_.inform(kNoFormula);
     }
 }
 
@@ -14,7 +27,7 @@ void FindLocator::locateFolder(const NodeId& folder) {
     if (tree_.contains(folder)) {
         selection_.selectNode(folder);
     } else {
-        questions_.inform(QStringLiteral("用户需要定位的节点不存在！"));
+        questions_.inform(kNoFolder);
     }
 }
 
@@ -27,7 +40,7 @@ void FindLocator::locateFormula(const NodeId& folder, qint32 formulaID) {
         return;
     }
     if (list_.model().find(formulaID) == nullptr) {
-        questions_.inform(QStringLiteral("用户需要定位的公式不存在！"));
+        questions_.inform(kNoFormula);
         return;
     }
     selection_.selectFormula(formulaID);

@@ -4,6 +4,7 @@
 #include "search/find_results.h"
 
 #include <QBasicTimer>
+#include <QElapsedTimer>
 #include <QObject>
 
 #include <memory>
@@ -30,7 +31,11 @@ class FindRun : public QObject {
     /// The search under way, or the last one; null before the first.
     const NodeSearch* search() const { return search_.get(); }
 
-    /// Milliseconds for which the program does not go on meanwhile, not negative.
+    /// Hits so far; the results may get them a little later.
+    int count() const { return results_.count() + static_cast<int>(found_.size()); }
+
+    /// Milliseconds for which the program does not go on meanwhile, not negative; for the searches
+    /// that are started from then on.
     void setSlice(int milliseconds) { slice_ = milliseconds; }
 
   signals:
@@ -44,11 +49,14 @@ class FindRun : public QObject {
 
   private:
     bool runSlice();
+    void showFound();
     void end();
 
     FindResults& results_;
     std::unique_ptr<NodeSearch> search_;
     std::optional<ui::clsWaitCursor> waiting_;
+    FindHits found_;  ///< that are not in the results yet
+    QElapsedTimer sinceShown_;
     QBasicTimer timer_;
     int slice_ = 100;
 };

@@ -1,6 +1,7 @@
 #include "search/hit_delegate.h"
 
 #include "platform/ui/colors.h"
+#include "platform/ui/shown_text.h"
 #include "search/find_results.h"
 
 #include <QApplication>
@@ -44,11 +45,11 @@ void HitDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                           Qt::TextElideMode elide) {
         painter->setPen(color);
         painter->drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                          item.fontMetrics.elidedText(shown, elide, line.width()));
+                          ui::inOneLine(shown, item.fontMetrics, line.width(), elide));
     };
     painter->save();
     painter->setFont(item.font);
-    draw(name, text, item.text, Qt::ElideRight);
+    draw(name, text, index.data().toString(), Qt::ElideRight);
     constexpr int kQuieter = 35;  // percent
     draw(name.translated(0, height), ui::mixed(text, base, kQuieter),
          index.data(FindResults::PlaceRole).toString(), Qt::ElideMiddle);

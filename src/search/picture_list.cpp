@@ -15,6 +15,9 @@ namespace {
 constexpr int kEntries = 250;
 constexpr int kPause = 15;
 
+/// Most characters of a name in a tool tip.
+constexpr int kToolTipLimit = 500;
+
 }  // namespace
 
 PictureList::PictureList(const colFormulaDB& libraries,
@@ -59,7 +62,6 @@ QStringList PictureList::unreadableLibraries() const {
 PictureCatalog::Found PictureList::findFormula(int row, NodeId& folder, qint32& formulaID) {
     const auto entry = static_cast<std::size_t>(row);
     qint32 folderID = 0;
-    catalog_.close();
     const PictureCatalog::Found found = catalog_.findFolder(entry, folderID);
     folder = nodeOf(catalog_.entries()[entry].library, folderID);
     formulaID = catalog_.entries()[entry].formulaID;
@@ -72,6 +74,8 @@ PictureList::Read PictureList::readBytes(int picture, QByteArray& bytes) {
             return Read::Part;
         case PictureCatalog::Bytes::All:
             return Read::All;
+        case PictureCatalog::Bytes::Locked:
+            return Read::Later;
         case PictureCatalog::Bytes::None:
             break;
     }
@@ -99,9 +103,9 @@ QVariant PictureList::data(const QModelIndex& index, int role) const {
 QString PictureList::toolTip(int row) const {
     const auto at = static_cast<std::size_t>(row);
     const PictureCatalog::Entry& entry = catalog_.entries()[at];
-    qint32 folder = 0;
-    const bool found = catalog_.findFolder(at, folder) == PictureCatalog::Found::Formula;
-    return entry.name + u'\n' + pathOf_(nodeOf(entry.library, found ? folder : 0));
+    const qint32 folder = catalog_.folderOf(at).value_or(0);
+    return ui::shortened(entry.name, kToolTipLimit) + u'\n' +
+           pathOf_(nodeOf(entry.library, folder));
 }
 
 }  // namespace varo

@@ -14,9 +14,18 @@ class Find : public testing::Test, protected NoWaiting, protected OpenLibraries 
     /// Names of what is found, joined by blanks; read in parts of `most` hits.
     QString found(const FindCriteria& criteria, int most = 1000) {
         NodeSearch search(libraries, criteria);
+        search.setPatience(patience);
         hits.clear();
+        steps = 0;
+        double fraction = 0;
         for (std::size_t before = 0; search.advance(most, hits); before = hits.size()) {
             EXPECT_LE(hits.size() - before, static_cast<std::size_t>(most));
+            EXPECT_GE(search.fraction(), std::exchange(fraction, search.fraction()));
+            ++steps;
+            if (pauses) {
+                search.pause();
+                first.connection().execute(u"Update Tree Set Name = Name"_s);
+            }
         }
         failure = search.failure();
         QStringList names;
@@ -34,6 +43,9 @@ class Find : public testing::Test, protected NoWaiting, protected OpenLibraries 
 
     FindHits hits;
     NodeSearch::Failure failure = NodeSearch::Failure::None;
+    std::chrono::milliseconds patience{1000};
+    bool pauses = false;
+    int steps = 0;  ///< that ended before the search did
 };
 
 TEST_F(Find, ComparesTextsByTheirCharactersWhereTheyStand) {
@@ -98,6 +110,70 @@ TEST_F(Find, ListsANodeOnceForALibraryAndKind) {
     EXPECT_EQ(found(both), u"柱"_s);
     EXPECT_EQ(readPropertyNames(libraries).ofFolders, (QStringList{u"用途"_s, u"用途2"_s}));
     EXPECT_EQ(readPropertyNames(libraries).ofFormulas, QStringList{u"用途"_s});
+}
+
+TEST_F(Find, AStatementThatTakesLongGoesOnInPartsAndFindsTheSame) {
+    first.connection().execute(
+        u"With Recursive n(i) As (Select 100 Union All Select i + 1 From n Where i < 12000) "
+        "Insert Into Formula (ID, Name, PID) "
+        "Select Case When i > 11000 Then 2000000000 + i Else i End, "
+        "Case When i % 3000 = 0 Then '端' Else '中' End || i, 0 From n"_s);
+    first.connection().execute(
+        u"Insert Into Property (PropID, PropName, NodeID, NodeType) "
+        "Select ID, '用途', ID, 2 From Formula Where ID % 100 = 0"_s);
+    const FindCriteria byProperty{.inFormulas = true, .property = u"用途"_s};
+    const struct {
+        FindCriteria criteria;
+        qsizetype found;
+    } cases[] = {{byName(u"端"_s), 4},
+                 {byName(u"没有"_s), 0},
+                 {byName(u"端2000012000"_s), 0},
+                 {byName(u"中"_s, TextPlace::Start), 11'897},
+                 {byProperty, 120}};
+    for (const auto& each : cases) {
+        patience = std::chrono::seconds(1000);
+        pauses = false;
+        const QString whole = found(each.criteria);
+        EXPECT_EQ(hits.size(), each.found);
+        for (const bool isPaused : {false, true}) {
+            patience = {};
+            pauses = isPaused;
+            EXPECT_EQ(found(each.criteria), whole);
+            // Bounded also behind the gap between the identifiers.
+            EXPECT_GT(steps, each.criteria == byProperty ? 0 : 3);
+            EXPECT_LT(steps, 300);
+        }
+    }
+}
+
+TEST_F(Find, TellsALibraryThatHasAnotherNodeUnderTheIdentifier) {
+    const auto hit = [this](const QString& name) {
+        found(byName(name));
+        return hits.at(0);
+    };
+    const FindHit formula = hit(u"弯曲"_s);
+    const FindHit folder = hit(u"柱"_s);
+    first.connection().execute(u"Update Formula Set Name = '改名'"_s);
+    EXPECT_TRUE(isStillThere(formula, {})) << "renamed";
+    const auto replaceBy = [this](const QString& change) {
+        const QByteArray content = fileContent(first.path());
+        ASSERT_TRUE(QFile::remove(first.path()));
+        first.addFile(first.fileName(), content);
+        data::Connection other;
+        other.open(first.path());
+        other.execute(change);
+    };
+    replaceBy(u"Update Formula Set Name = '弯曲'"_s);
+    EXPECT_TRUE(isStillThere(formula, {}) && isStillThere(folder, {})) << "a copy";
+    replaceBy(u"Update Formula Set Name = '别的'"_s);
+    EXPECT_FALSE(isStillThere(formula, {}));
+    replaceBy(u"Update Tree Set Name = '别的'"_s);
+    EXPECT_FALSE(isStillThere(folder, u"柱"_s));
+    EXPECT_TRUE(isStillThere(folder, u"别的"_s)) << "renamed in the tree";
+    replaceBy(u"Delete From Tree"_s);
+    EXPECT_FALSE(isStillThere(folder, u"柱"_s));
+    ASSERT_TRUE(QFile::remove(first.path()));
+    EXPECT_TRUE(isStillThere(folder, {})) << "that the library is gone is told elsewhere";
 }
 
 TEST_F(Find, EndsAtALibraryThatCannotBeRead) {
@@ -177,17 +253,51 @@ TEST_F(ListedPictures, AreReadInPartsAndLockNothingAfterwards) {
     EXPECT_EQ(bytes(catalog, 2), pictureBytes(5));
     EXPECT_EQ(catalog.readBytes(0, part), PictureCatalog::Bytes::Part);
     EXPECT_EQ(part, pictureBytes(1'200'000).first(part.size())) << "anew after another one";
+    EXPECT_EQ(bytes(catalog, 0), pictureBytes(1'200'000));
+    first.connection().execute(u"Begin Exclusive"_s);
+    for (int i = 0; i < 2; ++i) {
+        part.clear();
+        EXPECT_EQ(catalog.readBytes(0, part), PictureCatalog::Bytes::Locked);
+    }
+    EXPECT_EQ(catalog.folderOf(1), std::nullopt);
+    EXPECT_EQ(bytes(catalog, 2), pictureBytes(5));
+    first.connection().execute(u"Rollback"_s);
+    EXPECT_EQ(bytes(catalog, 0), pictureBytes(1'200'000));
+    EXPECT_EQ(catalog.folderOf(1), columns);
+    first.funcs().DelFormula(bending, first.connection());
+    part.clear();
+    EXPECT_EQ(catalog.readBytes(0, part), PictureCatalog::Bytes::None);
+    EXPECT_EQ(bytes(catalog, 1), pictureBytes(3));
+}
+
+TEST_F(ListedPictures, ListingGoesOnBetweenThePartsOfAPicture) {
+    PictureCatalog catalog(libraries);
+    catalog.readEntries(1);
+    QByteArray read;
+    EXPECT_EQ(catalog.readBytes(0, read), PictureCatalog::Bytes::Part);
+    for (int parts = 1; catalog.readEntries(1);) {
+        if (parts < 3) {
+            const qsizetype before = read.size();
+            catalog.readBytes(0, read);
+            EXPECT_GT(read.size(), before) << "not read from its beginning again";
+            ++parts;
+        }
+    }
+    EXPECT_EQ(read, pictureBytes(1'200'000));
+}
+
+TEST_F(ListedPictures, AreLocatedAsLongAsTheirNameIsThere) {
+    PictureCatalog catalog(libraries);
+    listed(catalog, 100);
     qint32 folder = 0;
     EXPECT_EQ(catalog.findFolder(1, folder), PictureCatalog::Found::Formula);
     EXPECT_EQ(folder, columns);
-    EXPECT_EQ(bytes(catalog, 0), pictureBytes(1'200'000));
-    first.connection().execute(u"Begin Exclusive"_s);
-    EXPECT_EQ(bytes(catalog, 0), QByteArray());
-    first.connection().execute(u"Rollback"_s);
-    first.funcs().DelFormula(bending, first.connection());
-    catalog.close();
-    EXPECT_EQ(bytes(catalog, 0), QByteArray());
-    EXPECT_EQ(bytes(catalog, 1), pictureBytes(3));
+    first.connection().execute(u"Update Formula Set Name = '改名'"_s);
+    EXPECT_EQ(catalog.findFolder(1, folder), PictureCatalog::Found::Formula);
+    ASSERT_TRUE(QFile::rename(first.path(), first.pathOf(u"aside"_s)));
+    EXPECT_EQ(catalog.findFolder(1, folder), PictureCatalog::Found::NotOpened);
+    first.addFile(first.fileName(), fileContent(first.pathOf(u"aside"_s)));
+    EXPECT_EQ(catalog.findFolder(1, folder), PictureCatalog::Found::Gone) << "another file";
 }
 
 }  // namespace

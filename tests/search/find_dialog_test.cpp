@@ -1,6 +1,9 @@
 #include "browse/node_images.h"
 #include "search/find_desk.h"
 
+#include <QClipboard>
+#include <QProgressBar>
+
 namespace varo::test {
 namespace {
 
@@ -200,6 +203,108 @@ TEST_F(Finding, ALongSearchShowsProgressAndCanBeStopped) {
         }
         click("CmdFind");
         EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == u"找到 1 项"_s; }));
+    });
+}
+
+TEST_F(Finding, ASearchThatFindsNothingCanBeStoppedInsideALibrary) {
+    first.connection().execute(
+        u"With Recursive n(i) As (Select 100 Union All Select i + 1 From n Where i < 20000) "
+        "Insert Into Formula (ID, Name, PID) Select i, '式', 0 From n"_s);
+    withDialog([&] {
+        dialog->setSlice(0);
+        search(u"没有"_s);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return part<QProgressBar>("PrgFind").value() > 250; }));
+        EXPECT_TRUE(counted().startsWith(u"正在查找第 1 个公式库"_s)) << qPrintable(counted());
+        const int interval = QApplication::doubleClickInterval();
+        QApplication::setDoubleClickInterval(0);
+        QTest::keyClick(dialog.data(), Qt::Key_Escape);
+        QApplication::setDoubleClickInterval(interval);
+        EXPECT_EQ(counted(), u"已停止，找到 0 项"_s);
+        click("CmdFind");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == u"找到 0 项"_s; }));
+    });
+    first.connection().execute(u"Delete From Formula Where ID >= 100"_s);
+}
+
+TEST_F(Finding, SelectsNothingInALibraryThatWasReplacedSinceTheSearch) {
+    const QString aside = first.pathOf(u"aside"_s);
+    select(u"板"_s);
+    withDialog([&] {
+        search(u"弯"_s);
+        first.connection().execute(u"Update Formula Set Name = '弯矩' Where ID = 1"_s);
+        clickResult(0, true);
+        EXPECT_EQ(shown(), u"梁/弯矩"_s) << "renamed";
+        ASSERT_TRUE(QFile::rename(first.path(), aside));
+        ASSERT_TRUE(QFile::copy(second.path(), first.path()));
+        for (const auto& [text, message] : {std::pair{u"弯"_s, u"用户需要定位的公式不存在！"_s},
+                                            {u"柱"_s, u"用户需要定位的节点不存在！"_s}}) {
+            ASSERT_TRUE(QFile::remove(first.path()));
+            ASSERT_TRUE(QFile::copy(aside, first.path()));
+            search(text);
+            ASSERT_TRUE(QFile::remove(first.path()));
+            ASSERT_TRUE(QFile::copy(second.path(), first.path()));
+            clickResult(0, true);
+            EXPECT_EQ(told(), message);
+            EXPECT_EQ(shown(), u"梁/弯矩"_s);
+        }
+        ASSERT_TRUE(QFile::remove(first.path()));
+        ASSERT_TRUE(QFile::rename(aside, first.path()));
+    });
+}
+
+TEST_F(Finding, StartsWhereTheUserGoesOnAndKeepsWhatWasTyped) {
+    first.addProperty(1, u"用途"_s, 0, beams, NodeTypeFolder);
+    first.addPicture(bending, pictureBytes(100));
+    start();
+    const auto turnTo = [&](int tab) {
+        auto& tabs = part<QTabBar>("TabFind");
+        QTest::mouseClick(&tabs, Qt::LeftButton, {}, tabs.tabRect(tab).center());
+    };
+    withDialog([&] {
+        EXPECT_EQ(dialog->focusWidget()->objectName(), u"ChkFolder"_s);
+        QTest::keyClick(&part("ChkFolder"), Qt::Key_Space);
+        click("ChkPrpty");
+        desk->type(*part<QComboBox>("CmbPrpty").lineEdit(), u"重要"_s);
+        click("ChkFormula");
+        EXPECT_EQ(part<QComboBox>("CmbPrpty").currentText(), u"重要"_s);
+        turnTo(1);
+        EXPECT_TRUE(part("ImageGridFind").hasFocus());
+        turnTo(0);
+        EXPECT_TRUE(part("CmbPrpty").hasFocus());
+        click("ChkName");
+        turnTo(1);
+        turnTo(0);
+        EXPECT_TRUE(part("txtName").hasFocus());
+        part("TabFind").setFocus();
+        QTest::keyClick(&part("TabFind"), Qt::Key_Right);
+        EXPECT_TRUE(part("TabFind").hasFocus());
+        QTest::keyClick(&part("TabFind"), Qt::Key_Left);
+        click("ChkPrpty");
+        search(u"梁"_s);
+    });
+    withDialog([&] { EXPECT_EQ(dialog->focusWidget()->objectName(), u"lvFindResult"_s); });
+}
+
+TEST_F(Finding, SaysThatATextIsTooLong) {
+    withDialog([&] {
+        click("ChkFormula");
+        click("ChkName");
+        click("ChkMemo");
+        click("ChkPrpty");
+        for (QLineEdit* text : {&part<QLineEdit>("txtName"), &part<QLineEdit>("txtMemo"),
+                                part<QComboBox>("CmbPrpty").lineEdit()}) {
+            part<QLabel>("lblFindCount").clear();
+            text->setText(QString(kFindTextLimit - 1, u'a'));
+            QTest::keyClick(text, Qt::Key_End);
+            QTest::keyClicks(text, u"b"_s);
+            EXPECT_EQ(counted(), QString());
+            QGuiApplication::clipboard()->setText(u"cd"_s);
+            text->selectAll();
+            QTest::keyClick(text, Qt::Key_End);
+            text->paste();
+            EXPECT_EQ(text->text().size(), kFindTextLimit);
+            EXPECT_EQ(counted(), u"条件最多 10000 个字符，超出的部分没有输入"_s);
+        }
     });
 }
 

@@ -3,7 +3,6 @@
 #include "platform/pictures/picture_format.h"
 #include "platform/ui/metafile_player.h"
 
-#include <QElapsedTimer>
 #include <QtEndian>
 
 #include <algorithm>
@@ -25,8 +24,8 @@ constexpr qreal kUnplacedSide = 640;
 constexpr qsizetype kFileLimit = 16 * 1024 * 1024;
 constexpr std::size_t kRecordLimit = 200'000;
 
-/// Milliseconds that a drawing may take.
-constexpr qint64 kTimeLimit = 2000;
+/// Pixels that a drawing may fill, or what takes as long.
+constexpr qreal kWorkLimit = 1e9;
 
 template <typename Number>
 Number numberAt(QByteArrayView data, qsizetype at) {
@@ -127,12 +126,10 @@ QImage Metafile::image(QSize size) const {
         return {};
     }
     image.fill(Qt::white);
-    QElapsedTimer timer;
-    timer.start();
     MetafilePlayer player(image, window_);
     for (const MetafileRecord& record : records_) {
         player.play(record);
-        if (timer.hasExpired(kTimeLimit)) {
+        if (player.work() > kWorkLimit) {
             return {};
         }
     }

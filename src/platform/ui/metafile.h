@@ -49,7 +49,8 @@ class Metafile {
     /// Width and height in pixels, at 96 to the inch.
     QSizeF size() const { return size_; }
 
-    /// The drawing on white, filling `size`. Null when it takes too long.
+    /// The drawing on white, filling `size`. Null when its records draw more than any sensible
+    /// drawing does in that size; that depends on nothing else.
     QImage image(QSize size) const;
 
   private:

@@ -83,6 +83,8 @@ MetafilePlayer::MetafilePlayer(QImage& image, const QRectF& window)
 }
 
 void MetafilePlayer::play(const MetafileRecord& record) {
+    constexpr int kWorkOfRecord = 2000;
+    work_ += kWorkOfRecord;
     const Function* function = functionOf(record.function());
     if (function != nullptr && record.words() >= function->words) {
         (this->*function->play)(record);
@@ -261,6 +263,7 @@ void MetafilePlayer::createFont(Record record) {
 void MetafilePlayer::createPattern(Record record) {
     const QImage pattern = patternBytes_ < kPatternLimit ? bitmapIn(record.bytesFrom(2)) : QImage();
     patternBytes_ += pattern.sizeInBytes();
+    work_ += static_cast<qreal>(pattern.sizeInBytes());
     add(pattern.isNull() ? QBrush(Qt::NoBrush) : QBrush(pattern));
 }
 

@@ -28,6 +28,10 @@ class MetafilePlayer {
 
     void play(const MetafileRecord& record);
 
+    /// What has been drawn so far, counted in filled pixels: the same for the same records and size
+    /// on every machine.
+    qreal work() const { return work_; }
+
   private:
     /// Farthest place that is drawn to, in pixels; beyond it nothing is ever seen.
     static constexpr qreal kFarthestPixel = 32000;
@@ -104,6 +108,8 @@ class MetafilePlayer {
     QPolygonF pointsAt(Record record, int index, int count) const;
     qreal scaleX() const;
     qreal scaleY() const;
+    qreal visiblePixels(const QRectF& bounds) const;
+    void countShape(const QRectF& bounds, qreal outline);
     void drawShape(const QPolygonF& points, bool filled, const std::function<void()>& draw);
     void prepareShape(bool filled);
     void drawText(QByteArrayView bytes, std::vector<qreal> advances, QPointF at);
@@ -116,6 +122,7 @@ class MetafilePlayer {
     std::vector<State> saved_;
     std::vector<Object> objects_;
     std::set<std::size_t> free_;  ///< numbers that objects have had
+    qreal work_ = 0;
     qsizetype patternBytes_ = 0;  ///< of all patterns made so far
 };
 

@@ -15,6 +15,12 @@ namespace {
 
 constexpr qsizetype kLongestText = 1024;
 
+// What takes the time of filled pixels, as measured: a pixel of an outline, a pixel that is filled
+// with a pattern or scaled, and a byte of a text.
+constexpr qreal kWorkOfOutlinePixel = 100;
+constexpr qreal kWorkOfPatternPixel = 8;
+constexpr qreal kWorkOfTextByte = 10'000;
+
 quint32 operationOf(const MetafileRecord& record) {
     return static_cast<quint32>(record.word(0)) | static_cast<quint32>(record.word(1)) << 16;
 }
@@ -41,6 +47,12 @@ QPainter::CompositionMode compositionOf(quint32 operation) {
         default:
             return QPainter::CompositionMode_SourceOver;
     }
+}
+
+/// Pixels of the outline of a rectangle, or of what fills it; few of those far outside are seen.
+qreal outlineOf(const QRectF& rect) {
+    constexpr qreal kFarOutside = 10'000;
+    return std::min(2 * (rect.width() + rect.height()), kFarOutside);
 }
 
 /// Angle of a place seen from the middle of an ellipse, in degrees against the clock.
@@ -72,6 +84,28 @@ void MetafilePlayer::prepareShape(bool filled) {
     painter_.setBackgroundMode(hatched && state_.opaque ? Qt::OpaqueMode : Qt::TransparentMode);
 }
 
+/// Pixels of a rectangle that can be seen.
+qreal MetafilePlayer::visiblePixels(const QRectF& bounds) const {
+    QRectF seen = bounds.intersected(QRectF(QPointF(), size_));
+    if (state_.clip) {
+        seen = seen.intersected(*state_.clip);
+    }
+    return std::max(seen.width(), 0.0) * std::max(seen.height(), 0.0);
+}
+
+/// Counts the work of a shape with an outline of so many pixels, for which the painter has been
+/// prepared.
+void MetafilePlayer::countShape(const QRectF& bounds, qreal outline) {
+    const Qt::BrushStyle brush = painter_.brush().style();
+    if (brush != Qt::NoBrush) {
+        work_ += visiblePixels(bounds) * (brush == Qt::SolidPattern ? 1 : kWorkOfPatternPixel);
+    }
+    if (painter_.pen().style() != Qt::NoPen) {
+        work_ += outline * kWorkOfOutlinePixel +
+                 std::min(outline * painter_.pen().widthF(), size_.width() * size_.height());
+    }
+}
+
 /// Draws a shape whose outline leads through the points. The painter takes it at once, and takes
 /// minutes over some that no drawing has: those are drawn less finely, with a narrower pen, or not
 /// at all.
@@ -100,6 +134,7 @@ void MetafilePlayer::drawShape(const QPolygonF& points, bool filled,
         painter_.setPen(pen);
     }
     painter_.setRenderHint(QPainter::Antialiasing, fine);
+    countShape(points.boundingRect(), length);
     draw();
     painter_.setRenderHint(QPainter::Antialiasing);
 }
@@ -111,24 +146,32 @@ void MetafilePlayer::moveTo(Record record) {
 void MetafilePlayer::lineTo(Record record) {
     const QPointF from = toPixels(state_.position);
     moveTo(record);
+    const QPointF to = toPixels(state_.position);
     prepareShape(false);
-    painter_.drawLine(from, toPixels(state_.position));
+    countShape({}, std::min((to - from).manhattanLength(), size_.width() + size_.height()));
+    painter_.drawLine(from, to);
 }
 
 void MetafilePlayer::rectangle(Record record) {
+    const QRectF rect = rectAt(record, 0);
     prepareShape(true);
-    painter_.drawRect(rectAt(record, 0));
+    countShape(rect, outlineOf(rect));
+    painter_.drawRect(rect);
 }
 
 void MetafilePlayer::roundRectangle(Record record) {
+    const QRectF rect = rectAt(record, 2);
     prepareShape(true);
-    painter_.drawRoundedRect(rectAt(record, 2), std::abs(record.number(1) * scaleX()) / 2,
+    countShape(rect, outlineOf(rect));
+    painter_.drawRoundedRect(rect, std::abs(record.number(1) * scaleX()) / 2,
                              std::abs(record.number(0) * scaleY()) / 2);
 }
 
 void MetafilePlayer::ellipse(Record record) {
+    const QRectF rect = rectAt(record, 0);
     prepareShape(true);
-    painter_.drawEllipse(rectAt(record, 0));
+    countShape(rect, outlineOf(rect));
+    painter_.drawEllipse(rect);
 }
 
 /// From the first place to the second one, against the clock: an arc, a piece of cake or a part cut
@@ -144,6 +187,7 @@ void MetafilePlayer::arc(Record record) {
     const int from = qRound(start * kUnitsPerDegree);
     const int length = qRound(span * kUnitsPerDegree);
     prepareShape(record.function() == kPie || record.function() == kChord);
+    countShape(ellipse, outlineOf(ellipse));
     if (record.function() == kPie) {
         painter_.drawPie(ellipse, from, length);
     } else if (record.function() == kChord) {
@@ -206,6 +250,7 @@ void MetafilePlayer::polygons(Record record) {
 void MetafilePlayer::drawText(QByteArrayView bytes, std::vector<qreal> advances, QPointF at) {
     MetafileText text;
     text.bytes = bytes.first(std::min(bytes.size(), kLongestText));
+    work_ += static_cast<qreal>(text.bytes.size()) * kWorkOfTextByte;
     text.advances = std::move(advances);
     const bool follows = (state_.align & AlignUpdatesPosition) != 0;
     text.at = toPixels(follows ? state_.position : at);
@@ -266,6 +311,7 @@ void MetafilePlayer::extendedTextOut(Record record) {
 
 void MetafilePlayer::fillPattern(Record record) {
     const QRectF target = extentAt(record, 2);
+    work_ += visiblePixels(target) * kWorkOfPatternPixel;
     switch (operationOf(record)) {
         case Blackness:
             painter_.fillRect(target, Qt::black);
@@ -283,6 +329,7 @@ void MetafilePlayer::fillPattern(Record record) {
 void MetafilePlayer::drawBits(Record record, int bitsIndex, quint32 operation, const QRectF& target,
                               const QRectF& source, bool fromBottom) {
     QImage image = bitmapIn(record.bytesFrom(bitsIndex));
+    work_ += static_cast<qreal>(image.sizeInBytes()) + visiblePixels(target) * kWorkOfPatternPixel;
     if (image.isNull() || source.isEmpty() || operation == LeaveAlone) {
         return;
     }

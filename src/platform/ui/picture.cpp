@@ -25,10 +25,11 @@ Picture Picture::read(const QString& path, qint64 pixelLimit) {
     return fromBytes(file.readAll(), pixelLimit, kEnoughPixels);
 }
 
-Picture Picture::fromBytes(const QByteArray& data, qint64 pixelLimit, int enough) {
+Picture Picture::fromBytes(const QByteArray& data, qint64 pixelLimit, int enough,
+                           const MemoryRequest& memory) {
     Picture picture;
     if (!Metafile::isMetafile(data)) {
-        RasterPicture raster = readRaster(data, pixelLimit, enough);
+        RasterPicture raster = readRaster(data, pixelLimit, enough, memory);
         if (!raster.image.isNull()) {
             picture.size_ = raster.size;
             picture.pixels_ = std::move(raster.image);

@@ -21,8 +21,9 @@ class Picture {
     static Picture read(const QString& path, qint64 pixelLimit = kPixelLimit);
 
     /// The same from the content of a file, read in fewer pixels as long as its longer side keeps
-    /// `enough` of them. Can be called in any thread.
-    static Picture fromBytes(const QByteArray& data, qint64 pixelLimit, int enough);
+    /// `enough` of them. `memory` is asked for what the pixels take. Can be called in any thread.
+    static Picture fromBytes(const QByteArray& data, qint64 pixelLimit, int enough,
+                             const MemoryRequest& memory = {});
 
     bool isNull() const { return size_.isEmpty(); }
 
@@ -30,7 +31,7 @@ class Picture {
     QSize size() const { return size_; }
 
     /// The picture at `size`, not empty, whose proportions are kept only if `size` has them. A
-    /// drawing that once took too long is from then on scaled from a small version.
+    /// drawing that once drew too much is from then on scaled from a small version.
     QImage image(QSize size) const;
 
     /// Most pixels that a picture may have.
@@ -39,7 +40,7 @@ class Picture {
   private:
     QSize size_;
     QImage pixels_;  ///< of a drawing, a small version that is scaled where no other could be drawn
-    mutable std::optional<Metafile> drawing_;  ///< as long as it can be drawn in time
+    mutable std::optional<Metafile> drawing_;  ///< as long as it does not draw too much
 };
 
 }  // namespace varo::ui

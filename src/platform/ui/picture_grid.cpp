@@ -2,6 +2,7 @@
 
 #include "platform/ui/colors.h"
 #include "platform/ui/icons.h"
+#include "platform/ui/shown_text.h"
 
 #include <QKeyEvent>
 #include <QPainter>
@@ -54,15 +55,15 @@ class PictureGrid::Delegate : public QStyledItemDelegate {
             paintPlaceholder(painter, box, palette, row);
             return;
         }
-        const qreal ratio = painter.device()->devicePixelRatioF();
         QSizeF size = image.deviceIndependentSize();
         if (size.width() > grid_.side() || size.height() > grid_.side()) {
             size.scale(grid_.side(), grid_.side(), Qt::KeepAspectRatio);
         }
-        // On whole device pixels, or the picture would be blurred.
-        const auto whole = [ratio](qreal place) { return std::round(place * ratio) / ratio; };
-        const QPointF corner(whole(box.left() + (box.width() - size.width()) / 2),
-                             whole(box.top() + (box.height() - size.height()) / 2));
+        // On whole pixels of the device, or the picture would be blurred.
+        const QTransform toDevice = painter.deviceTransform();
+        const QPointF middle = QRectF(box).center();
+        const QPointF corner = toDevice.inverted().map(
+            QPointF(toDevice.map(middle - QPointF(size.width(), size.height()) / 2).toPoint()));
         painter.save();
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         if (image.hasAlphaChannel()) {
@@ -95,7 +96,7 @@ class PictureGrid::Delegate : public QStyledItemDelegate {
         painter.save();
         painter.setPen(cell.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text));
         painter.drawText(line, Qt::AlignHCenter | Qt::AlignVCenter,
-                         cell.fontMetrics.elidedText(text, Qt::ElideRight, line.width()));
+                         inOneLine(text, cell.fontMetrics, line.width()));
         painter.restore();
     }
 

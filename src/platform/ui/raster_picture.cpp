@@ -86,26 +86,31 @@ QByteArray formatOf(QByteArrayView data) {
 // The readers fill up a picture whose file ends early and call that a success, so the end of the
 // picture is looked for in the file itself.
 
+bool isTextChunk(QByteArrayView type) {
+    return type == "zTXt" || type == "iTXt" || type == "tEXt";
+}
+
 /// The png up to its end, without its texts, which gigabytes may be packed in. Empty unless its
 /// chunks lead to a complete IEND chunk.
-QByteArray withoutTexts(QByteArrayView png) {
+QByteArray withoutTexts(const QByteArray& png) {
     constexpr qint64 kChunkFrame = 12;
-    QByteArray result = png.first(kPngSignatureSize).toByteArray();
+    QByteArray result;
+    qint64 kept = 0;  // from where on the chunks are still to be taken over
     qint64 at = kPngSignatureSize;
     while (at + kChunkFrame <= png.size()) {
         const qint64 size = kChunkFrame + bigEndianAt<quint32>(png, at);
         if (at + size > png.size()) {
             break;
         }
-        const QByteArrayView chunk = png.sliced(at, size);
-        const QByteArrayView type = chunk.sliced(4, 4);
-        if (type != "zTXt" && type != "iTXt" && type != "tEXt") {
-            result.append(chunk);
-        }
-        if (type == "IEND") {
-            return result;
+        const QByteArrayView type = QByteArrayView(png).sliced(at + 4, 4);
+        if (isTextChunk(type)) {
+            result.append(QByteArrayView(png).sliced(kept, at - kept));
+            kept = at + size;
         }
         at += size;
+        if (type == "IEND") {
+            return kept == 0 ? png : result.append(QByteArrayView(png).sliced(kept, at - kept));
+        }
     }
     return {};
 }
@@ -113,7 +118,8 @@ QByteArray withoutTexts(QByteArrayView png) {
 /// A jpg is whole when its segments, and the coded data between them, lead to an end-of-image
 /// marker. An end marker inside a segment belongs to a thumbnail. Each scan goes through all of the
 /// picture, however little it brings: one with more scans than any sensible writer makes is none.
-bool isWholeJpeg(QByteArrayView data) {
+/// Returns the number of scans of a whole one, else 0.
+int scansOfWholeJpeg(QByteArrayView data) {
     constexpr int kScanLimit = 32;
     constexpr uchar kPrefix = 0xFF;
     constexpr uchar kEndOfImage = 0xD9;
@@ -131,7 +137,7 @@ bool isWholeJpeg(QByteArrayView data) {
         }
         const uchar marker = byteAt(at + 1);
         if (marker == kEndOfImage) {
-            return true;
+            return scans;
         }
         at += 2;
         if (standsAlone(marker)) {
@@ -139,11 +145,11 @@ bool isWholeJpeg(QByteArrayView data) {
         }
         scans += marker == kStartOfScan ? 1 : 0;
         if (at + 2 > data.size() || scans > kScanLimit) {
-            return false;
+            return 0;
         }
         at += bigEndianAt<quint16>(data, at);
     }
-    return false;
+    return 0;
 }
 
 /// A bmp is whole when it holds all the pixel bytes that its header announces.
@@ -180,9 +186,34 @@ QSize reduced(QSize size, int enough) {
     return size;
 }
 
+/// Most bytes that a reader takes to make an image of `wanted` pixels of a picture of `size`. The
+/// readers of a jpg with one scan, and of a png whose rows stand in their order, keep only the rows
+/// that they make smaller.
+qint64 memoryFor(const QImageReader& reader, QByteArrayView data, QSize size, QSize wanted,
+                 int scans) {
+    constexpr int kPngInterlace = 28;
+    constexpr int kUsualBits = 32;
+    constexpr int kCoefficientBits = 48;  // of the three channels of a pixel of a jpg
+    const auto bytesOf = [](QSize pixels, int bits) {
+        return qint64{pixels.width()} * pixels.height() * bits / 8;
+    };
+    const QImage::Format format = reader.imageFormat();
+    const int bits = format == QImage::Format_Invalid
+                         ? kUsualBits
+                         : int{QImage::toPixelFormat(format).bitsPerPixel()};
+    const qint64 made = bytesOf(wanted, std::max(bits, kUsualBits));
+    if (reader.format() == "jpeg") {
+        return made + (scans == 1 && wanted != size ? 0 : bytesOf(size, kCoefficientBits));
+    }
+    const bool isReadByRows =
+        wanted != size && reader.format() == "png" && data[kPngInterlace] == 0;
+    return made + (isReadByRows ? 0 : bytesOf(size, bits));
+}
+
 }  // namespace
 
-RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough) {
+RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough,
+                         const MemoryRequest& memory) {
     if (data.size() > rasterFileLimit(pixelLimit)) {
         return {};
     }
@@ -190,7 +221,8 @@ RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough) {
     if (format == "png") {
         data = withoutTexts(data);
     }
-    if (format.isEmpty() || data.isEmpty() || (format == "jpeg" && !isWholeJpeg(data))) {
+    const int scans = format == "jpeg" ? scansOfWholeJpeg(data) : 1;
+    if (format.isEmpty() || data.isEmpty() || scans == 0) {
         return {};
     }
     QBuffer buffer(&data);
@@ -204,8 +236,12 @@ RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough) {
         (format == "bmp" && !isWholeBmp(data, size))) {
         return {};
     }
+    const QSize wanted = reduced(size, enough);
+    if (memory && !memory(memoryFor(reader, data, size, wanted, scans))) {
+        return {};
+    }
     const AllocationLimit limit(pixelLimit * kBytesPerPixel);
-    if (const QSize wanted = reduced(size, enough); wanted != size) {
+    if (wanted != size) {
         reader.setScaledSize(wanted);
     }
     const bool isRotated =

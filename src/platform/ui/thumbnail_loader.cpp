@@ -4,11 +4,13 @@
 
 #include <QCoreApplication>
 #include <QMutex>
+#include <QSemaphore>
 #include <QThreadPool>
 #include <QTimerEvent>
 
 #include <algorithm>
 #include <exception>
+#include <numeric>
 #include <utility>
 
 namespace varo::ui {
@@ -18,6 +20,13 @@ namespace {
 /// Most pictures whose bytes are held by workers at a time.
 constexpr int kMostDecoding = 3;
 
+/// No further picture is read while workers hold more bytes of pictures.
+constexpr qsizetype kMostHeld = 64 * 1024 * 1024;
+
+/// Milliseconds before a picture that could not be read is tried again: at first, and at most.
+constexpr int kFirstPause = 100;
+constexpr int kLongestPause = 5000;
+
 constexpr int kKibibyte = 1024;
 constexpr int kBytesPerPixel = 4;
 
@@ -26,10 +35,35 @@ QEvent::Type resultEvent() {
     return type;
 }
 
+/// What one worker takes of the memory that they all share, waited for if need be.
+class DecodingMemory {
+  public:
+    explicit DecodingMemory(QSemaphore& mebibytes) : mebibytes_(mebibytes) {}
+    ~DecodingMemory() { mebibytes_.release(taken_); }
+    Q_DISABLE_COPY_MOVE(DecodingMemory)
+
+    /// False for more than there is; to be called once.
+    bool take(qint64 bytes) {
+        const qint64 wanted = (bytes >> 20) + 1;
+        if (wanted > ThumbnailLoader::kDecodingMebibytes) {
+            return false;
+        }
+        taken_ = static_cast<int>(wanted);
+        mebibytes_.acquire(taken_);
+        return true;
+    }
+
+  private:
+    QSemaphore& mebibytes_;
+    int taken_ = 0;
+};
+
 /// Null when the bytes are no picture.
-QImage makeThumbnail(const QByteArray& bytes, int side, qreal ratio) {
-    const auto box = static_cast<int>(side * ratio);
-    const Picture picture = Picture::fromBytes(bytes, Picture::kPixelLimit, box);
+QImage makeThumbnail(const QByteArray& bytes, int side, qreal ratio, QSemaphore& mebibytes) {
+    const int box = qRound(side * ratio);
+    DecodingMemory memory(mebibytes);
+    const Picture picture = Picture::fromBytes(bytes, Picture::kPixelLimit, box,
+                                               [&](qint64 needed) { return memory.take(needed); });
     if (picture.isNull()) {
         return {};
     }
@@ -60,6 +94,7 @@ struct ThumbnailLoader::Mailbox {
         }
     }
 
+    QSemaphore mebibytes{kDecodingMebibytes};
     QMutex mutex;
     QObject* receiver = nullptr;  ///< null once the loader has been destroyed
     std::vector<Result> results;
@@ -83,6 +118,8 @@ void ThumbnailLoader::setSource(PictureBytes* source) {
     ++generation_;
     wanted_.clear();
     idle_.stop();
+    retry_.stop();
+    postponed_.clear();
     reading_.reset();
     bytes_.clear();
     decoding_.clear();
@@ -102,6 +139,9 @@ void ThumbnailLoader::want(std::vector<int> pictures, int side, qreal ratio) {
         source_->endReading();
         reading_.reset();
     }
+    postponed_.removeIf([this](const auto& each) {
+        return std::ranges::find(wanted_, each.key()) == wanted_.end();
+    });
     if (source_ != nullptr && !idle_.isActive()) {
         idle_.start(0, this);
     }
@@ -110,6 +150,10 @@ void ThumbnailLoader::want(std::vector<int> pictures, int side, qreal ratio) {
 /// Whether an image of the wanted size is to be made.
 bool ThumbnailLoader::isWanted(int picture) const {
     if (unreadable_.contains(picture) || decoding_.contains(picture)) {
+        return false;
+    }
+    if (const auto postponed = postponed_.find(picture);
+        postponed != postponed_.end() && !postponed->until.hasExpired()) {
         return false;
     }
     const Thumbnail* made = made_.object(picture);
@@ -125,6 +169,26 @@ std::optional<int> ThumbnailLoader::nextPicture() {
 void ThumbnailLoader::timerEvent(QTimerEvent* event) {
     if (event->timerId() == idle_.timerId()) {
         readOn();
+    } else if (event->timerId() == retry_.timerId()) {
+        retry_.stop();
+        idle_.start(0, this);
+    }
+}
+
+void ThumbnailLoader::postpone(int picture) {
+    const auto before = postponed_.find(picture);
+    const int pause = before == postponed_.end()
+                          ? kFirstPause
+                          : std::min(2 * before->milliseconds, kLongestPause);
+    postponed_.insert(picture, {QDeadlineTimer(pause), pause});
+}
+
+/// Reads on when the first of the postponed pictures is to be tried again.
+void ThumbnailLoader::waitForPostponed() {
+    if (!postponed_.isEmpty()) {
+        const auto first = std::ranges::min_element(
+            postponed_, {}, [](const Postponed& each) { return each.until.deadline(); });
+        retry_.start(static_cast<int>(first->until.remainingTime()) + 1, this);
     }
 }
 
@@ -134,8 +198,12 @@ void ThumbnailLoader::readOn() {
         reading_ = nextPicture();
         bytes_.clear();
     }
-    if (!reading_ || decoding_.size() >= kMostDecoding) {
+    const auto held = std::accumulate(decoding_.cbegin(), decoding_.cend(), qsizetype{0});
+    if (!reading_ || decoding_.size() >= kMostDecoding || held > kMostHeld) {
         idle_.stop();
+        if (!reading_) {
+            waitForPostponed();
+        }
         return;
     }
     const int picture = *reading_;
@@ -144,7 +212,12 @@ void ThumbnailLoader::readOn() {
             break;
         case PictureBytes::Read::All:
             reading_.reset();
+            postponed_.remove(picture);
             decode(picture);
+            break;
+        case PictureBytes::Read::Later:
+            reading_.reset();
+            postpone(picture);
             break;
         case PictureBytes::Read::None:
             reading_.reset();
@@ -155,13 +228,13 @@ void ThumbnailLoader::readOn() {
 }
 
 void ThumbnailLoader::decode(int picture) {
-    decoding_.insert(picture);
+    decoding_.insert(picture, bytes_.size());
     QThreadPool::globalInstance()->start([mailbox = mailbox_, bytes = std::exchange(bytes_, {}),
                                           generation = generation_, picture, side = side_,
                                           ratio = ratio_] {
         Thumbnail thumbnail{side, ratio, {}};
         try {
-            thumbnail.image = makeThumbnail(bytes, side, ratio);
+            thumbnail.image = makeThumbnail(bytes, side, ratio, mailbox->mebibytes);
         } catch (const std::exception&) {  // no memory: the same as no picture
         }
         mailbox->put({generation, picture, std::move(thumbnail)});

@@ -3,6 +3,8 @@
 #include <QBasicTimer>
 #include <QByteArray>
 #include <QCache>
+#include <QDeadlineTimer>
+#include <QHash>
 #include <QImage>
 #include <QObject>
 #include <QSet>
@@ -18,12 +20,13 @@ namespace varo::ui {
 /// at a time; each call should take a fraction of a display frame.
 class PictureBytes {
   public:
-    enum class Read { Part, All, None };
+    enum class Read { Part, All, Later, None };
 
     virtual ~PictureBytes() = default;
 
     /// Appends the next bytes of a picture to `bytes`, which are those read before, at first none.
-    /// Returns whether they are all; None when they cannot be read.
+    /// Returns whether they are all; Later when they cannot be read just then, None when they
+    /// cannot be read at all.
     virtual Read readBytes(int picture, QByteArray& bytes) = 0;
 
     /// The picture that was read last is not wanted any more.
@@ -31,7 +34,10 @@ class PictureBytes {
 };
 
 /// Makes small images of pictures: reads their bytes while the interface is idle, decodes them in
-/// other threads, and keeps the images in a cache of 64 MB. It may be destroyed at any time.
+/// other threads, and keeps the images in a cache of 64 MB. What cannot be read just then is tried
+/// again, after longer and longer pauses, as long as it is wanted. A picture whose decoding would
+/// take more than kDecodingMebibytes is unreadable, and all that are decoded at a time take no more
+/// than that. It may be destroyed at any time.
 class ThumbnailLoader : public QObject {
     Q_OBJECT
 
@@ -58,6 +64,9 @@ class ThumbnailLoader : public QObject {
     /// Most bytes of the images that are kept.
     static constexpr qint64 kCacheBytes = 64 * 1024 * 1024;
 
+    /// Most memory, but for the pictures' own bytes, that decoding takes.
+    static constexpr int kDecodingMebibytes = 256;
+
   signals:
     /// The image of a picture has been made, or the picture turned out to be unreadable.
     void loaded(int picture);
@@ -74,9 +83,17 @@ class ThumbnailLoader : public QObject {
         QImage image;
     };
 
+    /// When a picture is to be tried again, and the pause before that.
+    struct Postponed {
+        QDeadlineTimer until;
+        int milliseconds;
+    };
+
     bool isWanted(int picture) const;
     std::optional<int> nextPicture();
     void readOn();
+    void postpone(int picture);
+    void waitForPostponed();
     void decode(int picture);
     void takeResults();
 
@@ -87,9 +104,11 @@ class ThumbnailLoader : public QObject {
     QBasicTimer idle_;
     std::optional<int> reading_;  ///< the picture whose bytes are being read
     QByteArray bytes_;            ///< those read so far
-    QSet<int> decoding_;
-    int generation_ = 0;           ///< of the source; results for a former one do not count
-    QCache<int, Thumbnail> made_;  ///< costs are in kibibytes
+    QBasicTimer retry_;
+    QHash<int, Postponed> postponed_;
+    QHash<int, qsizetype> decoding_;  ///< with the number of bytes that each has
+    int generation_ = 0;              ///< of the source; results for a former one do not count
+    QCache<int, Thumbnail> made_;     ///< costs are in kibibytes
     QSet<int> unreadable_;
     std::shared_ptr<Mailbox> mailbox_;
 };
