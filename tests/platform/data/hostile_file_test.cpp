@@ -122,6 +122,9 @@ TEST_F(HostileFile, WithWhatIsNoJournalOfItIsRefusedAndNothingIsTouched) {
         {"names a victim, unsynced", "-journal",
          containing(journal(3, 4096, victim.toUtf8()).replace(0, 12, QByteArray(12, '\0')))},
         {"foreign pages", "-journal", containing(journal(3, 1024))},
+        {"an earlier file", "-journal",
+         containing(journal(1, 4096).replace(8, 4, bigEndian(1)) + bigEndian(1) +
+                    (QByteArray(24, '\0') + bigEndian(4711)).leftJustified(4096 + 4, '\0'))},
         {"endless file", "-journal", containing(journal(1U << 31, 4096))},
         {"text", "-journal", containing("The journal of my journey to the west, in 12 chapters")},
         {"text", "-wal", containing("The journal of my journey to the west, in 12 chapters")},
