@@ -91,11 +91,16 @@ void requireReplaceable(const QString& path, bool force) {
 }
 
 void removeForeignSideFiles(const QString& path) {
+    bool areOwn = true;
     try {
         data::requireSideFilesOf(path, data::databaseHeader(path));
     } catch (const data::Error&) {
-        for (const SideFile& kind : kSideFiles) {
-            QFile::remove(path + QLatin1StringView(kind.suffix));
+        areOwn = false;
+    }
+    for (const SideFile& kind : kSideFiles) {
+        const QString file = path + QLatin1StringView(kind.suffix);
+        if (!areOwn || !beginsAs(file, kind)) {
+            QFile::remove(file);
         }
     }
 }
