@@ -1,8 +1,10 @@
 // Operations of several steps on a library that cannot be read or written at that moment, whole or
 // in part.
 
+#include "library/condition_text.h"
 #include "library/folders.h"
 #include "library/open_libraries.h"
+#include "library/property_session.h"
 #include "support/file_limit.h"
 #include "support/file_recorder.h"
 #include "support/no_waiting.h"
@@ -212,10 +214,13 @@ TEST(Obstacles, AFullDiskStopsWhatWritesAnywhereWithoutHarm) {
     }
 }
 
-/// Every disk that a crash can leave, opened again.
-TEST(Obstacles, ACrashAnywhereLeavesWhatWasOrWhatIsThenInTheLibrary) {
+/// Everything that a library can hold after a crash which left some of `changes`; `count` receives
+/// how many disks there can be then.
+QSet<QStringList> contentsAfterCrashes(const QString& library, const QByteArray& before,
+                                       const std::vector<FileChange>& changes, int& count) {
     TestLibrary after;
-    const auto contentAfterCrash = [&](const Disk& disk, const QString& library) {
+    QSet<QStringList> contents;
+    count = forEachCrash({{library, before}}, changes, [&](const Disk& disk) {
         after.connection().close();
         for (const QString& each : {library, library + u"-journal"_s}) {
             const QString path = after.path() + each.mid(library.size());
@@ -226,29 +231,51 @@ TEST(Obstacles, ACrashAnywhereLeavesWhatWasOrWhatIsThenInTheLibrary) {
         }
         after.connection().open(after.path());
         EXPECT_EQ(after.connection().damages(), QStringList());
-        return after.content();
-    };
+        contents.insert(after.content());
+    });
+    return contents;
+}
+
+TEST(Obstacles, ACrashAnywhereLeavesWhatWasOrWhatIsThenInTheLibrary) {
     for (const auto& [name, writes, run] : kOperations) {
         SCOPED_TRACE(name);
         Trial on;
         const QStringList before = on.first.content();
-        const Disk disk{{on.first.path(), fileContent(on.first.path())}};
-        std::vector<FileChange> changes;
-        {
-            const FileRecorder recorder;
-            on.library.close();
-            EXPECT_TRUE(on.library.open(1));
-            EXPECT_TRUE(run(on));
-            on.library.close();
-            changes = recorder.changes();
-        }
-        QSet<QStringList> found;
-        const int crashes = forEachCrash(disk, changes, [&](const Disk& left) {
-            found.insert(contentAfterCrash(left, on.first.path()));
-        });
-        EXPECT_EQ(found, (QSet<QStringList>{before, on.first.content()}));
+        const QByteArray file = fileContent(on.first.path());
+        const FileRecorder recorder;
+        on.library.close();
+        EXPECT_TRUE(on.library.open(1));
+        EXPECT_TRUE(run(on));
+        int crashes = 0;
+        EXPECT_EQ(contentsAfterCrashes(on.first.path(), file, recorder.changes(), crashes),
+                  (QSet<QStringList>{before, on.first.content()}));
         EXPECT_EQ(crashes > 20, writes);
     }
+}
+
+/// A filter is saved, what is pending committed; then one is saved and taken back.
+TEST(Obstacles, ACrashWhileThePropertiesAreEditedLeavesEachStepWholeOrUndone) {
+    TestLibrary library;
+    const qint32 formula = library.addFormula(0, u"弯曲"_s);
+    library.addProperty(1, u"形"_s, 0, formula, NodeTypeFormula);
+    const QByteArray file = fileContent(library.path());
+    QSet<QStringList> steps{library.content()};
+    const QTemporaryDir own;
+    const FileRecorder recorder;
+    PropertySession session(own.path() + u'/', library.funcs());
+    for (const bool isCommitted : {true, false}) {
+        ASSERT_EQ(session.SetConnection(library.folder(), library.fileName(), {}), QString());
+        ASSERT_EQ(session.InitForm(formula, NodeTypeFormula), QString());
+        EXPECT_TRUE(session.saveFilter(1, parseCondition(u"a = 1 and b = 2"_s).tree).isDone);
+        steps.insert(library.content());
+        session.rename(1, u"新"_s);
+        session.rename(*session.add(), u"另"_s);
+        EXPECT_EQ(isCommitted ? session.commit() : session.cancel(), QString());
+        steps.insert(library.content());
+    }
+    int crashes = 0;
+    EXPECT_EQ(contentsAfterCrashes(library.path(), file, recorder.changes(), crashes), steps);
+    EXPECT_EQ(steps.size(), 4);
 }
 
 }  // namespace
