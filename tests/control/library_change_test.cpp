@@ -142,6 +142,8 @@ TEST_F(ChangingLibraries, KilledAtAnyPointItLeavesTheOldOrTheNewList) {
     for (int n = 1;; ++n) {
         QFile::remove(backup());
         write(path(), before_);
+        QString error;
+        ASSERT_TRUE(configuration_.ReadConfigFile(folder(), error));
         const auto isKilled = killedBeforeChange(n, [this] { change([] { return true; }); });
         if (!isKilled) {
             GTEST_SKIP() << "a process cannot be watched here";

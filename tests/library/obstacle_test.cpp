@@ -242,12 +242,15 @@ TEST(Obstacles, ACrashAnywhereLeavesWhatWasOrWhatIsThenInTheLibrary) {
         Trial on;
         const QStringList before = on.first.content();
         const QByteArray file = fileContent(on.first.path());
-        const FileRecorder recorder;
+        std::optional<FileRecorder> recorder(std::in_place);
         on.library.close();
         EXPECT_TRUE(on.library.open(1));
         EXPECT_TRUE(run(on));
+        on.library.close();
+        const std::vector<FileChange> changes = recorder->changes();
+        recorder.reset();
         int crashes = 0;
-        EXPECT_EQ(contentsAfterCrashes(on.first.path(), file, recorder.changes(), crashes),
+        EXPECT_EQ(contentsAfterCrashes(on.first.path(), file, changes, crashes),
                   (QSet<QStringList>{before, on.first.content()}));
         EXPECT_EQ(crashes > 20, writes);
     }
@@ -261,20 +264,24 @@ TEST(Obstacles, ACrashWhileThePropertiesAreEditedLeavesEachStepWholeOrUndone) {
     const QByteArray file = fileContent(library.path());
     QSet<QStringList> steps{library.content()};
     const QTemporaryDir own;
-    const FileRecorder recorder;
-    PropertySession session(own.path() + u'/', library.funcs());
+    std::optional<FileRecorder> recorder(std::in_place);
     for (const bool isCommitted : {true, false}) {
+        PropertySession session(own.path() + u'/', library.funcs());
         ASSERT_EQ(session.SetConnection(library.folder(), library.fileName(), {}), QString());
         ASSERT_EQ(session.InitForm(formula, NodeTypeFormula), QString());
-        EXPECT_TRUE(session.saveFilter(1, parseCondition(u"a = 1 and b = 2"_s).tree).isDone);
+        EXPECT_TRUE(
+            session.saveFilter(1, parseCondition(isCommitted ? u"a = 1"_s : u"b > 2"_s).tree)
+                .isDone);
         steps.insert(library.content());
         session.rename(1, u"新"_s);
         session.rename(*session.add(), u"另"_s);
         EXPECT_EQ(isCommitted ? session.commit() : session.cancel(), QString());
         steps.insert(library.content());
     }
+    const std::vector<FileChange> changes = recorder->changes();
+    recorder.reset();
     int crashes = 0;
-    EXPECT_EQ(contentsAfterCrashes(library.path(), file, recorder.changes(), crashes), steps);
+    EXPECT_EQ(contentsAfterCrashes(library.path(), file, changes, crashes), steps);
     EXPECT_EQ(steps.size(), 4);
 }
 
