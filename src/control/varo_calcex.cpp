@@ -29,7 +29,6 @@
 #include <QPointer>
 #include <QStandardPaths>
 #include <QTimer>
-#include <QTimer>
 #include <QUrl>
 
 namespace varo {

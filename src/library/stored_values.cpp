@@ -15,6 +15,29 @@ bool isZero(const QString& value) {
     return number.has_value() && *number == 0;
 }
 
+/// Adds the values in the rows, but for those that are known. Returns false when reading fails.
+template <class IsKnown>
+bool addRows(data::Recordset& rs, colVarInfo& variables, IsKnown isKnown) {
+    return attempt([&] {
+        const int name = rs.column(u"VarName");
+        const int owner = rs.column(u"FormulaID");
+        const int value = rs.column(u"Value");
+        const int source = rs.column(u"VarSourceType");
+        const int memo = rs.column(u"VarMemo");
+        for (; !rs.atEnd(); rs.moveNext()) {
+            const QString variable = rs.text(name, kShownTextLimit);
+            if (!isKnown(variable, rs.integer(owner))) {
+                bool added = false;
+                variables.Add(variable, rs.integer(owner), rs.text(value, kShownTextLimit),
+                              rs.integer(source), rs.text(memo, kShownTextLimit), QString(), added);
+            }
+        }
+    });
+}
+
+/// A file without an index is read from its start to its end for each variable.
+constexpr qsizetype kReadOneByOne = 64;
+
 }  // namespace
 
 QString valueNotStoredMessage() {
@@ -31,20 +54,8 @@ bool LoadVarCache(const QString& name, qint32 formulaID, data::Connection& conne
         return false;
     }
     const bool unownedKnown = variables.Find(name, 0) != nullptr;
-    return attempt([&] {
-        const int value = rs.column(u"Value");
-        const int memo = rs.column(u"VarMemo");
-        for (; !rs.atEnd(); rs.moveNext()) {
-            const qint32 owner = rs.integer(u"FormulaID");
-            if (owner == 0 && unownedKnown) {
-                continue;
-            }
-            bool added = false;
-            variables.Add(rs.text(u"VarName"), owner, rs.text(value, kShownTextLimit),
-                          rs.integer(u"VarSourceType"), rs.text(memo, kShownTextLimit), QString(),
-                          added);
-        }
-    });
+    return addRows(rs, variables,
+                   [&](const QString&, qint32 owner) { return owner == 0 && unownedKnown; });
 }
 
 bool StoredValues::load(const QString& name, qint32 formulaID) {
@@ -52,11 +63,21 @@ bool StoredValues::load(const QString& name, qint32 formulaID) {
                         library_.funcs());
 }
 
+bool StoredValues::loadAll(qint32 formulaID) {
+    data::Recordset rs;
+    colVarInfo& variables = library_.variables();
+    return library_.funcs().GetVarInfoByFormulaID(formulaID, rs, library_.connection()) &&
+           addRows(rs, variables, [&](const QString& name, qint32 owner) {
+               return variables.Find(name, owner) != nullptr;
+           });
+}
+
 std::vector<StoredValue> StoredValues::valuesOf(const QStringList& names, qint32 formulaID) {
     std::vector<StoredValue> values;
-    bool readable = true;
+    const bool areMany = names.size() > kReadOneByOne;
+    bool readable = !areMany || loadAll(formulaID);
     for (const QString& name : names) {
-        readable = readable && load(name, formulaID);
+        readable = readable && (areMany || load(name, formulaID));
         values.push_back(known(name, formulaID, readable));
     }
     return values;

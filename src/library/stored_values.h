@@ -63,6 +63,7 @@ class StoredValues {
   private:
     StoredValue known(const QString& name, qint32 formulaID, bool isRead);
     bool load(const QString& name, qint32 formulaID);
+    bool loadAll(qint32 formulaID);
     QString changeOwn(clsVarInfo& own, const QString& value);
     QString addOwn(const QString& name, qint32 formulaID, const QString& value);
 

@@ -96,6 +96,8 @@ class clsDBFuncs {
     /// same time however many formulas use the name.
     bool GetVarInfoOfFormula(const QString& varName, qint32 formulaID, data::Recordset& rs,
                              data::Connection& conn);
+    /// The rows of all variables that the formula can see.
+    bool GetVarInfoByFormulaID(qint32 formulaID, data::Recordset& rs, data::Connection& conn);
     /// The distinct parameters (column VarMemo) of all variables with this source, in alphabetical
     /// order.
     bool GetVarMemoBySourceType(qint32 varSourceType, data::Recordset& rs, data::Connection& conn);

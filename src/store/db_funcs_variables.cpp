@@ -21,6 +21,12 @@ bool clsDBFuncs::GetVarInfoOfFormula(const QString& varName, qint32 formulaID, d
                 {varName, varName.toLower(), varName.toUpper(), formulaID});
 }
 
+bool clsDBFuncs::GetVarInfoByFormulaID(qint32 formulaID, data::Recordset& rs,
+                                       data::Connection& conn) {
+    return list(rs, conn, QStringLiteral("Select * From RecentVar Where FormulaID In (?,0)"),
+                {formulaID});
+}
+
 bool clsDBFuncs::GetVarMemoBySourceType(qint32 varSourceType, data::Recordset& rs,
                                         data::Connection& conn) {
     return list(rs, conn,

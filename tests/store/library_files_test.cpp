@@ -67,7 +67,7 @@ TEST_F(LibraryFile, IsRefusedWhenItWouldLoseOrInventRows) {
          "Select ID + 1 From N) Select ID, 'a' Name, 0 PID, ID OrderID From N"},
         {Refused, "Drop Table Tree; Create Virtual Table Tree Using fts5(ID, Name, PID, OrderID)"},
         {Refused, "Alter Table Tree Add Computed As (zeroblob(1000000000))"},
-        {Refused, "Alter Table FilterCond Add Checked Check (Checked < 3)"},
+        {Refused, "Alter Table FilterCond Add C Check (C < 3)"},
         {Refused, "Create Index I On Formula (length(Name))"},
         {Refused, "Create Index I On TableInfo (PrptyVal) Where PrptyVal Like '%a%'"},
         {Refused,

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QtEndian>
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <filesystem>
@@ -19,7 +20,8 @@ namespace {
 constexpr QByteArrayView kSignature("SQLite format 3\0", 16);
 constexpr QByteArrayView kJournalMagic("\xD9\xD5\x05\xF9\x20\xA1\x63\xD7", 8);
 
-constexpr int kDatabaseHead = 20;
+constexpr int kDatabaseHead = 28;
+constexpr int kChanges = 24;
 constexpr int kJournalHead = 28;
 constexpr int kLogHead = 32;
 
@@ -56,6 +58,39 @@ qint64 sizeOfRegularFile(const QString& path) {
     return QFileInfo(path).size();
 }
 
+/// Commits of the database when the journal at `path` was written, as the first page says that it
+/// restores; nothing when it does not restore that page.
+std::optional<quint32> changesBefore(const QString& path, qint64 sectorSize, qint64 pageSize) {
+    QFile journal(path);
+    if (!journal.open(QIODevice::ReadOnly)) {
+        throw Error(QStringLiteral("%1: %2").arg(path, journal.errorString()));
+    }
+    constexpr int kPageNumber = 4;
+    const qint64 recordSize = kPageNumber + pageSize + 4;  // with a checksum
+    for (qint64 part = 0; journal.seek(part);) {
+        const QByteArray head = journal.read(kJournalHead);
+        if (head.size() < kJournalHead || !head.startsWith(kJournalMagic)) {
+            break;
+        }
+        const qint64 records = part + sectorSize;
+        const qint64 room = (journal.size() - records) / recordSize;
+        const qint64 count = std::min<qint64>(number(head, kJournalMagic.size()), room);
+        for (qint64 i = 0; i < count; ++i) {
+            journal.seek(records + i * recordSize);
+            const QByteArray record = journal.read(kPageNumber + kDatabaseHead);
+            if (record.size() == kPageNumber + kDatabaseHead && number(record, 0) == 1) {
+                return number(record, kPageNumber + kChanges);
+            }
+        }
+        if (count <= 0) {
+            break;
+        }
+        const qint64 end = records + count * recordSize;
+        part = (end + sectorSize - 1) / sectorSize * sectorSize;
+    }
+    return std::nullopt;
+}
+
 void requireJournalOf(const QString& path, qint64 size,
                       const std::optional<DatabaseHeader>& database) {
     const QByteArray head = fileStart(path, kJournalHead);
@@ -75,8 +110,12 @@ void requireJournalOf(const QString& path, qint64 size,
         refuse(path, QStringLiteral("lies in the place of a journal but is none"));
     }
     const qint64 pages = number(head, 16);
-    if (database &&
-        (pageSize != database->pageSize || pages > database->pageCount + size / (pageSize + 8))) {
+    if (!database) {
+        return;
+    }
+    const auto changes = changesBefore(path, sectorSize, pageSize);
+    if (pageSize != database->pageSize || pages > database->pageCount + size / (pageSize + 8) ||
+        (changes && database->changes - *changes > 1)) {
         refuse(path, QStringLiteral("the journal belongs to another file"));
     }
 }
@@ -124,6 +163,7 @@ std::optional<DatabaseHeader> databaseHeader(const QString& path) {
     if (head.size() == kDatabaseHead) {
         const qint64 size = qFromBigEndian<quint16>(head.constData() + 16);
         header.pageSize = size == 1 ? 65536 : size;
+        header.changes = number(head, kChanges);
         header.writesAhead = head[18] == 2 && head[19] == 2;
         if (header.pageSize > 0) {
             header.pageCount = (QFileInfo(path).size() + header.pageSize - 1) / header.pageSize;

@@ -15,6 +15,7 @@ inline constexpr auto kLogIndexSuffix = "-shm";
 struct DatabaseHeader {
     qint64 pageSize = 0;
     qint64 pageCount = 0;      ///< as many as the file has room for
+    quint32 changes = 0;       ///< commits, which are counted in 32 bits
     bool writesAhead = false;  ///< it has a write-ahead log instead of a rollback journal
 };
 
@@ -34,8 +35,9 @@ struct SideFiles {
 /// Looks at what lies beside the database at `path`, before SQLite does. Opens nothing but regular
 /// files and changes nothing. Throws Error, which names the file, unless each is missing or a
 /// regular file with one name that can be of this database: a journal of pages of its size, and
-/// with no more of them than the two have room for, which names no other file; a log of pages of
-/// its size. Without `database`, as when the file is gone, any page size will do.
+/// with no more of them than the two have room for, whose first page is that of the last commit or
+/// the one before, and which names no other file; a log of pages of its size. Without `database`,
+/// as when the file is gone, any page size will do.
 SideFiles requireSideFilesOf(const QString& path, const std::optional<DatabaseHeader>& database);
 
 /// Throws Error unless the log that lies beside the database at `path` was written after the last

@@ -16,8 +16,9 @@ constexpr qint64 kInstructionsAtLeast = 200'000'000;
 // A row takes four bytes at least, and a statement a few dozen instructions for it.
 constexpr qint64 kInstructionsPerByte = 16;
 
-// Most statements have a row for one of the file at most, and some a few.
-constexpr qint64 kRowsAtLeast = 1'000'000;
+// A row takes more than four bytes, and most statements have one for each of a table at most.
+constexpr qint64 kRowsAtLeast = 100'000;
+constexpr qint64 kBytesPerRow = 4;
 
 // SQLite's own count of what a statement has taken has 32 bits.
 constexpr qint64 kInstructionsAtMost = 4'000'000'000;
@@ -34,7 +35,7 @@ void StatementWatch::setFileSize(qint64 bytes) {
     if (bytes < (kInstructionsAtMost - kInstructionsAtLeast) / kInstructionsPerByte) {
         most_ = kInstructionsAtLeast + bytes * kInstructionsPerByte;
     }
-    mostRows_ = kRowsAtLeast + bytes;
+    mostRows_ = kRowsAtLeast + bytes / kBytesPerRow;
 }
 
 void StatementWatch::requireEnding(sqlite3_stmt* statement, qint64 row) const {

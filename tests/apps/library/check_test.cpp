@@ -1,4 +1,5 @@
 #include "library/library_files.h"
+#include "support/process.h"
 
 namespace varo {
 namespace {
@@ -160,6 +161,20 @@ TEST_F(Check, ReportsDamageAnywhereInTheFile) {
         EXPECT_FALSE(checkLibrary(write(u"damaged.mdb"_s, content)).faults.isEmpty())
             << "page " << damaged.indexOf(content);
     }
+}
+
+TEST_F(Check, NeitherCheckingNorWritingAsTextChangesALibraryThatAKilledProgramLeft) {
+    const QString library = build(u"a.mdb"_s, "[[folder]]\nname = 'kept'\n");
+    test::LibraryProcess writer({u"spill"_s, library});
+    ASSERT_EQ(writer.readLine(), u"spilled"_s);
+    writer.kill();
+    writer.wait();
+    const QByteArray half = read(u"a.mdb"_s);
+    const QByteArray journal = read(u"a.mdb-journal"_s);
+    EXPECT_EQ(checkLibrary(library).faults, QStringList());
+    EXPECT_TRUE(dump(library).contains("kept"));
+    EXPECT_TRUE(read(u"a.mdb"_s) == half && read(u"a.mdb-journal"_s) == journal);
+    EXPECT_EQ(files(), u"a.mdb a.mdb-journal text.toml"_s);
 }
 
 }  // namespace
