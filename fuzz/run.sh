@@ -30,5 +30,7 @@ trap 'rm -rf "$TMPDIR"' EXIT
 
 # The libraries beneath Qt keep some memory to the end.
 export LSAN_OPTIONS="suppressions=$PWD/fuzz/leaks.txt:print_suppressions=0:${LSAN_OPTIONS:-}"
+ASAN_SYMBOLIZER_PATH=$(readlink -f "$(command -v llvm-symbolizer)")
+export ASAN_SYMBOLIZER_PATH
 "build/fuzz/fuzz/varo_${target}_fuzzer" -dict="fuzz/$target.dict" -timeout=10 -rss_limit_mb=1024 \
   -artifact_prefix="build/fuzz/$target-" "$@" "build/fuzz/found/$target" "${seeds[@]}"
