@@ -1,7 +1,5 @@
 #pragma once
 
-#include "engine/formula.h"
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -48,11 +46,6 @@ class Chance {
             return std::string(kTexts[below(kTexts.size())]);
         }
         return std::string(source.substr(below(source.size()), below(20)));
-    }
-
-    /// A value for a variable of that type; texts as from text().
-    varo::engine::Value value(varo::engine::Type type, std::string_view source) {
-        return type == varo::engine::Type::Text ? varo::engine::Value(text(source)) : number();
     }
 
   private:

@@ -6,24 +6,22 @@
 #include "engine/calc_engine.h"
 #include "engine/formula.h"
 #include "engine/numbers.h"
+#include "promise.h"
 
 #include <array>
 #include <bit>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 using namespace varo::engine;
+using varo::fuzz::require;
 
 namespace {
 
-void require(bool holds, const char* promise) {
-    if (!holds) {
-        std::fprintf(stderr, "broken: %s\n", promise);
-        std::abort();
-    }
+/// A value for a variable of that type; texts as from Chance::text().
+Value chosenValue(Chance& chance, Type type, std::string_view source) {
+    return type == Type::Text ? Value(chance.text(source)) : chance.number();
 }
 
 bool same(double a, double b) {
@@ -133,7 +131,7 @@ void checkVariables(const Formula& formula, Chance& chance) {
         require(formula.indexOf(name) == i, "a variable is found by its name");
         require(type == Type::Text ? !values.set(i, 1.0) : !values.set(i, "x"),
                 "a variable takes no value of the other type");
-        require(give(values, name, chance.value(type, name)), "a variable takes a value");
+        require(give(values, name, chosenValue(chance, type, name)), "a variable takes a value");
     }
     require(!values.firstMissing(), "no value is missing when all were given");
 }
@@ -379,7 +377,7 @@ void check(std::string_view text) {
     std::vector<Value> given;
     for (std::size_t i = 0; i < formula.variableCount(); ++i) {
         const auto [name, type] = formula.variable(i);
-        given.push_back(chance.value(type, text));
+        given.push_back(chosenValue(chance, type, text));
         give(values, name, given.back());
     }
     const Outcome outcome = evaluate(formula, values);
@@ -398,6 +396,6 @@ void check(std::string_view text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    check({reinterpret_cast<const char*>(bytes), size});
+    check(varo::fuzz::asText(bytes, size));
     return 0;
 }

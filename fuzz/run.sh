@@ -1,13 +1,36 @@
 #!/usr/bin/env bash
-# Builds the fuzzer and runs it from the seeds in fuzz/corpus. Arguments go to libFuzzer and may overrule
-# what stands here. What it finds is left in build/fuzz: the inputs that got further in found/, those
-# that break something as crash-..., timeout-... and the like.
+# run.sh TARGET [ARGUMENT ...] builds the fuzzers and runs one of them from its seeds. The arguments go
+# to libFuzzer and may overrule what stands here. What it finds is left in build/fuzz: the inputs that
+# got further in found/TARGET, those that break something as TARGET-crash-..., TARGET-timeout-... and
+# the like.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+target=${1:-}
+if [[ ! -f fuzz/${target}_fuzzer.cpp ]]; then
+  echo "Usage: fuzz/run.sh TARGET [ARGUMENT ...], TARGET one of:" fuzz/*_fuzzer.cpp >&2
+  exit 2
+fi
+shift
 
 tools/install.sh
 cmake --preset fuzz
 cmake --build --preset fuzz
-mkdir -p build/fuzz/found
-build/fuzz/fuzz/varo_formula_fuzzer -dict=fuzz/formula.dict -timeout=10 -rss_limit_mb=1024 \
-  -artifact_prefix=build/fuzz/ "$@" build/fuzz/found fuzz/corpus
+
+seeds=("fuzz/corpus/$target")
+if [[ $target == library ]]; then
+  seeds=(build/fuzz/fuzz/library_seeds)  # made by the build
+fi
+mkdir -p "build/fuzz/found/$target"
+
+# The files that the fuzzers work on are in memory where that is possible.
+TMPDIR=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
+export TMPDIR
+trap 'rm -rf "$TMPDIR"' EXIT
+
+# The libraries beneath Qt keep some memory to the end.
+export LSAN_OPTIONS="suppressions=$PWD/fuzz/leaks.txt:print_suppressions=0:${LSAN_OPTIONS:-}"
+ASAN_SYMBOLIZER_PATH=$(readlink -f "$(command -v llvm-symbolizer)")
+export ASAN_SYMBOLIZER_PATH
+"build/fuzz/fuzz/varo_${target}_fuzzer" -dict="fuzz/$target.dict" -timeout=10 -rss_limit_mb=1024 \
+  -artifact_prefix="build/fuzz/$target-" "$@" "build/fuzz/found/$target" "${seeds[@]}"

@@ -12,7 +12,7 @@ packages=(
   # tests and benchmarks
   libgtest-dev libbenchmark-dev libmuparser-dev
   # the fuzzer: compiler, run-time libraries, and what writes names into stack traces
-  clang libclang-rt-14-dev llvm
+  clang-16 libclang-rt-16-dev llvm
 )
 
 missing=()

@@ -257,12 +257,16 @@ Content contentOf(sqlite3* database, const QString& path) {
 /// A copy of the database at `path`, recovered, open for reading; null when it is no database.
 std::unique_ptr<SqliteFile> recoveredCopy(const QString& path, const DatabaseHeader& header) {
     auto copy = std::make_unique<SqliteCopy>(path, header);
-    if (contentOf(openSafely(copy->path(), header, Access::Write).handle.get(), copy->path()) !=
-        Content::Database) {
-        return nullptr;
+    try {
+        if (contentOf(openSafely(copy->path(), header, Access::Write).handle.get(), copy->path()) !=
+            Content::Database) {
+            return nullptr;
+        }
+        SafeHandle safe = openSafely(copy->path(), *databaseHeader(copy->path()), Access::Read);
+        return std::make_unique<SqliteFile>(path, std::move(safe), std::move(copy));
+    } catch (const Error& error) {  // about a file that nobody else knows
+        throw Error(QString(error.description()).replace(copy->path(), path));
     }
-    SafeHandle safe = openSafely(copy->path(), *databaseHeader(copy->path()), Access::Read);
-    return std::make_unique<SqliteFile>(path, std::move(safe), std::move(copy));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <array>
 
 namespace varo::data {
 
@@ -22,9 +23,9 @@ void distrustContent(sqlite3* database) {
         sqlite3_db_config(database, setting, value, nullptr);
     }
     sqlite3_limit(database, SQLITE_LIMIT_ATTACHED, 0);
-    // Of virtual tables only the one that lists what a statement is given; it cannot be created.
-    const char* kept[] = {"json_each", nullptr};
-    sqlite3_drop_modules(database, kept);
+    // Of virtual tables; the one that is kept reads an argument and can be in no file.
+    std::array<const char*, 2> kept{"json_each", nullptr};
+    sqlite3_drop_modules(database, kept.data());
     run(database, QStringLiteral("PRAGMA ignore_check_constraints = ON"));
     run(database, QStringLiteral("PRAGMA cell_size_check = ON"));
 }

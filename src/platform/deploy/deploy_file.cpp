@@ -106,11 +106,16 @@ struct DeployFileLib::Data {
 };
 
 bool DeployFileLib::Data::parse(const QString& text) {
-    // The parser would take the line that follows for the section's name.
+    // The parser takes what follows a bracket that is not closed on its line for the section's
+    // name, over the ends of lines.
     static const QRegularExpression kLoneBracket(QStringLiteral(R"(^[^\S\n]*\[[^\S\n]*$)"),
                                                  QRegularExpression::MultilineOption);
+    static const QRegularExpression kOpenBracket(QStringLiteral(R"(^([^\S\n]*\[[^\]\n]*)$)"),
+                                                 QRegularExpression::MultilineOption);
     QString lines = text;
+    lines.replace(QLatin1StringView("\r\n"), QLatin1StringView("\n")).replace(u'\r', u'\n');
     lines.remove(kLoneBracket);
+    lines.replace(kOpenBracket, QStringLiteral("\\1]"));
     const QByteArray utf8 = lines.toUtf8() + '\n' + kEndMark;
     if (ini.LoadData(utf8.constData(), static_cast<size_t>(utf8.size())) < 0) {
         return fail(QStringLiteral("没有足够的内存读取配置文件“%1”！").arg(sourcePath()));

@@ -246,7 +246,14 @@ RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough,
     }
     const bool isRotated =
         reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
-    return {isRotated ? size.transposed() : size, reader.read()};
+    QImage image;
+    if (format == "bmp") {
+        // The runs of a compressed one need not reach every pixel, and the reader fills none.
+        image = QImage(size, reader.imageFormat());
+        image.fill(0);
+    }
+    const bool isRead = reader.read(&image);
+    return {isRotated ? size.transposed() : size, isRead ? image : QImage()};
 }
 
 qint64 rasterFileLimit(qint64 pixelLimit) {

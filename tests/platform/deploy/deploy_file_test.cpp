@@ -184,6 +184,7 @@ TEST_F(DeployFile, KeepsCommentsAndForeignKeysWhenItWrites) {
     store(
         "; the file\n\n[\n"
         "[Host]\nLast=1\nLast=2\n\n"
+        "[Open\nLast=3\n\n"
         "# the libraries\n[Access]\n"
         "; how many\nNodeCount=2\nRootNodeText1=a\nRootNodeText2=b\n\n"
         "[Window]\nWidth=100\n"
@@ -195,7 +196,8 @@ TEST_F(DeployFile, KeepsCommentsAndForeignKeysWhenItWrites) {
     ASSERT_TRUE(file_.save());
     const QByteArray once = stored();
     EXPECT_EQ(once.simplified().toStdString(),
-              "; the file [Host] Last=1 Last=2 # the libraries [Access] ; how many NodeCount=1 "
+              "; the file [Host] Last=1 Last=2 [Open] Last=3 # the libraries [Access] ; how many "
+              "NodeCount=1 "
               "RootNodeText1=c [Window] Width=100 ; the end");
 
     ASSERT_TRUE(file_.check() && file_.save());
