@@ -3,17 +3,13 @@
 #include "library/condition.h"
 #include "library/condition_words.h"
 #include "library/limits.h"
+#include "platform/data/storable_text.h"
 
 #include <algorithm>
 
 namespace varo {
 
 namespace {
-
-/// Half of a surrogate pair and U+0000 cannot be stored.
-bool isStorable(const QString& text) {
-    return !text.contains(QChar::Null) && text.isValidUtf16();
-}
 
 class Check {
   public:
@@ -111,7 +107,7 @@ class Check {
             add(ConditionFaultKind::TooLong,
                 QStringLiteral("%1超过 %2 个字符。").arg(what).arg(kTextLimit));
         }
-        if (!isStorable(text)) {
+        if (!data::isStorable(text)) {
             add(ConditionFaultKind::NotStorable,
                 QStringLiteral("%1中有无法保存的字符。").arg(what));
         }

@@ -170,7 +170,7 @@ void SetFilter::setSaved() {
 
 void SetFilter::setDeleted() {
     // A part of a condition must not come back as if it were the whole.
-    if (isReplacedOnly()) {
+    if (isPartial()) {
         startEmpty();
         return;
     }
@@ -183,7 +183,7 @@ ConditionPath SetFilter::selectedPath() const {
 }
 
 /// Whether what is shown is a stored condition that was not read whole.
-bool SetFilter::isReplacedOnly() const {
+bool SetFilter::isPartial() const {
     return !draft_.stored.isWhole && !isModified();
 }
 
@@ -206,7 +206,7 @@ void SetFilter::step(void (ConditionHistory::*go)()) {
 
 /// Shows the condition as it is now, with the node at `selected`, or one near it, selected.
 void SetFilter::show(const ConditionPath& selected) {
-    model_.setEditable(isEditing_ && !isReplacedOnly());
+    model_.setEditable(isEditing_ && !isPartial());
     model_.show(tree());
     const QModelIndex index = model_.indexOf(existing(tree(), selected));
     if (index != view_->currentIndex().siblingAtColumn(0)) {
@@ -226,7 +226,7 @@ void SetFilter::showRemarks() {
         remarks = draft_.stored.remarks;
         remarks.append(numberRemarks(tree()));
     }
-    if (isReplacedOnly()) {
+    if (isPartial()) {
         remarks.append(QStringLiteral("这个条件没有全部显示，不能修改，只能清空后重新建立。"));
     }
     if (!notice_.isEmpty()) {
@@ -245,7 +245,7 @@ bool SetFilter::canRun(ConditionCommand command) const {
         case ConditionCommand::Clear:
             return isEditing_ && !tree().isEmpty();
         default:
-            return isEditing_ && !isReplacedOnly() && editedBy(command, tree(), selectedPath());
+            return isEditing_ && !isPartial() && canEdit(command, tree(), selectedPath());
     }
 }
 
@@ -300,7 +300,7 @@ bool SetFilter::check() {
         texts.append(QStringLiteral("标出了 %1 处错误。第一处：%2")
                          .arg(QString::number(marked), first->text));
     }
-    const bool isGood = faults.empty() && !isReplacedOnly();
+    const bool isGood = faults.empty() && !isPartial();
     notice_ = isGood ? QStringLiteral("检查通过。") : texts.join(u'\n');
     showRemarks();
     return isGood;

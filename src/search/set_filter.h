@@ -83,7 +83,7 @@ class SetFilter : public QWidget {
     void show(const ConditionPath& selected);
     void showRemarks();
     void updateActions();
-    bool isReplacedOnly() const;
+    bool isPartial() const;
     bool canRun(ConditionCommand command) const;
     ConditionPath selectedPath() const;
 
