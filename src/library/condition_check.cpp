@@ -86,6 +86,7 @@ class Check {
         }
         checkText(term.name, QStringLiteral("属性名称"));
         checkText(term.constant, QStringLiteral("比较值"));
+        checkText(term.table, QStringLiteral("表名"));
     }
 
     void checkNumber(const QString& constant, const QString& comparison) {
