@@ -153,6 +153,9 @@ QStringList buildLibrary(const QString& textPath, const QString& libraryPath, bo
     fillLibrary(unfinished, rows, textPath);
 
     requireReplaceable(libraryPath, force);  // the text may have taken long
+    if (force) {
+        removeForeignSideFiles(libraryPath);
+    }
     data::replaceDatabase(unfinished, libraryPath);
     return rows.warnings;
 }

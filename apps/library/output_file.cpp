@@ -3,6 +3,7 @@
 #include "library/text_error.h"
 #include "platform/data/connection.h"
 #include "platform/data/error.h"
+#include "platform/data/side_files.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -86,6 +87,16 @@ void requireReplaceable(const QString& path, bool force) {
     requireOwnSideFiles(file.absoluteFilePath(), file.isFile() && !isEmpty, force);
     if (isThere(file) && !isEmpty && !force && !isLibrary(path)) {
         throw TextError(path, QStringLiteral("this is no library; \"--force\" replaces it"));
+    }
+}
+
+void removeForeignSideFiles(const QString& path) {
+    try {
+        data::requireSideFilesOf(path, data::databaseHeader(path));
+    } catch (const data::Error&) {
+        for (const SideFile& kind : kSideFiles) {
+            QFile::remove(path + QLatin1StringView(kind.suffix));
+        }
     }
 }
 

@@ -14,4 +14,8 @@ void requireReplaceable(const QString& path, bool force);
 /// The same for a file of data tables, where nothing may be at `path` nor beside it.
 void requireFree(const QString& path);
 
+/// Removes what lies under the names of side files beside the library at `path` when it does not
+/// belong to that. To be called after requireReplaceable() with `force`.
+void removeForeignSideFiles(const QString& path);
+
 }  // namespace varo

@@ -98,15 +98,22 @@ void requireJournalOf(const QString& path, qint64 size,
         kJournalMagic) {
         refuse(path, QStringLiteral("the journal names another file"));
     }
-    // The mark is zero until the pages are safe on the disk, and the whole head after the commit.
-    if (head.count('\0') == head.size()) {
+    // The mark is zero until the pages are safe on the disk, and again after the commit; of a head
+    // that was being written the rest is missing or zero. Nothing is restored then.
+    QByteArray mark = head.first(std::min(head.size(), kJournalMagic.size()));
+    const bool isMarked = mark == kJournalMagic;
+    while (mark.endsWith('\0')) {
+        mark.chop(1);
+    }
+    if (!kJournalMagic.startsWith(mark)) {
+        refuse(path, QStringLiteral("lies in the place of a journal but is none"));
+    }
+    const qint64 sectorSize = head.size() < kJournalHead ? 0 : number(head, 20);
+    if (!isMarked || sectorSize == 0) {
         return;
     }
-    const bool isWhole = head.size() == kJournalHead;
-    const qint64 sectorSize = isWhole ? number(head, 20) : 0;
-    const qint64 pageSize = isWhole ? number(head, 24) : 0;
-    if (!isPageSize(pageSize) || sectorSize < 32 || sectorSize > 65536 ||
-        !(head.startsWith(kJournalMagic) || head.startsWith(QByteArray(12, '\0')))) {
+    const qint64 pageSize = number(head, 24);
+    if (!isPageSize(pageSize) || sectorSize < 32 || sectorSize > 65536) {
         refuse(path, QStringLiteral("lies in the place of a journal but is none"));
     }
     const qint64 pages = number(head, 16);

@@ -120,7 +120,7 @@ TEST_F(Build, ReplacesNothingThatIsNoLibraryUnlessForced) {
     const QString library = build(u"library"_s, "[[folder]]\nname = 'new'\n");
     write(u"empty"_s, "");
     write(u"plain"_s, "a letter");
-    open(library).execute(u"vacuum into '%1'"_s.arg(path(u"other"_s)));
+    ASSERT_TRUE(QFile::copy(library, path(u"other"_s)));
     open(path(u"other"_s)).execute(u"drop table RecentVar"_s);
     ASSERT_EQ(mkfifo(qPrintable(path(u"fifo"_s)), 0600), 0);
     ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)) && QFile::link(path(u"fifo"_s), path(u"link"_s)) &&
