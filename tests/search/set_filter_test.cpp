@@ -256,10 +256,19 @@ TEST_F(FilterEditor, FaultsAndTrialsAreMarkedAtTheirPlaceUntilTheConditionChange
 TEST_F(FilterEditor, ButtonsKeysAndDragsMoveANode) {
     store({u"1 0 1"_s, u"2 1 4"_s, u"3 1 2"_s, u"4 3 4"_s, u"5 1 3"_s, u"6 5 4"_s});
     const auto at = [&](int number) { return nodes().at(number); };
-    const auto ctrl = [&](int node, Qt::Key pressed) {
-        return [this, node, pressed] {
+    const auto keyOn = [&](int node, Qt::Key pressed, Qt::KeyboardModifiers with = {}) {
+        return [=, this] {
             clickNode(node);
-            key(pressed, Qt::ControlModifier);
+            key(pressed, with);
+        };
+    };
+    const auto ctrl = [&](int node, Qt::Key pressed) {
+        return keyOn(node, pressed, Qt::ControlModifier);
+    };
+    const auto buttonOn = [&](int node, const char* button) {
+        return [=, this] {
+            clickNode(node);
+            click(button);
         };
     };
     // Depth and constant of each node after the step on the stored condition.
@@ -271,30 +280,15 @@ TEST_F(FilterEditor, ButtonsKeysAndDragsMoveANode) {
         {"in", ctrl(1, Qt::Key_Right), u"012212"_s, u"||2|4||6"_s},
         {"out", ctrl(3, Qt::Key_Left), u"011112"_s, u"|2||4||6"_s},
         {"out of the root", ctrl(1, Qt::Key_Left), u"011212"_s, u"|2||4||6"_s},
-        {"delete",
-         [&] {
-             clickNode(2);
-             key(Qt::Key_Delete);
-         },
-         u"0112"_s, u"|2||6"_s},
-        {"add behind a NOT that is full",
-         [&] {
-             clickNode(5);
-             click("cmdAddAnd");
-         },
-         u"0112121"_s, u"|2||4||6|"_s},
+        {"delete", keyOn(2, Qt::Key_Delete), u"0112"_s, u"|2||6"_s},
+        {"add behind a NOT that is full", buttonOn(5, "cmdAddAnd"), u"0112121"_s, u"|2||4||6|"_s},
         {"wrap",
          [&] {
              clickNode(1);
              wrap(u"actWrapOr"_s);
          },
          u"0121212"_s, u"||2||4||6"_s},
-        {"unwrap",
-         [&] {
-             clickNode(2);
-             click("cmdUnwrap");
-         },
-         u"01112"_s, u"|2|4||6"_s},
+        {"unwrap", buttonOn(2, "cmdUnwrap"), u"01112"_s, u"|2|4||6"_s},
         {"clear", [&] { click("cmdClear"); }, {}, {}},
         {"drop between", [&] { EXPECT_TRUE(drop(1, at(2), 0)); }, u"012212"_s, u"||2|4||6"_s},
         {"drop on empty space", [&] { EXPECT_TRUE(drop(1, {}, -1)); }, u"012121"_s, u"||4||6|2"_s},
