@@ -180,7 +180,7 @@ void HostWindow::buildControlMenu() {
             "lvFormula");
     addCall(QStringLiteral("SetDesignProp"), QStringLiteral("TheLocationPropName"),
             [this](Varo_CalcEx& control, const QString& property) {
-                for (const QString& line : locateLines(control, property, [] { return false; })) {
+                for (const QString& line : locateLines(control, property)) {
                     log_->append(line);
                 }
             });

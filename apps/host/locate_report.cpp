@@ -36,15 +36,20 @@ QStringList locateLines(Varo_CalcEx& control, const QString& property,
     QToolButton& previous = driver.editButton(QStringLiteral("查找上一个"));
     QStringList lines;
     int steps = 0;
+    QStringList before;
+    bool couldGoBack = false;
     control.SetDesignProp(property);
     for (;; ++steps) {
         const QStringList path = locatedPath(driver);
+        const bool isChanged = steps == 0 || path != before || previous.isEnabled() != couldGoBack;
         if (!path.isEmpty()) {
             lines.append(oneLine(QStringLiteral("located: ") + path.join(QStringLiteral(" / "))));
         }
-        if (!next.isEnabled() || (path.isEmpty() && !isPassed())) {
+        if (!next.isEnabled() || (path.isEmpty() && !(isPassed ? isPassed() : isChanged))) {
             break;
         }
+        before = path;
+        couldGoBack = previous.isEnabled();
         next.click();
     }
     for (; steps > 0 && previous.isEnabled(); --steps) {

@@ -3,17 +3,13 @@
 #include "library/condition.h"
 #include "library/condition_words.h"
 #include "library/limits.h"
+#include "platform/data/storable_text.h"
 
 #include <algorithm>
 
 namespace varo {
 
 namespace {
-
-/// Half of a surrogate pair and U+0000 cannot be stored.
-bool isStorable(const QString& text) {
-    return !text.contains(QChar::Null) && text.isValidUtf16();
-}
 
 class Check {
   public:
@@ -90,6 +86,7 @@ class Check {
         }
         checkText(term.name, QStringLiteral("属性名称"));
         checkText(term.constant, QStringLiteral("比较值"));
+        checkText(term.table, QStringLiteral("表名"));
     }
 
     void checkNumber(const QString& constant, const QString& comparison) {
@@ -111,7 +108,7 @@ class Check {
             add(ConditionFaultKind::TooLong,
                 QStringLiteral("%1超过 %2 个字符。").arg(what).arg(kTextLimit));
         }
-        if (!isStorable(text)) {
+        if (!data::isStorable(text)) {
             add(ConditionFaultKind::NotStorable,
                 QStringLiteral("%1中有无法保存的字符。").arg(what));
         }

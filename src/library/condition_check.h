@@ -19,8 +19,8 @@ enum class ConditionFaultKind {
     MoreThanNumber,     ///< numbers are compared, and the constant goes on behind its number
     UnknownComparison,  ///< none of the eight
     NeverHolds,         ///< blanks around a text, which values are compared without
-    TooLong,            ///< a name or constant over kTextLimit characters
-    NotStorable,        ///< a name or constant that no file takes as it stands
+    TooLong,            ///< a text of a term over kTextLimit characters
+    NotStorable,        ///< a text of a term that no file takes as it stands
 };
 
 struct ConditionFault {

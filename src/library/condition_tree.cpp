@@ -18,11 +18,6 @@ bool isPosition(const Nodes& nodes, int position) {
     return position >= 0 && static_cast<std::size_t>(position) < nodes.size();
 }
 
-ConditionPath parentOf(ConditionPath path) {
-    path.pop_back();
-    return path;
-}
-
 ConditionNode* nodeAt(ConditionTree& tree, const ConditionPath& path) {
     return const_cast<ConditionNode*>(std::as_const(tree).find(path));
 }
@@ -45,6 +40,11 @@ int countOf(const Nodes& nodes) {
 }
 
 }  // namespace
+
+ConditionPath parentOf(ConditionPath path) {
+    path.pop_back();
+    return path;
+}
 
 ConditionNode groupNode(ConditionType type, std::vector<ConditionNode> children) {
     return {.type = type, .children = std::move(children)};

@@ -50,6 +50,9 @@ inline constexpr int kMaxConditionNodes = 5000;
 /// root, and so on. Empty: the condition as a whole.
 using ConditionPath = std::vector<int>;
 
+/// The place of the group around the node at `path`, which must not be empty.
+ConditionPath parentOf(ConditionPath path);
+
 /// A condition: a value, which is copied to keep a state for undo (see ConditionHistory). What is
 /// edited has no root or one; what is stored can have several, of which the last decides.
 ///

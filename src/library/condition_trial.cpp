@@ -1,20 +1,32 @@
 #include "library/condition_trial.h"
 
+#include "library/condition_check.h"
+
 #include <QHash>
+#include <QSet>
+
+#include <algorithm>
 
 namespace varo {
 
 namespace {
 
-void collectNames(const std::vector<ConditionNode>& nodes, QStringList& names) {
+void collectNames(const std::vector<ConditionNode>& nodes, QSet<QString>& known,
+                  QStringList& names) {
     for (const ConditionNode& node : nodes) {
         if (node.isGroup()) {
-            collectNames(node.children, names);
+            collectNames(node.children, known, names);
         } else if (node.type == ConditionType::Comparison && node.hasTerm &&
-                   !names.contains(node.term.name)) {
+                   !known.contains(node.term.name)) {
+            known.insert(node.term.name);
             names.append(node.term.name);
         }
     }
+}
+
+bool preventsEvaluation(const ConditionFault& fault) {
+    return fault.kind == ConditionFaultKind::TooDeep ||
+           fault.kind == ConditionFaultKind::TooLarge || fault.kind == ConditionFaultKind::TooLong;
 }
 
 class Trial {
@@ -63,19 +75,23 @@ class Trial {
 }  // namespace
 
 QStringList namesIn(const ConditionTree& tree) {
+    QSet<QString> known;
     QStringList names;
-    collectNames(tree.roots, names);
+    collectNames(tree.roots, known, names);
     return names;
 }
 
-ConditionTrial tryCondition(ConditionTree tree, PropertySource& properties) {
+std::optional<ConditionTrial> tryCondition(ConditionTree tree, PropertySource& properties) {
+    if (std::ranges::any_of(conditionFaults(tree), preventsEvaluation)) {
+        return std::nullopt;
+    }
     QHash<QString, QString> values;
     for (const QString& name : namesIn(tree)) {
         values.insert(name, properties.propertyValue(name).trimmed());
     }
     Trial trial(values);
     const bool holds = trial.evaluate(tree.roots, std::nullopt, false);
-    return {holds, trial.takeMarks()};
+    return ConditionTrial{holds, trial.takeMarks()};
 }
 
 }  // namespace varo

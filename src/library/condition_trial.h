@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <map>
+#include <optional>
 
 namespace varo {
 
@@ -23,8 +24,10 @@ struct ConditionTrial {
 /// The names of properties that `tree` asks for, each once, in the order of their first use.
 QStringList namesIn(const ConditionTree& tree);
 
-/// Evaluates `tree` as Condition evaluates what is stored. The host is asked for the value of each
+/// Evaluates `tree` as Condition evaluates what is stored. Nothing, without asking the host, for
+/// one that is nested deeper than Condition goes, or is too large or has texts too long to be known
+/// whole (see readFilterRows()). The host is asked for the value of each
 /// name once, before anything is evaluated; it may do anything meanwhile, `tree` is a copy.
-ConditionTrial tryCondition(ConditionTree tree, PropertySource& properties);
+std::optional<ConditionTrial> tryCondition(ConditionTree tree, PropertySource& properties);
 
 }  // namespace varo

@@ -5,6 +5,10 @@
 
 namespace varo {
 
+/// The rows of one filter in a library, cut behind kMaxConditionNodes. A text over kTextLimit
+/// characters is cut too, so that it is still over it. Throws data::Error.
+FilterRows readFilterRows(data::Connection& connection, qint32 filterID);
+
 /// Goes through all filters of a library that have nodes, in the order of their numbers, in one
 /// pass over each table. Rows whose filter has no number of 32 bits are passed over. Everything
 /// throws data::Error.
@@ -18,8 +22,7 @@ class FilterReader {
 
     qint32 filter() const { return filter_; }
 
-    /// Cut as by readFilterRows(). A name or constant over kTextLimit characters is cut too, so
-    /// that it is still over it.
+    /// Cut as by readFilterRows().
     const FilterRows& rows() const { return rows_; }
 
   private:

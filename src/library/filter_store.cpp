@@ -1,38 +1,13 @@
 #include "library/filter_store.h"
 
 #include "library/condition_check.h"
+#include "library/filter_reader.h"
 #include "store/attempt.h"
 
 #include <algorithm>
 #include <limits>
 
 namespace varo {
-
-FilterRows readFilterRows(data::Connection& connection, qint32 filterID) {
-    FilterRows rows;
-    data::Recordset nodes =
-        connection.query(QStringLiteral("Select ID,ParentID,Type From FilterCond Where UserID = ? "
-                                        "Order By ID,rowid"),
-                         {filterID});
-    for (; !nodes.atEnd() && !rows.isCut; nodes.moveNext()) {
-        rows.nodes.push_back({nodes.integer(0), nodes.integer(1), nodes.integer(2)});
-        rows.isCut = rows.nodes.size() > std::size_t{kMaxConditionNodes};
-    }
-    data::Recordset terms = connection.query(
-        QStringLiteral("Select ExpID,FieldName,CompareType,TheConst,TableName,FieldType "
-                       "From FilterExpressions Where FilterID = ? Order By ExpID,rowid"),
-        {filterID});
-    for (; !terms.atEnd() && rows.terms.size() <= rows.nodes.size() + kMaxConditionNodes;
-         terms.moveNext()) {
-        rows.terms.push_back({terms.integer(0),
-                              {.name = terms.text(1),
-                               .type = terms.integer(2),
-                               .constant = terms.text(3),
-                               .table = terms.text(4),
-                               .fieldType = terms.integer(5)}});
-    }
-    return rows;
-}
 
 std::optional<StoredCondition> FilterStore::read(qint32 filterID) {
     std::optional<StoredCondition> condition;

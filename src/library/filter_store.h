@@ -7,9 +7,6 @@
 
 namespace varo {
 
-/// The rows of one filter in a library, cut behind kMaxConditionNodes. Throws data::Error.
-FilterRows readFilterRows(data::Connection& connection, qint32 filterID);
-
 /// Reads and writes the filters of one library: each a condition, known by its FilterID. What is
 /// written is written in one transaction, read again before it becomes final, and not at all when a
 /// step fails. Shows nothing.

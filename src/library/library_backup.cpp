@@ -29,11 +29,20 @@ QString noteIn(const QString& folder) {
     return folder + QStringLiteral("BackupDB.note");
 }
 
+QString lockFileIn(const QString& folder) {
+    return folder + QStringLiteral("BackupDB.lock");
+}
+
 /// The lock on the backup in `folder`; null when another dialog has it or it cannot be made.
 std::unique_ptr<QLockFile> lockIn(const QString& folder) {
-    auto lock = std::make_unique<QLockFile>(folder + QStringLiteral("BackupDB.lock"));
+    auto lock = std::make_unique<QLockFile>(lockFileIn(folder));
     lock->setStaleLockTime(0);  // a dialog may be open for days
     return lock->tryLock(0) ? std::move(lock) : nullptr;
+}
+
+/// Whether another dialog has the lock, also while its backup is not there yet.
+bool isHeld(const QString& folder) {
+    return QFileInfo::exists(lockFileIn(folder)) && lockIn(folder) == nullptr;
 }
 
 bool writeNote(const QString& path, const Note& note) {
@@ -132,6 +141,18 @@ bool settleLeftBackup(const QString& folder, Questions& questions) {
         return false;
     }
     return discardIn(folder);
+}
+
+QString freeBackupFolder(const QString& folder, Questions& questions) {
+    QString free;
+    QString next = folder;
+    for (int number = 2; free.isEmpty() || QFileInfo::exists(next); ++number) {
+        if (settleLeftBackup(next, questions) && !isHeld(next) && free.isEmpty()) {
+            free = next;
+        }
+        next = folder + QString::number(number) + u'/';
+    }
+    return free;
 }
 
 LibraryBackup::~LibraryBackup() {

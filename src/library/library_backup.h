@@ -22,6 +22,12 @@ inline constexpr auto kBackupName = "BackupDB.def";
 /// it, or it could neither be put back nor be renamed; make() fails then.
 bool settleLeftBackup(const QString& folder, Questions& questions);
 
+/// The first of `folder` and its numbered folders from "2" on in which a backup can be made:
+/// dialogs of several programs use them at once. What is left in it, and in those that are there
+/// behind it, is settled as above. The folder ends with a separator, as `folder` does, and need not
+/// exist.
+QString freeBackupFolder(const QString& folder, Questions& questions);
+
 /// "BackupDB.def" in a folder, and beside it a note ("BackupDB.note") with the library's path and
 /// the digest of what distinguished the library from the backup when the dialog last changed it:
 /// with the backup, that tells the library as it was then from any other. From make() to the

@@ -1,5 +1,6 @@
 #include "library/property_names.h"
 
+#include "platform/data/lock_check.h"
 #include "platform/questions/held_messages.h"
 #include "store/attempt.h"
 #include "store/db_funcs.h"
@@ -69,7 +70,7 @@ QStringList askedNames(const colFormulaDB& libraries, data::Connection& open) {
     data::Connection connection;
     for (const clsFormulaDB& library : libraries) {
         const QFileInfo file(library.FormulaDBPath + library.FormulaDBName);
-        if (file != QFileInfo(open.path()) &&
+        if (file != QFileInfo(open.path()) && !data::isLocked(file.filePath()) &&
             ConnectLibrary(library.FormulaDBPath, library.FormulaDBName, connection, QString())) {
             addAskedNames(connection, names);
         }

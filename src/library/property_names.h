@@ -19,7 +19,8 @@ PropertyNames readPropertyNames(const colFormulaDB& libraries);
 
 /// The names under which conditions and variables of the libraries ask the host for values, each
 /// once, sorted. The library that is open on `open` is read through it, also when it is none of
-/// `libraries`; the others on a connection of their own. One that cannot be read is left out.
+/// `libraries`; the others on a connection of their own. One that cannot be read is
+/// left out, one that another program has locked without waiting for it.
 QStringList askedNames(const colFormulaDB& libraries, data::Connection& open);
 
 }  // namespace varo

@@ -13,11 +13,6 @@ struct Place {
     int position = 0;
 };
 
-ConditionPath parentOf(ConditionPath path) {
-    path.pop_back();
-    return path;
-}
-
 ConditionPath sibling(ConditionPath path, int step) {
     path.back() += step;
     return path;
@@ -106,12 +101,6 @@ std::optional<EditedCondition> added(ConditionTree tree, const ConditionPath& cu
     return selected ? std::optional(EditedCondition{std::move(tree), *selected}) : std::nullopt;
 }
 
-std::optional<EditedCondition> wrapped(ConditionTree tree, const ConditionPath& path,
-                                       ConditionType type) {
-    tree.wrap(path, type);
-    return EditedCondition{std::move(tree), path};
-}
-
 /// What is around a group must take its children.
 bool canUnwrap(const ConditionTree& tree, const ConditionPath& path) {
     const ConditionNode* around = tree.find(parentOf(path));
@@ -119,10 +108,14 @@ bool canUnwrap(const ConditionTree& tree, const ConditionPath& path) {
     return tree.canUnwrap(path) && (!isInNot || tree.childCount(path) <= 1);
 }
 
-/// The commands on the node at `path`.
+EditedCondition wrapped(ConditionTree tree, const ConditionPath& path, ConditionType type) {
+    tree.wrap(path, type);
+    return {std::move(tree), path};
+}
+
+/// Each of these can be done.
 std::optional<EditedCondition> editedAt(ConditionCommand command, const ConditionTree& tree,
                                         const ConditionPath& path) {
-    ConditionTree changed = tree;
     switch (command) {
         case ConditionCommand::WrapAnd:
             return wrapped(tree, path, ConditionType::And);
@@ -130,13 +123,16 @@ std::optional<EditedCondition> editedAt(ConditionCommand command, const Conditio
             return wrapped(tree, path, ConditionType::Or);
         case ConditionCommand::WrapNot:
             return wrapped(tree, path, ConditionType::Not);
-        case ConditionCommand::Unwrap:
-            return canUnwrap(tree, path) && changed.unwrap(path)
-                       ? std::optional(EditedCondition{std::move(changed), path})
-                       : std::nullopt;
-        case ConditionCommand::Remove:
-            changed.remove(path);
-            return EditedCondition{std::move(changed), path};
+        case ConditionCommand::Unwrap: {
+            EditedCondition edit{tree, path};
+            edit.tree.unwrap(path);
+            return edit;
+        }
+        case ConditionCommand::Remove: {
+            EditedCondition edit{tree, path};
+            edit.tree.remove(path);
+            return edit;
+        }
         default:
             return moved(tree, path, placeAfter(command, tree, path));
     }
@@ -144,8 +140,37 @@ std::optional<EditedCondition> editedAt(ConditionCommand command, const Conditio
 
 }  // namespace
 
+bool canEdit(ConditionCommand command, const ConditionTree& tree, const ConditionPath& current) {
+    const bool isOnNode = tree.find(current) != nullptr;
+    switch (command) {
+        case ConditionCommand::AddComparison:
+        case ConditionCommand::AddAnd:
+        case ConditionCommand::AddOr:
+        case ConditionCommand::AddNot:
+            return true;
+        case ConditionCommand::Clear:
+            return !tree.isEmpty();
+        case ConditionCommand::Undo:
+        case ConditionCommand::Redo:
+        case ConditionCommand::Try:
+            return false;
+        case ConditionCommand::WrapAnd:
+        case ConditionCommand::WrapOr:
+        case ConditionCommand::WrapNot:
+        case ConditionCommand::Remove:
+            return isOnNode;
+        case ConditionCommand::Unwrap:
+            return isOnNode && canUnwrap(tree, current);
+        default:
+            return isOnNode && placeAfter(command, tree, current);
+    }
+}
+
 std::optional<EditedCondition> editedBy(ConditionCommand command, const ConditionTree& tree,
                                         const ConditionPath& current) {
+    if (!canEdit(command, tree, current)) {
+        return std::nullopt;
+    }
     switch (command) {
         case ConditionCommand::AddComparison:
             return added(tree, current, {});
@@ -156,13 +181,9 @@ std::optional<EditedCondition> editedBy(ConditionCommand command, const Conditio
         case ConditionCommand::AddNot:
             return added(tree, current, groupNode(ConditionType::Not));
         case ConditionCommand::Clear:
-            return tree.isEmpty() ? std::nullopt : std::optional(EditedCondition());
-        case ConditionCommand::Undo:
-        case ConditionCommand::Redo:
-        case ConditionCommand::Try:
-            return std::nullopt;
+            return EditedCondition();
         default:
-            return tree.find(current) == nullptr ? std::nullopt : editedAt(command, tree, current);
+            return editedAt(command, tree, current);
     }
 }
 

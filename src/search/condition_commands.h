@@ -33,9 +33,12 @@ struct EditedCondition {
     ConditionPath selected;
 };
 
-/// What `command` makes of `tree` while the node at `current` is selected, an empty path for none;
-/// nothing where it cannot be done, and for Undo, Redo and Try. A new node goes into a group and
-/// behind a comparison, and behind a NOT that has its child already.
+/// Whether `command` changes `tree` while the node at `current` is selected, an empty path for
+/// none; false for Undo, Redo and Try.
+bool canEdit(ConditionCommand command, const ConditionTree& tree, const ConditionPath& current);
+
+/// What `command` makes of `tree` then; nothing where canEdit() says that it cannot be done. A new
+/// node goes into a group and behind a comparison, and behind a NOT that has its child already.
 std::optional<EditedCondition> editedBy(ConditionCommand command, const ConditionTree& tree,
                                         const ConditionPath& current);
 

@@ -1,6 +1,7 @@
 #include "search/condition_model.h"
 
 #include "library/condition_words.h"
+#include "library/limits.h"
 #include "platform/ui/colors.h"
 #include "platform/ui/icons.h"
 #include "platform/ui/shown_text.h"
@@ -199,9 +200,9 @@ QVariant ConditionModel::data(const QModelIndex& index, int role) const {
     }
     switch (role) {
         case Qt::DisplayRole:
+            return ui::lineOf(textOf(index));
         case Qt::EditRole:
-            return role == Qt::EditRole && index.column() == SubjectColumn ? nodeAt(index).term.name
-                                                                           : display(index);
+            return index.column() == SubjectColumn ? nodeAt(index).term.name : textOf(index);
         case Qt::ForegroundRole:
             return foreground(index);
         case Qt::FontRole:
@@ -219,15 +220,16 @@ QVariant ConditionModel::data(const QModelIndex& index, int role) const {
         case Qt::AccessibleDescriptionRole: {
             const auto faults = faults_.find(pathOf(index));
             const QString text =
-                faults == faults_.end() ? display(index).toString() : faults->second.join(u'\n');
-            return role == Qt::ToolTipRole ? ui::plainToolTip(text) : text;
+                faults == faults_.end() ? textOf(index) : faults->second.join(u'\n');
+            return role == Qt::ToolTipRole ? ui::plainToolTip(text)
+                                           : ui::shortened(text, kShownTextLimit);
         }
         default:
             return {};
     }
 }
 
-QVariant ConditionModel::display(const QModelIndex& index) const {
+QString ConditionModel::textOf(const QModelIndex& index) const {
     const ConditionNode& node = nodeAt(index);
     if (index.column() == OutcomeColumn) {
         return outcome(index);
@@ -261,7 +263,8 @@ QString ConditionModel::outcome(const QModelIndex& index) const {
     }
     return holds + (mark->second.value.isEmpty()
                         ? QStringLiteral("（没有值）")
-                        : QStringLiteral("（值为 %1）").arg(mark->second.value));
+                        : QStringLiteral("（值为 %1）")
+                              .arg(ui::shortened(mark->second.value, kShownTextLimit)));
 }
 
 QVariant ConditionModel::foreground(const QModelIndex& index) const {

@@ -23,6 +23,7 @@ class ConditionModel : public QAbstractItemModel {
 
     /// Shows `tree` without marks, which stay only where the tree is the one that is shown already.
     void show(const ConditionTree& tree);
+    const ConditionTree& tree() const { return tree_; }
 
     /// Whether nodes can be edited and dragged.
     void setEditable(bool editable) { editable_ = editable; }
@@ -72,7 +73,7 @@ class ConditionModel : public QAbstractItemModel {
 
     void addEntries(const std::vector<ConditionNode>& nodes, int parent);
     const std::vector<int>& childrenOf(const QModelIndex& parent) const;
-    QVariant display(const QModelIndex& index) const;
+    QString textOf(const QModelIndex& index) const;
     QVariant foreground(const QModelIndex& index) const;
     QString outcome(const QModelIndex& index) const;
     void marksChanged();

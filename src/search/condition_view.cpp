@@ -1,6 +1,8 @@
 #include "search/condition_view.h"
 
+#include "library/condition_trial.h"
 #include "library/condition_words.h"
+#include "library/limits.h"
 #include "platform/ui/empty_text.h"
 #include "platform/ui/icons.h"
 
@@ -9,7 +11,6 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QTimer>
 
 #include <algorithm>
 
@@ -33,6 +34,15 @@ const ConditionNode& nodeAt(const QModelIndex& index) {
     return static_cast<const ConditionModel*>(index.model())->nodeAt(index);
 }
 
+/// The names that a comparison can be saved with, each once, sorted.
+QStringList usableNames(QStringList names) {
+    names.removeIf(
+        [](const QString& name) { return name.trimmed().isEmpty() || name.size() > kTextLimit; });
+    names.sort();
+    names.removeDuplicates();
+    return names;
+}
+
 }  // namespace
 
 QWidget* ConditionDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&,
@@ -41,7 +51,8 @@ QWidget* ConditionDelegate::createEditor(QWidget* parent, const QStyleOptionView
     if (node.isGroup() || index.column() == ConditionModel::ComparisonColumn) {
         editor_ = createChoice(parent, node);
     } else if (index.column() == ConditionModel::SubjectColumn) {
-        editor_ = createNameBox(parent);
+        const auto& model = static_cast<const ConditionModel&>(*index.model());
+        editor_ = createNameBox(parent, model.tree());
     } else {
         editor_ = new QLineEdit(parent);
         editor_->setObjectName(QStringLiteral("txtConst"));
@@ -72,7 +83,7 @@ QWidget* ConditionDelegate::createChoice(QWidget* parent, const ConditionNode& n
     return box;
 }
 
-QWidget* ConditionDelegate::createNameBox(QWidget* parent) const {
+QWidget* ConditionDelegate::createNameBox(QWidget* parent, const ConditionTree& tree) const {
     auto* box = new QComboBox(parent);
     box->setObjectName(QStringLiteral("cmbName"));
     box->setEditable(true);
@@ -80,7 +91,7 @@ QWidget* ConditionDelegate::createNameBox(QWidget* parent) const {
     if (!names_) {
         names_ = nameSource_ ? nameSource_() : QStringList();
     }
-    box->addItems(*names_);
+    box->addItems(usableNames(*names_ + savedNames_ + namesIn(tree)));
     box->completer()->setCaseSensitivity(Qt::CaseInsensitive);
     box->completer()->setCompletionMode(QCompleter::PopupCompletion);
     box->completer()->setFilterMode(Qt::MatchContains);

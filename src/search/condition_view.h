@@ -19,8 +19,12 @@ class ConditionDelegate : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
-    /// What gives the names that are offered; asked once, when a name is edited first.
+    /// What gives the names that are offered beside those in the condition; asked once, when a name
+    /// is edited first.
     void setNames(std::function<QStringList()> source) { nameSource_ = std::move(source); }
+
+    /// Offers these from now on, too.
+    void addNames(const QStringList& names) { savedNames_ += names; }
 
     /// The editor that is open; null when there is none.
     QWidget* openEditor() const { return editor_; }
@@ -37,10 +41,11 @@ class ConditionDelegate : public QStyledItemDelegate {
 
   private:
     QWidget* createChoice(QWidget* parent, const ConditionNode& node) const;
-    QWidget* createNameBox(QWidget* parent) const;
+    QWidget* createNameBox(QWidget* parent, const ConditionTree& tree) const;
 
     std::function<QStringList()> nameSource_;
     mutable std::optional<QStringList> names_;
+    QStringList savedNames_;
     mutable QPointer<QWidget> editor_;
 };
 
@@ -53,6 +58,7 @@ class ConditionView : public QTreeView {
     explicit ConditionView(QWidget* parent);
 
     void setNames(std::function<QStringList()> source) { delegate_->setNames(std::move(source)); }
+    void addNames(const QStringList& names) { delegate_->addNames(names); }
 
     /// The text in the place of a condition without nodes.
     void setPlaceholder(const QString& text);

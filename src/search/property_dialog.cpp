@@ -96,6 +96,9 @@ bool PropertyDialog::commitEdits() {
 void PropertyDialog::followEdits() {
     if (shown_) {
         model_.setUnsaved(*shown_, form_.SetFilterProp->isModified());
+        if (hasStoredFilter()) {
+            form_.cmdDelFilter->setEnabled(true);
+        }
     }
 }
 
@@ -129,8 +132,13 @@ void PropertyDialog::showProperty(std::optional<qint32> id) {
     }
 }
 
+/// Whether the property that is shown has one.
+bool PropertyDialog::hasStoredFilter() const {
+    return session_.find(*shown_)->filter != 0;
+}
+
 void PropertyDialog::loadFilter(qint32 id) {
-    form_.cmdDelFilter->setEnabled(session_.find(id)->filter != 0);
+    form_.cmdDelFilter->setEnabled(hasStoredFilter());
     std::optional<StoredCondition> stored;
     const auto draft = drafts_.find(id);
     if (draft != drafts_.end()) {

@@ -45,6 +45,7 @@ class PropertyDialog : public QDialog {
     void deleteFilter();
     void showProperty(std::optional<qint32> id);
     void loadFilter(qint32 id);
+    bool hasStoredFilter() const;
     void keepDraft();
     void followEdits();
     void tellRefused(const QString& message);

@@ -16,7 +16,7 @@ namespace varo {
 
 namespace {
 
-/// Where backups lie that must outlast a temporary working folder.
+/// Where backups lie that must outlast a temporary working folder; all programs have the same one.
 QString lastingFolder() {
     return normalisedFolder(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation) +
                             QStringLiteral("/BackupDB"));
@@ -37,6 +37,18 @@ void PropertyEditor::reopen(int number) {
     isOpen_ = false;
 }
 
+/// The folder for the backup, which is there. What earlier dialogs have left is settled.
+QString PropertyEditor::settledFolder() {
+    const ui::clsWaitCursor waiting;
+    const QString lasting = freeBackupFolder(lastingFolder(), questions_);
+    if (files_.isTemporary()) {
+        QDir().mkpath(lasting);
+        return lasting;
+    }
+    settleLeftBackup(files_.folder(), questions_);
+    return files_.folder();
+}
+
 std::optional<int> PropertyEditor::edit(const PropertyTarget& target) {
     const QString key = libraryKey(target.library);
     if (isOpen_ || !library_.libraries().contains(key)) {
@@ -46,18 +58,10 @@ std::optional<int> PropertyEditor::edit(const PropertyTarget& target) {
     int number = target.library;
     const clsFormulaDB chosen = library_.libraries().Item(key);
     library_.close();
-    const QString lasting = lastingFolder();
-    const QString backups = files_.isTemporary() ? lasting : files_.folder();
     QString failure;
-    PropertySession session(backups, library_.funcs());
+    PropertySession session(settledFolder(), library_.funcs());
     {
         const ui::clsWaitCursor waiting;
-        settleLeftBackup(lasting, questions_);
-        if (backups == lasting) {
-            QDir().mkpath(lasting);
-        } else {
-            settleLeftBackup(backups, questions_);
-        }
         failure = session.SetConnection(chosen.FormulaDBPath, chosen.FormulaDBName, {});
         if (failure.isEmpty()) {
             failure = session.InitForm(target.node, target.type);

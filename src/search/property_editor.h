@@ -43,6 +43,7 @@ class PropertyEditor {
 
   private:
     void reopen(int number);
+    QString settledFolder();
 
     CurrentLibrary& library_;
     const WorkingFiles& files_;

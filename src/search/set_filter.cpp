@@ -1,7 +1,10 @@
 #include "search/set_filter.h"
 
+#include "library/condition_trial.h"
 #include "library/condition_words.h"
+#include "library/limits.h"
 #include "platform/ui/icons.h"
+#include "platform/ui/shown_text.h"
 
 #include <QHeaderView>
 #include <QLabel>
@@ -40,6 +43,15 @@ QStringList numberRemarks(const ConditionTree& tree) {
     return texts.size() < 2 ? texts
                             : QStringList(QStringLiteral("有 %1 处比较值不是数值。第一处：%2")
                                               .arg(QString::number(texts.size()), texts.front()));
+}
+
+/// What check() says of a condition as a whole.
+QString wholeText(const ConditionFault& fault, bool isStored) {
+    if (fault.kind != ConditionFaultKind::Empty) {
+        return fault.text;
+    }
+    return fault.text + (isStored ? QStringLiteral("按下面的“删除”去掉这个属性的过滤条件。")
+                                  : QStringLiteral("没有过滤条件的属性总是符合。"));
 }
 
 /// Asks the host through `source` while the editor, and the control with it, is there.
@@ -164,13 +176,14 @@ void SetFilter::setSaved() {
     if (isModified()) {
         draft_.stored = {.tree = tree(), .remarks = {}};
     }
+    view_->addNames(namesIn(tree()));
     notice_ = QStringLiteral("条件已保存。");
     show(selectedPath());
 }
 
 void SetFilter::setDeleted() {
     // A part of a condition must not come back as if it were the whole.
-    if (isReplacedOnly()) {
+    if (isPartial()) {
         startEmpty();
         return;
     }
@@ -183,7 +196,7 @@ ConditionPath SetFilter::selectedPath() const {
 }
 
 /// Whether what is shown is a stored condition that was not read whole.
-bool SetFilter::isReplacedOnly() const {
+bool SetFilter::isPartial() const {
     return !draft_.stored.isWhole && !isModified();
 }
 
@@ -206,7 +219,7 @@ void SetFilter::step(void (ConditionHistory::*go)()) {
 
 /// Shows the condition as it is now, with the node at `selected`, or one near it, selected.
 void SetFilter::show(const ConditionPath& selected) {
-    model_.setEditable(isEditing_ && !isReplacedOnly());
+    model_.setEditable(isEditing_ && !isPartial());
     model_.show(tree());
     const QModelIndex index = model_.indexOf(existing(tree(), selected));
     if (index != view_->currentIndex().siblingAtColumn(0)) {
@@ -215,7 +228,8 @@ void SetFilter::show(const ConditionPath& selected) {
     view_->setPlaceholder(
         isEditing_ ? QStringLiteral("还没有条件。按“比较”添加一个比较，或者先添加一个组。")
                    : placeholder_);
-    txtCondition_->setPlainText(conditionWords(tree()));
+    constexpr qsizetype kMostWords = 10 * qsizetype{kShownTextLimit};
+    txtCondition_->setPlainText(ui::shortened(conditionWords(tree()), kMostWords));
     showRemarks();
     updateActions();
 }
@@ -224,9 +238,11 @@ void SetFilter::showRemarks() {
     QStringList remarks;
     if (!isModified()) {
         remarks = draft_.stored.remarks;
-        remarks.append(numberRemarks(tree()));
+        for (const QString& remark : numberRemarks(tree())) {
+            remarks.append(ui::lineOf(remark));
+        }
     }
-    if (isReplacedOnly()) {
+    if (isPartial()) {
         remarks.append(QStringLiteral("这个条件没有全部显示，不能修改，只能清空后重新建立。"));
     }
     if (!notice_.isEmpty()) {
@@ -241,11 +257,12 @@ bool SetFilter::canRun(ConditionCommand command) const {
             return isEditing_ && draft_.history.canUndo();
         case ConditionCommand::Redo:
             return isEditing_ && draft_.history.canRedo();
-        case ConditionCommand::Try:
         case ConditionCommand::Clear:
-            return isEditing_ && !tree().isEmpty();
+            return isEditing_ && canEdit(command, tree(), {});
+        case ConditionCommand::Try:
+            return isEditing_ && !isPartial() && !tree().isEmpty();
         default:
-            return isEditing_ && !isReplacedOnly() && editedBy(command, tree(), selectedPath());
+            return isEditing_ && !isPartial() && canEdit(command, tree(), selectedPath());
     }
 }
 
@@ -288,7 +305,7 @@ bool SetFilter::check() {
     int marked = 0;
     for (const ConditionFault& fault : faults) {
         if (fault.place.empty()) {
-            texts.append(fault.text);
+            texts.append(wholeText(fault, !draft_.stored.tree.isEmpty()));
         } else {
             ++marked;
             first = first == nullptr ? &fault : first;
@@ -298,9 +315,9 @@ bool SetFilter::check() {
         view_->select(model_.indexOf(first->place));
         view_->setFocus();
         texts.append(QStringLiteral("标出了 %1 处错误。第一处：%2")
-                         .arg(QString::number(marked), first->text));
+                         .arg(QString::number(marked), ui::lineOf(first->text)));
     }
-    const bool isGood = faults.empty() && !isReplacedOnly();
+    const bool isGood = faults.empty() && !isPartial();
     notice_ = isGood ? QStringLiteral("检查通过。") : texts.join(u'\n');
     showRemarks();
     return isGood;
@@ -312,14 +329,15 @@ void SetFilter::tryCondition() {
     const ConditionTree tried = tree();
     // The host may close the editor, or destroy the control, while it is asked.
     WhileShown source(self, properties_);
-    const ConditionTrial trial = varo::tryCondition(tried, source);
+    const std::optional<ConditionTrial> trial = varo::tryCondition(tried, source);
     if (self.isNull() || !(tried == tree())) {
         return;
     }
     model_.showFaults({});
-    model_.showTrial(trial);
-    notice_ = trial.holds ? QStringLiteral("试算：整个条件成立。")
-                          : QStringLiteral("试算：整个条件不成立。");
+    model_.showTrial(trial.value_or(ConditionTrial()));
+    notice_ = !trial ? QStringLiteral("试算：条件太大、嵌套太深或文字太长，无法计算。")
+              : trial->holds ? QStringLiteral("试算：整个条件成立。")
+                             : QStringLiteral("试算：整个条件不成立。");
     showRemarks();
 }
 

@@ -36,7 +36,8 @@ class SetFilter : public QWidget {
     /// place of an empty condition.
     void setEditing(bool on, const QString& placeholder = {});
 
-    /// What gives the names that are offered for properties; asked once, when it is needed first.
+    /// What gives the names that are offered for properties, beside those in the condition and in
+    /// those that have been saved; asked once, when it is needed first.
     void setNames(std::function<QStringList()> source) { view_->setNames(std::move(source)); }
 
     /// Begins with a stored condition, as it is; nothing can be undone.
@@ -68,7 +69,7 @@ class SetFilter : public QWidget {
     void setDeleted();
 
     /// Asks the host for the values that the condition names, and marks what is true and what is
-    /// not, until the condition changes.
+    /// not, until the condition changes; or says that the condition is beyond what is evaluated.
     void tryCondition();
 
   signals:
@@ -83,7 +84,7 @@ class SetFilter : public QWidget {
     void show(const ConditionPath& selected);
     void showRemarks();
     void updateActions();
-    bool isReplacedOnly() const;
+    bool isPartial() const;
     bool canRun(ConditionCommand command) const;
     ConditionPath selectedPath() const;
 

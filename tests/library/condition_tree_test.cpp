@@ -58,12 +58,14 @@ TEST(ConditionTree, IsEditedInPlaces) {
     const auto moves = [](ConditionPath from, ConditionPath parent, int position) {
         return [=](ConditionTree& tree) { return tree.move(from, parent, position); };
     };
-    /// An edit that leads to no place counts as one that leads to the whole.
-    const auto edits = [](auto edit) {
+    /// One that leads to no place counts as one that leads to the whole.
+    const auto edits = [](auto edit, auto... arguments) {
         return [=](ConditionTree& tree) {
-            return edit(tree) ? std::optional(ConditionPath{}) : std::nullopt;
+            return (tree.*edit)(arguments...) ? std::optional(ConditionPath{}) : std::nullopt;
         };
     };
+    using Path = ConditionPath;
+    using Tree = ConditionTree;
     const struct {
         ConditionTree before;
         std::function<std::optional<ConditionPath>(ConditionTree&)> edit;
@@ -91,58 +93,18 @@ TEST(ConditionTree, IsEditedInPlaces) {
         {start, moves({0, 1}, {0, 1}, 0), {}, {}},
         {start, moves({0, 0}, {0, 2}, 0), {}, {}},
         {start, moves({0, 5}, {0}, 0), {}, {}},
-        {start,
-         edits([](auto& tree) {
-             return tree.remove({0, 1});
-         }),
-         u"and(a d)"_s,
-         {}},
-        {start, edits([](auto& tree) { return tree.remove({}); }), {}, {}},
-        {start,
-         edits([](auto& tree) {
-             return tree.wrap({0, 1}, Type::Not);
-         }),
-         u"and(a not(or(b c)) d)"_s,
-         {}},
-        {start, edits([](auto& tree) { return tree.wrap({0}, Type::Comparison); }), {}, {}},
-        {start,
-         edits([](auto& tree) {
-             return tree.unwrap({0, 1});
-         }),
-         u"and(a b c d)"_s,
-         {}},
-        {start, edits([](auto& tree) { return tree.unwrap({0}); }), {}, {}},
-        {start,
-         edits([](auto& tree) {
-             return tree.unwrap({0, 0});
-         }),
-         {},
-         {}},
-        {{{no({is(u"a"_s)})}}, edits([](auto& tree) { return tree.unwrap({0}); }), u"a"_s, {}},
-        {start,
-         edits([](auto& tree) {
-             return tree.setGroupType({0, 1}, Type::Not);
-         }),
-         u"and(a not(b c) d)"_s,
-         {}},
-        {start,
-         edits([](auto& tree) {
-             return tree.setGroupType({0, 0}, Type::Not);
-         }),
-         {},
-         {}},
-        {start,
-         edits([](auto& tree) {
-             return tree.setTerm({0, 2}, is(u"x"_s).term);
-         }),
-         u"and(a or(b c) x)"_s,
-         {}},
-        {start,
-         edits([](auto& tree) {
-             return tree.setTerm({0, 1}, is(u"x"_s).term);
-         }),
-         {},
-         {}},
+        {start, edits(&Tree::remove, Path{0, 1}), u"and(a d)"_s, {}},
+        {start, edits(&Tree::remove, Path()), {}, {}},
+        {start, edits(&Tree::wrap, Path{0, 1}, Type::Not), u"and(a not(or(b c)) d)"_s, {}},
+        {start, edits(&Tree::wrap, Path{0}, Type::Comparison), {}, {}},
+        {start, edits(&Tree::unwrap, Path{0, 1}), u"and(a b c d)"_s, {}},
+        {start, edits(&Tree::unwrap, Path{0}), {}, {}},
+        {start, edits(&Tree::unwrap, Path{0, 0}), {}, {}},
+        {{{no({is(u"a"_s)})}}, edits(&Tree::unwrap, Path{0}), u"a"_s, {}},
+        {start, edits(&Tree::setGroupType, Path{0, 1}, Type::Not), u"and(a not(b c) d)"_s, {}},
+        {start, edits(&Tree::setGroupType, Path{0, 0}, Type::Not), {}, {}},
+        {start, edits(&Tree::setTerm, Path{0, 2}, is(u"x"_s).term), u"and(a or(b c) x)"_s, {}},
+        {start, edits(&Tree::setTerm, Path{0, 1}, is(u"x"_s).term), {}, {}},
     };
     int number = 0;
     for (const auto& each : cases) {

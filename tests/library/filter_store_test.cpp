@@ -7,6 +7,7 @@
 #include "library/condition_text.h"
 #include "library/condition_trial.h"
 #include "library/condition_words.h"
+#include "library/limits.h"
 #include "support/test_library.h"
 
 #include <gtest/gtest.h>
@@ -133,7 +134,7 @@ TEST(FilterStore, WhatCanBeClickedTogetherIsStoredWrittenTriedAndEvaluatedAlike)
         const bool expected = plainly(tree.roots.front(), host);
         holding += expected ? 1 : 0;
         EXPECT_EQ(evaluated(library, *filter, host), expected) << qPrintable(*text);
-        EXPECT_EQ(tryCondition(tree, host).holds, expected) << qPrintable(*text);
+        EXPECT_EQ(tryCondition(tree, host)->holds, expected) << qPrintable(*text);
     }
     EXPECT_EQ(sound, 100);
     EXPECT_TRUE(holding > 10 && holding < 90) << holding;
@@ -147,9 +148,10 @@ void addRows(TestLibrary& library, qint32 filter, const FilterRows& rows) {
     }
     for (const auto& [id, term] : rows.terms) {
         library.connection().execute(
-            u"insert into FilterExpressions(FilterID,ExpID,FieldName,CompareType,TheConst) "
-            "values(?,?,?,?,?)"_s,
-            {filter, id, term.name, term.type, term.constant});
+            u"insert into "
+            u"FilterExpressions(FilterID,ExpID,TableName,FieldName,CompareType,TheConst) "
+            "values(?,?,?,?,?,?)"_s,
+            {filter, id, term.table, term.name, term.type, term.constant});
     }
 }
 
@@ -179,7 +181,7 @@ TEST(FilterStore, RowsOfAnyShapeAreTriedAsTheyAreEvaluated) {
         const bool done = Condition(library.connection(), host, {filter}).evaluate(filter, holds);
         EXPECT_EQ(done, stored->isWhole) << "filter " << filter;
         if (done) {
-            EXPECT_EQ(tryCondition(stored->tree, host).holds, holds) << "filter " << filter;
+            EXPECT_EQ(tryCondition(stored->tree, host)->holds, holds) << "filter " << filter;
         }
         odd += stored->tree.roots.size() > 1 ? 1 : 0;
     }
@@ -233,7 +235,7 @@ TEST(ConditionTrial, AsksOnceForEachNameAndMarksEveryNode) {
     const ConditionTree tree =
         parseCondition(u"a > 2 and (b contains \"字\" or a < 3) and not c = 0"_s).tree;
     Host host;
-    const ConditionTrial trial = tryCondition(tree, host);
+    const ConditionTrial trial = *tryCondition(tree, host);
     EXPECT_EQ(host.asked, (QStringList{u"a"_s, u"b"_s, u"c"_s}));
     EXPECT_FALSE(trial.holds);
     QStringList marks;
@@ -246,6 +248,38 @@ TEST(ConditionTrial, AsksOnceForEachNameAndMarksEveryNode) {
     }
     EXPECT_EQ(marks, (QStringList{u"0-"_s, u"00+12mm"_s, u"01+"_s, u"010+工字钢"_s, u"011-12mm"_s,
                                   u"02-"_s, u"020+"_s}));
+}
+
+TEST(ConditionTrial, SaysNothingOfWhatIsNotEvaluatedOrNotReadWhole) {
+    TestLibrary library;
+    FilterStore store(library.connection());
+    Host host;
+    const QString text(3000, u'x');
+    const ComparisonTerm terms[] = {{.name = text, .constant = u"1"_s, .table = {}},
+                                    {.name = u"a"_s, .constant = text, .table = {}},
+                                    {.name = u"a"_s, .constant = u"1"_s, .table = text}};
+    for (qint32 filter = 1; filter <= 3; ++filter) {
+        ComparisonTerm term = terms[filter - 1];
+        term.type = CompareSameText;
+        addRows(library, filter, {{{filter, 0, 4}}, {{filter, term}}});
+        const QStringList before = library.content();
+        const ConditionTree tree = store.read(filter)->tree;
+        const ComparisonTerm& read = tree.roots.front().term;
+        EXPECT_EQ((read.name + read.constant + read.table).size(),
+                  kTextLimit + (filter < 3 ? 2 : 3));
+        EXPECT_FALSE(store.saveOver(filter, tree)) << "what has been cut replaces the whole";
+        EXPECT_EQ(library.content(), before);
+        EXPECT_FALSE(tryCondition(tree, host));
+    }
+    ConditionTree deep = parseCondition(u"a = 1"_s).tree;
+    for (int level = 0; level < Condition::kMaxDepth; ++level) {
+        deep.wrap({0}, Type::And);
+    }
+    EXPECT_TRUE(tryCondition(deep, host));
+    host.asked.clear();
+    deep.wrap({0}, Type::And);
+    EXPECT_FALSE(tryCondition(deep, host));
+    EXPECT_EQ(host.asked, QStringList());
 }
 
 TEST(FilterStore, WritesNumbersBeyondAllAndOnlyWhatItIsTold) {
@@ -282,7 +316,8 @@ TEST(FilterStore, WhatFailsHalfwayLeavesTheTablesAsTheyWere) {
         "Begin Select Raise(Abort, 'no'); End",
         "Create Temp Trigger Refuse After Insert On FilterExpressions "
         "Begin Update FilterExpressions Set TheConst = '2'; End",
-        "Create Temp Trigger Refuse Before Delete On FilterCond Begin Select Raise(Abort, 'no'); End",
+        "Create Temp Trigger Refuse Before Delete On FilterCond Begin Select Raise(Abort, 'no'); "
+        "End",
         "Alter Table FilterCond Rename Column Type To Away",
         "Insert Into FilterCond(ID) Values(2147483647)",
     };

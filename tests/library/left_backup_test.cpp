@@ -7,6 +7,18 @@
 namespace varo::test {
 namespace {
 
+/// A program that saves so many filters is killed once it has said that so many are saved.
+void killSession(Trial& on, int filters, int said) {
+    on.library.connection().close();
+    LibraryProcess killed(
+        {u"session"_s, on.library.path(), on.ownFolder(), QString::number(filters)});
+    for (int line = 1; line <= said; ++line) {
+        EXPECT_EQ(killed.readLine(), QString::number(line));
+    }
+    killed.kill();
+    killed.wait();
+}
+
 TEST(LeftBackup, IsTakenBackOnlyIntoTheLibraryAsItWasLeft) {
     enum class Expected { Nothing, TakenBack, Deleted, KeptAside, Stays };
     const auto nothing = [](Trial&, RecordingQuestions&) {};
@@ -61,11 +73,7 @@ TEST(LeftBackup, IsTakenBackOnlyIntoTheLibraryAsItWasLeft) {
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);
         Trial on;
-        on.library.connection().close();
-        LibraryProcess killed({u"session"_s, on.library.path(), on.ownFolder(), u"1"_s});
-        EXPECT_EQ(killed.readLine(), u"1"_s);
-        killed.kill();
-        killed.wait();
+        killSession(on, 1, 1);
         RecordingQuestions questions;
         questions.answers = {each.answer};
         each.meanwhile(on, questions);
@@ -84,13 +92,7 @@ TEST(LeftBackup, OfAProcessKilledAnywhereKeepsAGoodCopy) {
     for (int saved = 0; saved < 8; ++saved) {
         SCOPED_TRACE(saved);
         Trial on;
-        on.library.connection().close();
-        LibraryProcess killed({u"session"_s, on.library.path(), on.ownFolder(), u"1000000"_s});
-        for (int line = 0; line < saved; ++line) {
-            EXPECT_NE(killed.readLine(), QString());
-        }
-        killed.kill();
-        killed.wait();
+        killSession(on, 1000000, saved);
         RecordingQuestions questions;
         questions.answers = {true};
         EXPECT_TRUE(settleLeftBackup(on.ownFolder(), questions));

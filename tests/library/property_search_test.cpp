@@ -3,6 +3,7 @@
 #include "library/condition.h"
 #include "library/open_libraries.h"
 #include "library/property_names.h"
+#include "support/no_waiting.h"
 
 namespace varo::test {
 namespace {
@@ -271,6 +272,12 @@ TEST(AskedNames, AreThoseOfAllLibrariesSortedWithoutUnreadableOnes) {
     on.first.connection().execute(u"Begin Exclusive"_s);
     EXPECT_EQ(names(on.first), ofThree);
     on.first.connection().execute(u"Commit"_s);
+    // Nobody waits for another one that is locked.
+    const NoWaiting noWaiting;
+    third.connection().execute(u"Begin Exclusive"_s);
+    EXPECT_EQ(names(on.first), ofTwo);
+    EXPECT_EQ(NoWaiting::waits, 0);
+    third.connection().execute(u"Commit"_s);
     const MissingColumn missing(third, "FilterExpressions", "FieldName");
     EXPECT_EQ(names(on.first), ofTwo);
 }

@@ -122,6 +122,14 @@ class PropertyDesk : public BeamDesk {
         typeTerm(name, comparison, constant);
     }
 
+    /// Adds a property with the condition a = 1, which is stored.
+    void addSaved(const QString& name) {
+        addProperty(name);
+        addTerm(u"a"_s, u"等于"_s, u"1"_s);
+        click("cmdSearch");
+        click("cmdSaveFilter");
+    }
+
     /// Whether the host finds something with the property 用途.
     QString located() {
         desk->clickNode(u"柱"_s);

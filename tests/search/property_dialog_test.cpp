@@ -82,7 +82,12 @@ TEST_F(PropertyConditions, WhatIsSelectedAndCheckedDecidesWhatIsOffered) {
             {"at first", [] {}, u"++--+"_s},
             {"deleted", [&] { click("cmdDelProp"); }, u"-----"_s},
             {"added", [&] { addProperty(u"乙"_s); }, u"++--+"_s},
-            {"faults", [&] { click("cmdSearch"); }, u"++--+"_s},
+            {"faults",
+             [&] {
+                 click("cmdSearch");
+                 EXPECT_TRUE(remarks().contains(u"没有过滤条件的属性总是符合"_s));
+             },
+             u"++--+"_s},
             {"checked",
              [&] {
                  addTerm(u"a"_s, u"等于"_s, u"1"_s);
@@ -90,6 +95,14 @@ TEST_F(PropertyConditions, WhatIsSelectedAndCheckedDecidesWhatIsOffered) {
              },
              u"++++"_s + u"+"_s},
             {"saved", [&] { click("cmdSaveFilter"); }, u"++--+"_s},
+            {"cleared",
+             [&] {
+                 click("cmdClear");
+                 click("cmdSearch");
+                 EXPECT_TRUE(remarks().contains(u"按下面的“删除”去掉"_s));
+             },
+             u"++-++"_s},
+            {"undone", [&] { click("cmdUndo"); }, u"++-++"_s},
             {"another", [&] { addProperty(u"丙"_s); }, u"++--+"_s},
             {"back", [&] { selectProperty(u"乙"_s); }, u"++-++"_s},
             {"made wrong",
@@ -116,10 +129,7 @@ TEST_F(PropertyConditions, EveryWayOfCancellingRestoresTheLibrary) {
                                           [&] { key(Qt::Key_Escape); }};
     for (const auto& way : ways) {
         edit(u"梁"_s, {}, [&] {
-            addProperty(u"乙"_s);
-            addTerm(u"a"_s, u"等于"_s, u"1"_s);
-            click("cmdSearch");
-            click("cmdSaveFilter");
+            addSaved(u"乙"_s);
             EXPECT_NE(stored(), before);
             selectProperty(u"甲"_s);
             click("cmdDelProp");
@@ -255,10 +265,7 @@ TEST_F(PropertyConditions, AFailedCommitIsToldAndCancelTakesItBack) {
     const QString before = stored();
     edit(u"梁"_s, {}, [&] {
         click("cmdDelProp");
-        addProperty(u"乙"_s);
-        addTerm(u"a"_s, u"等于"_s, u"1"_s);
-        click("cmdSearch");
-        click("cmdSaveFilter");
+        addSaved(u"乙"_s);
         first.connection().execute(u"Begin Immediate"_s);
         click("cmdOK");
         EXPECT_EQ(told(), u"编辑数据库出错，无法删除用户指定的属性！"_s);
@@ -300,10 +307,7 @@ TEST_F(PropertyConditions, WhatCannotBeRestoredIsOfferedTheNextTime) {
     const NoWaiting noWaiting;
     std::unique_ptr<LibraryProcess> other;
     edit(u"梁"_s, {}, [&] {
-        addProperty(u"甲"_s);
-        addTerm(u"a"_s, u"等于"_s, u"1"_s);
-        click("cmdSearch");
-        click("cmdSaveFilter");
+        addSaved(u"甲"_s);
         first.connection().close();
         other = std::make_unique<LibraryProcess>(QStringList{u"lock"_s, first.path()});
         other->readLine();
@@ -345,32 +349,27 @@ TEST_F(PropertyConditions, ABackupOutlastsATemporaryWorkingFolder) {
         return !program->isTemporary();
     })) << "tests that run at the same time use it";
     const WorkFolder user({own});
-    desk->control().setWorkFolder({});
-    edit(u"梁"_s, u"剪切"_s, [&] {
-        addProperty(u"甲"_s);
-        addTerm(u"a"_s, u"等于"_s, u"1"_s);
-        click("cmdSearch");
-        click("cmdSaveFilter");
-        EXPECT_EQ(lasting(), own + u"BackupDB/BackupDB.def"_s);
+    QLockFile others(own + u"BackupDB/BackupDB.lock"_s);
+    for (const QString& folder : {u"BackupDB/"_s, u"BackupDB/2/"_s}) {
         desk->control().setWorkFolder({});
-        click("cmdCancel");
-    });
-    EXPECT_EQ(told(), QString());
-    EXPECT_EQ(stored(), QString());
-    EXPECT_EQ(lasting(), QString());
+        edit(u"梁"_s, u"剪切"_s, [&] {
+            addSaved(u"甲"_s);
+            EXPECT_EQ(lasting(), own + folder + u"BackupDB.def"_s);
+            desk->control().setWorkFolder({});
+            click("cmdCancel");
+        });
+        EXPECT_EQ(told(), QString());
+        EXPECT_EQ(stored(), QString());
+        EXPECT_EQ(lasting(), QString());
+        others.tryLock(0);
+    }
     desk->control().setWorkFolder(work.path());
 }
 
 TEST_F(PropertyConditions, TheHostMayTurnTheControlToAnotherLibraryOrDestroyIt) {
-    const auto save = [&] {
-        addProperty(u"甲"_s);
-        addTerm(u"a"_s, u"等于"_s, u"1"_s);
-        click("cmdSearch");
-        click("cmdSaveFilter");
-    };
     for (const QString& node : {u"FormulaNode1->DBNode2"_s, folder(columns)}) {
         edit(u"梁"_s, u"剪切"_s, [&] {
-            save();
+            addSaved(u"甲"_s);
             desk->control().ClickTreeNode(node);
             click("cmdCancel");
         });
@@ -381,7 +380,7 @@ TEST_F(PropertyConditions, TheHostMayTurnTheControlToAnotherLibraryOrDestroyIt) 
     EXPECT_EQ(outline(second), u"管(流量)[新建公式夹()]"_s);
     EXPECT_EQ(outline(first, columns), u"新建公式夹()"_s);
     edit(u"梁"_s, {}, [&] {
-        save();
+        addSaved(u"甲"_s);
         click("cmdAddProp");
         desk.reset();
     });

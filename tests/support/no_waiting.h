@@ -11,12 +11,19 @@ namespace varo::test {
 class NoWaiting {
   public:
     NoWaiting() {
+        waits = 0;
         files_.zName = "no waiting";
-        files_.xSleep = [](sqlite3_vfs*, int microseconds) { return microseconds; };
+        files_.xSleep = [](sqlite3_vfs*, int microseconds) {
+            ++waits;
+            return microseconds;
+        };
         sqlite3_vfs_register(&files_, 1);
     }
     ~NoWaiting() { sqlite3_vfs_unregister(&files_); }
     Q_DISABLE_COPY_MOVE(NoWaiting)
+
+    /// How often a connection would have waited since the last one was made.
+    static inline int waits = 0;
 
   private:
     sqlite3_vfs files_ = *sqlite3_vfs_find(nullptr);

@@ -4,6 +4,7 @@
 #include "host/beam_library.h"
 #include "host/cell_info_panel.h"
 #include "host/line_list.h"
+#include "host/locate_report.h"
 #include "host/named_widget.h"
 #include "host/property_table.h"
 #include "platform/ui/registered_message.h"
@@ -96,6 +97,13 @@ TEST_F(HostWindowTest, CellNumbersComeBackFromTheControl) {
     panel.setNumbers({});
     click("readCell");
     EXPECT_EQ(panel.numbers(), numbers);
+}
+
+TEST_F(HostWindowTest, StepsPastWhatIsGone) {
+    library_.addProperty(0, u"用途"_s, 0, 9, NodeTypeFolder);
+    library_.addProperty(0, u"用途"_s, 0, 0, NodeTypeFolder);
+    EXPECT_EQ(locateLines(window_.control(), u"用途"_s), QStringList{u"located: 库1"_s});
+    EXPECT_EQ(questions_.informed, QStringList(2, u"用户需要定位的节点不存在！"_s));
 }
 
 TEST_F(HostWindowTest, AnotherFolderTakesThePlaceOfTheFirst) {
