@@ -12,11 +12,17 @@ class NoWaiting {
   public:
     NoWaiting() {
         files_.zName = "no waiting";
-        files_.xSleep = [](sqlite3_vfs*, int microseconds) { return microseconds; };
+        sleeps = 0;
+        files_.xSleep = [](sqlite3_vfs*, int microseconds) {
+            ++sleeps;
+            return microseconds;
+        };
         sqlite3_vfs_register(&files_, 1);
     }
     ~NoWaiting() { sqlite3_vfs_unregister(&files_); }
     Q_DISABLE_COPY_MOVE(NoWaiting)
+
+    static inline int sleeps = 0;  ///< that time should have passed
 
   private:
     sqlite3_vfs files_ = *sqlite3_vfs_find(nullptr);

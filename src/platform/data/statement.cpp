@@ -1,5 +1,7 @@
 #include "platform/data/statement.h"
 
+#include "platform/data/storable_text.h"
+
 #include <QLocale>
 #include <QStringDecoder>
 
@@ -12,10 +14,9 @@ namespace varo::data {
 
 namespace {
 
-// SQLite ends text at a NUL when it compares, and UTF-8 has no half surrogate pairs: either would
-// be stored or found as something else than what was typed.
+/// Another text would be stored or found as something else than what was typed.
 QByteArray storable(const QString& text) {
-    if (text.contains(QChar::Null) || !text.isValidUtf16()) {
+    if (!isStorable(text)) {
         throw Error(QStringLiteral("the text holds a character that cannot be stored"));
     }
     return text.toUtf8();
