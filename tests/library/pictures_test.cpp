@@ -1,8 +1,6 @@
 #include "library/limits.h"
 #include "library/open_libraries.h"
-#include "library/picture_catalog.h"
 #include "store/picture_transfer.h"
-#include "support/no_waiting.h"
 
 namespace varo::test {
 namespace {
@@ -116,84 +114,6 @@ TEST_F(Pictures, AFormulaIsReadOnceAndShowsTheBeginningOfItsTextsButIsCopiedWhol
     clipboard.captureFormula(library, formulas.Item(1), messages);
     EXPECT_FALSE(clipboard.holdsFormula());
     EXPECT_EQ(told().size(), 1);
-}
-
-/// How many files in `folder` this process has open.
-int openFiles(const QString& folder) {
-    int count = 0;
-    for (const QFileInfo& open : QDir(u"/proc/self/fd"_s).entryInfoList()) {
-        count += open.symLinkTarget().startsWith(folder) ? 1 : 0;
-    }
-    return count;
-}
-
-TEST(PictureCatalog, KeepsFewLibrariesOpenAndReadsNoOtherFilesInTheirPlaces) {
-    constexpr int kCount = 40;
-    TestLibrary library;
-    const QByteArray picture = pictureBytes(700'000);
-    library.addPicture(library.addFormula(0, u"式"_s), picture);
-    const QString folder = QDir(library.folder()).canonicalPath();
-    const int own = openFiles(folder);
-    colFormulaDB libraries;
-    for (int i = 0; i < kCount; ++i) {
-        const QString name = u"%1.vdb"_s.arg(i);
-        ASSERT_TRUE(QFile::copy(library.path(), library.pathOf(name)));
-        addTo(libraries, library.folder(), name);
-    }
-    PictureCatalog catalog(libraries);
-    while (catalog.readEntries(10) != PictureCatalog::Listing::Complete) {
-    }
-    ASSERT_EQ(catalog.entries().size(), std::size_t{kCount});
-    const auto read = [&](std::size_t entry, QByteArray bytes = {}) {
-        auto part = PictureCatalog::Bytes::Part;
-        while (part == PictureCatalog::Bytes::Part) {
-            part = catalog.readBytes(entry, bytes);
-        }
-        return part == PictureCatalog::Bytes::All ? bytes : QByteArray();
-    };
-    QByteArray begun;
-    EXPECT_EQ(catalog.readBytes(0, begun), PictureCatalog::Bytes::Part);
-    for (std::size_t entry = 0; entry < kCount; ++entry) {
-        EXPECT_EQ(catalog.folderOf(entry), 0);
-        EXPECT_LE(openFiles(folder) - own, 16);
-    }
-    EXPECT_EQ(read(0, begun), picture);
-    for (std::size_t entry = 0; entry < kCount; ++entry) {
-        EXPECT_EQ(read(entry), picture);
-    }
-    EXPECT_LE(openFiles(folder) - own, 16);
-    ASSERT_TRUE(QFile::remove(library.pathOf(u"0.vdb"_s)));
-    ASSERT_TRUE(QFile::copy(library.path(), library.pathOf(u"0.vdb"_s)));
-    EXPECT_TRUE(read(0).isEmpty()) << "another file";
-    EXPECT_EQ(read(1), picture);
-}
-
-TEST(PictureCatalog, ListsALockedLibraryLaterAndWaitsForNone) {
-    const NoWaiting time;
-    BeamLibraries beams;
-    beams.first.addPicture(beams.bending, pictureBytes(100));
-    beams.second.addPicture(beams.flow, pictureBytes(100));
-    colFormulaDB libraries;
-    addTo(libraries, beams.first.folder(), beams.first.fileName());
-    addTo(libraries, beams.second.folder(), beams.second.fileName());
-    PictureCatalog catalog(libraries);
-    beams.first.connection().execute(u"Begin Exclusive"_s);
-    EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::Part);
-    EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::Part);
-    beams.second.connection().execute(u"Begin Exclusive"_s);
-    EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::Part);
-    EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::AllLocked);
-    EXPECT_EQ(catalog.locked(), (std::vector{2, 1}));
-    QByteArray bytes;
-    EXPECT_EQ(catalog.readBytes(0, bytes), PictureCatalog::Bytes::Locked);
-    EXPECT_EQ(NoWaiting::sleeps, 0);
-    beams.first.connection().execute(u"Rollback"_s);
-    beams.second.connection().execute(u"Rollback"_s);
-    while (catalog.readEntries(1) != PictureCatalog::Listing::Complete) {
-    }
-    ASSERT_EQ(catalog.entries().size(), std::size_t{2});
-    EXPECT_EQ(catalog.entries()[1].name, u"弯曲"_s);
-    EXPECT_TRUE(catalog.locked().empty() && catalog.unreadable().empty());
 }
 
 TEST(WorkFolders, NoTwoControlsShareOneAsLongAsFilesInItAreUsed) {
