@@ -322,8 +322,8 @@ TEST_F(ListedPictures, FewLibrariesAreOpenAndOtherFilesInTheirPlacesNotRead) {
 TEST_F(ListedPictures, ALockedLibraryIsListedLaterAndNotWaitedFor) {
     PictureCatalog catalog(libraries);
     sleeps = 0;
-    const auto lock = [](TestLibrary& library) {
-        library.connection().execute(u"Begin Exclusive"_s);
+    const auto lock = [](TestLibrary& locked) {
+        locked.connection().execute(u"Begin Exclusive"_s);
     };
     lock(first);
     EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::Part);
