@@ -97,7 +97,7 @@ QString LibraryTree::addLibrary(const clsFormulaDB& library) {
     library_.close();
     const bool opened = library_.open(number);
     const QString failure =
-        opened ? readInto(root, number) : QStringLiteral("无法打开用户选择的数据库！");
+        opened ? readInto(root, library_) : QStringLiteral("无法打开用户选择的数据库！");
     if (!failure.isEmpty()) {
         unread_.insert(number);
         mark(root, library, opened ? failure : reasonOf(library_.openFailure()));
@@ -105,40 +105,65 @@ QString LibraryTree::addLibrary(const clsFormulaDB& library) {
     return failure;
 }
 
-/// Shows the folders of the current library below its node.
-QString LibraryTree::readInto(const QModelIndex& root, int number) {
+/// Shows the folders of `library` below its node, in place of those that are shown there. Returns
+/// what the user is to be told when they, or the properties of folders, cannot be read.
+QString LibraryTree::readInto(const QModelIndex& root, CurrentLibrary& library) {
+    const FileIdentity file = FileIdentity::of(library.connection().path());
     FolderRows rows;
-    if (!readFolders(library_, rows)) {
+    if (!readFolders(library, rows)) {
         return QStringLiteral("读取数据库失败，无法显示完整的树结构！");
     }
-    model_.addFolders(root, std::move(rows));
-    view_.expand(root);
+    files_.insert(library.number(), file);
+    if (model_.rowCount(root) == 0) {
+        model_.addFolders(root, std::move(rows));
+        view_.expand(root);
+    } else {
+        replaceFolders(model_.idOf(root), std::move(rows), false);
+    }
     std::vector<qint32> withProperty;
-    const bool propertiesRead = readNodesWithProperty(library_, NodeTypeFolder, withProperty);
-    markProperties(number, withProperty);
+    const bool propertiesRead = readNodesWithProperty(library, NodeTypeFolder, withProperty);
+    markProperties(library.number(), withProperty);
     return propertiesRead ? QString() : propertiesNotReadMessage();
 }
 
 void LibraryTree::readAgain() {
-    const int number = library_.number();
-    const QModelIndex root = model_.find({number, std::nullopt});
-    if (!unread_.contains(number) || !root.isValid()) {
-        return;
+    if (unread_.contains(library_.number())) {
+        readFrom(library_);
     }
+}
+
+bool LibraryTree::isUpToDate(int library) const {
+    if (!contains({library, std::nullopt})) {
+        return true;
+    }
+    const auto file = files_.constFind(library);
+    return !unread_.contains(library) && file != files_.cend() && file->isStillThere();
+}
+
+bool LibraryTree::readAnew(int library) {
+    CurrentLibrary opened(library_.libraries(), questions_);
+    return opened.open(library) && readFrom(opened);
+}
+
+/// Reads a library whose node is there.
+bool LibraryTree::readFrom(CurrentLibrary& library) {
+    const QModelIndex root = model_.find({library.number(), std::nullopt});
     const FolderTree::Images before = model_.tree().images(FolderTreeModel::nodeOf(root));
-    model_.removeFolders(root);
     model_.setImages(root, kPlainLibrary);
-    if (readInto(root, number).isEmpty()) {
-        unread_.remove(number);
+    const bool isRead = readInto(root, library).isEmpty();
+    if (isRead) {
+        unread_.remove(library.number());
         model_.setNote(root, QString());
     } else {
         model_.setImages(root, before);
     }
+    return isRead;
 }
 
 void LibraryTree::clear() {
     model_.clear();
     unread_.clear();
+    files_.clear();
 }
 
 void LibraryTree::mark(const QModelIndex& root, const clsFormulaDB& library,

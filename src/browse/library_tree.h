@@ -2,7 +2,9 @@
 
 #include "browse/folder_tree_model.h"
 #include "library/current_library.h"
+#include "library/file_identity.h"
 
+#include <QHash>
 #include <QObject>
 #include <QSet>
 
@@ -43,6 +45,14 @@ class LibraryTree : public QObject {
 
     /// Shows the folders of the current library when they could not be read before and now can.
     void readAgain();
+
+    /// Whether the folders shown of a library are those of the file that is at its path; true also
+    /// when the tree does not have the library.
+    bool isUpToDate(int library) const;
+
+    /// Shows the folders that a library of the tree has now, read on a connection of its own.
+    /// Returns whether all could be read; if none could, those that are shown stay.
+    bool readAnew(int library);
 
     bool contains(const NodeId& node) const { return model_.find(node).isValid(); }
     /// Name of a node; "" for an unknown one.
@@ -95,7 +105,8 @@ class LibraryTree : public QObject {
     QString addLibraries(const colFormulaDB& libraries, OnUnreadable onUnreadable);
     void addUnread(const clsFormulaDB& library);
     QString addLibrary(const clsFormulaDB& library);
-    QString readInto(const QModelIndex& root, int number);
+    QString readInto(const QModelIndex& root, CurrentLibrary& library);
+    bool readFrom(CurrentLibrary& library);
     void mark(const QModelIndex& root, const clsFormulaDB& library, const QString& reason);
     void removeStale(const NodeId& folder, const NodeId& kept);
     void collectExpanded(const QModelIndex& parent, std::vector<NodeId>& expanded) const;
@@ -105,7 +116,8 @@ class LibraryTree : public QObject {
     CurrentLibrary& library_;
     Questions& questions_;
     FolderTreeModel model_;
-    QSet<int> unread_;  ///< numbers of the libraries that are not read, or cannot be
+    QSet<int> unread_;                ///< numbers of the libraries that are not read, or cannot be
+    QHash<int, FileIdentity> files_;  ///< by number, those that the shown folders were read from
 };
 
 }  // namespace varo

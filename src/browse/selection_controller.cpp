@@ -1,6 +1,7 @@
 #include "browse/selection_controller.h"
 
 #include "platform/ui/node_view.h"
+#include "platform/ui/wait_cursor.h"
 
 #include <utility>
 
@@ -27,6 +28,22 @@ SelectionController::SelectionController(LibraryTree& tree, FormulaList& list, F
     connect(&pane, &FormulaPane::memoStored, this, [this](qint32 id, const QString& text) {
         list_.model().update(id, [&](clsFormulaInfo& formula) { formula.FormulaMemo = text; });
     });
+}
+
+SelectionController::NodePlace SelectionController::findNode(const NodeId& node) {
+    bool isRead = tree_.isUpToDate(node.library);
+    if (!isRead) {
+        const ui::clsWaitCursor waiting;
+        highlight_.remove();
+        isRead = tree_.readAnew(node.library);
+        if (isRead && listedNode_.library == node.library) {
+            showNothing();
+        }
+    }
+    if (tree_.contains(node)) {
+        return NodePlace::Tree;
+    }
+    return isRead ? NodePlace::Gone : NodePlace::Unknown;
 }
 
 bool SelectionController::selectNode(const NodeId& node) {

@@ -26,6 +26,18 @@ class SelectionController : public QObject {
     SelectionController(LibraryTree& tree, FormulaList& list, FormulaPane& pane,
                         CurrentLibrary& library, Questions& questions);
 
+    /// Where a node is that was read from a library at some time.
+    enum class NodePlace {
+        Tree,
+        Gone,     ///< the library does not have it any more
+        Unknown,  ///< the library cannot be read
+    };
+
+    /// Looks a node up in the tree, into which its library is read first when it has not been read
+    /// yet, or when another file has taken its place; what is listed of the former file is then
+    /// removed. To be called right after what was being typed has been stored.
+    NodePlace findNode(const NodeId& node);
+
     /// Selects a node as if the user had clicked it. Returns whether its formulas are listed then;
     /// an unknown node does nothing.
     bool selectNode(const NodeId& node);

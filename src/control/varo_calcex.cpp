@@ -134,7 +134,7 @@ Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
       menu(selection, tree, list, actions),
       pictures(selection, list, pane.description(), pictureStore, questions),
       pictureArea(form.panel.description, pane.description(), selection, pictures),
-      locator(selection, tree, library, propertySearch, questions),
+      locator(selection, library, propertySearch, questions),
       findLocator(selection, tree, list, questions),
       findResults(tree),
       findSteps(*form.PicControl, findResults, findLocator, actions.action(EditCommand::FindNext),

@@ -1,5 +1,6 @@
 #include "library/node_search.h"
 
+#include "platform/data/storable_text.h"
 #include "store/attempt.h"
 #include "store/keys.h"
 #include "store/library_connection.h"
@@ -37,11 +38,6 @@ qint64 leastPart(const FindCriteria& criteria) {
 qint32 identifierOf(qint64 number) {
     return static_cast<qint32>(std::clamp<qint64>(number, std::numeric_limits<qint32>::min(),
                                                   std::numeric_limits<qint32>::max()));
-}
-
-/// Whether a database can hold the text as it stands.
-bool canBeStored(const QString& text) {
-    return text.isValidUtf16() && !text.contains(QChar(0));
 }
 
 }  // namespace
@@ -151,8 +147,8 @@ FindHit FindHits::at(std::size_t position) const {
 
 NodeSearch::NodeSearch(const colFormulaDB& libraries, FindCriteria criteria)
     : criteria_(std::move(criteria)),
-      canMatch_(canBeStored(criteria_.name) && canBeStored(criteria_.memo) &&
-                canBeStored(criteria_.property)) {
+      canMatch_(data::isStorable(criteria_.name) && data::isStorable(criteria_.memo) &&
+                data::isStorable(criteria_.property)) {
     for (const clsFormulaDB& library : libraries) {
         libraries_.push_back(
             {libraryNumberOf(library.NodeKey), library.FormulaDBPath, library.FormulaDBName});

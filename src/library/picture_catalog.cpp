@@ -1,10 +1,11 @@
 #include "library/picture_catalog.h"
 
+#include "platform/data/lock_check.h"
 #include "store/attempt.h"
 #include "store/keys.h"
-#include "store/library_connection.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace varo {
 
@@ -12,6 +13,9 @@ namespace {
 
 /// Bytes of a picture that are read at a time; a fraction of a display frame.
 constexpr qint64 kPart = 512 * 1024;
+
+/// Libraries that are open at a time; a program may have some thousand files open.
+constexpr std::size_t kMostOpen = 16;
 
 /// Most bytes of a picture that is shown small.
 constexpr qint64 kMostBytes = 256 * 1024 * 1024;
@@ -32,72 +36,131 @@ PictureCatalog::PictureCatalog(const colFormulaDB& libraries) {
         libraries_.push_back(
             {libraryNumberOf(library.NodeKey), library.FormulaDBPath, library.FormulaDBName});
     }
+    for (Library& library : libraries_) {
+        unlisted_.push_back(&library);
+    }
 }
 
-bool PictureCatalog::readEntries(int most) {
-    if (listed_ == libraries_.size()) {
-        return false;
+PictureCatalog::Listing PictureCatalog::readEntries(int most) {
+    if (unlisted_.empty()) {
+        return Listing::Complete;
     }
-    Library& library = libraries_[listed_];
+    Library& library = *unlisted_.front();
     const std::size_t before = entries_.size();
-    data::Recordset rows;
-    const bool read =
-        openListed() &&
-        funcs_.FindShowFormula({entriesStatement(last_, most), {}}, rows, library.connection) &&
-        attempt([&] {
-            for (; !rows.atEnd(); rows.moveNext()) {
-                entries_.push_back({library.number, rows.integer(0), rows.text(1)});
-            }
-        });
-    if (!read) {
-        unreadable_.push_back(library.number);
-    }
-    if (read && entries_.size() - before == static_cast<std::size_t>(most)) {
-        last_ = entries_.back().formulaID;
+    const OpenFailure failure = readPart(library, most);
+    const bool isComplete = entries_.size() - before < static_cast<std::size_t>(most);
+    library.isLocked = failure == OpenFailure::Locked;
+    if (library.isLocked) {
+        std::ranges::rotate(unlisted_, std::next(unlisted_.begin()));
+        ++lockedInTurn_;
     } else {
-        endListing();
-    }
-    return listed_ < libraries_.size();
-}
-
-bool PictureCatalog::openListed() {
-    Library& library = libraries_[listed_];
-    if (!library.connection.isOpen() &&
-        !ConnectLibrary(library.folder, library.fileName, library.connection, QString())) {
-        return false;
-    }
-    if (library.file.path.isEmpty()) {
-        library.file = FileIdentity::of(library.connection.path());
-    }
-    return true;
-}
-
-/// From here on nothing waits for the library, and it takes little memory while it is open.
-void PictureCatalog::endListing() {
-    data::Connection& connection = libraries_[listed_].connection;
-    attempt([&] {
-        if (connection.isOpen()) {
-            connection.query(QStringLiteral("PRAGMA busy_timeout = 0"));
-            connection.execute(QStringLiteral("PRAGMA cache_size = -256"));
+        lockedInTurn_ = 0;
+        if (failure != OpenFailure::None) {
+            unreadable_.push_back(library.number);
         }
-    });
-    last_.reset();
-    ++listed_;
+        if (failure != OpenFailure::None || isComplete) {
+            unlisted_.pop_front();
+        }
+    }
+    if (unlisted_.empty()) {
+        return Listing::Complete;
+    }
+    return lockedInTurn_ < unlisted_.size() ? Listing::Part : Listing::AllLocked;
+}
+
+OpenFailure PictureCatalog::readPart(Library& library, int most) {
+    if (const OpenFailure failure = open(library); failure != OpenFailure::None) {
+        return failure;
+    }
+    data::Recordset rows;
+    const bool read = funcs_.FindShowFormula({entriesStatement(library.last, most), {}}, rows,
+                                             library.connection) &&
+                      attempt([&] {
+                          for (; !rows.atEnd(); rows.moveNext()) {
+                              entries_.push_back({library.number, rows.integer(0), rows.text(1)});
+                              library.last = entries_.back().formulaID;
+                          }
+                      });
+    if (read) {
+        return OpenFailure::None;
+    }
+    return data::isLocked(library.connection.path()) ? OpenFailure::Locked : OpenFailure::NoLibrary;
+}
+
+std::vector<int> PictureCatalog::locked() const {
+    std::vector<int> numbers;
+    for (const Library* library : unlisted_) {
+        if (library->isLocked) {
+            numbers.push_back(library->number);
+        }
+    }
+    return numbers;
+}
+
+/// Opens a library that is not open, unless another file has taken its place since it was opened
+/// first, and closes the one that was not used for longest.
+OpenFailure PictureCatalog::open(Library& library) {
+    if (!library.connection.isOpen()) {
+        const QString path = normalisedFolder(library.folder) + library.fileName;
+        if (data::isLocked(path)) {
+            return OpenFailure::Locked;
+        }
+        if (!library.file.path.isEmpty() && !library.file.isStillThere()) {
+            return OpenFailure::Missing;
+        }
+        if (open_.size() == kMostOpen) {
+            close(*open_.front());
+        }
+        if (const OpenFailure failure =
+                openLibrary(library.folder, library.fileName, library.connection);
+            failure != OpenFailure::None) {
+            return failure;
+        }
+        attempt([&] {
+            library.connection.query(QStringLiteral("PRAGMA busy_timeout = 0"));
+            library.connection.execute(QStringLiteral("PRAGMA cache_size = -256"));
+        });
+        if (library.file.path.isEmpty()) {
+            library.file = FileIdentity::of(path);
+        }
+    }
+    std::erase(open_, &library);
+    open_.push_back(&library);
+    return OpenFailure::None;
+}
+
+void PictureCatalog::close(Library& library) {
+    if (field_ && &libraryOf(entries_[fieldOf_]) == &library) {
+        field_.reset();
+    }
+    library.connection.close();
+    std::erase(open_, &library);
 }
 
 PictureCatalog::Library& PictureCatalog::libraryOf(const Entry& entry) {
     return *std::ranges::find(libraries_, entry.library, &Library::number);
 }
 
+/// Opens the field of an entry's picture. Throws data::Error.
+void PictureCatalog::startReading(std::size_t entry) {
+    const Entry& wanted = entries_[entry];
+    Library& library = libraryOf(wanted);
+    if (const OpenFailure failure = open(library); failure != OpenFailure::None) {
+        throw data::Error(QStringLiteral("the library of the picture does not open"),
+                          failure == OpenFailure::Locked ? data::Error::Cause::Locked
+                                                         : data::Error::Cause::Other);
+    }
+    field_ = library.connection.field(QStringLiteral("Formula"), QStringLiteral("Pic"),
+                                      wanted.formulaID);
+    fieldOf_ = entry;
+}
+
 PictureCatalog::Bytes PictureCatalog::readBytes(std::size_t entry, QByteArray& bytes) {
     Bytes result = Bytes::None;
     try {
         if (bytes.isEmpty() || !field_ || fieldOf_ != entry) {
-            const Entry& wanted = entries_[entry];
             bytes.clear();
-            field_ = libraryOf(wanted).connection.field(QStringLiteral("Formula"),
-                                                        QStringLiteral("Pic"), wanted.formulaID);
-            fieldOf_ = entry;
+            startReading(entry);
         }
         const qint64 total = field_->size();
         if (total <= kMostBytes) {
@@ -119,9 +182,11 @@ PictureCatalog::Bytes PictureCatalog::readBytes(std::size_t entry, QByteArray& b
 
 std::optional<qint32> PictureCatalog::folderOf(std::size_t entry) {
     const Entry& wanted = entries_[entry];
+    Library& library = libraryOf(wanted);
     data::Recordset rows;
     std::optional<qint32> folder;
-    if (funcs_.GetFormulaByID(wanted.formulaID, rows, libraryOf(wanted).connection)) {
+    if (open(library) == OpenFailure::None &&
+        funcs_.GetFormulaByID(wanted.formulaID, rows, library.connection)) {
         attempt([&] {
             if (!rows.atEnd()) {
                 folder = rows.integer(u"PID");

@@ -3,6 +3,8 @@
 #include "platform/ui/dialogs.h"
 #include "platform/ui/picture_grid.h"
 #include "platform/ui/twips.h"
+#include "platform/ui/wait_cursor.h"
+#include "search/locate_messages.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -118,15 +120,19 @@ void FindDialog::connectCommands() {
 }
 
 void FindDialog::InitForm() {
-    updateCriteria();
-    properties_ = readPropertyNames(libraries_);
+    {
+        const ui::clsWaitCursor waiting;
+        properties_ = readPropertyNames(libraries_);
+    }
+    showCriteria(results_.criteria());
+    focusWork();
     if (!results_.isEmpty()) {
         form_.lblFindCount->setText(QStringLiteral("上次找到 %1 项").arg(results_.count()));
         const QModelIndex located = results_.index(std::max(results_.located(), 0), 0);
         form_.lvFindResult->setCurrentIndex(located);
         form_.lvFindResult->scrollTo(located);
+        form_.lvFindResult->setFocus();
     }
-    focusWork();
     if (!properties_.failure.isEmpty()) {
         questions_.inform(properties_.failure);
     }
@@ -187,6 +193,20 @@ FindCriteria FindDialog::criteria() const {
     return wanted;
 }
 
+void FindDialog::showCriteria(const FindCriteria& wanted) {
+    form_.ChkFolder->setChecked(wanted.inFolders);
+    form_.ChkFormula->setChecked(wanted.inFormulas);
+    form_.ChkName->setChecked(!wanted.name.isEmpty());
+    form_.txtName->setText(wanted.name);
+    form_.OptFindName[static_cast<std::size_t>(wanted.namePlace)]->setChecked(true);
+    form_.ChkMemo->setChecked(!wanted.memo.isEmpty());
+    form_.txtMemo->setText(wanted.memo);
+    form_.OptFindMemo[static_cast<std::size_t>(wanted.memoPlace)]->setChecked(true);
+    form_.ChkPrpty->setChecked(!wanted.property.isEmpty());
+    form_.CmbPrpty->setEditText(wanted.property);
+    updateCriteria();
+}
+
 /// The button also stops a search that is under way, unless that was started with other criteria,
 /// or by the first click of a double click.
 void FindDialog::find() {
@@ -203,6 +223,7 @@ void FindDialog::find() {
         }
     }
     results_.clear();
+    results_.setCriteria(wanted);
     if (!wanted.canBeSearched()) {
         form_.lblFindCount->setText(QStringLiteral("请选择查询范围，并填写至少一项条件"));
         return;
@@ -249,8 +270,7 @@ void FindDialog::showEnd() {
 void FindDialog::locateSelected() {
     const QModelIndex selected = form_.lvFindResult->currentIndex();
     if (selected.isValid()) {
-        results_.setLocated(selected.row());
-        locator_.locate(results_.hit(selected.row()));
+        locator_.locate(results_, selected.row());
     }
 }
 
@@ -275,10 +295,13 @@ void FindDialog::showPictureCount() {
     QString text = pictures_.count() == 0 && !pictures_.isLoading()
                        ? QStringLiteral("公式库中没有图片")
                        : QStringLiteral("%1 幅图片").arg(pictures_.count());
-    const QStringList unreadable = pictures_.unreadableLibraries();
-    if (!unreadable.isEmpty()) {
-        text += QStringLiteral("；无法读取公式库：") + unreadable.join(QStringLiteral("、"));
-    }
+    const auto append = [&text](const QString& what, const QStringList& libraries) {
+        if (!libraries.isEmpty()) {
+            text += what + libraries.join(QStringLiteral("、"));
+        }
+    };
+    append(QStringLiteral("；无法读取公式库："), pictures_.unreadableLibraries());
+    append(QStringLiteral("；其他程序正在使用，稍后再读："), pictures_.lockedLibraries());
     form_.lblImageCount->setText(text);
 }
 
@@ -296,7 +319,7 @@ void FindDialog::locatePicture(int row) {
             questions_.inform(QStringLiteral("读取数据库失败，无法定位！"));
             break;
         case PictureCatalog::Found::Gone:
-            questions_.inform(QStringLiteral("用户需要定位的公式不存在！"));
+            questions_.inform(kFormulaGone);
             break;
     }
 }
@@ -314,7 +337,8 @@ bool FindDialog::eventFilter(QObject* watched, QEvent* event) {
 
 void FindDialog::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && run_.isRunning()) {
-        find();  // stops it
+        wasStopped_ = true;
+        run_.stop();
         return;
     }
     QDialog::keyPressEvent(event);

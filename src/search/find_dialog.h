@@ -23,7 +23,7 @@ class FindDialog : public QDialog {
                Questions& questions, QWidget* parent);
     ~FindDialog() override;
 
-    /// Shows what was found last, reads the names of the properties, and offers the criteria.
+    /// Shows what was found last and by which criteria, and reads the names of the properties.
     void InitForm();
 
     /// Milliseconds for which a search keeps the program from going on; 0 shows its progress.
@@ -42,6 +42,7 @@ class FindDialog : public QDialog {
     void updateCriteria();
     void fillProperties();
     FindCriteria criteria() const;
+    void showCriteria(const FindCriteria& wanted);
     void find();
     void showProgress();
     void showEnd();

@@ -1,46 +1,55 @@
 #include "search/find_locator.h"
 
+#include "search/locate_messages.h"
+
 namespace varo {
 
-namespace {
-
-const QString kNoFolder = QStringLiteral("用户需要定位的节点不存在！");
-const QString kNoFormula = QStringLiteral("用户需要定位的公式不存在！");
-
-}  // namespace
-
-void FindLocator::locate(const FindHit& hit) {
-    if (hit.kind == NodeTypeFolder) {
-        if (isStillThere(hit, tree_.text(hit.node()))) {
-            locateFolder(hit.node());
-        } else {
-            questions_.inform(kNoFolder);
-        }
-    } else if (!tree_.contains(hit.node()) || isStillThere(hit, QString())) {
-        locateFormula(hit.node(), hit.id);
-    } else {
-        questions_.inform(kNoFormula);
+void FindLocator::locate(FindResults& results, int position) {
+    if (!selection_.storeEdits()) {
+        return;
     }
-}
-
-void FindLocator::locateFolder(const NodeId& folder) {
-    if (tree_.contains(folder)) {
-        selection_.selectNode(folder);
+    results.setLocated(position);
+    const FindHit hit = results.hit(position);
+    if (hit.kind == NodeTypeFormula) {
+        if (isStillThere(hit, QString())) {
+            showFormula(hit.node(), hit.id);
+        } else {
+            questions_.inform(kFormulaGone);
+        }
+    } else if (isStillThere(hit, tree_.text(hit.node()))) {
+        showNode(hit.node(), kNodeGone);
     } else {
-        questions_.inform(kNoFolder);
+        questions_.inform(kNodeGone);
     }
 }
 
 void FindLocator::locateFormula(const NodeId& folder, qint32 formulaID) {
-    if (!tree_.contains(folder)) {
-        questions_.inform(QStringLiteral("用户需要定位的公式夹不存在！"));
-        return;
+    if (selection_.storeEdits()) {
+        showFormula(folder, formulaID);
     }
-    if (!selection_.selectNode(folder)) {
+}
+
+/// Returns whether the node's formulas are listed; the user has been told when they are not.
+bool FindLocator::showNode(const NodeId& node, const QString& gone) {
+    switch (selection_.findNode(node)) {
+        case SelectionController::NodePlace::Tree:
+            return selection_.showNode(node);
+        case SelectionController::NodePlace::Gone:
+            questions_.inform(gone);
+            break;
+        case SelectionController::NodePlace::Unknown:
+            questions_.inform(QStringLiteral("无法打开用户指定的数据库！"));
+            break;
+    }
+    return false;
+}
+
+void FindLocator::showFormula(const NodeId& folder, qint32 formulaID) {
+    if (!showNode(folder, kFolderGone)) {
         return;
     }
     if (list_.model().find(formulaID) == nullptr) {
-        questions_.inform(kNoFormula);
+        questions_.inform(kFormulaGone);
         return;
     }
     selection_.selectFormula(formulaID);

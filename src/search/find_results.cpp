@@ -5,13 +5,6 @@
 
 namespace varo {
 
-namespace {
-
-/// Most characters of a name in a tool tip.
-constexpr int kToolTipLimit = 500;
-
-}  // namespace
-
 FindResults::FindResults(LibraryTree& tree) : tree_(tree) {
     connect(&tree.model(), &QAbstractItemModel::modelReset, this, [this] {
         clear();
@@ -74,8 +67,7 @@ QVariant FindResults::data(const QModelIndex& index, int role) const {
             return found.kind == NodeTypeFolder ? nodeIcon(NodeImage::Folder)
                                                 : formulaIcon(FormulaImage::Formula);
         case Qt::ToolTipRole:
-            return ui::plainToolTip(ui::shortened(found.name, kToolTipLimit) + u'\n' +
-                                    pathOf(found.parent()));
+            return ui::plainToolTip(ui::lineOf(found.name) + u'\n' + pathOf(found.parent()));
         case Qt::AccessibleDescriptionRole:
         case PlaceRole:
             return pathOf(found.parent());

@@ -8,7 +8,7 @@
 namespace varo {
 
 /// What the last search has found, as a list of one column; and which of it was located last. It
-/// is forgotten when the library tree is filled anew.
+/// is forgotten when the library tree is filled anew, but for the criteria.
 class FindResults : public QAbstractTableModel {
     Q_OBJECT
 
@@ -28,6 +28,10 @@ class FindResults : public QAbstractTableModel {
 
     void append(const FindHits& hits);
     void clear();
+
+    /// What was searched for.
+    const FindCriteria& criteria() const { return criteria_; }
+    void setCriteria(const FindCriteria& criteria) { criteria_ = criteria; }
 
     /// Position, from 0, of the hit that was located last; -1 when none was.
     int located() const { return located_; }
@@ -52,6 +56,7 @@ class FindResults : public QAbstractTableModel {
   private:
     LibraryTree& tree_;
     FindHits hits_;
+    FindCriteria criteria_;
     int located_ = -1;
 };
 

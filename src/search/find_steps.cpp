@@ -28,9 +28,7 @@ void FindSteps::offer() {
 }
 
 void FindSteps::step(int by) {
-    const int position = results_.located() + by;
-    results_.setLocated(position);
-    locator_.locate(results_.hit(position));
+    locator_.locate(results_, results_.located() + by);
 }
 
 }  // namespace varo

@@ -4,6 +4,7 @@
 
 #include <QTimerEvent>
 
+#include <algorithm>
 #include <utility>
 
 namespace varo {
@@ -15,8 +16,9 @@ namespace {
 constexpr int kEntries = 250;
 constexpr int kPause = 15;
 
-/// Most characters of a name in a tool tip.
-constexpr int kToolTipLimit = 500;
+/// Milliseconds before libraries that are locked are tried again: at first, and at most.
+constexpr int kFirstLockedPause = 100;
+constexpr int kLongestLockedPause = 5000;
 
 }  // namespace
 
@@ -25,7 +27,6 @@ PictureList::PictureList(const colFormulaDB& libraries,
     : QAbstractListModel(parent), catalog_(libraries), pathOf_(std::move(pathOf)) {}
 
 void PictureList::load() {
-    timer_.start(kPause, this);
     readEntries();
 }
 
@@ -38,22 +39,32 @@ void PictureList::timerEvent(QTimerEvent* event) {
 }
 
 void PictureList::readEntries() {
-    const bool hasMore = catalog_.readEntries(kEntries);
+    const PictureCatalog::Listing listing = catalog_.readEntries(kEntries);
     const auto count = static_cast<int>(catalog_.entries().size());
     if (count > count_) {
         beginInsertRows({}, count_, count - 1);
         count_ = count;
         endInsertRows();
     }
-    if (!hasMore) {
-        timer_.stop();
+    switch (listing) {
+        case PictureCatalog::Listing::Part:
+            pause_ = kPause;
+            timer_.start(pause_, this);
+            break;
+        case PictureCatalog::Listing::AllLocked:
+            pause_ = std::clamp(2 * pause_, kFirstLockedPause, kLongestLockedPause);
+            timer_.start(pause_, this);
+            break;
+        case PictureCatalog::Listing::Complete:
+            timer_.stop();
+            break;
     }
     emit listed();
 }
 
-QStringList PictureList::unreadableLibraries() const {
+QStringList PictureList::namesOf(const std::vector<int>& libraries) const {
     QStringList names;
-    for (const int library : catalog_.unreadable()) {
+    for (const int library : libraries) {
         names.append(pathOf_(nodeOf(library, 0)));
     }
     return names;
@@ -104,8 +115,7 @@ QString PictureList::toolTip(int row) const {
     const auto at = static_cast<std::size_t>(row);
     const PictureCatalog::Entry& entry = catalog_.entries()[at];
     const qint32 folder = catalog_.folderOf(at).value_or(0);
-    return ui::shortened(entry.name, kToolTipLimit) + u'\n' +
-           pathOf_(nodeOf(entry.library, folder));
+    return ui::lineOf(entry.name) + u'\n' + pathOf_(nodeOf(entry.library, folder));
 }
 
 }  // namespace varo

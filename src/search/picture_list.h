@@ -27,7 +27,9 @@ class PictureList : public QAbstractListModel, public ui::PictureBytes {
     bool isLoading() const { return timer_.isActive(); }
     int count() const { return count_; }
     /// Names of the libraries whose pictures could not all be listed.
-    QStringList unreadableLibraries() const;
+    QStringList unreadableLibraries() const { return namesOf(catalog_.unreadable()); }
+    /// Names of the libraries that are locked, whose pictures follow when they no longer are.
+    QStringList lockedLibraries() const { return namesOf(catalog_.locked()); }
 
     /// Opens the picture's library anew and reads which formula it belongs to and the node that
     /// this is in.
@@ -48,11 +50,13 @@ class PictureList : public QAbstractListModel, public ui::PictureBytes {
 
   private:
     void readEntries();
+    QStringList namesOf(const std::vector<int>& libraries) const;
     QString toolTip(int row) const;
 
     mutable PictureCatalog catalog_;  // the folder of a formula is read when it is asked for
     std::function<QString(const NodeId&)> pathOf_;
     QBasicTimer timer_;
+    int pause_ = 0;  ///< milliseconds before the next entries are read
     int count_ = 0;
 };
 

@@ -1,5 +1,7 @@
 #include "search/property_locator.h"
 
+#include "platform/ui/wait_cursor.h"
+#include "search/locate_messages.h"
 #include "store/keys.h"
 
 #include <QScopedValueRollback>
@@ -7,6 +9,8 @@
 namespace varo {
 
 namespace {
+
+const QString kNotOpened = QStringLiteral("无法打开用户选择的数据库！");
 
 /// The node that is located, or that has the located formula in it.
 NodeId placeOf(const clsLocateProp& located) {
@@ -16,14 +20,9 @@ NodeId placeOf(const clsLocateProp& located) {
 
 }  // namespace
 
-PropertyLocator::PropertyLocator(SelectionController& selection, LibraryTree& tree,
-                                 CurrentLibrary& library, PropertySearch& search,
-                                 Questions& questions)
-    : selection_(selection),
-      tree_(tree),
-      library_(library),
-      search_(search),
-      questions_(questions) {}
+PropertyLocator::PropertyLocator(SelectionController& selection, CurrentLibrary& library,
+                                 PropertySearch& search, Questions& questions)
+    : selection_(selection), library_(library), search_(search), questions_(questions) {}
 
 void PropertyLocator::locate(const QString& property) {
     // The search asks the host, who must not start another one on the same list.
@@ -33,7 +32,10 @@ void PropertyLocator::locate(const QString& property) {
     const QScopedValueRollback searching(isSearching_, true);
     emit stepsChanged(false, false);
     shown_ = 0;
-    const QString failure = search_.run(property, located_);
+    const QString failure = [&] {
+        const ui::clsWaitCursor waiting;
+        return search_.run(property, located_);
+    }();
     if (!failure.isEmpty()) {
         questions_.inform(failure);
     }
@@ -72,14 +74,19 @@ void PropertyLocator::showItem(int position) {
     const NodeId node = placeOf(item);
     const qint32 id = item.NodeID;
     const bool isFormula = item.NodeType == NodeTypeFormula;
-    if (!tree_.contains(node)) {
-        shown_ = position;  // the user steps past it
-        questions_.inform(isFormula ? QStringLiteral("用户需要定位的公式夹不存在！")
-                                    : QStringLiteral("用户需要定位的节点不存在！"));
-        return;
+    switch (selection_.findNode(node)) {
+        case SelectionController::NodePlace::Gone:
+            shown_ = position;  // the user steps past it
+            questions_.inform(isFormula ? kFolderGone : kNodeGone);
+            return;
+        case SelectionController::NodePlace::Unknown:
+            questions_.inform(kNotOpened);
+            return;
+        case SelectionController::NodePlace::Tree:
+            break;
     }
     library_.variables().Clear();
-    if (!selection_.showNode(node, QStringLiteral("无法打开用户选择的数据库！"))) {
+    if (!selection_.showNode(node, kNotOpened)) {
         return;
     }
     shown_ = position;
@@ -91,7 +98,7 @@ void PropertyLocator::showItem(int position) {
     if (selection_.formula() == id) {
         selection_.highlight().setFormula(id);
     } else if (selection_.listedNode() == node) {
-        questions_.inform(QStringLiteral("用户需要定位的公式不存在！"));
+        questions_.inform(kFormulaGone);
     }
 }
 

@@ -14,8 +14,8 @@ class PropertyLocator : public QObject {
 
   public:
     /// Everything handed in must outlive this.
-    PropertyLocator(SelectionController& selection, LibraryTree& tree, CurrentLibrary& library,
-                    PropertySearch& search, Questions& questions);
+    PropertyLocator(SelectionController& selection, CurrentLibrary& library, PropertySearch& search,
+                    Questions& questions);
 
     /// Finds what carries a property called `property` and suits the host, and shows the first.
     /// What fails is told to the user and leaves the list as far as it was built, with nothing
@@ -26,7 +26,8 @@ class PropertyLocator : public QObject {
     void forget();
 
     /// Shows the next or previous one. One that is gone since is told and stepped past; one whose
-    /// library cannot be opened is told and stays the next one to be shown.
+    /// library cannot be opened is told and stays the next one to be shown. The folders of a
+    /// library that the tree has not read, or that was replaced since, are read first.
     void showNext() { step(1); }
     void showPrevious() { step(-1); }
 
@@ -39,7 +40,6 @@ class PropertyLocator : public QObject {
     void showItem(int position);
 
     SelectionController& selection_;
-    LibraryTree& tree_;
     CurrentLibrary& library_;
     PropertySearch& search_;
     Questions& questions_;

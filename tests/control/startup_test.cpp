@@ -38,22 +38,30 @@ TEST(Startup, SaysWhatIsWrongWithTheConfigurationFolderAndRunsOnceItIsMended) {
     EXPECT_EQ(desk.treeTexts(), (QStringList{u"库1"_s, u"  梁"_s}));
 }
 
-TEST(Startup, ReadsTheLibrariesBehindTheThousandthWhenTheyAreShown) {
+TEST(Startup, ReadsTheLibrariesBehindTheThousandthWhenTheyAreShownOrLocated) {
     const SmallLibrary library;
+    SmallLibrary located;
+    located.addProperty(1, u"用途"_s, 0, 1, NodeTypeFormula);
     const TestConfiguration configuration;
-    QByteArray file = "[Access]\nNodeCount=1002\n";
-    for (int i = 1; i <= 1002; ++i) {
+    QByteArray file = "[Access]\nNodeCount=1003\n";
+    for (int i = 1; i <= 1003; ++i) {
         const QByteArray number = QByteArray::number(i);
         file += "RootNodeText" + number + '=' + number + "\nRootNodeName" + number +
-                "=library.vdb\nRootNodePath" + number + '=' + library.folder().toUtf8() + '\n';
+                "=library.vdb\nRootNodePath" + number + '=' +
+                (i < 1003 ? library : located).folder().toUtf8() + '\n';
     }
     configuration.write(file);
     Desk desk(configuration.folder());
     EXPECT_EQ(desk.messages(), QStringList());
     EXPECT_EQ(desk.treeTexts().mid(1998),
-              (QStringList{u"1000"_s, u"  梁"_s, u"1001"_s, u"1002"_s}));
+              (QStringList{u"1000"_s, u"  梁"_s, u"1001"_s, u"1002"_s, u"1003"_s}));
     desk.clickNode(u"1002"_s);
-    EXPECT_EQ(desk.treeTexts().mid(2000), (QStringList{u"1001"_s, u"1002"_s, u"  梁"_s}));
+    EXPECT_EQ(desk.treeTexts().mid(2000),
+              (QStringList{u"1001"_s, u"1002"_s, u"  梁"_s, u"1003"_s}));
+    desk.control().SetDesignProp(u"用途"_s);
+    EXPECT_EQ(desk.messages(), QStringList());
+    EXPECT_EQ(desk.tree().selectedKey(), u"FormulaNode1->DBNode1003"_s);
+    EXPECT_EQ(desk.list().selectedKey(), u"LvFormulaKey1"_s);
 }
 
 TEST(Startup, RefusesAConfigurationFileThatLacksWhatItPromises) {

@@ -214,7 +214,7 @@ class ListedPictures : public Find {
         second.addPicture(flow, pictureBytes(5));
     }
     static QString listed(PictureCatalog& catalog, int most) {
-        while (catalog.readEntries(most)) {
+        while (catalog.readEntries(most) != PictureCatalog::Listing::Complete) {
         }
         QStringList names;
         for (const PictureCatalog::Entry& entry : catalog.entries()) {
@@ -222,9 +222,8 @@ class ListedPictures : public Find {
         }
         return names.join(u' ');
     }
-    /// All bytes of a picture, or "" when they cannot be read.
-    static QByteArray bytes(PictureCatalog& catalog, std::size_t entry) {
-        QByteArray read;
+    /// All bytes of a picture, of which `read` has been read, or "" when they cannot be read.
+    static QByteArray bytes(PictureCatalog& catalog, std::size_t entry, QByteArray read = {}) {
         PictureCatalog::Bytes result;
         do {
             result = catalog.readBytes(entry, read);
@@ -275,7 +274,7 @@ TEST_F(ListedPictures, ListingGoesOnBetweenThePartsOfAPicture) {
     catalog.readEntries(1);
     QByteArray read;
     EXPECT_EQ(catalog.readBytes(0, read), PictureCatalog::Bytes::Part);
-    for (int parts = 1; catalog.readEntries(1);) {
+    for (int parts = 1; catalog.readEntries(1) != PictureCatalog::Listing::Complete;) {
         if (parts < 3) {
             const qsizetype before = read.size();
             catalog.readBytes(0, read);
@@ -284,6 +283,62 @@ TEST_F(ListedPictures, ListingGoesOnBetweenThePartsOfAPicture) {
         }
     }
     EXPECT_EQ(read, pictureBytes(1'200'000));
+}
+
+TEST_F(ListedPictures, FewLibrariesAreOpenAndOtherFilesInTheirPlacesNotRead) {
+    constexpr int kCopies = 40;
+    const QString directory = QDir(first.folder()).canonicalPath();
+    const auto openFiles = [&] {
+        const QFileInfoList open = QDir(u"/proc/self/fd"_s).entryInfoList();
+        return std::ranges::count_if(open, [&](const QFileInfo& file) {
+            return file.symLinkTarget().startsWith(directory);
+        });
+    };
+    const auto own = openFiles();
+    libraries.Clear();
+    for (int i = 0; i < kCopies; ++i) {
+        const QString name = u"%1.vdb"_s.arg(i);
+        first.addFile(name, fileContent(first.path()));
+        addTo(libraries, first.folder(), name);
+    }
+    PictureCatalog catalog(libraries);
+    listed(catalog, 10);
+    ASSERT_EQ(catalog.entries().size(), std::size_t{2 * kCopies});
+    QByteArray begun;
+    EXPECT_EQ(catalog.readBytes(0, begun), PictureCatalog::Bytes::Part);
+    for (std::size_t entry = 1; entry < 2 * kCopies; entry += 2) {
+        EXPECT_EQ(catalog.folderOf(entry), columns);
+        EXPECT_LE(openFiles(), own + 16);
+    }
+    EXPECT_EQ(bytes(catalog, 0, begun), pictureBytes(1'200'000)) << "anew";
+    for (std::size_t entry = 1; entry < 2 * kCopies; entry += 2) {
+        EXPECT_EQ(bytes(catalog, entry), pictureBytes(3));
+    }
+    ASSERT_TRUE(QFile::rename(first.pathOf(u"0.vdb"_s), first.pathOf(u"aside"_s)));
+    first.addFile(u"0.vdb"_s, fileContent(first.path()));
+    EXPECT_TRUE(bytes(catalog, 1).isEmpty());
+}
+
+TEST_F(ListedPictures, ALockedLibraryIsListedLaterAndNotWaitedFor) {
+    PictureCatalog catalog(libraries);
+    waits = 0;
+    const auto lock = [](TestLibrary& locked) {
+        locked.connection().execute(u"Begin Exclusive"_s);
+    };
+    lock(first);
+    EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::Part);
+    EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::Part);
+    lock(second);
+    EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::Part);
+    EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::AllLocked);
+    EXPECT_EQ(catalog.locked(), (std::vector{2, 1}));
+    QByteArray read;
+    EXPECT_EQ(catalog.readBytes(0, read), PictureCatalog::Bytes::Locked);
+    EXPECT_EQ(waits, 0);
+    first.connection().execute(u"Rollback"_s);
+    second.connection().execute(u"Rollback"_s);
+    EXPECT_EQ(listed(catalog, 1), u"流量2 弯曲1 稳定1"_s);
+    EXPECT_TRUE(catalog.locked().empty() && catalog.unreadable().empty());
 }
 
 TEST_F(ListedPictures, AreLocatedAsLongAsTheirNameIsThere) {

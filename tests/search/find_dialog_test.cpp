@@ -3,6 +3,7 @@
 
 #include <QClipboard>
 #include <QProgressBar>
+#include <QRadioButton>
 
 namespace varo::test {
 namespace {
@@ -192,10 +193,16 @@ TEST_F(Finding, ALongSearchShowsProgressAndCanBeStopped) {
             EXPECT_EQ(part<QPushButton>("CmdFind").text(), u"停止(&F)"_s);
             QTest::mouseClick(&part("CmdFind"), Qt::LeftButton);
             EXPECT_TRUE(part("PrgFind").isVisible()) << "the second click of a double click";
-            const int interval = QApplication::doubleClickInterval();
-            QApplication::setDoubleClickInterval(0);
-            QTest::keyClick(dialog.data(), byEscape ? Qt::Key_Escape : Qt::Key_Return);
-            QApplication::setDoubleClickInterval(interval);
+            if (byEscape) {
+                part<QLineEdit>("txtName").setText(u"柱"_s);
+                QTest::keyClick(dialog.data(), Qt::Key_Escape);
+                part<QLineEdit>("txtName").setText(u"梁"_s);
+            } else {
+                const int interval = QApplication::doubleClickInterval();
+                QApplication::setDoubleClickInterval(0);
+                QTest::keyClick(dialog.data(), Qt::Key_Return);
+                QApplication::setDoubleClickInterval(interval);
+            }
             EXPECT_EQ(counted(), u"已停止，找到 1 项"_s);
             EXPECT_NO_THROW(first.connection().execute(u"Update Tree Set Name = Name"_s));
             EXPECT_FALSE(part("PrgFind").isVisible());
@@ -215,10 +222,7 @@ TEST_F(Finding, ASearchThatFindsNothingCanBeStoppedInsideALibrary) {
         search(u"没有"_s);
         EXPECT_TRUE(QTest::qWaitFor([&] { return part<QProgressBar>("PrgFind").value() > 250; }));
         EXPECT_TRUE(counted().startsWith(u"正在查找第 1 个公式库"_s)) << qPrintable(counted());
-        const int interval = QApplication::doubleClickInterval();
-        QApplication::setDoubleClickInterval(0);
         QTest::keyClick(dialog.data(), Qt::Key_Escape);
-        QApplication::setDoubleClickInterval(interval);
         EXPECT_EQ(counted(), u"已停止，找到 0 项"_s);
         click("CmdFind");
         EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == u"找到 0 项"_s; }));
@@ -252,6 +256,36 @@ TEST_F(Finding, SelectsNothingInALibraryThatWasReplacedSinceTheSearch) {
     });
 }
 
+TEST_F(Finding, ALibraryThatWasReplacedBeforeTheSearchIsReadAnew) {
+    const QString aside = first.pathOf(u"aside"_s);
+    second.addPicture(flow, pictureBytes(100));
+    for (const bool byPicture : {false, true}) {
+        select(u"柱"_s);
+        ASSERT_TRUE(QFile::rename(first.path(), aside));
+        ASSERT_TRUE(QFile::copy(second.path(), first.path()));
+        withDialog([&] {
+            if (byPicture) {
+                part<QTabBar>("TabFind").setCurrentIndex(1);
+                QTest::keyClick(&part("ImageGridFind"), Qt::Key_Home);
+                QTest::keyClick(&part("ImageGridFind"), Qt::Key_Return);
+            } else {
+                search(u"流量"_s);
+                clickResult(0, true);
+            }
+            EXPECT_EQ(desk->treeTexts(), (QStringList{u"库1"_s, u"  管"_s, u"库2"_s, u"  管"_s}));
+            EXPECT_EQ(shown(), u"管/流量"_s);
+            EXPECT_EQ(desk->tree().selectedKey(), folder(pipes));
+            ASSERT_TRUE(QFile::remove(first.path()));
+            ASSERT_TRUE(QFile::rename(aside, first.path()));
+            part<QTabBar>("TabFind").setCurrentIndex(0);
+            search(u"简支"_s);
+            clickResult(0, true);
+            EXPECT_EQ(shown(), u"简支/挠度"_s);
+        });
+    }
+    EXPECT_EQ(told(), QString());
+}
+
 TEST_F(Finding, StartsWhereTheUserGoesOnAndKeepsWhatWasTyped) {
     first.addProperty(1, u"用途"_s, 0, beams, NodeTypeFolder);
     first.addPicture(bending, pictureBytes(100));
@@ -282,7 +316,13 @@ TEST_F(Finding, StartsWhereTheUserGoesOnAndKeepsWhatWasTyped) {
         click("ChkPrpty");
         search(u"梁"_s);
     });
-    withDialog([&] { EXPECT_EQ(dialog->focusWidget()->objectName(), u"lvFindResult"_s); });
+    withDialog([&] {
+        EXPECT_EQ(dialog->focusWidget()->objectName(), u"lvFindResult"_s);
+        part<QLineEdit>("txtName").setFocus();
+        key(part("txtName"), Qt::Key_Return);
+        EXPECT_EQ(listed(), u"梁"_s) << "by the criteria of before";
+        EXPECT_TRUE(part<QRadioButton>("OptFindName2").isChecked());
+    });
 }
 
 TEST_F(Finding, SaysThatATextIsTooLong) {
@@ -321,7 +361,11 @@ TEST_F(Finding, F3StepsThroughTheHitsAfterTheDialogIsClosed) {
     EXPECT_EQ(step(), u"板/"_s);
     withDialog([&] { search(u"支"_s); });
     EXPECT_FALSE(desk->editButton(u"查找下一个"_s).isEnabled());
-    EXPECT_EQ(step(), u"简支/挠度"_s);
+    QTest::keyClick(&desk->tree(), Qt::Key_F2);
+    desk->labelEditor()->clear();
+    EXPECT_EQ(step(), u"板/"_s);
+    EXPECT_EQ(told(), u"公式夹名称不能为空！"_s);
+    EXPECT_EQ(step(), u"简支/挠度"_s) << "which was not skipped";
     withDialog([&] {
         EXPECT_EQ(listed(), u"简支"_s);
         EXPECT_EQ(counted(), u"上次找到 1 项"_s);

@@ -85,6 +85,26 @@ TEST_F(Locate, WhatIsGoneSinceIsToldAndSteppedPastButNotAClosedLibrary) {
     desk->control().RunCalc();
 }
 
+TEST_F(Locate, ALibraryThatWasReplacedSinceIsReadAnew) {
+    mark(first, shear, NodeTypeFormula);
+    mark(first, plates, NodeTypeFolder);
+    locate();
+    const QString away = first.path() + u".away"_s;
+    ASSERT_TRUE(QFile::rename(first.path(), away));
+    ASSERT_TRUE(QFile::copy(second.path(), first.path()));
+    press(next);
+    EXPECT_EQ(told(), u"用户需要定位的节点不存在！"_s);
+    EXPECT_TRUE(desk->listTexts().isEmpty()) << "those of the former file";
+    press(previous);
+    EXPECT_EQ(told(), u"用户需要定位的公式不存在！"_s);
+    EXPECT_EQ(desk->listTexts(), QStringList{u"流量"_s});
+    ASSERT_TRUE(QFile::remove(first.path()));
+    ASSERT_TRUE(QFile::rename(away, first.path()));
+    press(next);
+    EXPECT_EQ(shown(), u"板/"_s);
+    desk->control().RunCalc();
+}
+
 TEST_F(Locate, TheHostsValuesDecide) {
     second.connection().execute(
         u"Insert Into FilterCond(ID,UserID,ParentID,Type) Values(1,7,0,4)"_s);

@@ -15,6 +15,10 @@ constexpr int kEnoughPixels = 2048;
 /// A side of the image that a drawing is tried on.
 constexpr int kTrialSide = 256;
 
+/// Bytes that a drawing takes at most: its records, the patterns that it fills with, and one of the
+/// bitmaps in it.
+constexpr qint64 kDrawingMemory = qint64{192} * 1024 * 1024;
+
 }  // namespace
 
 Picture Picture::read(const QString& path, qint64 pixelLimit) {
@@ -35,6 +39,9 @@ Picture Picture::fromBytes(const QByteArray& data, qint64 pixelLimit, int enough
             picture.pixels_ = std::move(raster.image);
         }
         return picture;
+    }
+    if (memory && !memory(kDrawingMemory)) {
+        return {};
     }
     picture.drawing_ = Metafile::read(data);
     if (!picture.drawing_) {

@@ -21,7 +21,8 @@ class Picture {
     static Picture read(const QString& path, qint64 pixelLimit = kPixelLimit);
 
     /// The same from the content of a file, read in fewer pixels as long as its longer side keeps
-    /// `enough` of them. `memory` is asked for what the pixels take. Can be called in any thread.
+    /// `enough` of them. `memory` is asked for what reading and drawing take. Can be called in any
+    /// thread.
     static Picture fromBytes(const QByteArray& data, qint64 pixelLimit, int enough,
                              const MemoryRequest& memory = {});
 

@@ -1,7 +1,8 @@
 #include "platform/ui/picture_grid.h"
 
-#include "platform/ui/shown_text.h"
 #include "platform/ui/picture.h"
+#include "platform/ui/shown_text.h"
+#include "support/wmf_builder.h"
 
 #include <QBuffer>
 #include <QImageWriter>
@@ -304,6 +305,10 @@ TEST(Picture, AsksForTheMemoryThatItsReaderTakes) {
     for (const auto& each : cases) {
         EXPECT_EQ(asked(each.format, each.isProgressive, each.enough), each.bytes) << each.format;
     }
+    const test::WmfBuilder drawing = test::WmfBuilder().add(test::WmfBuilder::SetWindowExt, {9, 9});
+    const auto refuse = [](qint64 memory) { return memory < 64 * 1024 * 1024; };
+    EXPECT_TRUE(Picture::fromBytes(drawing.bytes(), Picture::kPixelLimit, 9, refuse).isNull());
+    EXPECT_FALSE(Picture::fromBytes(drawing.bytes(), Picture::kPixelLimit, 9).isNull());
 }
 
 TEST(OneLine, ShowsWhatFitsOfALongTextOrOneOfSeveralLines) {
