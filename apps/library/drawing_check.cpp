@@ -175,15 +175,22 @@ void DrawingCheck::readStyle(const QString& style) {
     }
 }
 
-/// Only what a reader of pixels takes: a drawing within the drawing could refer to anything.
+/// Only what a reader of pixels takes, spelt in the one way in which the renderer reads the same
+/// bytes: a drawing within the drawing could refer to anything.
 void DrawingCheck::requirePicture(const QString& data) {
-    QByteArray bytes = QByteArray::fromBase64(data.mid(data.indexOf(u',') + 1).toLatin1());
-    const PictureFormat format = pictureFormatOf(bytes);
+    static const QRegularExpression kPixels(
+        QStringLiteral("^data:image/(?:png|jpe?g);base64,([A-Za-z0-9+/=\\s]*)$"));
+    const auto match = kPixels.match(data);
+    const auto decoded = QByteArray::fromBase64Encoding(
+        match.captured(1).remove(QRegularExpression(QStringLiteral("\\s"))).toLatin1(),
+        QByteArray::Base64Encoding | QByteArray::AbortOnBase64DecodingErrors);
+    const PictureFormat format = pictureFormatOf(decoded.decoded);
     const bool isPng = format == PictureFormat::Png;
-    if (!isPng && format != PictureFormat::Jpeg) {
+    if (!match.hasMatch() || !decoded || (!isPng && format != PictureFormat::Jpeg)) {
         refuse(QStringLiteral("a picture in a drawing is a png or jpg in base64"));
         return;
     }
+    QByteArray bytes = decoded.decoded;
     QBuffer buffer(&bytes);
     const QSize size = QImageReader(&buffer, isPng ? "png" : "jpeg").size();
     if (size.isEmpty() || size.width() > kLargestSide || size.height() > kLargestSide) {

@@ -9,14 +9,17 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QImage>
+#include <QImageReader>
 #include <QPainter>
 #include <QSvgRenderer>
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
 
 namespace varo {
 
 namespace {
 
-/// A drawing of the samples takes a hundredth of one.
+/// A drawing of the samples takes a hundredth of one second.
 constexpr int kMostSeconds = 20;
 constexpr int kJpegQuality = 92;
 /// Written into the picture's header; fixed, or the screen's resolution would get into the bytes.
@@ -41,6 +44,50 @@ QImage rendered(const QByteArray& drawing, std::optional<qint32> width,
                            QPainter::SmoothPixmapTransform);
     renderer.render(&painter);
     return image;
+}
+
+/// The drawing without the pictures that it holds; "" when it has no texts.
+QByteArray textsOf(const QByteArray& drawing) {
+    QByteArray texts;
+    bool hasText = false;
+    QXmlStreamReader from(drawing);
+    QXmlStreamWriter to(&texts);
+    while (!from.atEnd()) {
+        from.readNext();
+        if (from.isStartElement() && from.name() == u"image") {
+            from.skipCurrentElement();
+        } else if (from.tokenType() != QXmlStreamReader::Invalid) {
+            hasText = hasText || (from.isStartElement() && from.name().startsWith(u"text"));
+            to.writeCurrentToken(from);
+        }
+    }
+    return hasText ? texts : QByteArray();
+}
+
+/// The bytes of the rendered drawing, behind kRendered, or the reason why there are none.
+constexpr char kRendered = '\0';
+
+/// Checks and renders a drawing, to be run as a bounded call.
+QByteArray renderedOrProblem(const QByteArray& drawing, const PictureText& picture) {
+    if (const QString problem = drawingProblem(drawing); !problem.isEmpty()) {
+        return problem.toUtf8();
+    }
+    // The fonts are open then.
+    if (const QByteArray texts = textsOf(drawing); !texts.isEmpty()) {
+        constexpr int kTrialSide = 64;
+        rendered(texts, kTrialSide, kTrialSide);
+    }
+    openNoMoreFiles();
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    buffer.putChar(kRendered);
+    if (!rendered(drawing, picture.width, picture.height)
+             .save(&buffer, qPrintable(picture.format), kJpegQuality)) {
+        return QStringLiteral("the file is no SVG drawing, or cannot be written as %1")
+            .arg(picture.format)
+            .toUtf8();
+    }
+    return buffer.data();
 }
 
 }  // namespace
@@ -80,25 +127,17 @@ QByteArray pictureBytes(const PictureText& picture, const QString& textPath) {
             fail(QStringLiteral("a side must have 1 to %1 pixels").arg(kLargestSide));
         }
     }
-    if (const QString problem = drawingProblem(bytes); !problem.isEmpty()) {
-        fail(problem);
-    }
-    const auto encoded = boundedCall(kMostSeconds, [&] {
-        QBuffer buffer;
-        buffer.open(QIODevice::WriteOnly);
-        rendered(bytes, picture.width, picture.height)
-            .save(&buffer, qPrintable(picture.format), kJpegQuality);
-        return buffer.data();
-    });
-    if (!encoded) {
+    QImageReader::supportedImageFormats();  // loads the plug-ins, once for all drawings
+    const auto result =
+        boundedCall(kMostSeconds, [&] { return renderedOrProblem(bytes, picture); });
+    if (!result) {
         fail(QStringLiteral("rendering the drawing takes more than %1 seconds, or all memory")
                  .arg(kMostSeconds));
     }
-    if (encoded->isEmpty()) {
-        fail(QStringLiteral("the file is no SVG drawing, or cannot be written as %1")
-                 .arg(picture.format));
+    if (!result->startsWith(kRendered)) {
+        fail(QString::fromUtf8(*result));
     }
-    return *encoded;
+    return result->sliced(1);
 }
 
 }  // namespace varo

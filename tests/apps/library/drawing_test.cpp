@@ -3,6 +3,8 @@
 #include "support/test_library.h"
 
 #include <gtest/gtest.h>
+#include <new>
+#include <unistd.h>
 
 namespace varo::test {
 namespace {
@@ -58,6 +60,17 @@ TEST(Drawing, ReadsNothingElseAndIsBounded) {
         {dataOf("image/png", svg("<image href='/dev/zero'/>")), "png or jpg"},
         {dataOf("image/svg+xml", svg({})), "png or jpg"},
         {dataOf("image/png", png(1)), "8192 pixels"},
+        {svg("<image href=' data:image/jpeg;base64,&#10;" + png(0).toBase64().insert(20, "\n ") +
+             "'/>"),
+         ""},
+        // The renderer reads behind the last "base64,".
+        {svg("<image href='data:image/png," + png(0).toBase64() + "base64," + svg({}).toBase64() +
+             "'/>"),
+         "png or jpg"},
+        {dataOf("image/png;base64," + png(0).toBase64(), svg({})), "png or jpg"},
+        {dataOf("image/png;charset=x", png(0)), "png or jpg"},
+        {svg("<image href='data:image/png;base64," + png(0).toBase64() + "%3D'/>"), "png or jpg"},
+        {svg("<image href='data:image/png;base64," + png(0).toBase64() + "=A'/>"), "png or jpg"},
         {svg("<g id='a'><use xlink:href='#a'/></g>"), "more than 20000"},
         {svg("<g id='a'/><g id='a'/>"), "two elements"},
         {doubled(30), "more than 20000"},
@@ -92,6 +105,25 @@ TEST(BoundedCall, GivesTheResultOrNoneInTime) {
                               return QByteArray();
                           }),
               std::nullopt);
+    EXPECT_EQ(boundedCall(1,
+                          [] {
+                              pause();
+                              return QByteArray();
+                          }),
+              std::nullopt);
+    EXPECT_EQ(boundedCall(10, []() -> QByteArray { throw std::bad_alloc(); }), std::nullopt);
+    const auto reserve = [] {
+        return QByteArray::number(QByteArray(qsizetype{5} << 30, Qt::Uninitialized).size());
+    };
+    EXPECT_NE(boundedCall(10, reserve).has_value(), kMemoryIsBounded);
+    EXPECT_EQ(boundedCall(10,
+                          [] {
+                              openNoMoreFiles();
+                              return QByteArray(QFile(u"/dev/null"_s).open(QIODevice::ReadOnly)
+                                                    ? "open"
+                                                    : "refused");
+                          }),
+              "refused");
 }
 
 }  // namespace
