@@ -19,6 +19,8 @@ constexpr int kMostDepth = 100;
 /// Levels of elements with the references between them, which are drawn by recursion.
 constexpr int kMostLevels = 300;
 constexpr int kMostElements = 20'000;
+/// Of all pictures together; the renderer reads none of more.
+constexpr qint64 kMostPixels = 16 << 20;
 constexpr int kMostRules = 500;
 /// Elements times style rules: each rule is tried on each element.
 constexpr qint64 kMostMatches = 1'000'000;
@@ -63,6 +65,7 @@ class DrawingCheck {
     std::vector<int> open_;
     QHash<QString, int> byId_;
     int rules_ = 0;
+    qint64 pixels_ = 0;
     bool inStyle_ = false;
 };
 
@@ -164,7 +167,8 @@ void DrawingCheck::readReference(Element& element, const QString& target) {
 }
 
 void DrawingCheck::readStyle(const QString& style) {
-    rules_ += static_cast<int>(style.count(u'{'));
+    // Each selector, and each word of one, is tried by itself.
+    rules_ += static_cast<int>(style.count(u'{') + style.count(u','));
     // A backslash would write the same words in other characters.
     if (style.contains(u"@import", Qt::CaseInsensitive) ||
         style.contains(u"url", Qt::CaseInsensitive) || style.contains(u'\\')) {
@@ -193,9 +197,10 @@ void DrawingCheck::requirePicture(const QString& data) {
     QByteArray bytes = decoded.decoded;
     QBuffer buffer(&bytes);
     const QSize size = QImageReader(&buffer, isPng ? "png" : "jpeg").size();
-    if (size.isEmpty() || size.width() > kLargestSide || size.height() > kLargestSide) {
-        refuse(QStringLiteral("a picture in a drawing has at most %1 pixels a side")
-                   .arg(kLargestSide));
+    pixels_ += size.isEmpty() ? kMostPixels + 1 : qint64{size.width()} * size.height();
+    if (pixels_ > kMostPixels) {
+        refuse(QStringLiteral("the pictures in a drawing have at most %1 pixels together")
+                   .arg(kMostPixels));
     }
 }
 

@@ -29,6 +29,9 @@ struct Placed {
     qint32 order = 0;
 };
 
+const auto kNotFoundAgain =
+    QStringLiteral("it is left out, the table is damaged and finds it once only");
+
 /// Complaints that are kept; the rest is counted.
 constexpr qsizetype kMostComplaints = 1000;
 
@@ -204,6 +207,10 @@ class Dump : private TomlWriter {
     void writeFolder(const Placed& folder) {
         const auto rs = connection_.query(QStringLiteral("select Name from Tree where rowid = ?"),
                                           {folder.row});
+        if (rs.atEnd()) {
+            complain("Tree", folder.row, kNotFoundAgain);
+            return;
+        }
         begin("folder");
         number("id", folder.id);
         text("name", rs.text(0));
@@ -221,6 +228,10 @@ class Dump : private TomlWriter {
         const auto rs = connection_.query(
             QStringLiteral("select rowid,Name,Formula,Memo,PicType from Formula where rowid = ?"),
             {formula.row});
+        if (rs.atEnd()) {
+            complain("Formula", formula.row, kNotFoundAgain);
+            return;
+        }
         begin("formula");
         number("id", formula.id);
         text("name", rs.text(1));
@@ -268,6 +279,7 @@ class Dump : private TomlWriter {
     /// VarMemo.
     template <class Take>
     void forValues(const QList<qint64>& rows, Take take) {
+        QSet<qint64> missing(rows.begin(), rows.end());
         QStringList numbers;
         for (const qint64 row : rows) {
             numbers.append(QString::number(row));
@@ -277,7 +289,14 @@ class Dump : private TomlWriter {
                                 "where rowid in (select value from json_each(?)) order by rowid"),
                  {u'[' + numbers.join(u',') + u']'});
              !rs.atEnd(); rs.moveNext()) {
+            missing.remove(rs.integer64(0));
             take(rs);
+        }
+        for (const qint64 row : missing) {
+            if (!lostValues_.contains(row)) {
+                lostValues_.insert(row);
+                complain("RecentVar", row, kNotFoundAgain);
+            }
         }
     }
 
@@ -303,7 +322,7 @@ class Dump : private TomlWriter {
             string(rs.text(2));
             before = QStringLiteral(", ");
         });
-        if (others.size() < values.size()) {
+        if (before == u", ") {
             line(QStringLiteral(" }"));
         }
         return others;
@@ -424,6 +443,7 @@ class Dump : private TomlWriter {
     SiblingOrder formulaOrder_;
     QStringList complaints_;
     qsizetype complaintCount_ = 0;
+    QSet<qint64> lostValues_;  ///< rows that have been complained of
 };
 
 }  // namespace
