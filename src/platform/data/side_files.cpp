@@ -94,8 +94,9 @@ std::optional<quint32> changesBefore(const QString& path, qint64 sectorSize, qin
 void requireJournalOf(const QString& path, qint64 size,
                       const std::optional<DatabaseHeader>& database) {
     const QByteArray head = fileStart(path, kJournalHead);
-    if (fileBytes(path, size - kJournalMagic.size(), static_cast<int>(kJournalMagic.size())) ==
-        kJournalMagic) {
+    constexpr qint64 kMagicSize = kJournalMagic.size();
+    if (size >= kMagicSize &&
+        fileBytes(path, size - kMagicSize, static_cast<int>(kMagicSize)) == kJournalMagic) {
         refuse(path, QStringLiteral("the journal names another file"));
     }
     // The mark is zero until the pages are safe on the disk, and again after the commit; of a head

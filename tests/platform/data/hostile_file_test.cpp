@@ -18,6 +18,7 @@ namespace varo::data {
 namespace {
 
 using namespace Qt::StringLiterals;
+using namespace std::string_view_literals;
 
 /// Ends a test that hangs.
 class HostileFile : public testing::Test {
@@ -153,6 +154,28 @@ TEST_F(HostileFile, WithWhatIsNoJournalOfItIsRefusedAndNothingIsTouched) {
     }
     EXPECT_TRUE(opens(Access::Write));
     EXPECT_EQ(items.names(), QStringList{u"stored"_s});
+}
+
+TEST_F(HostileFile, WithAShortJournalOpensWhenThatHoldsNothing) {
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+        for (int size = 0; size <= 40; ++size) {
+            for (const char byte : {'\0', 'x'}) {
+                SCOPED_TRACE(QStringLiteral("%1, %2 of %3")
+                                 .arg(suffix)
+                                 .arg(size)
+                                 .arg(int{byte})
+                                 .toStdString());
+                ASSERT_TRUE(writeFile(beside(suffix), QByteArray(size, byte)));
+                const bool holdsNothing =
+                    size == 0 || suffix == "-shm"sv || (suffix == "-journal"sv && byte == '\0');
+                for (const Access access : {Access::Read, Access::Write}) {
+                    EXPECT_EQ(opens(access), holdsNothing);
+                    items.connection.close();
+                }
+                QFile::remove(beside(suffix));
+            }
+        }
+    }
 }
 
 TEST_F(HostileFile, IsReadWithoutAChangeAlsoWhenItHasToBeRecovered) {
