@@ -83,8 +83,7 @@ class Difference {
 /// when it is damaged.
 std::optional<SafeHandle> openRecovered(const QString& path, const DatabaseHeader& header) {
     SafeHandle safe = openSafely(path, header, Access::Write);
-    const int result = sqlite3_exec(safe.handle.get(), "SELECT count(*) FROM sqlite_schema",
-                                    nullptr, nullptr, nullptr);
+    const int result = safe.watch->readSchema();
     if (result == SQLITE_NOTADB || result == SQLITE_CORRUPT) {
         return std::nullopt;
     }

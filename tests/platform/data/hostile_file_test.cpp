@@ -327,6 +327,28 @@ TEST_F(HostileFile, WhosePagesLeadToOneAnotherIsReadAndCheckedToAnEnd) {
     EXPECT_FALSE(items.connection.damages().isEmpty());
 }
 
+TEST_F(HostileFile, ComputesNothingWhenItIsOpenedOrChecked) {
+    ASSERT_EQ(runElsewhere(path(),
+                           "Create Table X (A); Create Index XA On X (A); Insert Into X Values (1);"
+                           "Pragma writable_schema = 1; Update sqlite_master "
+                           "Set sql = 'Create Index XA On X (A + 1)' Where name = 'XA'"),
+              SQLITE_OK);
+    items.connection.open(path());
+    EXPECT_EQ(items.connection.damages(), QStringList());
+    items.connection.close();
+    // Statistics, which SQLite reads whenever a file is opened, whose values take minutes.
+    const QByteArray statements =
+        "Analyze; With Recursive n(i) As (Select 1 Union All Select i + 1 From n Limit 30000) "
+        "Insert Into sqlite_stat1 Select Null, Null, Null From n;"
+        "Pragma writable_schema = 1; Update sqlite_master Set sql = "
+        "'CREATE TABLE sqlite_stat1(tbl,idx,stat As (" +
+        QByteArray("length(replace(hex(zeroblob(60000)), ''0'', ''1'')) + ").repeated(30) +
+        "0))' Where name = 'sqlite_stat1'";
+    ASSERT_EQ(runElsewhere(path(), statements.constData()), SQLITE_OK);
+    EXPECT_FALSE(opens(Access::Read));
+    EXPECT_FALSE(opens(Access::Write));
+}
+
 TEST_F(HostileFile, RunsNothingThatItsTablesSay) {
     ASSERT_EQ(
         runElsewhere(path(),
