@@ -1,7 +1,9 @@
 // Databases from strangers, and what lies beside them: nothing else is touched, nothing runs,
 // nothing hangs.
 
+#include "platform/data/copy_database.h"
 #include "platform/data/item_database.h"
+#include "platform/data/side_files.h"
 #include "support/process.h"
 #include "support/test_library.h"
 
@@ -166,8 +168,9 @@ TEST_F(HostileFile, WithAShortJournalOpensWhenThatHoldsNothing) {
                                  .arg(int{byte})
                                  .toStdString());
                 ASSERT_TRUE(writeFile(beside(suffix), QByteArray(size, byte)));
-                const bool holdsNothing =
-                    size == 0 || suffix == "-shm"sv || (suffix == "-journal"sv && byte == '\0');
+                // For SQLite a file of one byte is empty.
+                const bool holdsNothing = size == 0 || suffix == "-shm"sv ||
+                                          (suffix == "-journal"sv && (byte == '\0' || size == 1));
                 for (const Access access : {Access::Read, Access::Write}) {
                     EXPECT_EQ(opens(access), holdsNothing);
                     items.connection.close();
@@ -196,6 +199,26 @@ TEST_F(HostileFile, IsReadWithoutAChangeAlsoWhenItHasToBeRecovered) {
         items.connection.close();
     }
     EXPECT_EQ(everything().size(), 1);
+}
+
+TEST_F(HostileFile, GetsNoJournalOfADatabaseThatWasMadeInTheSameWay) {
+    ItemDatabase other;
+    other.add(u"other"_s);
+    other.connection.close();
+    runAndKill("spill");
+    ASSERT_TRUE(QFile::copy(beside("-journal"), other.path() + u"-journal"_s));
+    const QByteArray sound = test::fileContent(other.path());
+    for (const Access access : {Access::Read, Access::Write}) {
+        EXPECT_THROW(other.connection.open(other.path(), access), Error);
+    }
+    EXPECT_EQ(test::fileContent(other.path()), sound);
+    // Of two libraries from one template, too.
+    items.connection.close();
+    const QString copy = items.directory.filePath(u"copy.db"_s);
+    ASSERT_TRUE(QFile::remove(other.path() + u"-journal"_s));
+    copyDatabase(other.path(), copy);
+    EXPECT_NE(databaseHeader(copy)->mark, databaseHeader(other.path())->mark);
+    EXPECT_TRUE(opens(Access::Write));
 }
 
 TEST_F(HostileFile, WithAWriteAheadLogTakesOnlyItsOwnAndHasNoneThen) {
