@@ -235,8 +235,10 @@ void requireLatestLog(const QString& path, const SideFiles& files) {
         lstat(QFile::encodeName(files.log).constData(), &log) != 0 ||
         std::pair(database.st_ctim.tv_sec, database.st_ctim.tv_nsec) >
             std::pair(log.st_mtim.tv_sec, log.st_mtim.tv_nsec)) {
-        refuse(files.log, QStringLiteral("the file has been changed or replaced since this "
-                                         "write-ahead log of another program was written"));
+        throw Error(QStringLiteral("%1: the file has been changed, copied or replaced since this "
+                                   "write-ahead log of another program was written; copy both "
+                                   "first, then open the library with the program that wrote it")
+                        .arg(files.log));
     }
 }
 
