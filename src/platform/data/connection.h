@@ -103,7 +103,8 @@ class Connection {
     QStringList tables();
 
     /// Goes through the whole file and returns what is wrong with it, a line each and not more than
-    /// a hundred or so; empty when it is sound.
+    /// a hundred or so; empty when it is sound. In a file that has a table of which not
+    /// TableStructure::runsNothing, such tables and the pages that no table uses are left out.
     QStringList damages();
 
   private:

@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QUrl>
+#include <QtEndian>
 
 #include <memory>
 #include <optional>
@@ -32,6 +33,17 @@ void write(QSaveFile& file, const QByteArray& bytes) {
 void commit(QSaveFile& file) {
     // A full disk makes flush() fail, but not commit().
     if (!file.flush() || !file.commit()) {
+        fail(file);
+    }
+}
+
+/// Gives the closed database at `path`, which nobody else knows of, a mark of its own.
+void setNewMark(const QString& path) {
+    QFile file(path);
+    const quint32 mark = qToBigEndian(static_cast<quint32>(newMark()));
+    constexpr qint64 kSize = sizeof mark;
+    if (!file.open(QIODevice::ReadWrite) || !file.seek(kMarkPlace) ||
+        file.write(reinterpret_cast<const char*>(&mark), kSize) != kSize || !file.flush()) {
         fail(file);
     }
 }
@@ -83,8 +95,7 @@ class Difference {
 /// when it is damaged.
 std::optional<SafeHandle> openRecovered(const QString& path, const DatabaseHeader& header) {
     SafeHandle safe = openSafely(path, header, Access::Write);
-    const int result = sqlite3_exec(safe.handle.get(), "SELECT count(*) FROM sqlite_schema",
-                                    nullptr, nullptr, nullptr);
+    const int result = safe.watch->readSchema();
     if (result == SQLITE_NOTADB || result == SQLITE_CORRUPT) {
         return std::nullopt;
     }
@@ -174,6 +185,7 @@ void copyDatabase(const QString& source, const QString& target) {
     const QString path = QFileInfo(target).absoluteFilePath();
     const UnfinishedFile unfinished(path);
     copyDatabase(connection, unfinished.path(), [] {});
+    setNewMark(unfinished.path());
     replaceDatabase(unfinished.path(), path);
 }
 

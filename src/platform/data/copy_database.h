@@ -24,7 +24,8 @@ QByteArray noDifference();
 void copyDatabase(Connection& connection, const QString& path,
                   const std::function<void()>& beforeItAppears);
 
-/// Copies the database file `source` in the same way to `target`, where the copy takes the place of
+/// Makes a new database at `target`, a copy of the file `source` but for its mark (see newMark()),
+/// which is its own. The copy appears in the same way and takes the place of
 /// what is there as replaceDatabase() says. Throws Error also when the source cannot be opened.
 void copyDatabase(const QString& source, const QString& target);
 

@@ -23,7 +23,9 @@ void writeDatabase(const QString& path, const QString& script) {
     const int result = sqlite3_open_v2(path.toUtf8().constData(), &opened,
                                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
     const Handle handle(opened, sqlite3_close_v2);
-    const QByteArray statements = "BEGIN;\n" + script.toUtf8() + "\n;COMMIT;";
+    const QByteArray statements = "BEGIN;\n" + script.toUtf8() +
+                                  "\n;PRAGMA user_version = " + QByteArray::number(newMark()) +
+                                  ";COMMIT;";
     if (result != SQLITE_OK ||
         sqlite3_exec(opened, statements.constData(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         throw Error(QStringLiteral("%1: %2").arg(path, QString::fromUtf8(sqlite3_errmsg(opened))));

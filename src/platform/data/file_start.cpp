@@ -46,6 +46,9 @@ class LayerFile {
 
     /// The bytes from `offset` on, `length` of them or as many as there are.
     QByteArray read(qint64 offset, int length) {
+        if (offset < 0) {
+            fail(SQLITE_MISUSE);
+        }
         qint64 size = 0;
         check(file()->pMethods->xFileSize(file(), &size));
         const qint64 left = std::max<qint64>(size - offset, 0);

@@ -14,7 +14,7 @@ namespace varo::data {
 /// process the locks that SQLite holds on it.
 QByteArray fileStart(const QString& path, int length);
 
-/// The same from `offset` on.
+/// The same from `offset` on, which is at least 0.
 QByteArray fileBytes(const QString& path, qint64 offset, int length);
 
 /// Hands all bytes of the file at `path` to `take`, piece by piece; the rest as above. What `take`

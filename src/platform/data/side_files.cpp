@@ -5,12 +5,14 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRandomGenerator>
 #include <QtEndian>
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <sys/stat.h>
 
 namespace varo::data {
@@ -20,8 +22,14 @@ namespace {
 constexpr QByteArrayView kSignature("SQLite format 3\0", 16);
 constexpr QByteArrayView kJournalMagic("\xD9\xD5\x05\xF9\x20\xA1\x63\xD7", 8);
 
-constexpr int kDatabaseHead = 28;
+constexpr int kDatabaseHead = 100;
+
+// Places of numbers in it.
 constexpr int kChanges = 24;
+constexpr int kPages = 28;
+constexpr int kSchemaVersion = 40;
+constexpr int kEncoding = 56;
+constexpr int kPagesValidFor = 92;
 constexpr int kJournalHead = 28;
 constexpr int kLogHead = 32;
 
@@ -58,9 +66,26 @@ qint64 sizeOfRegularFile(const QString& path) {
     return QFileInfo(path).size();
 }
 
-/// Commits of the database when the journal at `path` was written, as the first page says that it
-/// restores; nothing when it does not restore that page.
-std::optional<quint32> changesBefore(const QString& path, qint64 sectorSize, qint64 pageSize) {
+/// What the start of a database says of it.
+DatabaseHeader headerIn(const QByteArray& head) {
+    DatabaseHeader header;
+    const qint64 size = qFromBigEndian<quint16>(head.constData() + 16);
+    header.pageSize = size == 1 ? 65536 : size;
+    header.changes = number(head, kChanges);
+    header.writesAhead = head[18] == 2 && head[19] == 2;
+    header.schemaVersion = number(head, kSchemaVersion);
+    header.encoding = number(head, kEncoding);
+    header.mark = number(head, kMarkPlace);
+    if (number(head, kPagesValidFor) == header.changes) {
+        header.statedPages = number(head, kPages);
+    }
+    return header;
+}
+
+/// What the first page that the journal at `path` restores says of the database; nothing when it
+/// does not restore that page.
+std::optional<DatabaseHeader> headerBefore(const QString& path, qint64 sectorSize,
+                                           qint64 pageSize) {
     QFile journal(path);
     if (!journal.open(QIODevice::ReadOnly)) {
         throw Error(QStringLiteral("%1: %2").arg(path, journal.errorString()));
@@ -79,7 +104,7 @@ std::optional<quint32> changesBefore(const QString& path, qint64 sectorSize, qin
             journal.seek(records + i * recordSize);
             const QByteArray record = journal.read(kPageNumber + kDatabaseHead);
             if (record.size() == kPageNumber + kDatabaseHead && number(record, 0) == 1) {
-                return number(record, kPageNumber + kChanges);
+                return headerIn(record.mid(kPageNumber));
             }
         }
         if (count <= 0) {
@@ -91,11 +116,20 @@ std::optional<quint32> changesBefore(const QString& path, qint64 sectorSize, qin
     return std::nullopt;
 }
 
+/// Whether the database can have had this header before its last commit. What a commit does not
+/// change, and numbers that only grow, tell it from others.
+bool canFollow(const DatabaseHeader& database, const DatabaseHeader& before) {
+    return database.changes - before.changes <= 1 && database.mark == before.mark &&
+           database.encoding == before.encoding &&
+           static_cast<qint32>(database.schemaVersion - before.schemaVersion) >= 0;
+}
+
 void requireJournalOf(const QString& path, qint64 size,
                       const std::optional<DatabaseHeader>& database) {
     const QByteArray head = fileStart(path, kJournalHead);
-    if (fileBytes(path, size - kJournalMagic.size(), static_cast<int>(kJournalMagic.size())) ==
-        kJournalMagic) {
+    constexpr qint64 kMagicSize = kJournalMagic.size();
+    if (size >= kMagicSize &&
+        fileBytes(path, size - kMagicSize, static_cast<int>(kMagicSize)) == kJournalMagic) {
         refuse(path, QStringLiteral("the journal names another file"));
     }
     // The mark is zero until the pages are safe on the disk, and again after the commit; of a head
@@ -120,9 +154,12 @@ void requireJournalOf(const QString& path, qint64 size,
     if (!database) {
         return;
     }
-    const auto changes = changesBefore(path, sectorSize, pageSize);
+    // Without the first page in the journal, that of the database is as before the transaction.
+    const auto before = headerBefore(path, sectorSize, pageSize);
+    const bool isOfIt = before ? canFollow(*database, *before)
+                               : !database->statedPages || pages == *database->statedPages;
     if (pageSize != database->pageSize || pages > database->pageCount + size / (pageSize + 8) ||
-        (changes && database->changes - *changes > 1)) {
+        !isOfIt) {
         refuse(path, QStringLiteral("the journal belongs to another file"));
     }
 }
@@ -161,6 +198,10 @@ bool hasFileOf(const QString& path, const std::optional<DatabaseHeader>& databas
 
 }  // namespace
 
+qint32 newMark() {
+    return QRandomGenerator::global()->bounded(1, std::numeric_limits<qint32>::max());
+}
+
 std::optional<DatabaseHeader> databaseHeader(const QString& path) {
     const QByteArray head = fileStart(path, kDatabaseHead);
     if (!head.startsWith(kSignature)) {
@@ -168,10 +209,7 @@ std::optional<DatabaseHeader> databaseHeader(const QString& path) {
     }
     DatabaseHeader header;
     if (head.size() == kDatabaseHead) {
-        const qint64 size = qFromBigEndian<quint16>(head.constData() + 16);
-        header.pageSize = size == 1 ? 65536 : size;
-        header.changes = number(head, kChanges);
-        header.writesAhead = head[18] == 2 && head[19] == 2;
+        header = headerIn(head);
         if (header.pageSize > 0) {
             header.pageCount = (QFileInfo(path).size() + header.pageSize - 1) / header.pageSize;
         }
@@ -197,8 +235,10 @@ void requireLatestLog(const QString& path, const SideFiles& files) {
         lstat(QFile::encodeName(files.log).constData(), &log) != 0 ||
         std::pair(database.st_ctim.tv_sec, database.st_ctim.tv_nsec) >
             std::pair(log.st_mtim.tv_sec, log.st_mtim.tv_nsec)) {
-        refuse(files.log, QStringLiteral("the file has been changed or replaced since this "
-                                         "write-ahead log of another program was written"));
+        throw Error(QStringLiteral("%1: the file has been changed, copied or replaced since this "
+                                   "write-ahead log of another program was written; copy both "
+                                   "first, then open the library with the program that wrote it")
+                        .arg(files.log));
     }
 }
 

@@ -51,7 +51,8 @@ std::unique_ptr<sqlite3_io_methods> withoutSharedMemory(sqlite3* database) {
 /// Writes what the write-ahead log holds into the database, which has a rollback journal then. The
 /// log's index is kept in memory meanwhile: one that is shared with others ends the program when it
 /// is cut short.
-void turnToRollbackJournal(sqlite3* database, const QString& path, const SideFiles& files) {
+void turnToRollbackJournal(sqlite3* database, StatementWatch& watch, const QString& path,
+                           const SideFiles& files) {
     if (sqlite3_db_readonly(database, "main") != 0) {
         failToTurn(path, QStringLiteral("the file is write-protected"));
     }
@@ -63,7 +64,7 @@ void turnToRollbackJournal(sqlite3* database, const QString& path, const SideFil
     }
     run(database, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
     try {
-        run(database, QStringLiteral("Select 1 From sqlite_schema Limit 1"));
+        requireRead(database, watch.readSchema());
         run(database, QStringLiteral("PRAGMA journal_mode = DELETE"));
         removeLogIndex(files);
     } catch (const Error& error) {
@@ -122,9 +123,18 @@ SafeHandle openSafely(const QString& path, const DatabaseHeader& header, Access 
     safe.watch->setFileSize(size);
     allowValuesOfFile(opened, size);
     if (header.writesAhead) {
-        turnToRollbackJournal(opened, path, files);
+        turnToRollbackJournal(opened, *safe.watch, path, files);
     }
     return safe;
+}
+
+void requireRead(sqlite3* database, int result) {
+    if (result == SQLITE_AUTH) {
+        throw Error(QStringLiteral("the statistics in the file have columns that are computed"));
+    }
+    if (result != SQLITE_OK) {
+        throwLastError(database);
+    }
 }
 
 void allowValuesOfFile(sqlite3* database, qint64 bytes) {

@@ -49,9 +49,12 @@ struct SafeHandle {
 /// Opens the SQLite database at `path`, the one with this header, so that it can do no harm: what
 /// lies beside it has been looked at (see requireSideFilesOf()), nothing that its schema says runs,
 /// no value is longer than the file has room for, and it has a rollback journal, or now gets one.
-/// Nothing of it has been read otherwise. With Access::Read nothing is changed, and a database with
-/// a write-ahead log is refused. Throws Error.
+/// Its schema is to be read with StatementWatch::readSchema(), before anything else. With
+/// Access::Read nothing is changed, and a database with a write-ahead log is refused. Throws Error.
 SafeHandle openSafely(const QString& path, const DatabaseHeader& header, Access access);
+
+/// Throws Error unless StatementWatch::readSchema() has just succeeded with this result.
+void requireRead(sqlite3* database, int result);
 
 /// Lets statements on `database` read values that a file of so many bytes can hold.
 void allowValuesOfFile(sqlite3* database, qint64 bytes);

@@ -1,5 +1,7 @@
 #include "platform/data/statement_watch.h"
 
+#include <QByteArrayView>
+
 #include <algorithm>
 #include <limits>
 
@@ -25,9 +27,47 @@ constexpr qint64 kInstructionsAtMost = 4'000'000'000;
 
 }  // namespace
 
-StatementWatch::StatementWatch(sqlite3* database) {
+StatementWatch::StatementWatch(sqlite3* database) : database_(database) {
     setFileSize(0);
-    sqlite3_progress_handler(database, kInstructionsBetweenQuestions, isToEnd, this);
+    ask(kInstructionsBetweenQuestions);
+}
+
+void StatementWatch::ask(int instructionsBetween) {
+    between_ = instructionsBetween;
+    sqlite3_progress_handler(database_, between_, isToEnd, this);
+}
+
+int StatementWatch::readSchema() {
+    // A statement that SQLite runs to read the statistics ends at its first jump, which is before
+    // the first row. SQLite does without them then.
+    sqlite3_trace_v2(database_, SQLITE_TRACE_STMT, begins, this);
+    ask(1);
+    int result =
+        sqlite3_exec(database_, "Select 1 From sqlite_schema Limit 1", nullptr, nullptr, nullptr);
+    sqlite3_trace_v2(database_, 0, nullptr, nullptr);
+    ask(kInstructionsBetweenQuestions);
+    readsStatistics_ = false;
+    if (result != SQLITE_OK) {
+        return result;
+    }
+    // A change by another program makes SQLite read all of it again.
+    sqlite3_stmt* computed = nullptr;
+    result = sqlite3_prepare_v2(
+        database_,
+        "Select 1 From pragma_table_list As t, pragma_table_xinfo(t.name) As c "
+        "Where t.name Like 'sqlite\\_stat%' Escape '\\' And c.hidden <> 0 Limit 1",
+        -1, &computed, nullptr);
+    if (result == SQLITE_OK && sqlite3_step(computed) == SQLITE_ROW) {
+        result = SQLITE_AUTH;
+    }
+    sqlite3_finalize(computed);
+    return result;
+}
+
+int StatementWatch::begins(unsigned /*event*/, void* watch, void* /*statement*/, void* text) {
+    static_cast<StatementWatch*>(watch)->readsStatistics_ =
+        QByteArrayView(static_cast<const char*>(text)).contains("sqlite_stat");
+    return 0;
 }
 
 void StatementWatch::setFileSize(qint64 bytes) {
@@ -48,8 +88,8 @@ void StatementWatch::requireEnding(sqlite3_stmt* statement, qint64 row) const {
 
 int StatementWatch::isToEnd(void* watch) {
     auto& self = *static_cast<StatementWatch*>(watch);
-    self.taken_ += kInstructionsBetweenQuestions;
-    if (self.taken_ > self.most_) {
+    self.taken_ += self.between_;
+    if (self.readsStatistics_ || self.taken_ > self.most_) {
         return 1;
     }
     self.isUnwanted_ = self.isWanted_ && !self.isWanted_();

@@ -25,6 +25,12 @@ class StatementWatch {
     /// Lets a statement take what one on a file of so many bytes can need.
     void setFileSize(qint64 bytes);
 
+    /// Reads the schema of the database, without the statistics in it: tables that the file brings
+    /// and that SQLite reads by itself, whatever they say that is to be computed. SQLite's result;
+    /// SQLITE_AUTH when there is such a table with a computed column, SQLITE_OK else when the
+    /// schema has been read. It stays read; nothing else must have read it before.
+    int readSchema();
+
     /// Whether the last question has been answered with no.
     bool isUnwanted() const noexcept { return isUnwanted_; }
 
@@ -52,11 +58,16 @@ class StatementWatch {
     }
 
   private:
+    void ask(int instructionsBetween);
     static int isToEnd(void* watch);
+    static int begins(unsigned event, void* watch, void* statement, void* text);
     [[noreturn]] static void throwEndless();
 
+    sqlite3* database_;
     std::function<bool()> isWanted_;
     bool isUnwanted_ = false;
+    bool readsStatistics_ = false;
+    int between_ = 0;   ///< instructions between two questions
     qint64 taken_ = 0;  ///< instructions since restart(), of statements that take many
     qint64 most_ = 0;
     qint64 mostRows_ = 0;

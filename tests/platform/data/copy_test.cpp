@@ -53,7 +53,9 @@ TEST(Copy, NobodyWritesToTheSourceWhileItsBytesAreRead) {
         EXPECT_EQ(writer.answers.front(), SQLITE_OK);
         EXPECT_EQ(writer.answers.back(), SQLITE_BUSY) << "the bytes are read last";
     }
-    EXPECT_TRUE(test::fileContent(copy) == test::fileContent(items.path()));
+    const QByteArray source = test::fileContent(items.path());
+    EXPECT_TRUE(test::fileContent(copy).replace(60, 4, source.mid(60, 4)) == source)
+        << "all but the mark";
     // What the process has locked before stays locked.
     const Transaction transaction(items.connection);
     copyDatabase(items.path(), copy);

@@ -1,7 +1,9 @@
 // Databases from strangers, and what lies beside them: nothing else is touched, nothing runs,
 // nothing hangs.
 
+#include "platform/data/copy_database.h"
 #include "platform/data/item_database.h"
+#include "platform/data/side_files.h"
 #include "support/process.h"
 #include "support/test_library.h"
 
@@ -18,6 +20,7 @@ namespace varo::data {
 namespace {
 
 using namespace Qt::StringLiterals;
+using namespace std::string_view_literals;
 
 /// Ends a test that hangs.
 class HostileFile : public testing::Test {
@@ -155,6 +158,29 @@ TEST_F(HostileFile, WithWhatIsNoJournalOfItIsRefusedAndNothingIsTouched) {
     EXPECT_EQ(items.names(), QStringList{u"stored"_s});
 }
 
+TEST_F(HostileFile, WithAShortJournalOpensWhenThatHoldsNothing) {
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+        for (int size = 0; size <= 40; ++size) {
+            for (const char byte : {'\0', 'x'}) {
+                SCOPED_TRACE(QStringLiteral("%1, %2 of %3")
+                                 .arg(suffix)
+                                 .arg(size)
+                                 .arg(int{byte})
+                                 .toStdString());
+                ASSERT_TRUE(writeFile(beside(suffix), QByteArray(size, byte)));
+                // For SQLite a file of one byte is empty.
+                const bool holdsNothing = size == 0 || suffix == "-shm"sv ||
+                                          (suffix == "-journal"sv && (byte == '\0' || size == 1));
+                for (const Access access : {Access::Read, Access::Write}) {
+                    EXPECT_EQ(opens(access), holdsNothing);
+                    items.connection.close();
+                }
+                QFile::remove(beside(suffix));
+            }
+        }
+    }
+}
+
 TEST_F(HostileFile, IsReadWithoutAChangeAlsoWhenItHasToBeRecovered) {
     for (const char* command : {"", "log", "spill"}) {
         SCOPED_TRACE(command);
@@ -173,6 +199,26 @@ TEST_F(HostileFile, IsReadWithoutAChangeAlsoWhenItHasToBeRecovered) {
         items.connection.close();
     }
     EXPECT_EQ(everything().size(), 1);
+}
+
+TEST_F(HostileFile, GetsNoJournalOfADatabaseThatWasMadeInTheSameWay) {
+    ItemDatabase other;
+    other.add(u"other"_s);
+    other.connection.close();
+    runAndKill("spill");
+    ASSERT_TRUE(QFile::copy(beside("-journal"), other.path() + u"-journal"_s));
+    const QByteArray sound = test::fileContent(other.path());
+    for (const Access access : {Access::Read, Access::Write}) {
+        EXPECT_THROW(other.connection.open(other.path(), access), Error);
+    }
+    EXPECT_EQ(test::fileContent(other.path()), sound);
+    // Of two libraries from one template, too.
+    items.connection.close();
+    const QString copy = items.directory.filePath(u"copy.db"_s);
+    ASSERT_TRUE(QFile::remove(other.path() + u"-journal"_s));
+    copyDatabase(other.path(), copy);
+    EXPECT_NE(databaseHeader(copy)->mark, databaseHeader(other.path())->mark);
+    EXPECT_TRUE(opens(Access::Write));
 }
 
 TEST_F(HostileFile, WithAWriteAheadLogTakesOnlyItsOwnAndHasNoneThen) {
@@ -302,6 +348,28 @@ TEST_F(HostileFile, WhosePagesLeadToOneAnotherIsReadAndCheckedToAnEnd) {
         },
         Error);
     EXPECT_FALSE(items.connection.damages().isEmpty());
+}
+
+TEST_F(HostileFile, ComputesNothingWhenItIsOpenedOrChecked) {
+    ASSERT_EQ(runElsewhere(path(),
+                           "Create Table X (A); Create Index XA On X (A); Insert Into X Values (1);"
+                           "Pragma writable_schema = 1; Update sqlite_master "
+                           "Set sql = 'Create Index XA On X (A + 1)' Where name = 'XA'"),
+              SQLITE_OK);
+    items.connection.open(path());
+    EXPECT_EQ(items.connection.damages(), QStringList());
+    items.connection.close();
+    // Statistics, which SQLite reads whenever a file is opened, whose values take minutes.
+    const QByteArray statements =
+        "Analyze; With Recursive n(i) As (Select 1 Union All Select i + 1 From n Limit 30000) "
+        "Insert Into sqlite_stat1 Select Null, Null, Null From n;"
+        "Pragma writable_schema = 1; Update sqlite_master Set sql = "
+        "'CREATE TABLE sqlite_stat1(tbl,idx,stat As (" +
+        QByteArray("length(replace(hex(zeroblob(60000)), ''0'', ''1'')) + ").repeated(30) +
+        "0))' Where name = 'sqlite_stat1'";
+    ASSERT_EQ(runElsewhere(path(), statements.constData()), SQLITE_OK);
+    EXPECT_FALSE(opens(Access::Read));
+    EXPECT_FALSE(opens(Access::Write));
 }
 
 TEST_F(HostileFile, RunsNothingThatItsTablesSay) {
