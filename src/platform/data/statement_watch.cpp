@@ -40,13 +40,12 @@ void StatementWatch::ask(int instructionsBetween) {
 int StatementWatch::readSchema() {
     // A statement that SQLite runs to read the statistics ends at its first jump, which is before
     // the first row. SQLite does without them then.
-    sqlite3_trace_v2(database_, SQLITE_TRACE_STMT, begins, this);
+    readsSchema_ = true;
     ask(1);
     int result =
         sqlite3_exec(database_, "Select 1 From sqlite_schema Limit 1", nullptr, nullptr, nullptr);
-    sqlite3_trace_v2(database_, 0, nullptr, nullptr);
     ask(kInstructionsBetweenQuestions);
-    readsStatistics_ = false;
+    readsSchema_ = false;
     if (result != SQLITE_OK) {
         return result;
     }
@@ -64,10 +63,14 @@ int StatementWatch::readSchema() {
     return result;
 }
 
-int StatementWatch::begins(unsigned /*event*/, void* watch, void* /*statement*/, void* text) {
-    static_cast<StatementWatch*>(watch)->readsStatistics_ =
-        QByteArrayView(static_cast<const char*>(text)).contains("sqlite_stat");
-    return 0;
+bool StatementWatch::readsStatistics() const {
+    for (sqlite3_stmt* each = sqlite3_next_stmt(database_, nullptr); each != nullptr;
+         each = sqlite3_next_stmt(database_, each)) {
+        if (QByteArrayView(sqlite3_sql(each)).contains("sqlite_stat")) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void StatementWatch::setFileSize(qint64 bytes) {
@@ -89,7 +92,7 @@ void StatementWatch::requireEnding(sqlite3_stmt* statement, qint64 row) const {
 int StatementWatch::isToEnd(void* watch) {
     auto& self = *static_cast<StatementWatch*>(watch);
     self.taken_ += self.between_;
-    if (self.readsStatistics_ || self.taken_ > self.most_) {
+    if (self.taken_ > self.most_ || (self.readsSchema_ && self.readsStatistics())) {
         return 1;
     }
     self.isUnwanted_ = self.isWanted_ && !self.isWanted_();

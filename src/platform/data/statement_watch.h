@@ -60,13 +60,13 @@ class StatementWatch {
   private:
     void ask(int instructionsBetween);
     static int isToEnd(void* watch);
-    static int begins(unsigned event, void* watch, void* statement, void* text);
+    bool readsStatistics() const;
     [[noreturn]] static void throwEndless();
 
     sqlite3* database_;
     std::function<bool()> isWanted_;
     bool isUnwanted_ = false;
-    bool readsStatistics_ = false;
+    bool readsSchema_ = false;
     int between_ = 0;   ///< instructions between two questions
     qint64 taken_ = 0;  ///< instructions since restart(), of statements that take many
     qint64 most_ = 0;
