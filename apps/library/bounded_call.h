@@ -11,7 +11,8 @@ namespace varo {
 #define __has_feature(feature) 0
 #endif
 
-/// Whether the memory of a bounded call is bounded; the address sanitizer reserves any amount.
+/// Whether a bounded call can be held to bounded memory and to the files that it has open: the
+/// sanitizers reserve any amount, and open pipes.
 #if defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
 inline constexpr bool kMemoryIsBounded = false;
 #else
