@@ -1,11 +1,10 @@
 #include "library/file_identity.h"
 
 #include "platform/data/error.h"
-#include "platform/data/file_start.h"
+#include "platform/data/side_files.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QtEndian>
 
 #ifdef Q_OS_UNIX
 #include <sys/stat.h>
@@ -17,11 +16,8 @@ namespace {
 
 /// The number of commits in the file's header; 0 when it cannot be read.
 quint32 commitsTo(const QString& path) {
-    constexpr int kCounter = 24;
-    constexpr int kEnd = kCounter + static_cast<int>(sizeof(quint32));
     try {
-        const QByteArray start = data::fileStart(path, kEnd);
-        return start.size() < kEnd ? 0 : qFromBigEndian<quint32>(start.constData() + kCounter);
+        return data::databaseHeader(path).value_or(data::DatabaseHeader()).changes;
     } catch (const data::Error&) {
         return 0;
     }

@@ -109,9 +109,8 @@ bool isStillThere(const FindHit& hit, const QString& shownName) {
     return isThere;
 }
 
-void FindHits::add(NodeType kind, int library, qint32 id, qint32 parentId,
-                   const data::Recordset& row, int name) {
-    row.appendText(name, text_);
+void FindHits::add(NodeType kind, int library, qint32 id, qint32 parentId, QStringView name) {
+    text_ += name;
     rows_.push_back({kind, library, id, parentId, text_.size()});
 }
 
@@ -198,7 +197,7 @@ bool NodeSearch::readRows(int most, FindHits& hits) {
                 }
                 listed_.insert(id);
             }
-            hits.add(kinds_[kind_], libraries_[at_].number, id, rows_.integer(2), rows_, 1);
+            hits.add(kinds_[kind_], libraries_[at_].number, id, rows_.integer(2), rows_.text(1));
             --most;
         }
     });

@@ -76,9 +76,7 @@ class FindHits {
   public:
     /// Says which file the hits of a library are from.
     void setFile(int library, const FileIdentity& file) { files_[library] = file; }
-    /// `name` is the column of `row` with the hit's name.
-    void add(NodeType kind, int library, qint32 id, qint32 parentId, const data::Recordset& row,
-             int name);
+    void add(NodeType kind, int library, qint32 id, qint32 parentId, QStringView name);
     void append(const FindHits& others);
     void clear();
 

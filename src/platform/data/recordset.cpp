@@ -107,10 +107,6 @@ QString Recordset::text(int column) const {
     return columnText(currentRow(rows_, column), column);
 }
 
-void Recordset::appendText(int column, QString& target) const {
-    appendColumnText(currentRow(rows_, column), column, target);
-}
-
 QString Recordset::text(int column, int most) const {
     return columnText(currentRow(rows_, column), column, most);
 }

@@ -48,10 +48,6 @@ class Recordset {
     double real(int column) const;
     QString text(int column) const;
 
-    /// Appends the text of a field to `target`, which takes less time than making a text of its
-    /// own.
-    void appendText(int column, QString& target) const;
-
     /// The text of a field, or of a longer one its beginning and an ellipsis, `most` characters in
     /// all. `most` is at least 2.
     QString text(int column, int most) const;

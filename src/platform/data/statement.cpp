@@ -3,7 +3,6 @@
 #include "platform/data/storable_text.h"
 
 #include <QLocale>
-#include <QStringDecoder>
 
 #include <algorithm>
 #include <cctype>
@@ -167,21 +166,6 @@ QString columnText(sqlite3_stmt* statement, int column, qsizetype most) {
         text.chop(1);
     }
     return text + u'…';
-}
-
-void appendColumnText(sqlite3_stmt* statement, int column, QString& target) {
-    if (sqlite3_column_type(statement, column) == SQLITE_FLOAT) {
-        target += numberText(sqlite3_column_double(statement, column));
-        return;
-    }
-    const auto* utf8 = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-    const qsizetype length = sqlite3_column_bytes(statement, column);
-    const qsizetype before = target.size();
-    target.resize(before + length);  // no character of UTF-16 takes less than a byte of UTF-8
-    using Flag = QStringConverter::Flag;
-    QStringDecoder decoder(QStringConverter::Utf8, Flag::Stateless | Flag::ConvertInitialBom);
-    const QChar* end = decoder.appendToBuffer(target.data() + before, {utf8, length});
-    target.truncate(end - target.constData());
 }
 
 QString columnName(sqlite3_stmt* statement, int column) {

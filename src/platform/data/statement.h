@@ -51,9 +51,6 @@ QString columnText(sqlite3_stmt* statement, int column,
                    qsizetype most = std::numeric_limits<qsizetype>::max());
 QString columnName(sqlite3_stmt* statement, int column);
 
-/// Appends the text of such a field to `target`.
-void appendColumnText(sqlite3_stmt* statement, int column, QString& target);
-
 /// Runs a statement to its end. Throws Error.
 void run(sqlite3* database, const QString& text, const Arguments& arguments = {});
 
