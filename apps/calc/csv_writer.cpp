@@ -9,6 +9,8 @@ namespace {
 
 constexpr std::size_t kMostKept = std::size_t{1} << 20;
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 bool isBlank(char character) {
     return character == ' ' || character == '\t';
 }
@@ -17,15 +19,17 @@ bool needsQuotes(std::string_view content) {
     if (content.empty()) {
         return false;
     }
-    return isBlank(content.front()) || isBlank(content.back()) ||
-           std::any_of(content.begin(), content.end(),
-                       [](char c) { return c == ',' || c == '"' || c == '\n' || c == '\r'; });
+    // At the beginning of the file the mark would not be read as part of the cell.
+    return content.starts_with(kByteOrderMark) || isBlank(content.front()) ||
+           isBlank(content.back()) || std::any_of(content.begin(), content.end(), [](char c) {
+               return c == ',' || c == '"' || c == '\n' || c == '\r';
+           });
 }
 
 }  // namespace
 
 CsvWriter::CsvWriter(bool byteOrderMark, bool carriageReturns)
-    : text_(byteOrderMark ? "\xEF\xBB\xBF" : ""), lineEnd_(carriageReturns ? "\r\n" : "\n") {}
+    : text_(byteOrderMark ? kByteOrderMark : ""), lineEnd_(carriageReturns ? "\r\n" : "\n") {}
 
 void CsvWriter::addCell(std::string_view content) {
     if (rowBegun_) {

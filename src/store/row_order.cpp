@@ -1,5 +1,7 @@
 #include "store/row_order.h"
 
+#include "platform/data/error.h"
+
 #include <algorithm>
 #include <limits>
 #include <vector>
@@ -85,7 +87,13 @@ void exchangePlaces(const QString& table, qint32 ID1, qint32 ID2, data::Connecti
         return;
     }
     std::vector<qint64> ids = siblings(table, place1.parent, conn);
-    std::iter_swap(std::find(ids.begin(), ids.end(), ID1), std::find(ids.begin(), ids.end(), ID2));
+    const auto found1 = std::find(ids.begin(), ids.end(), ID1);
+    const auto found2 = std::find(ids.begin(), ids.end(), ID2);
+    if (found1 == ids.end() || found2 == ids.end()) {
+        throw data::Error(
+            QStringLiteral("an index of table %1 does not have all of its rows").arg(table));
+    }
+    std::iter_swap(found1, found2);
     number(table, ids, conn);
 }
 

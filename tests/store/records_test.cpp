@@ -175,6 +175,14 @@ TEST_F(Records, ExchangeTheirPlacesAloneWhateverNumbersTheyHave) {
     ASSERT_TRUE(funcs.ExchangeOrderID(2, 3, u"Formula"_s, connection));
     EXPECT_EQ(rows(u"Select OrderID From Formula Order By ID"_s), u"1 2 1"_s)
         << "of different folders";
+
+    connection.execute(u"Drop Index TreeOrder"_s);
+    connection.execute(u"Create Index TreeOrder On Tree (PID, OrderID) Where 0"_s);
+    connection.close();
+    library.addFile(library.fileName(),
+                    test::fileContent(library.path()).replace("Where 0", "       "));
+    connection.open(library.path());
+    EXPECT_FALSE(funcs.ExchangeOrderID(2, 4, u"Tree"_s, connection)) << "by an index without rows";
 }
 
 TEST_F(Records, WithAPictureAreListedInOrderOfAClause) {

@@ -39,6 +39,7 @@ TEST(Table, KeepsItsContentAndForm) {
            {"x", "x,注\r\n1,\"a\r\nb\"\r\n2,c", "x,注,Result\r\n1,\"a\r\nb\",1\r\n2,c,2\r\n", ""},
            {"x", "x\r1\r2\r", "x,Result\r\n1,1\r\n2,2\r\n", ""},
            {"x", "\xEF\xBB\xBF\"X\"\n1\n", "\xEF\xBB\xBFX,Result\n1,1\n", ""},
+           {"1", "\n\xEF\xBB\xBFx\n2\n", "\"\xEF\xBB\xBFx\",Result\n2,1\n", ""},
            {"x", "\n\nx,y\n\n1,2\n\n\n", "x,y,Result\n1,2,1\n", ""},
            {"x", "x,y,,y,Result\n1,2,3,4,5\n", "x,y,,y,Result,Result\n1,2,3,4,5,1\n", ""},
            {"x", "y,x,z\n1,2\n3,4,5,,\n", "y,x,z,Result\n1,2,,2\n3,4,5,4\n", ""},
