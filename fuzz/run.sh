@@ -28,9 +28,14 @@ TMPDIR=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
 export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT
 
+# What every allocation and every call costs is kept low. A finding that is repeated without this
+# script is told with whole call stacks.
+cheap=malloc_context_size=4:quarantine_size_mb=16:detect_stack_use_after_return=0
+export ASAN_OPTIONS="$cheap:${ASAN_OPTIONS:-}"
+
 # The libraries beneath Qt keep some memory to the end.
 export LSAN_OPTIONS="suppressions=$PWD/fuzz/leaks.txt:print_suppressions=0:${LSAN_OPTIONS:-}"
 ASAN_SYMBOLIZER_PATH=$(readlink -f "$(command -v llvm-symbolizer)")
 export ASAN_SYMBOLIZER_PATH
 "build/fuzz/fuzz/varo_${target}_fuzzer" -dict="fuzz/$target.dict" -timeout=10 -rss_limit_mb=1024 \
-  -artifact_prefix="build/fuzz/$target-" "$@" "build/fuzz/found/$target" "${seeds[@]}"
+  -print_funcs=0 -artifact_prefix="build/fuzz/$target-" "$@" "build/fuzz/found/$target" "${seeds[@]}"

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 #include <string_view>
@@ -46,10 +45,7 @@ class Sandbox {
         require(file.flush().good(), "the sandbox can be written to");
     }
 
-    std::string read(const std::string& name) const {
-        std::ifstream file(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string read(const std::string& name) const { return contentOf(path(name)); }
 
     Files files() const { return filesIn(root_ / "files"); }
 
@@ -70,13 +66,20 @@ class Sandbox {
   private:
     static constexpr auto kVictim = "of somebody else";
 
+    static std::string contentOf(const std::filesystem::path& path) {
+        std::ifstream file(path, std::ios::binary | std::ios::ate);
+        std::string content(file ? static_cast<std::size_t>(file.tellg()) : 0, '\0');
+        file.seekg(0);
+        file.read(content.data(), std::ssize(content));
+        return content;
+    }
+
     static Files filesIn(const std::filesystem::path& folder) {
         Files found;
         for (const auto& entry : std::filesystem::directory_iterator(folder)) {
             std::string& content = found[entry.path().filename().string()];
             if (entry.is_regular_file() && !entry.is_symlink()) {
-                std::ifstream file(entry.path(), std::ios::binary);
-                content.assign(std::istreambuf_iterator<char>(file), {});
+                content = contentOf(entry.path());
             }
         }
         return found;
