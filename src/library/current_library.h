@@ -30,8 +30,8 @@ class CurrentLibrary {
     OpenFailure openFailure() const { return openFailure_; }
 
     /// `tell` is called when a statement is the first to fail because the open file has been
-    /// deleted, replaced or cut short by another program; it must not use this. Everything fails
-    /// then until open() or close().
+    /// deleted, replaced, overwritten, cut short or given a write-ahead log by another program; it
+    /// must not use this. Everything fails then until open() or close().
     void setReplacedNotice(std::function<void()> tell) { tellReplaced_ = std::move(tell); }
 
     /// Whether the open file is still the one at its path.

@@ -24,8 +24,8 @@ class Error : public std::runtime_error {
     /// Whether the statement was ended by Connection::setInterrupt().
     bool isInterrupted() const noexcept { return cause_ == Cause::Interrupted; }
 
-    /// Whether the open file is no longer the one at its path: it was replaced, deleted or cut
-    /// short. Opening it again reads what is there.
+    /// Whether the open file is no longer the one at its path: it was replaced, deleted,
+    /// overwritten, cut short or given a write-ahead log. Opening it again reads what is there.
     bool isReplaced() const noexcept { return cause_ == Cause::Replaced; }
 
   private:

@@ -5,31 +5,20 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QRandomGenerator>
 #include <QtEndian>
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <filesystem>
-#include <limits>
 #include <sys/stat.h>
 
 namespace varo::data {
 
 namespace {
 
-constexpr QByteArrayView kSignature("SQLite format 3\0", 16);
 constexpr QByteArrayView kJournalMagic("\xD9\xD5\x05\xF9\x20\xA1\x63\xD7", 8);
 
-constexpr int kDatabaseHead = 100;
-
-// Places of numbers in it.
-constexpr int kChanges = 24;
-constexpr int kPages = 28;
-constexpr int kSchemaVersion = 40;
-constexpr int kEncoding = 56;
-constexpr int kPagesValidFor = 92;
 constexpr int kJournalHead = 28;
 constexpr int kLogHead = 32;
 
@@ -66,22 +55,6 @@ qint64 sizeOfRegularFile(const QString& path) {
     return QFileInfo(path).size();
 }
 
-/// What the start of a database says of it.
-DatabaseHeader headerIn(const QByteArray& head) {
-    DatabaseHeader header;
-    const qint64 size = qFromBigEndian<quint16>(head.constData() + 16);
-    header.pageSize = size == 1 ? 65536 : size;
-    header.changes = number(head, kChanges);
-    header.writesAhead = head[18] == 2 && head[19] == 2;
-    header.schemaVersion = number(head, kSchemaVersion);
-    header.encoding = number(head, kEncoding);
-    header.mark = number(head, kMarkPlace);
-    if (number(head, kPagesValidFor) == header.changes) {
-        header.statedPages = number(head, kPages);
-    }
-    return header;
-}
-
 /// What the first page that the journal at `path` restores says of the database; nothing when it
 /// does not restore that page.
 std::optional<DatabaseHeader> headerBefore(const QString& path, qint64 sectorSize,
@@ -104,7 +77,7 @@ std::optional<DatabaseHeader> headerBefore(const QString& path, qint64 sectorSiz
             journal.seek(records + i * recordSize);
             const QByteArray record = journal.read(kPageNumber + kDatabaseHead);
             if (record.size() == kPageNumber + kDatabaseHead && number(record, 0) == 1) {
-                return headerIn(record.mid(kPageNumber));
+                return headerIn(record.mid(kPageNumber)).value_or(DatabaseHeader());
             }
         }
         if (count <= 0) {
@@ -197,25 +170,6 @@ bool hasFileOf(const QString& path, const std::optional<DatabaseHeader>& databas
 }
 
 }  // namespace
-
-qint32 newMark() {
-    return QRandomGenerator::global()->bounded(1, std::numeric_limits<qint32>::max());
-}
-
-std::optional<DatabaseHeader> databaseHeader(const QString& path) {
-    const QByteArray head = fileStart(path, kDatabaseHead);
-    if (!head.startsWith(kSignature)) {
-        return std::nullopt;
-    }
-    DatabaseHeader header;
-    if (head.size() == kDatabaseHead) {
-        header = headerIn(head);
-        if (header.pageSize > 0) {
-            header.pageCount = (QFileInfo(path).size() + header.pageSize - 1) / header.pageSize;
-        }
-    }
-    return header;
-}
 
 SideFiles requireSideFilesOf(const QString& path, const std::optional<DatabaseHeader>& database) {
     const QFileInfo file(path);

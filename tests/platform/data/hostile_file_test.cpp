@@ -230,6 +230,7 @@ TEST_F(HostileFile, WithAWriteAheadLogTakesOnlyItsOwnAndHasNoneThen) {
     runAndKill("log");
     EXPECT_THROW(items.names(), Error)
         << "its index is shared with a program that may cut it short";
+    EXPECT_FALSE(items.connection.isInPlace()) << "to be opened again";
     ASSERT_TRUE(opens(Access::Write));
     EXPECT_EQ(items.names().size(), 3);
     items.connection.close();
@@ -253,6 +254,13 @@ TEST_F(HostileFile, WithAWriteAheadLogTakesOnlyItsOwnAndHasNoneThen) {
 TEST_F(HostileFile, ThatIsReplacedDeletedOrCutShortWhileOpenIsNoticed) {
     const QByteArray sound = test::fileContent(path());
     const QString other = items.directory.filePath(u"other.db"_s);
+    ItemDatabase stranger;
+    for (int commits = 0; commits < 9; ++commits) {
+        stranger.add(u"strange"_s);
+    }
+    const auto overwriting = [&](const QByteArray& bytes) {
+        return [this, bytes] { ASSERT_TRUE(writeFile(path(), bytes)); };
+    };
     const struct {
         const char* what;
         std::function<void()> change;
@@ -263,6 +271,11 @@ TEST_F(HostileFile, ThatIsReplacedDeletedOrCutShortWhileOpenIsNoticed) {
          true},
         {"emptied", [&] { EXPECT_TRUE(QFile::resize(path(), 0)); }, false},
         {"cut short", [&] { EXPECT_TRUE(QFile::resize(path(), sound.size() - 1)); }, false},
+        {"overwritten", overwriting(test::fileContent(stranger.path())), true},
+        {"overwritten by an earlier copy", overwriting(sound), true},
+        {"overwritten by a text", overwriting(QByteArray(sound.size(), 'x')), false},
+        {"given a log", [&] { EXPECT_EQ(runElsewhere(path(), "PRAGMA journal_mode = WAL"), 0); },
+         true},
     };
     for (const auto& [what, change, isDatabaseThen] : cases) {
         SCOPED_TRACE(what);
@@ -273,6 +286,7 @@ TEST_F(HostileFile, ThatIsReplacedDeletedOrCutShortWhileOpenIsNoticed) {
         items.connection.setReplacedNotice([&] { ++told; });
         items.add(u"before"_s);
         EXPECT_TRUE(items.connection.isInPlace());
+        usleep(20'000);  // file times advance in steps
         change();
         const QStringList before = everything();
         for (int attempt = 0; attempt < 2; ++attempt) {
@@ -291,6 +305,18 @@ TEST_F(HostileFile, ThatIsReplacedDeletedOrCutShortWhileOpenIsNoticed) {
         EXPECT_EQ(opens(Access::Write), isDatabaseThen);
         items.connection.close();
     }
+    // With as many commits as before; SQLite itself takes this file for the other one.
+    ASSERT_TRUE(writeFile(path(), sound) && opens(Access::Write));
+    items.add(u"before"_s);
+    const QByteArray before = test::fileContent(path());
+    EXPECT_EQ(runElsewhere(path(), "Update Item Set Name = 'after'"), SQLITE_OK);
+    const QByteArray after = test::fileContent(path());
+    EXPECT_EQ(items.names().at(0), u"after"_s);
+    QByteArray sibling = before;
+    sibling.replace(24, 4, after.mid(24, 4)).replace(92, 4, after.mid(92, 4));
+    usleep(20'000);
+    ASSERT_TRUE(writeFile(path(), sibling));
+    EXPECT_EQ(items.names().at(0), u"stored"_s);
 }
 
 /// The number of the root page of a table.
