@@ -349,7 +349,7 @@ std::unique_ptr<SqliteFile> recoveredCopy(const QString& path, const DatabaseHea
         SafeHandle safe = openSafely(copy->path(), *databaseHeader(copy->path()), Access::Read);
         return std::make_unique<SqliteFile>(path, std::move(safe), std::move(copy));
     } catch (const Error& error) {  // about a file that nobody else knows
-        throw Error(QString(error.description()).replace(copy->path(), path));
+        throw Error(QString(error.description()).replace(copy->path(), path), error.cause());
     }
 }
 
@@ -377,7 +377,8 @@ std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path, Access acc
         if (access == Access::Write) {
             throw Error(QStringLiteral("%1: the last transaction cannot be taken back in a "
                                        "write-protected file")
-                            .arg(path));
+                            .arg(path),
+                        Error::Cause::NeedsRecovery);
         }
         file = recoveredCopy(path, *header);
     }
