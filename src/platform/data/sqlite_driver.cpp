@@ -55,6 +55,12 @@ QByteArray currentHead(sqlite3* database) {
     return result == SQLITE_OK ? bytes : QByteArray();
 }
 
+/// Whether there is a journal by which the last commit in the open file can still be taken back.
+bool hasJournal(sqlite3* database) {
+    const char* journal = sqlite3_filename_journal(sqlite3_db_filename(database, "main"));
+    return QFileInfo(QFile::decodeName(journal)).size() > 0;
+}
+
 /// The header with nothing in it that a transaction of another program may still take back.
 DatabaseHeader committedHeader(sqlite3* database) {
     const StatementHandle reading =
@@ -282,7 +288,9 @@ void SqliteFile::requireSameDatabase(const QByteArray& head) {
         // What SQLite remembers of the file it keeps as long as this number stays.
         sqlite3_db_release_memory(handle());
     }
-    latestChanges_ = header.changes;
+    if (header.changes != latestChanges_ && !hasJournal(handle())) {
+        latestChanges_ = header.changes;
+    }
 }
 
 void SqliteFile::requireInPlace() {
