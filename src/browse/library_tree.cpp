@@ -100,7 +100,7 @@ QString LibraryTree::addLibrary(const clsFormulaDB& library) {
         opened ? readInto(root, library_) : QStringLiteral("无法打开用户选择的数据库！");
     if (!failure.isEmpty()) {
         unread_.insert(number);
-        mark(root, library, opened ? failure : reasonOf(library_.openFailure()));
+        mark(root, library, opened ? failure : reasonOf(library_.openResult()));
     }
     return failure;
 }
@@ -170,6 +170,17 @@ void LibraryTree::mark(const QModelIndex& root, const clsFormulaDB& library,
                        const QString& reason) {
     model_.setImages(root, kUnreadableLibrary);
     model_.setNote(root, pathOf(library) + u'\n' + reason);
+}
+
+void LibraryTree::noteOpening(int library) {
+    const QModelIndex root = model_.find({library, std::nullopt});
+    const QString reason = reasonOf(library_.openResult());
+    if (!reason.isEmpty()) {
+        model_.setNote(root,
+                       pathOf(library_.libraries().Item(libraryKey(library))) + u'\n' + reason);
+    } else if (!unread_.contains(library)) {
+        model_.setNote(root, QString());
+    }
 }
 
 void LibraryTree::markProperties(int library, const std::vector<qint32>& folders) {

@@ -68,6 +68,10 @@ class LibraryTree : public QObject {
     /// How many levels of new folders can be shown below a node.
     int levelsBelow(const NodeId& node) const;
 
+    /// Shows at the node of a library, which is in the tree, why it has just not been made the
+    /// current one, or nothing any more when it has been.
+    void noteOpening(int library);
+
     NodeId selectedNode() const;
     /// Selects a node and scrolls to it; raises no signal.
     void select(const NodeId& node);

@@ -66,6 +66,7 @@ bool SelectionController::showNode(NodeId node, const QString& notOpened) {
     pane_.ClearFormulaPanel();
     HeldMessages messages;
     const bool opened = library_.open(node.library);
+    tree_.noteOpening(node.library);
     if (opened && !node.isFolder()) {
         tree_.readAgain();
     }

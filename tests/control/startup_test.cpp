@@ -111,8 +111,11 @@ TEST(Startup, ReadsRelativeLibraryFoldersAndAnySeparators) {
     }
 }
 
-TEST(Startup, StopsAtALibraryThatCannotBeReadAndKeepsThoseBefore) {
-    const SmallLibrary good;
+TEST(Startup, StopsAtALibraryThatCannotBeReadKeepsThoseBeforeAndSaysWhyAtItsNode) {
+    const auto toolTip = [](const Desk& desk, const QString& node) {
+        return Desk::find(desk.tree(), node).data(Qt::ToolTipRole).toString();
+    };
+    SmallLibrary good;
     const QTemporaryDir folder;
     TestConfiguration configuration({&good});
     configuration.addLibrary(u"坏"_s, folder.path(), u"bad.mdb"_s);
@@ -130,6 +133,13 @@ TEST(Startup, StopsAtALibraryThatCannotBeReadAndKeepsThoseBefore) {
         EXPECT_EQ(desk.listTexts(), QStringList{u"面积"_s});
         desk.clickNode(u"坏"_s);
         EXPECT_EQ(desk.messages().last(), u"无法打开用户指定的数据库！"_s);
+        EXPECT_EQ(toolTip(desk, u"坏"_s).contains(u"数据库的说明"_s), isThere);
+        const QString journal = good.addFile(good.fileName() + u"-journal"_s, "my journal");
+        desk.clickNode(u"梁"_s);
+        EXPECT_TRUE(toolTip(desk, u"库1"_s).contains(journal));
+        ASSERT_TRUE(QFile::remove(journal));
+        desk.clickNode(u"梁"_s);
+        EXPECT_FALSE(toolTip(desk, u"库1"_s).contains(journal)) << "it opens again";
     }
 }
 

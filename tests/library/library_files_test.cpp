@@ -87,6 +87,12 @@ TEST(LibraryFiles, RefusesWhatIsNoLibraryThatOpensAndSaysWhy) {
     trigger.connection().execute(
         u"Create Trigger T Before Insert On Tree Begin Select Raise(Abort, 'no'); End"_s);
     const QString text = library.addFile(u"text.mdb"_s, "no database");
+    TestLibrary beside(u"d.mdb"_s);
+    beside.connection().close();
+    const QString journal = beside.addFile(u"d.mdb-journal"_s, "my journal");
+    const auto saying = [](const QString& description, const QString& sentence = {}) {
+        return u"文件不是公式库，或者已经损坏%1\n数据库的说明：%2"_s.arg(sentence, description);
+    };
     const QString missing = library.pathOf(u"missing.mdb"_s);
     const QString notThere = u"用户选择的数据库文件不存在\n不能添加到本程序！"_s;
     const QString wrong = u"用户选择了错误结构的数据库文件\n不能添加到本程序！"_s;
@@ -97,8 +103,13 @@ TEST(LibraryFiles, RefusesWhatIsNoLibraryThatOpensAndSaysWhy) {
         QString reason;
     } cases[] = {
         {missing, notThere, u"文件不存在"_s},
-        {text, notOpened, u"文件不是公式库，或者已经损坏"_s},
-        {library.folder(), notOpened, u"文件不是公式库，或者已经损坏"_s},
+        {text, notOpened, saying(u"%1: not a database file"_s.arg(text))},
+        {library.folder(), notOpened, saying(u"%1: no such file"_s.arg(library.folder()))},
+        {beside.path(), notOpened,
+         saying(
+             u"%1: lies in the place of a journal but is none; move it away to open the database "
+             "without it"_s.arg(journal),
+             u"\n文件旁边的日志（-journal）不是这个公式库的"_s)},
         {noTree.path(), wrong, {}},
         {trigger.path(), notOpened, u"文件的结构不符合公式库的要求"_s},
         {library.path(), notOpened, u"文件正被其他程序占用"_s},
