@@ -80,7 +80,8 @@ QString reasonOf(OpenFailure failure) {
 
 QString whyNotOpened(const clsFormulaDB& library) {
     data::Connection connection;
-    return reasonOf(openLibrary(library.FormulaDBPath, library.FormulaDBName, connection));
+    return reasonOf(
+        openLibrary(library.FormulaDBPath, library.FormulaDBName, connection, data::Access::Read));
 }
 
 }  // namespace varo

@@ -18,11 +18,11 @@ bool ConnectLibrary(const QString& folder, const QString& fileName, data::Connec
 }
 
 OpenFailure openLibrary(const QString& folder, const QString& fileName,
-                        data::Connection& connection) {
+                        data::Connection& connection, data::Access access) {
     const QString path = normalisedFolder(folder) + fileName;
     OpenFailure failure = OpenFailure::Structure;
     try {
-        connection.open(path);
+        connection.open(path, access);
         if (keepsRows(connection)) {
             return OpenFailure::None;
         }

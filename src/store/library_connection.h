@@ -18,7 +18,7 @@ enum class OpenFailure {
 
 /// The same as ConnectLibrary, with the reason.
 OpenFailure openLibrary(const QString& folder, const QString& fileName,
-                        data::Connection& connection);
+                        data::Connection& connection, data::Access access = data::Access::Write);
 
 /// True when nothing is at `path`, false also when its folder may not be looked into.
 bool isMissing(const QString& path);
