@@ -58,6 +58,9 @@ void SelectionController::selectFormula(qint32 id) {
 
 bool SelectionController::showNode(NodeId node, const QString& notOpened) {
     if (!tree_.contains(node)) {
+        tree_.readUnread(node.library);
+    }
+    if (!tree_.contains(node)) {
         return false;
     }
     tree_.select(node);

@@ -115,7 +115,8 @@ QString reasonOf(const OpenResult& result) {
 
 QString whyNotOpened(const clsFormulaDB& library) {
     data::Connection connection;
-    return reasonOf(openLibrary(library.FormulaDBPath, library.FormulaDBName, connection));
+    return reasonOf(
+        openLibrary(library.FormulaDBPath, library.FormulaDBName, connection, data::Access::Read));
 }
 
 }  // namespace varo

@@ -18,12 +18,12 @@ bool ConnectLibrary(const QString& folder, const QString& fileName, data::Connec
            openLibrary(folder, fileName, connection).failure == OpenFailure::None;
 }
 
-OpenResult openLibrary(const QString& folder, const QString& fileName,
-                       data::Connection& connection) {
+OpenResult openLibrary(const QString& folder, const QString& fileName, data::Connection& connection,
+                       data::Access access) {
     const QString path = normalisedFolder(folder) + fileName;
     OpenResult result{OpenFailure::Structure, {}, {}};
     try {
-        connection.open(path);
+        connection.open(path, access);
         if (keepsRows(connection)) {
             return {};
         }

@@ -24,8 +24,8 @@ struct OpenResult {
 };
 
 /// The same as ConnectLibrary, with the reason.
-OpenResult openLibrary(const QString& folder, const QString& fileName,
-                       data::Connection& connection);
+OpenResult openLibrary(const QString& folder, const QString& fileName, data::Connection& connection,
+                       data::Access access = data::Access::Write);
 
 /// True when nothing is at `path`, false also when its folder may not be looked into.
 bool isMissing(const QString& path);

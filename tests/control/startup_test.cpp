@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -53,11 +54,14 @@ TEST(Startup, ReadsTheLibrariesBehindTheThousandthWhenTheyAreShownOrLocated) {
     configuration.write(file);
     Desk desk(configuration.folder());
     EXPECT_EQ(desk.messages(), QStringList());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return desk.treeTexts().size() == 2003; }, 60'000));
     EXPECT_EQ(desk.treeTexts().mid(1998),
               (QStringList{u"1000"_s, u"  梁"_s, u"1001"_s, u"1002"_s, u"1003"_s}));
     desk.clickNode(u"1002"_s);
     EXPECT_EQ(desk.treeTexts().mid(2000),
               (QStringList{u"1001"_s, u"1002"_s, u"  梁"_s, u"1003"_s}));
+    desk.control().ClickTreeNode(u"FormulaNode1->DBNode1001"_s);
+    EXPECT_EQ(desk.tree().selectedKey(), u"FormulaNode1->DBNode1001"_s);
     desk.control().SetDesignProp(u"用途"_s);
     EXPECT_EQ(desk.messages(), QStringList());
     EXPECT_EQ(desk.tree().selectedKey(), u"FormulaNode1->DBNode1003"_s);

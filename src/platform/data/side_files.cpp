@@ -3,6 +3,7 @@
 #include "platform/data/error.h"
 #include "platform/data/file_start.h"
 #include "platform/data/log_content.h"
+#include "platform/data/side_file_heads.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 #include <filesystem>
 #include <sys/stat.h>
 
@@ -18,13 +18,8 @@ namespace varo::data {
 
 namespace {
 
-constexpr QByteArrayView kJournalMagic("\xD9\xD5\x05\xF9\x20\xA1\x63\xD7", 8);
-
 constexpr int kJournalHead = 28;
 constexpr int kLogHead = 32;
-
-/// The first format of an index of a log, in the byte order of the machine.
-constexpr quint32 kLogIndexFormat = 3007000;
 
 quint32 number(const QByteArray& bytes, qsizetype place) {
     return qFromBigEndian<quint32>(bytes.constData() + place);
@@ -128,20 +123,14 @@ void requireJournalOf(const QString& path, qint64 size,
         refuse(path, QStringLiteral("the journal names another file"),
                Error::Cause::ForeignJournal);
     }
-    // The mark is zero until the pages are safe on the disk, and again after the commit; of a head
-    // that was being written the rest is missing or zero. Nothing is restored then.
-    QByteArray mark = head.first(std::min(head.size(), kJournalMagic.size()));
-    const bool isMarked = mark == kJournalMagic;
-    while (mark.endsWith('\0')) {
-        mark.chop(1);
-    }
-    if (!kJournalMagic.startsWith(mark)) {
+    // Of a head that was being written the rest is missing or zero. Nothing is restored then.
+    if (!beginsJournal(head)) {
         refuse(path, QStringLiteral("lies in the place of a journal but is none"),
                Error::Cause::ForeignJournal);
     }
     const qint64 sectorSize = head.size() < kJournalHead ? 0 : number(head, 20);
-    if (!isMarked || sectorSize == 0) {
-        return;
+    if (!head.startsWith(kJournalMagic) || sectorSize == 0) {
+        return;  // nothing is restored from it
     }
     const qint64 pageSize = number(head, 24);
     if (!isPageSize(pageSize) || sectorSize < 32 || sectorSize > 65536) {
@@ -166,9 +155,8 @@ void requireJournalOf(const QString& path, qint64 size,
 void requireLogOf(const QString& path, qint64 /*size*/,
                   const std::optional<DatabaseHeader>& database) {
     const QByteArray head = fileStart(path, kLogHead);
-    constexpr quint32 kLogMagic = 0x377f0682;  // the last bit is a byte order
     const qint64 pageSize = head.size() < kLogHead ? 0 : number(head, 8);
-    if (!isPageSize(pageSize) || (number(head, 0) & ~1U) != kLogMagic) {
+    if (!isPageSize(pageSize) || !beginsLog(head)) {
         refuse(path, QStringLiteral("lies in the place of a write-ahead log but is none"),
                Error::Cause::ForeignLog);
     }
@@ -230,12 +218,7 @@ void removeLogIndex(const SideFiles& files) {
     if (!QFileInfo::exists(files.logIndex)) {
         return;
     }
-    const QByteArray head = fileStart(files.logIndex, sizeof kLogIndexFormat);
-    quint32 format = 0;
-    if (head.size() == sizeof format) {
-        std::memcpy(&format, head.constData(), sizeof format);
-    }
-    if (head.isEmpty() || format == kLogIndexFormat) {
+    if (beginsLogIndex(fileStart(files.logIndex, kSideFileHead))) {
         QFile::remove(files.logIndex);
     }
 }

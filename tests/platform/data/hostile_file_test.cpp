@@ -4,6 +4,7 @@
 #include "platform/data/copy_database.h"
 #include "platform/data/item_database.h"
 #include "platform/data/side_files.h"
+#include "platform/data/sqlite_copy.h"
 #include "support/process.h"
 #include "support/test_library.h"
 
@@ -197,6 +198,11 @@ TEST_F(HostileFile, IsReadWithoutAChangeAlsoWhenItHasToBeRecovered) {
         SCOPED_TRACE(command);
         if (*command != '\0') {
             runAndKill(command);
+            const QString side = beside(*command == 'l' ? "-wal" : "-journal");
+            const qint64 size = QFileInfo(side).size();
+            ASSERT_TRUE(QFile::resize(side, 1 << 30));
+            EXPECT_FALSE(opens(Access::Read)) << "a file of holes is written out";
+            ASSERT_TRUE(QFile::resize(side, size));
         }
         const QStringList before = everything();
         ASSERT_TRUE(opens(Access::Read));
@@ -210,6 +216,7 @@ TEST_F(HostileFile, IsReadWithoutAChangeAlsoWhenItHasToBeRecovered) {
         items.connection.close();
     }
     EXPECT_EQ(everything().size(), 1);
+    EXPECT_THROW(requireRoom(QDir::tempPath(), qint64{1} << 60), Error);
 }
 
 TEST_F(HostileFile, GetsNoJournalOfADatabaseThatWasMadeInTheSameWay) {
