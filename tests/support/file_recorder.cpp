@@ -5,6 +5,8 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <array>
+#include <random>
 #include <sqlite3.h>
 
 namespace varo::test {
@@ -162,6 +164,18 @@ void apply(const FileChange& change, Disk& disk) {
     }
 }
 
+/// What a crash leaves of a change.
+enum class Outcome { Lost, Half, Whole };
+
+void applyPart(FileChange change, Outcome outcome, Disk& disk) {
+    if (outcome == Outcome::Half) {
+        change.bytes.truncate(change.bytes.size() / 2);
+    }
+    if (outcome != Outcome::Lost) {
+        apply(change, disk);
+    }
+}
+
 QByteArray digest(const Disk& disk) {
     QStringList paths = disk.keys();
     paths.sort();
@@ -174,7 +188,8 @@ QByteArray digest(const Disk& disk) {
     return hash.result();
 }
 
-/// Those of the first `count` changes that nothing has brought onto the disk for certain.
+/// Those of the first `count` changes that nothing has brought onto the disk for certain. A sync of
+/// a file brings its name there, too, and so the deletion of an earlier one of that name.
 std::vector<std::size_t> unsynced(const std::vector<FileChange>& changes, std::size_t count) {
     std::vector<std::size_t> found;
     QSet<QString> synced;
@@ -182,8 +197,7 @@ std::vector<std::size_t> unsynced(const std::vector<FileChange>& changes, std::s
         const FileChange& change = changes[i];
         if (change.kind == FileChange::Kind::Sync) {
             synced.insert(change.path);
-        } else if (change.kind == FileChange::Kind::Delete ? !change.isDurable
-                                                           : !synced.contains(change.path)) {
+        } else if (!change.isDurable && !synced.contains(change.path)) {
             found.push_back(i);
         }
     }
@@ -220,6 +234,7 @@ const std::vector<FileChange>& FileRecorder::changes() const {
 
 int forEachCrash(const Disk& disk, const std::vector<FileChange>& changes,
                  const std::function<void(const Disk&)>& check) {
+    constexpr int kRandomCrashes = 200;
     QSet<QByteArray> seen;
     const auto visit = [&](const Disk& state) {
         const QByteArray key = digest(state);
@@ -228,30 +243,47 @@ int forEachCrash(const Disk& disk, const std::vector<FileChange>& changes,
             check(state);
         }
     };
-    Disk whole = disk;
-    visit(whole);
-    for (std::size_t count = 1; count <= changes.size(); ++count) {
-        FileChange half = changes[count - 1];
-        half.bytes.truncate(half.bytes.size() / 2);
-        Disk torn = whole;
-        apply(half, torn);
-        visit(torn);
-        apply(changes[count - 1], whole);
-        visit(whole);
-        const std::vector<std::size_t> lost = unsynced(changes, count);
-        const auto without = [&](auto isLost) {
-            Disk state = disk;
-            for (std::size_t i = 0; i < count; ++i) {
-                if (!isLost(i)) {
-                    apply(changes[i], state);
-                }
+    /// The disk after the first `count` changes, each as far as `outcome` tells.
+    const auto visitAfter = [&](std::size_t count, auto outcome) {
+        Disk state = disk;
+        QSet<QString> undeleted;  // what is written under the name later is in a file without one
+        for (std::size_t i = 0; i < count; ++i) {
+            const FileChange& change = changes[i];
+            const Outcome reached = outcome(i);
+            if (!undeleted.contains(change.path)) {
+                applyPart(change, reached, state);
             }
-            visit(state);
-        };
-        without([&](std::size_t i) { return std::ranges::find(lost, i) != lost.end(); });
-        for (const std::size_t each : lost) {
-            without([&](std::size_t i) { return i == each; });
+            if (change.kind == FileChange::Kind::Delete && reached == Outcome::Lost) {
+                undeleted.insert(change.path);
+            }
         }
+        visit(state);
+    };
+    visit(disk);
+    for (std::size_t count = 1; count <= changes.size(); ++count) {
+        const auto wholeBut = [&](std::size_t except, Outcome outcome) {
+            visitAfter(count,
+                       [=](std::size_t i) { return i == except ? outcome : Outcome::Whole; });
+        };
+        wholeBut(count - 1, Outcome::Half);
+        wholeBut(count, Outcome::Lost);
+        const std::vector<std::size_t> open = unsynced(changes, count);
+        visitAfter(count, [&](std::size_t i) {
+            return std::ranges::find(open, i) == open.end() ? Outcome::Whole : Outcome::Lost;
+        });
+        for (const std::size_t each : open) {
+            wholeBut(each, Outcome::Lost);
+        }
+    }
+    std::mt19937 random;  // the same numbers in every run
+    for (int crash = 0; crash < kRandomCrashes && !changes.empty(); ++crash) {
+        const std::size_t count = 1 + random() % changes.size();
+        const std::vector<std::size_t> open = unsynced(changes, count);
+        visitAfter(count, [&](std::size_t i) {
+            constexpr std::array kOutcomes{Outcome::Lost, Outcome::Half, Outcome::Whole};
+            return std::ranges::find(open, i) == open.end() ? Outcome::Whole
+                                                            : kOutcomes[random() % 3];
+        });
     }
     return static_cast<int>(seen.size());
 }

@@ -40,8 +40,9 @@ class FileRecorder {
 using Disk = QHash<QString, QByteArray>;
 
 /// Calls `check` with every disk that a crash can leave after some of `changes` to `disk`: after
-/// each change, the last one whole or half; and with what had not been synced lost, all of it or
-/// one change of it. Each disk once. Returns how many there were.
+/// each change, the last one whole or half; and with what had not been synced lost, all of it, one
+/// change of it, or some hundred times a random part, the same in every run. Each disk once.
+/// Returns how many there were.
 int forEachCrash(const Disk& disk, const std::vector<FileChange>& changes,
                  const std::function<void(const Disk&)>& check);
 

@@ -139,12 +139,14 @@ bool DeployFileLib::Data::load() {
     if (!file.open(QIODevice::ReadOnly)) {
         return fail(QStringLiteral("无法打开配置文件“%1”：%2").arg(readPath, file.errorString()));
     }
-    const QByteArray bytes = file.read(kSizeLimit + 1);
+    const qint64 size = file.size();
+    if (size > kSizeLimit) {
+        return fail(QStringLiteral("配置文件“%1”太大！").arg(readPath));
+    }
+    // Reading makes room for as many bytes as are asked for, however few come.
+    const QByteArray bytes = file.read(size);
     if (file.error() != QFileDevice::NoError) {
         return fail(QStringLiteral("无法读取配置文件“%1”：%2").arg(readPath, file.errorString()));
-    }
-    if (bytes.size() > kSizeLimit) {
-        return fail(QStringLiteral("配置文件“%1”太大！").arg(readPath));
     }
     const auto decoded = decodeText(bytes);
     if (!decoded) {
