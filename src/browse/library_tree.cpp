@@ -178,7 +178,7 @@ bool LibraryTree::readWaiting() {
             readFrom(opened);
         } else {
             mark(model_.find({number, std::nullopt}), library_.libraries().Item(libraryKey(number)),
-                 reasonOf(opened.openFailure()));
+                 reasonOf(opened.openResult()));
         }
     }
     if (waiting_.isEmpty()) {
