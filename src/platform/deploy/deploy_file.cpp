@@ -31,6 +31,8 @@ constexpr qint64 kSizeLimit = 16 * 1024 * 1024;
 /// is put after everything while the file is in memory, so that the comment belongs to it.
 constexpr char kEndMark[] = "[\x01]\n";
 
+constexpr char kMark[] = "\xEF\xBB\xBF";  ///< U+FEFF
+
 bool isBlank(char c) {
     return c == ' ' || c == '\t';
 }
@@ -285,7 +287,11 @@ bool DeployFileLib::save() {
     }
     QByteArray bytes = QByteArray::fromStdString(text);
     bytes.replace(kEndMark, QByteArray());
-    QString content = QString::fromUtf8(bytes.trimmed() + '\n');
+    bytes = bytes.trimmed() + '\n';
+    if (bytes.startsWith(kMark)) {  // which would be taken off
+        bytes.prepend('\n');
+    }
+    QString content = QString::fromUtf8(bytes);
     if (data_->hasWindowsLineEnds) {
         content.replace(u'\n', QLatin1StringView("\r\n"));
     }

@@ -210,6 +210,16 @@ qint64 memoryFor(const QImageReader& reader, QByteArrayView data, QSize size, QS
     return made + (isReadByRows ? 0 : bytesOf(size, bits));
 }
 
+/// The pixels of a bmp can have colours that its table does not reach; a painter would take what
+/// follows the table in memory. They are black.
+void completeColors(QImage& image) {
+    if (image.colorCount() > 0) {
+        QList<QRgb> colors = image.colorTable();
+        colors.resize(qsizetype{1} << image.depth(), qRgb(0, 0, 0));
+        image.setColorTable(colors);
+    }
+}
+
 }  // namespace
 
 RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough,
@@ -253,6 +263,7 @@ RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough,
         image.fill(0);
     }
     const bool isRead = reader.read(&image);
+    completeColors(image);
     return {isRotated ? size.transposed() : size, isRead ? image : QImage()};
 }
 

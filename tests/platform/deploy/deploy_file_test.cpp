@@ -202,6 +202,10 @@ TEST_F(DeployFile, KeepsCommentsAndForeignKeysWhenItWrites) {
 
     ASSERT_TRUE(file_.check() && file_.save());
     EXPECT_EQ(stored(), once);
+
+    // What looks like the mark of a file comes to its beginning.
+    ASSERT_TRUE(reads("a line without a value\n\uFEFFK=1\n") && file_.save());
+    EXPECT_EQ(stored(), "\n\uFEFFK=1\n");
 }
 
 TEST_F(DeployFile, WritesANewFileAsUtf8AndAnotherOneAsItIsEncoded) {

@@ -71,6 +71,16 @@ TEST_F(PictureBoxTest, TellsTheFormatByTheContentWhateverFollowsIt) {
     }
 }
 
+TEST_F(PictureBoxTest, MakesColorsBlackThatABmpDoesNotDefine) {
+    constexpr qsizetype kColors = 46;
+    for (const auto depth : {QImage::Format_Mono, QImage::Format_Indexed8}) {
+        QByteArray bmp = encoded(sampleImage(depth), "bmp");
+        qToLittleEndian(1, bmp.data() + kColors);
+        const QImage image = readRaster(bmp, 10'000, 60).image;
+        EXPECT_EQ(image.colorTable().mid(1), QList<QRgb>((1 << image.depth()) - 1, qRgb(0, 0, 0)));
+    }
+}
+
 TEST_F(PictureBoxTest, RefusesAPictureCutOffAnywhere) {
     for (const char* format : Formats) {
         const QByteArray whole = encoded(sampleImage(), format);
