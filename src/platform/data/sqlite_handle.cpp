@@ -118,7 +118,7 @@ SafeHandle openSafely(const QString& path, const DatabaseHeader& header, Access 
     sqlite3* opened = safe.handle.get();
     sqlite3_busy_timeout(opened, kLockTimeout);
     safe.methods = withoutSharedMemory(opened);
-    safe.watch = std::make_unique<StatementWatch>(opened);
+    safe.watch = std::make_unique<StatementWatch>(opened, header.pageSize);
     distrustContent(opened);
     const qint64 size = QFileInfo(path).size();
     safe.watch->setFileSize(size);

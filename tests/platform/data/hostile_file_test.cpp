@@ -453,6 +453,40 @@ TEST_F(HostileFile, WhosePagesLeadToOneAnotherIsReadAndCheckedToAnEnd) {
     EXPECT_FALSE(items.connection.damages().isEmpty());
 }
 
+TEST_F(HostileFile, WhoseTextsShareTheirPagesIsNotReadManyTimesOver) {
+    items.connection.open(path());
+    {
+        Transaction transaction(items.connection);
+        items.add(QString(1'100'000, u'b'));
+        for (int row = 0; row < 400; ++row) {
+            items.add(QString(20'000, u'a'));
+        }
+        transaction.commit();
+    }
+    const auto read = [&](const QString& query, bool alone) {
+        int row = 0;
+        for (Recordset rows = items.connection.query(query); !rows.atEnd(); rows.moveNext()) {
+            if (!alone && ++row % 10 == 0) {
+                items.connection.query(u"Select 1"_s);
+            }
+        }
+    };
+    const auto all = u"Select ID,Name From Item"_s;
+    const auto sorted = u"Select Name From Item Order By Amount"_s;
+    read(all, true);
+    read(sorted, true);
+    items.connection.close();
+    test::shareLongText(path(), 7);
+    items.connection.open(path());
+    EXPECT_EQ(items.connection.query(u"Select length(Name) From Item Where ID = 3"_s).integer(0),
+              1'043'000);
+    EXPECT_THROW(read(all, true), Error);
+    EXPECT_THROW(read(all, false), Error);
+    EXPECT_THROW(read(sorted, true), Error);
+    items.connection.execute(u"Delete From Item Where ID = 1"_s);
+    EXPECT_NO_THROW(items.connection.query(all)) << "the next statement has a budget of its own";
+}
+
 TEST_F(HostileFile, ComputesNothingWhenItIsOpenedOrChecked) {
     ASSERT_EQ(runElsewhere(path(),
                            "Create Table X (A); Create Index XA On X (A); Insert Into X Values (1);"
