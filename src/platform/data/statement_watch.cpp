@@ -131,7 +131,8 @@ qint64 StatementWatch::presentFileSize() const {
     sqlite3_file* file = nullptr;
     sqlite3_int64 size = 0;
     sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file);
-    return file->pMethods->xFileSize(file, &size) == SQLITE_OK ? size : 0;
+    const bool isFile = file != nullptr && file->pMethods != nullptr;  // none in memory
+    return isFile && file->pMethods->xFileSize(file, &size) == SQLITE_OK ? size : 0;
 }
 
 void StatementWatch::requireEnding(sqlite3_stmt* statement, qint64 row, qint64 pages) const {

@@ -137,7 +137,7 @@ AccessFile::AccessFile(const QString& path, const Header& header)
     ::stat(QFile::encodeName(path_).constData(), &opened_);
     const Reading reading(pages_);
     tables_ = readTables(pages_);
-    watch_ = std::make_unique<data::StatementWatch>(handle());
+    watch_ = std::make_unique<data::StatementWatch>(handle(), pages_.layout().pageSize);
     watch_->setFileSize(opened_.st_size);
     showTables(handle(), pages_, tables_);
 }
