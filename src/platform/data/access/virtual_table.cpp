@@ -122,7 +122,6 @@ class Cursor : public sqlite3_vtab_cursor {
     std::unique_ptr<RowScan> rows_;
     std::unique_ptr<IndexScan> entries_;
     QByteArray last_;  ///< beginning of the last key that is wanted
-    bool hasLast_ = false;
     RowPlace place_;
     std::optional<Row> row_;
 };
@@ -144,6 +143,7 @@ void Cursor::find(RowPlace place) {
 void Cursor::filter(int plan, sqlite3_value** values) {
     rows_.reset();
     entries_.reset();
+    last_.clear();
     row_.reset();
     if (!table_.seen->damage.isEmpty()) {
         throw data::Error(table_.seen->damage);
