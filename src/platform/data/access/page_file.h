@@ -3,6 +3,7 @@
 #include "platform/data/access.h"
 #include "platform/data/access/bytes.h"
 #include "platform/data/access/format.h"
+#include "platform/data/access/journal.h"
 #include "platform/data/access/page_changes.h"
 
 #include <QString>
@@ -100,22 +101,38 @@ class PageFile {
     State state() const;
     void setState(const State& state);
     QByteArray readPage(PageNumber number) const;
+    Page unchangedPage(PageNumber number);
+    void keep(PageNumber number, const Page& page);
     void forgetPages() noexcept;
+    void refresh();
+    void requireUnchanged() const;
+    void recover();
+    void readPastJournal();
+    void releaseReadersAlone() noexcept;
     void requireWriting() const;
+    void requireWritableInPlace() const;
     PageNumber append();
     void setFree(PageNumber number, bool isFree);
     void writeChanges();
+    void writePages();
+    void rollBack(Journal& journal) noexcept;
+    void keepChanges();
     void endWriting() noexcept;
 
     Header header_;
     const Layout& layout_;
-    int descriptor_;
+    QString path_;
+    QString journalPath_;
+    int descriptor_ = -1;
+    bool isWritable_ = false;
+    QString readOnlyReason_;  ///< when it is not
+    QString foreignJournal_;  ///< what is wrong with the journal beside the file
     quint32 pageCount_ = 0;
     State state_{};
     int readers_ = 0;
     std::unordered_map<PageNumber, Kept> kept_;
-    std::list<PageNumber> used_;  ///< the last one first
-    bool isWritable_;
+    std::list<PageNumber> used_;            ///< the last one first
+    std::unique_ptr<Journal> interrupted_;  ///< of a commit that only its former pages are read of
     bool isWriting_ = false;
     PageChanges changes_;
     PageNumber firstFree_ = 0;  ///< no page before it is free
