@@ -5,6 +5,9 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <iterator>
+#include <random>
+#include <set>
 #include <sqlite3.h>
 
 namespace varo::test {
@@ -219,7 +222,8 @@ const std::vector<FileChange>& FileRecorder::changes() const {
 }
 
 int forEachCrash(const Disk& disk, const std::vector<FileChange>& changes,
-                 const std::function<void(const Disk&)>& check) {
+                 const std::function<void(const Disk&)>& check, int subsets) {
+    std::minstd_rand random;
     QSet<QByteArray> seen;
     const auto visit = [&](const Disk& state) {
         const QByteArray key = digest(state);
@@ -251,6 +255,12 @@ int forEachCrash(const Disk& disk, const std::vector<FileChange>& changes,
         without([&](std::size_t i) { return std::ranges::find(lost, i) != lost.end(); });
         for (const std::size_t each : lost) {
             without([&](std::size_t i) { return i == each; });
+        }
+        for (int i = 0; i < subsets; ++i) {
+            std::set<std::size_t> chosen;
+            std::ranges::copy_if(lost, std::inserter(chosen, chosen.end()),
+                                 [&](std::size_t) { return random() % 2 == 0; });
+            without([&](std::size_t each) { return chosen.contains(each); });
         }
     }
     return static_cast<int>(seen.size());

@@ -10,7 +10,7 @@
 
 namespace varo::test {
 
-/// One change that SQLite makes to a file, or that it waits for until it is on the disk.
+/// One change that a program makes to a file, or that it waits for until it is on the disk.
 struct FileChange {
     enum class Kind { Write, Truncate, Sync, Delete };
     Kind kind;
@@ -40,9 +40,10 @@ class FileRecorder {
 using Disk = QHash<QString, QByteArray>;
 
 /// Calls `check` with every disk that a crash can leave after some of `changes` to `disk`: after
-/// each change, the last one whole or half; and with what had not been synced lost, all of it or
-/// one change of it. Each disk once. Returns how many there were.
+/// each change, the last one whole or half; and with what had not been synced lost, all of it,
+/// one change of it, and `subsets` random choices of it. Each disk once. Returns how many there
+/// were.
 int forEachCrash(const Disk& disk, const std::vector<FileChange>& changes,
-                 const std::function<void(const Disk&)>& check);
+                 const std::function<void(const Disk&)>& check, int subsets = 0);
 
 }  // namespace varo::test

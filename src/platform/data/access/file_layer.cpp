@@ -88,6 +88,10 @@ void FileLayer::syncFolderOf(const QString& path) {
     }
 }
 
+void FileLayer::sleep(int microseconds) {
+    ::usleep(static_cast<useconds_t>(microseconds));
+}
+
 FileLayer& FileLayer::current() {
     static FileLayer system;
     return replacement == nullptr ? system : *replacement;

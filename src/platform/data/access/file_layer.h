@@ -5,9 +5,9 @@
 
 namespace varo::access {
 
-/// The calls that change files, and that wait until changes are on the disk. A test may put a layer
-/// of its own in its place. Everything that fails throws data::Error; what a failed call has
-/// changed is not known.
+/// The calls that change files and that wait, for changes to be on the disk or for a lock. A test
+/// may put a layer of its own in its place. Everything that fails throws data::Error; what a failed
+/// call has changed is not known.
 class FileLayer {
   public:
     virtual ~FileLayer() = default;
@@ -23,6 +23,9 @@ class FileLayer {
 
     /// Waits until the creation and the removal of the file at `path` are on the disk.
     virtual void syncFolderOf(const QString& path);
+
+    /// Lets time pass before a lock is asked for again.
+    virtual void sleep(int microseconds);
 
     /// The layer in use: that of the system unless another one has been set.
     static FileLayer& current();

@@ -4,19 +4,18 @@
 #include "platform/data/error.h"
 #include "platform/data/sqlite_handle.h"
 
-#include <QDeadlineTimer>
 #include <QFileInfo>
 
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
-#include <unistd.h>
 
 namespace varo::access {
 
 namespace {
 
 constexpr int kBetweenTries = 10'000;  ///< microseconds
+constexpr int kTries = data::kLockTimeout * 1000 / kBetweenTries;
 
 struct flock rangeOf(LockByte byte, short kind) {
     // No Access file is so long.
@@ -37,18 +36,18 @@ bool setLock(int descriptor, LockByte byte, short kind) noexcept {
 }  // namespace
 
 void lock(int descriptor, LockByte byte, LockKind kind) {
-    const QDeadlineTimer deadline(data::kLockTimeout);
-    while (!setLock(descriptor, byte, kind == LockKind::Shared ? F_RDLCK : F_WRLCK)) {
+    const short wanted = kind == LockKind::Shared ? F_RDLCK : F_WRLCK;
+    for (int tries = 1; !setLock(descriptor, byte, wanted); ++tries) {
         if (errno != EAGAIN && errno != EACCES && errno != EINTR) {
             throwSystemError();
         }
-        if (deadline.hasExpired()) {
+        if (tries > kTries) {
             throw data::Error(byte == LockByte::Readers && kind == LockKind::Alone
                                   ? QStringLiteral("another program is reading the file")
                                   : QStringLiteral("another program is writing to the file"),
                               data::Error::Cause::Locked);
         }
-        ::usleep(kBetweenTries);
+        FileLayer::current().sleep(kBetweenTries);
     }
 }
 

@@ -85,6 +85,11 @@ void PageFile::setState(const State& state) {
     pageCount_ = static_cast<quint32>(std::min<qint64>(state.size / layout_.pageSize, kMostPages));
 }
 
+void PageFile::forgetPages() noexcept {
+    kept_.clear();
+    used_.clear();
+}
+
 void PageFile::refresh() {
     if (const State found = state(); found != state_) {
         forgetPages();
