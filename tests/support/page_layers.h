@@ -7,7 +7,7 @@
 #include <QFileInfo>
 #include <QSet>
 
-#include <algorithm>
+#include <sys/stat.h>
 #include <vector>
 
 namespace varo::test {
@@ -94,8 +94,12 @@ class FailingLayer final : public PageLayer {
     void write(int descriptor, const QByteArray& bytes, qint64 offset) override {
         constexpr qsizetype kSector = 512;
         const bool fails = --left_ == 0 || (left_ < 0 && staysFull_);
-        FileLayer::write(descriptor,
-                         fails ? bytes.first(bytes.size() / 3 / kSector * kSector) : bytes, offset);
+        struct stat file {};
+        ::fstat(descriptor, &file);
+        // A file that grows may end anywhere; what is overwritten is so by sectors.
+        const qsizetype third = bytes.size() / 3;
+        const qsizetype part = offset >= file.st_size ? third : third / kSector * kSector;
+        FileLayer::write(descriptor, fails ? bytes.first(part) : bytes, offset);
         if (fails) {
             throw data::Error(QStringLiteral("the disk is full"));
         }

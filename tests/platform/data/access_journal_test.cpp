@@ -23,7 +23,7 @@ void edit(PageFile& file) {
     file.release(7);
     file.change(4)[100] = 'a';
     for (int i = 0; i < 3; ++i) {
-        file.change(file.add())[i] = 'b';
+        std::fill_n(file.change(file.add()), file.layout().pageSize, 'b');
     }
     std::fill_n(file.change(9), file.layout().pageSize, 'c');
     file.commit();
@@ -118,6 +118,11 @@ TEST_F(AccessJournal, TakesAFileBackAfterEachCrashWhileItIsTakenBack) {
     const Disk left = interrupted();
     ASSERT_NE(left[items.path()], before);
     restore(left);
+    const auto reader = items.open(Access::Read);
+    EXPECT_EQ(pagesSeen(*reader), before);
+    ASSERT_TRUE(QFile::remove(journal()));
+    EXPECT_EQ(pagesSeen(*reader), left[items.path()]);
+    restore(left);
     const auto changes = recorded([&] { pagesSeen(*items.open()); });
     ASSERT_EQ(items.content(), before);
     const test::PageLayer layer;
@@ -150,6 +155,9 @@ TEST_F(AccessJournal, UndoesACommitOfWhichAnyStepFails) {
                     ASSERT_GT(failing, 10);
                     break;
                 }
+            }
+            if (!staysFull) {
+                EXPECT_EQ(items.content() == before, !isCommitted);
             }
             const test::PageLayer layer;
             EXPECT_EQ(pagesSeen(*file) == before, !isCommitted);

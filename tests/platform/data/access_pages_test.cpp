@@ -84,6 +84,11 @@ TEST(AccessPages, AreTakenAndReleasedAsTheMapOfFreePagesSays) {
     for (int round = 0; round < 12; ++round) {
         const auto file = items.open();
         file->begin();
+        const int start = file->setSavepoint();
+        for (int i = 0; i < 5; ++i) {
+            file->add();
+        }
+        file->undoTo(start);
         for (int i = 0; i < 100; ++i) {
             const quint32 before = file->pageCount();
             const PageNumber number = file->add();

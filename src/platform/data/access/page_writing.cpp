@@ -162,7 +162,6 @@ void PageFile::endWriting() noexcept {
 }
 
 void PageFile::writeChanges() {
-    requireUnchanged();
     struct stat file {};
     if (::fstat(descriptor_, &file) != 0) {
         throwSystemError();
