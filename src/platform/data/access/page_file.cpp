@@ -1,10 +1,12 @@
 #include "platform/data/access/page_file.h"
 
-#include "platform/data/sqlite_handle.h"
+#include "platform/data/access/file_layer.h"
+#include "platform/data/access/file_lock.h"
 
-#include <QDeadlineTimer>
 #include <QFile>
+#include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -14,59 +16,45 @@ namespace varo::access {
 
 namespace {
 
-constexpr int kBetweenTries = 10'000;  ///< microseconds
-
-[[noreturn]] void throwSystemError() {
-    throw data::Error(QString::fromLocal8Bit(strerror(errno)));
-}
-
 constexpr qint64 kMostPages = 0x1000000;  ///< a row is referred to with three bytes for its page
 
-/// The byte of the file that those who read lock together, and who writes alone. No file is so
-/// long.
-constexpr off_t kLockedByte = 0x7FFF'FF00;
-
-int openForReading(const QString& path) {
-    const int descriptor =
-        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) {
-        throwSystemError();
-    }
-    return descriptor;
+int openFile(const QString& path, int access) {
+    return ::open(QFile::encodeName(path).constData(), access | O_CLOEXEC | O_NONBLOCK);
 }
 
-bool setLock(int descriptor, short kind) noexcept {
-    struct flock range {};
-    range.l_type = kind;
-    range.l_whence = SEEK_SET;
-    range.l_start = kLockedByte;
-    range.l_len = 1;
-    return ::fcntl(descriptor, F_OFD_SETLK, &range) == 0;
-}
-
-/// Waits for a program that has the file locked, kLockTimeout at most.
-void lock(int descriptor, short kind) {
-    const QDeadlineTimer deadline(data::kLockTimeout);
-    while (!setLock(descriptor, kind)) {
-        if (errno != EAGAIN && errno != EACCES && errno != EINTR) {
-            throwSystemError();
-        }
-        if (deadline.hasExpired()) {
-            throw data::Error(QStringLiteral("another program is writing to the file"),
-                              data::Error::Cause::Locked);
-        }
-        ::usleep(kBetweenTries);
-    }
-}
-
-void unlock(int descriptor) noexcept {
-    setLock(descriptor, F_UNLCK);
+QString finalPath(const QString& path) {
+    const QFileInfo file(path);
+    return file.exists() ? file.canonicalFilePath() : file.absoluteFilePath();
 }
 
 }  // namespace
 
-PageFile::PageFile(const QString& path, const Header& header)
-    : header_(header), layout_(header_.layout()), descriptor_(openForReading(path)) {
+PageFile::PageFile(const QString& path, const Header& header, data::Access access)
+    : header_(header),
+      layout_(header_.layout()),
+      path_(finalPath(path)),
+      journalPath_(Journal::pathOf(path_)) {
+    if (access == data::Access::Read) {
+        readOnlyReason_ = QStringLiteral("the file has been opened for reading only");
+    } else if (header_.isJet3()) {
+        readOnlyReason_ = QStringLiteral("files of Access 97 can only be read");
+    } else if (::access(QFile::encodeName(QFileInfo(path_).absolutePath()).constData(), W_OK) !=
+               0) {
+        readOnlyReason_ = QStringLiteral("nothing can be written into the folder of the file");
+    } else {
+        descriptor_ = openFile(path_, O_RDWR);
+        if (descriptor_ < 0) {
+            readOnlyReason_ =
+                QStringLiteral("the file cannot be written: %1").arg(qt_error_string(errno));
+        }
+    }
+    isWritable_ = descriptor_ >= 0;
+    if (!isWritable_) {
+        descriptor_ = openFile(path_, O_RDONLY);
+    }
+    if (descriptor_ < 0) {
+        throwSystemError();
+    }
     try {
         setState(state());
     } catch (...) {
@@ -76,6 +64,7 @@ PageFile::PageFile(const QString& path, const Header& header)
 }
 
 PageFile::~PageFile() {
+    undo();
     ::close(descriptor_);
 }
 
@@ -96,17 +85,110 @@ void PageFile::setState(const State& state) {
     pageCount_ = static_cast<quint32>(std::min<qint64>(state.size / layout_.pageSize, kMostPages));
 }
 
+void PageFile::forgetPages() noexcept {
+    kept_.clear();
+    used_.clear();
+}
+
+void PageFile::refresh() {
+    if (const State found = state(); found != state_) {
+        forgetPages();
+        setState(found);
+    }
+}
+
+void PageFile::requireUnchanged() const {
+    if (state() != state_) {
+        throw data::Error(
+            QStringLiteral("another program has changed the file while it was in use"));
+    }
+}
+
+void PageFile::recover() {
+    if (!Journal::exists(journalPath_)) {
+        foreignJournal_.clear();
+        return;
+    }
+    lock(descriptor_, LockByte::Readers, LockKind::Alone);
+    try {
+        Journal journal(journalPath_);
+        switch (journal.find(descriptor_, layout_.pageSize)) {
+            case Journal::Finding::Incomplete:
+                journal.remove();
+                foreignJournal_.clear();
+                break;
+            case Journal::Finding::Applicable:
+                journal.rollBack(descriptor_);
+                foreignJournal_.clear();
+                break;
+            case Journal::Finding::Unknown:
+                foreignJournal_ =
+                    QStringLiteral(
+                        "%1: a program was interrupted while it wrote to the file, and "
+                        "another one has changed the file since; keep a copy of both, "
+                        "then move the journal away to write to the file as it is")
+                        .arg(journalPath_);
+                break;
+        }
+    } catch (...) {
+        releaseReadersAlone();
+        throw;
+    }
+    releaseReadersAlone();
+}
+
+void PageFile::releaseReadersAlone() noexcept {
+    if (readers_ == 0) {
+        unlock(descriptor_, LockByte::Readers);
+        return;
+    }
+    try {
+        lock(descriptor_, LockByte::Readers, LockKind::Shared);
+    } catch (const data::Error&) {
+        // The lock that is held keeps more programs out than needed, until reading ends.
+    }
+}
+
+void PageFile::readPastJournal() {
+    if (!isWritable_) {
+        auto journal = std::make_unique<Journal>(journalPath_);
+        if (journal->find(descriptor_, layout_.pageSize) == Journal::Finding::Applicable) {
+            forgetPages();
+            setState(state());
+            interrupted_ = std::move(journal);
+            pageCount_ = static_cast<quint32>(interrupted_->formerSize() / layout_.pageSize);
+        }
+        return;
+    }
+    unlock(descriptor_, LockByte::Readers);
+    lock(descriptor_, LockByte::Writer, LockKind::Alone);
+    try {
+        recover();
+    } catch (...) {
+        unlock(descriptor_, LockByte::Writer);
+        throw;
+    }
+    unlock(descriptor_, LockByte::Writer);
+    lock(descriptor_, LockByte::Readers, LockKind::Shared);
+}
+
 void PageFile::beginReading() {
     if (readers_ == 0) {
-        lock(descriptor_, F_RDLCK);
+        lock(descriptor_, LockByte::Readers, LockKind::Shared);
         try {
-            if (const State found = state(); found != state_) {
-                kept_.clear();
-                used_.clear();
-                setState(found);
+            if (!isWriting_) {
+                // While a program holds the writer's lock the journal is one of a commit that has
+                // not changed a page yet.
+                if (Journal::exists(journalPath_) &&
+                    !isLockedByOther(descriptor_, LockByte::Writer)) {
+                    readPastJournal();
+                }
+                if (!interrupted_) {
+                    refresh();
+                }
             }
         } catch (...) {
-            unlock(descriptor_);
+            unlock(descriptor_, LockByte::Readers);
             throw;
         }
     }
@@ -115,23 +197,44 @@ void PageFile::beginReading() {
 
 void PageFile::endReading() noexcept {
     if (--readers_ == 0) {
-        unlock(descriptor_);
+        if (interrupted_) {
+            interrupted_.reset();
+            forgetPages();
+            state_ = {};  // what is read next is not known
+        }
+        unlock(descriptor_, LockByte::Readers);
     }
 }
 
 Page PageFile::page(PageNumber number) {
+    if (isWriting_) {
+        if (Page changed = changes_.find(number)) {
+            return changed;
+        }
+    }
+    return unchangedPage(number);
+}
+
+Page PageFile::unchangedPage(PageNumber number) {
     if (const auto found = kept_.find(number); found != kept_.end()) {
         used_.splice(used_.begin(), used_, found->second.used);
         return found->second.page;
     }
-    const auto page = std::make_shared<const QByteArray>(readPage(number));
+    Page page = interrupted_ ? interrupted_->formerPage(number) : nullptr;
+    if (!page) {
+        page = std::make_shared<const QByteArray>(readPage(number));
+    }
+    keep(number, page);
+    return page;
+}
+
+void PageFile::keep(PageNumber number, const Page& page) {
     if (static_cast<qint64>(kept_.size()) * layout_.pageSize >= kCachedBytes) {
         kept_.erase(used_.back());
         used_.pop_back();
     }
     used_.push_front(number);
     kept_.emplace(number, Kept{page, used_.begin()});
-    return page;
 }
 
 Page PageFile::page(PageNumber number, PageKind kind) {
@@ -146,19 +249,13 @@ QByteArray PageFile::readPage(PageNumber number) const {
     if (number >= pageCount_) {
         throwDamaged("a page is behind the end of the file");
     }
-    QByteArray bytes(layout_.pageSize, Qt::Uninitialized);
-    qint64 count = 0;
-    while (count < bytes.size()) {
-        const ssize_t piece = ::pread(descriptor_, bytes.data() + count,
-                                      static_cast<std::size_t>(bytes.size() - count),
-                                      qint64{number} * layout_.pageSize + count);
-        if (piece == 0) {
-            throwDamaged("the file has been cut short");
-        }
-        if (piece < 0 && errno != EINTR) {
-            throwSystemError();
-        }
-        count += std::max<ssize_t>(piece, 0);
+    const QByteArray bytes =
+        readAt(descriptor_, qint64{number} * layout_.pageSize, layout_.pageSize);
+    if (bytes.size() != layout_.pageSize) {
+        throwDamaged("the file has been cut short");
+    }
+    if (readers_ > 0 || isWriting_) {
+        requireUnchanged();
     }
     return bytes;
 }
