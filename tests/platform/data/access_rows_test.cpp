@@ -352,7 +352,7 @@ class Editor {
     }
 
     void check() {
-        const Model found = readAll(file_, table_);
+        Model found = readAll(file_, table_);
         ASSERT_EQ(found.size(), model_.size());
         for (auto left = found.begin(), right = model_.begin(); left != found.end();
              ++left, ++right) {
@@ -633,8 +633,8 @@ INSTANTIATE_TEST_SUITE_P(
     Files, AccessRowsOfFiles,
     testing::Values("indexed.mdb", "indexed.accdb", "types.mdb", "types.accdb", "materials.mdb",
                     "mechanics.mdb", "memo-columns.mdb"),
-    [](const auto& info) {
-        return QString::fromLatin1(info.param).remove(u'.').remove(u'-').toStdString();
+    [](const auto& file) {
+        return QString::fromLatin1(file.param).remove(u'.').remove(u'-').toStdString();
     });
 
 }  // namespace

@@ -30,7 +30,7 @@ using data::TableStructure;
 
 class AccessFile final : public data::DatabaseFile {
   public:
-    AccessFile(const QString& path, const Header& header);
+    AccessFile(const QString& path, const Header& header, data::Access access);
 
     sqlite3* handle() const noexcept override { return handle_.get(); }
     data::StatementWatch& watch() noexcept override { return *watch_; }
@@ -132,8 +132,10 @@ data::DatabaseHandle inMemory() {
     return handle;
 }
 
-AccessFile::AccessFile(const QString& path, const Header& header)
-    : path_(QFileInfo(path).absoluteFilePath()), pages_(path_, header), handle_(inMemory()) {
+AccessFile::AccessFile(const QString& path, const Header& header, data::Access access)
+    : path_(QFileInfo(path).absoluteFilePath()),
+      pages_(path_, header, access),
+      handle_(inMemory()) {
     ::stat(QFile::encodeName(path_).constData(), &opened_);
     const Reading reading(pages_);
     tables_ = readTables(pages_);
@@ -267,7 +269,8 @@ QStringList AccessFile::damages() {
 
 }  // namespace
 
-std::unique_ptr<data::DatabaseFile> AccessDriver::open(const QString& path, data::Access) const {
+std::unique_ptr<data::DatabaseFile> AccessDriver::open(const QString& path,
+                                                       data::Access access) const {
     const auto header = readHeader(data::fileStart(path, kHeaderLength));
     if (!header) {
         return nullptr;
@@ -279,7 +282,7 @@ std::unique_ptr<data::DatabaseFile> AccessDriver::open(const QString& path, data
                                ? QStringLiteral("encoded or encrypted, which cannot be read")
                                : QStringLiteral("protected with a password")));
     }
-    return std::make_unique<AccessFile>(path, *header);
+    return std::make_unique<AccessFile>(path, *header, access);
 }
 
 }  // namespace varo::access

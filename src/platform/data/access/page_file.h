@@ -1,17 +1,15 @@
 #pragma once
 
+#include "platform/data/access.h"
 #include "platform/data/access/bytes.h"
 #include "platform/data/access/format.h"
+#include "platform/data/access/page_changes.h"
 
 #include <QString>
 
 #include <list>
-#include <memory>
-#include <unordered_map>
 
 namespace varo::access {
-
-using PageNumber = quint32;
 
 /// What the first byte of a page says.
 enum class PageKind : quint8 {
@@ -23,21 +21,21 @@ enum class PageKind : quint8 {
     UsageMap = 5
 };
 
-/// A page in memory. It stays as it is while somebody holds it, whatever is written.
-using Page = std::shared_ptr<const QByteArray>;
-
 /// The pages of an open Access file. Those that were read last are kept, kCachedBytes of them.
 /// Everything that fails throws data::Error.
 class PageFile {
   public:
-    /// Opens the file at `path`, which has this header, for reading only.
-    PageFile(const QString& path, const Header& header);
+    /// Opens the file at `path`, which has this header; with Access::Write for writing where the
+    /// file and its format allow it.
+    PageFile(const QString& path, const Header& header, data::Access access);
     ~PageFile();
     Q_DISABLE_COPY_MOVE(PageFile)
 
     const Header& header() const noexcept { return header_; }
     const Layout& layout() const noexcept { return layout_; }
-    quint32 pageCount() const noexcept { return pageCount_; }
+
+    /// With the pages that the transaction has appended.
+    quint32 pageCount() const noexcept { return isWriting_ ? changes_.pageCount() : pageCount_; }
 
     /// The page with this number. Throws Error when the file has no such page.
     Page page(PageNumber number);
@@ -50,6 +48,39 @@ class PageFile {
     /// Error that isLocked() when another program is writing.
     void beginReading();
     void endReading() noexcept;
+
+    // Writing. What is changed between begin() and commit() or undo() is seen by this PageFile at
+    // once and by others after commit().
+
+    /// Keeps other programs of ours from writing. Throws Error that isLocked() when one is
+    /// writing, and Error that says why when the file can only be read.
+    void begin();
+    bool isWriting() const noexcept { return isWriting_; }
+
+    /// The bytes of the page, Layout::pageSize of them, to be changed in place; valid until the
+    /// next call of a function that is not const. A Page taken before stays as it was. Throws Error
+    /// when the file has no such page or no transaction is open, as the two that follow.
+    char* change(PageNumber number);
+
+    /// A page of zeros: one that the file's map of free pages marks, else one behind the last.
+    PageNumber add();
+
+    /// Marks the page as free. Its content is not changed.
+    void release(PageNumber number);
+
+    /// Ends the transaction with its changes on the disk. Throws Error when that fails; the
+    /// changes are then undone.
+    void commit();
+    void undo() noexcept;
+
+    /// Numbers the state of the transaction, 1, 2, ..., so that what follows can be undone alone.
+    int setSavepoint() { return changes_.setSavepoint(); }
+
+    /// Undoes what came after the savepoint, which stays.
+    void undoTo(int savepoint) noexcept;
+
+    /// Forgets the savepoint and those after it; their changes stay.
+    void releaseSavepoint(int savepoint) noexcept { changes_.releaseSavepoint(savepoint); }
 
   private:
     static constexpr qint64 kCachedBytes = 8 << 20;
@@ -69,6 +100,12 @@ class PageFile {
     State state() const;
     void setState(const State& state);
     QByteArray readPage(PageNumber number) const;
+    void forgetPages() noexcept;
+    void requireWriting() const;
+    PageNumber append();
+    void setFree(PageNumber number, bool isFree);
+    void writeChanges();
+    void endWriting() noexcept;
 
     Header header_;
     const Layout& layout_;
@@ -78,6 +115,10 @@ class PageFile {
     int readers_ = 0;
     std::unordered_map<PageNumber, Kept> kept_;
     std::list<PageNumber> used_;  ///< the last one first
+    bool isWritable_;
+    bool isWriting_ = false;
+    PageChanges changes_;
+    PageNumber firstFree_ = 0;  ///< no page before it is free
 };
 
 }  // namespace varo::access

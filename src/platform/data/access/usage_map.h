@@ -2,6 +2,8 @@
 
 #include "platform/data/access/page_file.h"
 
+#include <functional>
+#include <optional>
 #include <vector>
 
 namespace varo::access {
@@ -23,5 +25,18 @@ struct RowPlace {
 /// The pages that the usage map at `place` marks, in ascending order; those behind the end of the
 /// file are left out. Throws data::Error when the map is damaged.
 std::vector<PageNumber> markedPages(PageFile& file, RowPlace place);
+
+/// The first one from `from` on, nothing when there is none.
+std::optional<PageNumber> firstMarked(PageFile& file, RowPlace place, PageNumber from);
+
+/// Marks the page in the usage map of a table or an index at `place`, or takes its mark away. A map
+/// that cannot hold the number becomes one of references to pages from PageFile::add(). Throws
+/// data::Error when the map is damaged.
+void setMarked(PageFile& file, RowPlace place, PageNumber number, bool isMarked);
+
+/// The same in the map of the free pages of the file, which also marks pages behind its end;
+/// further pages come from `newPage`, whose own marks are left to the caller.
+void setFree(PageFile& file, RowPlace place, PageNumber number, bool isFree,
+             const std::function<PageNumber()>& newPage);
 
 }  // namespace varo::access
