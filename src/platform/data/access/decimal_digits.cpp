@@ -92,8 +92,7 @@ std::optional<QByteArray> DecimalDigits::scaled(int scale) const {
 std::optional<qint64> DecimalDigits::scaledNumber(int scale) const {
     const auto digits = scaled(scale);
     bool isNumber = false;
-    const qint64 number =
-        digits ? ((isNegative_ ? "-" : "") + *digits).toLongLong(&isNumber) : 0;
+    const qint64 number = digits ? ((isNegative_ ? "-" : "") + *digits).toLongLong(&isNumber) : 0;
     return isNumber ? std::optional(number) : std::nullopt;
 }
 

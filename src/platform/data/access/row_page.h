@@ -17,8 +17,8 @@ class RowPage {
     /// What the directory says of a row besides its place.
     enum class Kind : quint16 {
         Row = 0,
-        MovedHere = 0x8000,   ///< the rest of a row whose first place is elsewhere
-        Reference = 0x4000,   ///< four bytes with the place to which the row moved
+        MovedHere = 0x8000,  ///< the rest of a row whose first place is elsewhere
+        Reference = 0x4000,  ///< four bytes with the place to which the row moved
         Removed = 0xC000,
     };
 

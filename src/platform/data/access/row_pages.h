@@ -12,8 +12,8 @@ class RowPages {
   public:
     using Kind = RowPage::Kind;
 
-    /// The pages that name `owner`, a table or kLongValueOwner, which the map `owned` marks; the map `withRoom` marks those of
-    /// them that have room.
+    /// The pages that name `owner`, a table or kLongValueOwner, which the map `owned` marks; the
+    /// map `withRoom` marks those of them that have room.
     RowPages(PageFile& file, PageNumber owner, RowPlace owned, RowPlace withRoom);
 
     /// Puts a row where there is room, else on a new page, and returns its place.

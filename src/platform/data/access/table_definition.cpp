@@ -160,8 +160,7 @@ void readLongValuePages(DefinitionReader& reader, TableDefinition& table) {
             return;
         }
         const Bytes maps = reader.entry(kMaps);
-        table.longValuePages.push_back(
-            {column, RowPlace::read(maps, 0), RowPlace::read(maps, 4)});
+        table.longValuePages.push_back({column, RowPlace::read(maps, 0), RowPlace::read(maps, 4)});
     }
 }
 

@@ -87,7 +87,10 @@ QByteArray bytesOf(RowPlace place) {
 
 TableWriter::TableWriter(PageFile& file, const TableDefinition& table, const TableRules& rules,
                          IndexKeeper& indexes)
-    : file_(file), table_(table), rules_(rules), indexes_(indexes),
+    : file_(file),
+      table_(table),
+      rules_(rules),
+      indexes_(indexes),
       pages_(file, table.page, table.ownedPages, table.pagesWithRoom) {
     const Layout& layout = file.layout();
     if (!rules.refusal.isEmpty()) {
@@ -262,7 +265,8 @@ void TableWriter::remove(RowPlace place) {
     for (const Column& column : table_.columns) {
         const auto field = row.field(column);
         if (field && column.type == FieldType::Complex) {
-            refuse(column, QStringLiteral("rows with attachments or several values are not removed"));
+            refuse(column,
+                   QStringLiteral("rows with attachments or several values are not removed"));
         }
         if (field && isLong(column)) {
             freeLongValue(file_, table_.longValuePagesOf(column), *field);
