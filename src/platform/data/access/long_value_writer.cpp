@@ -41,7 +41,7 @@ qsizetype LongValueWriter::nextPieceSize() const {
 
 void LongValueWriter::append(const Bytes& bytes) {
     if (bytes.size() > left_ - piece_.size()) {
-        throw data::Error(QStringLiteral("a value is longer than was said"));
+        throw data::Error(QStringLiteral("a long value has more bytes than announced"));
     }
     for (qsizetype at = 0; at < bytes.size();) {
         const qsizetype count = std::min(nextPieceSize() - piece_.size(), bytes.size() - at);
@@ -73,7 +73,7 @@ LongField LongValueWriter::finish() {
         return {header(size_, kLongInRow, {}) + piece_};
     }
     if (left_ != 0) {
-        throw data::Error(QStringLiteral("a value is shorter than was said"));
+        throw data::Error(QStringLiteral("a long value has fewer bytes than announced"));
     }
     return {header(size_, size_ <= kMostOnPage ? kLongInOnePiece : 0, first_)};
 }

@@ -40,7 +40,8 @@ PageNumber RowPages::pageWithRoom(qsizetype size) {
     }
     const std::vector<PageNumber> pages = markedPages(file_, withRoom_);
     for (std::size_t tried = 0; tried < std::min(kMostTried, pages.size()); ++tried) {
-        // From the last one on backwards, the next time from where this search ends.
+        // Backwards from the last one; the next search begins where this one ends, so that an empty
+        // page is found however many with little room there are.
         const PageNumber page = pages[pages.size() - 1 - search_++ % pages.size()];
         if (!isOwn(page) || !hasRoom(page, kLeastRoom)) {
             setMarked(file_, withRoom_, page, false);

@@ -39,7 +39,7 @@ class RowPages {
     RowPlace owned_;
     RowPlace withRoom_;
     PageNumber last_ = 0;     ///< on which there was room
-    std::size_t search_ = 0;  ///< where the search for room goes on, among the pages that have it
+    std::size_t search_ = 0;  ///< how many pages with room were looked at
 };
 
 }  // namespace varo::access

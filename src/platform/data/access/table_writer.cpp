@@ -67,7 +67,7 @@ Fields fieldsOf(const TableDefinition& table, const Row& row) {
     return fields;
 }
 
-/// Whether the index has a column whose field differs.
+/// Whether one of the index's columns has another field in `after` than in `before`.
 bool isConcerned(const TableDefinition& table, const Index& index, const Fields& before,
                  const Fields& after) {
     return std::any_of(index.columns.begin(), index.columns.end(), [&](const IndexColumn& column) {
@@ -75,6 +75,14 @@ bool isConcerned(const TableDefinition& table, const Index& index, const Fields&
         return position >= 0 && before[static_cast<std::size_t>(position)] !=
                                     after[static_cast<std::size_t>(position)];
     });
+}
+
+FoundRow requireRow(PageFile& file, RowPlace place) {
+    auto found = findRow(file, place);
+    if (!found) {
+        throw data::Error(QStringLiteral("the row was removed"));
+    }
+    return *found;
 }
 
 QByteArray bytesOf(RowPlace place) {
@@ -111,7 +119,7 @@ std::optional<QByteArray> TableWriter::newField(const FieldChange& change, std::
     const auto* value = std::get_if<Value>(&change);
     if (value == nullptr) {
         if (!isLong(of)) {
-            throw data::Error(QStringLiteral("column %1 has no long values").arg(of.name));
+            refuse(of, QStringLiteral("the column has no long values"));
         }
         const QByteArray& field = std::get<LongField>(change).bytes;
         requireAllowed(longValueSize(Bytes(field)) == 0 ? QByteArray() : field, column);
@@ -208,11 +216,8 @@ RowPlace TableWriter::insert(const std::vector<FieldChange>& changes) {
 
 void TableWriter::update(RowPlace place, const std::vector<FieldChange>& changes) {
     Step step(file_);
-    const auto found = findRow(file_, place);
-    if (!found) {
-        throwDamaged("a row is not on its page");
-    }
-    const Row before(file_.layout(), table_, found->page, found->bytes);
+    const FoundRow found = requireRow(file_, place);
+    const Row before(file_.layout(), table_, found.page, found.bytes);
     const Fields old = fieldsOf(table_, before);
     Fields fields = old;
     for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -254,11 +259,8 @@ void TableWriter::update(RowPlace place, const std::vector<FieldChange>& changes
 
 void TableWriter::remove(RowPlace place) {
     Step step(file_);
-    const auto found = findRow(file_, place);
-    if (!found) {
-        throwDamaged("a row is not on its page");
-    }
-    const Row row(file_.layout(), table_, found->page, found->bytes);
+    const FoundRow found = requireRow(file_, place);
+    const Row row(file_.layout(), table_, found.page, found.bytes);
     for (std::size_t i = 0; i < table_.indexes.size(); ++i) {
         removeEntry(i, place, row);
     }
