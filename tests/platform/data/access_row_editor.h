@@ -228,15 +228,15 @@ class Editor {
         for (std::size_t i = 0; i < table_.columns.size(); ++i) {
             const Column& column = table_.columns[i];
             if (column.isAutoNumber || !chance(keptOneOf)) {
-                changes.push_back(Kept());
+                changes.emplace_back(Kept());
                 continue;
             }
             values[i] = randomValue(column);
             const bool isNull = std::holds_alternative<std::monostate>(values[i]);
             if (isLong(column) && !isNull && chance(3)) {
-                changes.push_back(written(values[i], column));
+                changes.emplace_back(written(values[i], column));
             } else {
-                changes.push_back(values[i]);
+                changes.emplace_back(values[i]);
             }
         }
         return changes;
@@ -291,6 +291,7 @@ class Editor {
         indexes_.isRefusing = false;
         indexes_.entries = entries;
         EXPECT_EQ(rowCount(), before);
+        EXPECT_EQ(readAll(file_, table_).size(), model_.size());
         file_.undoTo(savepoint);
         file_.releaseSavepoint(savepoint);
     }
@@ -339,18 +340,24 @@ class Editor {
         return number;
     }
 
+    /// Empty pages are marked as having room, and each row that moved has one reference to it.
     void checkPages() {
         const auto withRoom = markedPages(file_, table_.pagesWithRoom);
+        qint64 moved = 0;
         for (const PageNumber each : markedPages(file_, table_.ownedPages)) {
             QByteArray bytes = *file_.page(each);
             if (ownerOf(Bytes(bytes)) != table_.page) {
                 continue;
             }
-            const bool isMarked = std::binary_search(withRoom.begin(), withRoom.end(), each);
             if (RowPage(file_.layout(), bytes.data()).isEmpty()) {
-                EXPECT_TRUE(isMarked) << each;
+                EXPECT_TRUE(std::binary_search(withRoom.begin(), withRoom.end(), each)) << each;
+            }
+            for (int row = 0; row < access::rowCount(file_.layout(), Bytes(bytes)); ++row) {
+                const RowEntry entry = rowEntry(file_.layout(), Bytes(bytes), row);
+                moved += entry.isDeleted ? (entry.hasMoved ? 0 : 1) : (entry.hasMoved ? -1 : 0);
             }
         }
+        EXPECT_EQ(moved, 0);
     }
 
     void check() {

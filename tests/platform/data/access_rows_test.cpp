@@ -130,6 +130,22 @@ TEST_F(AccessRows, ReuseTheRoomOfThoseThatWereRemoved) {
     file->commit();
 }
 
+TEST_F(AccessRows, FindAnEmptyPageAmongManyWithLittleRoom) {
+    RowPages pages(*file, kDefinition, table.ownedPages, table.pagesWithRoom);
+    const QByteArray large(3500, 'r');
+    file->begin();
+    const RowPlace first = pages.add(Bytes(large));
+    for (int i = 0; i < 40; ++i) {
+        pages.add(Bytes(large));
+    }
+    pages.remove(first);
+    bool isUsed = false;
+    for (int i = 0; i < 10; ++i) {
+        isUsed = pages.add(Bytes(large)).page == first.page || isUsed;
+    }
+    EXPECT_TRUE(isUsed);
+}
+
 TEST_F(AccessRows, KeepLongValuesWhereTheyAreWhenOtherFieldsChange) {
     CountingIndexes indexes(*file, table);
     TableWriter writer(*file, table, rules, indexes);

@@ -11,7 +11,7 @@ constexpr int kLeastRoom = 128;
 
 /// Pages with room that are looked at for a row before a new page is taken, so that an insert costs
 /// the same in a table of any size.
-constexpr std::size_t kMostTried = 8;
+constexpr int kMostTried = 8;
 
 }  // namespace
 
@@ -33,20 +33,31 @@ bool RowPages::hasRoom(PageNumber number, qsizetype size) {
     return RowPage(file_.layout(), copy.data()).roomForNew() >= size;
 }
 
+/// The pages that are marked as having room, one after the other and again from the first one on:
+/// an empty page is found after some inserts however many with little room there are.
+std::optional<PageNumber> RowPages::nextWithRoom() {
+    auto page = firstMarked(file_, withRoom_, search_);
+    if (!page) {
+        page = firstMarked(file_, withRoom_, 0);
+    }
+    search_ = page.value_or(0) + 1;
+    return page;
+}
+
 PageNumber RowPages::pageWithRoom(qsizetype size) {
     if (last_ != 0 && last_ < file_.pageCount() && isMarked(withRoom_, last_) && isOwn(last_) &&
         hasRoom(last_, size)) {
         return last_;
     }
-    const std::vector<PageNumber> pages = markedPages(file_, withRoom_);
-    for (std::size_t tried = 0; tried < std::min(kMostTried, pages.size()); ++tried) {
-        // Backwards from the last one; the next search begins where this one ends, so that an empty
-        // page is found however many with little room there are.
-        const PageNumber page = pages[pages.size() - 1 - search_++ % pages.size()];
-        if (!isOwn(page) || !hasRoom(page, kLeastRoom)) {
-            setMarked(file_, withRoom_, page, false);
-        } else if (hasRoom(page, size)) {
-            return page;
+    for (int tried = 0; tried < kMostTried; ++tried) {
+        const auto page = nextWithRoom();
+        if (!page) {
+            break;
+        }
+        if (!isOwn(*page) || !hasRoom(*page, kLeastRoom)) {
+            setMarked(file_, withRoom_, *page, false);
+        } else if (hasRoom(*page, size)) {
+            return *page;
         }
     }
     const PageNumber page = file_.add();

@@ -30,6 +30,7 @@ class RowPages {
     bool isOwn(PageNumber number);
     bool isMarked(RowPlace map, PageNumber number);
     bool hasRoom(PageNumber number, qsizetype size);
+    std::optional<PageNumber> nextWithRoom();
     PageNumber pageWithRoom(qsizetype size);
     RowPage pageOf(RowPlace place);
     void setRoom(PageNumber number, bool hasRoom);
@@ -38,8 +39,8 @@ class RowPages {
     PageNumber owner_;
     RowPlace owned_;
     RowPlace withRoom_;
-    PageNumber last_ = 0;     ///< on which there was room
-    std::size_t search_ = 0;  ///< how many pages with room were looked at
+    PageNumber last_ = 0;    ///< on which there was room
+    PageNumber search_ = 0;  ///< the first page that the next search for room looks at
 };
 
 }  // namespace varo::access
