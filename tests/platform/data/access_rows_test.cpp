@@ -134,16 +134,54 @@ TEST_F(AccessRows, FindAnEmptyPageAmongManyWithLittleRoom) {
     RowPages pages(*file, kDefinition, table.ownedPages, table.pagesWithRoom);
     const QByteArray large(3500, 'r');
     file->begin();
-    const RowPlace first = pages.add(Bytes(large));
+    std::vector<RowPlace> places;
     for (int i = 0; i < 40; ++i) {
-        pages.add(Bytes(large));
+        places.push_back(pages.add(Bytes(large)));
     }
-    pages.remove(first);
-    bool isUsed = false;
-    for (int i = 0; i < 10; ++i) {
-        isUsed = pages.add(Bytes(large)).page == first.page || isUsed;
+    for (const std::size_t removed : {20u, 0u}) {
+        pages.remove(places[removed]);
+        bool isUsed = false;
+        for (int i = 0; i < 10; ++i) {
+            isUsed = pages.add(Bytes(large)).page == places[removed].page || isUsed;
+        }
+        EXPECT_TRUE(isUsed) << removed;
     }
-    EXPECT_TRUE(isUsed);
+}
+
+TEST_F(AccessRows, LeaveNothingOnThePagesFromWhichTheyMoved) {
+    table.columns[10].size = 4000;
+    table.indexes.clear();
+    CountingIndexes indexes(*file, table);
+    TableWriter writer(*file, table, rules, indexes);
+    const auto ofSize = [&](int size) {
+        std::vector<FieldChange> fields(table.columns.size());
+        fields[10] = Value(QByteArray(size, 'b'));
+        return fields;
+    };
+    const auto pagesAndRows = [&] {
+        int rows = 0;
+        const auto pages = markedPages(*file, table.ownedPages);
+        for (const PageNumber each : pages) {
+            const Page page = file->page(each);
+            for (int row = 0; row < rowCount(file->layout(), Bytes(*page)); ++row) {
+                const RowEntry entry = rowEntry(file->layout(), Bytes(*page), row);
+                rows += entry.isDeleted && entry.hasMoved ? 0 : 1;
+            }
+        }
+        return std::pair(pages.size(), rows);
+    };
+    file->begin();
+    const RowPlace place = writer.insert(ofSize(10));
+    writer.insert(ofSize(3500));
+    writer.update(place, ofSize(1000));
+    writer.insert(ofSize(2700));  // behind the row that moved
+    ASSERT_EQ(pagesAndRows(), std::pair(std::size_t{2}, 4));
+    writer.update(place, ofSize(2000));
+    EXPECT_EQ(pagesAndRows(), std::pair(std::size_t{3}, 4));
+    EXPECT_EQ(readAll(*file, table).size(), 3u);
+    writer.update(place, ofSize(3900));
+    writer.remove(place);
+    EXPECT_EQ(pagesAndRows(), std::pair(std::size_t{3}, 2));
 }
 
 TEST_F(AccessRows, KeepLongValuesWhereTheyAreWhenOtherFieldsChange) {
