@@ -1,22 +1,15 @@
 #include "platform/data/access/long_value.h"
 
+#include "platform/data/access/long_value_format.h"
 #include "platform/data/access/row.h"
 
 namespace varo::access {
 
 namespace {
 
-constexpr int kHeader = 12;
-constexpr int kPlace = 4;
-constexpr quint32 kLength = 0x3FFFFFFF;
-// Where the value is; in pieces, each of which begins with the place of the next, when none is set.
-constexpr quint32 kInRow = 0x80000000;
-constexpr quint32 kInOnePiece = 0x40000000;
-constexpr quint32 kOwner = 0x4C41564C;  ///< "LVAL": what pages of long values name as their table
-
 Page pageOf(PageFile& file, RowPlace place) {
     Page page = file.page(place.page, PageKind::Data);
-    if (ownerOf(Bytes(*page)) != kOwner) {
+    if (ownerOf(Bytes(*page)) != kLongValueOwner) {
         throwDamaged("a long value is on a page of another kind");
     }
     return page;
@@ -25,22 +18,22 @@ Page pageOf(PageFile& file, RowPlace place) {
 }  // namespace
 
 qint64 longValueSize(const Bytes& field) {
-    return field.u32(0) & kLength;
+    return field.u32(0) & kLongLength;
 }
 
 void readLongValue(PageFile& file, const Bytes& field,
                    const std::function<void(const Bytes&)>& take) {
     const qint64 size = longValueSize(field);
-    const quint32 flags = field.u32(0) & ~kLength;
-    if ((flags & kInRow) != 0) {
-        take(field.part(kHeader, size));
+    const quint32 flags = field.u32(0) & ~kLongLength;
+    if ((flags & kLongInRow) != 0) {
+        take(field.part(kLongHeader, size));
         return;
     }
     if (size > qint64{file.pageCount()} * file.layout().pageSize) {
         throwDamaged("a long value is longer than the file");
     }
-    RowPlace place = RowPlace::read(field, kPlace);
-    if ((flags & kInOnePiece) != 0) {
+    RowPlace place = RowPlace::read(field, kLongPlace);
+    if ((flags & kLongInOnePiece) != 0) {
         const Page page = pageOf(file, place);
         take(rowBytes(file.layout(), Bytes(*page), place.row).part(0, size));
         return;
@@ -48,7 +41,7 @@ void readLongValue(PageFile& file, const Bytes& field,
     for (qint64 left = size; left > 0;) {
         const Page page = pageOf(file, place);
         const Bytes piece = rowBytes(file.layout(), Bytes(*page), place.row);
-        const Bytes content = piece.from(4);
+        const Bytes content = piece.from(kNextPiece);
         if (content.isEmpty()) {
             throwDamaged("a long value has an empty piece");
         }

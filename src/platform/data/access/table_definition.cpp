@@ -56,6 +56,7 @@ class DefinitionReader {
         : header_(header), layout_(header.layout()), bytes_(bytes), at_(layout_.realIndexes) {}
 
     void skip(qsizetype length) { entry(length); }
+    bool hasMore(qsizetype length) const { return bytes_.size() - at_ >= length; }
 
     Bytes entry(qsizetype length) {
         const Bytes found = bytes_.part(at_, length);
@@ -150,6 +151,19 @@ void readIndexNames(DefinitionReader& reader, const Layout& layout, int count,
     }
 }
 
+/// The maps of the pages with long values stand at the end of the definition.
+void readLongValuePages(DefinitionReader& reader, TableDefinition& table) {
+    constexpr int kMaps = 8;
+    while (reader.hasMore(2)) {
+        const int column = reader.entry(2).u16(0);
+        if (column == kNoColumn) {
+            return;
+        }
+        const Bytes maps = reader.entry(kMaps);
+        table.longValuePages.push_back({column, RowPlace::read(maps, 0), RowPlace::read(maps, 4)});
+    }
+}
+
 }  // namespace
 
 int TableDefinition::column(QStringView name) const {
@@ -170,6 +184,16 @@ const Column* TableDefinition::columnByNumber(int number) const {
     return position < 0 ? nullptr : &columns[static_cast<std::size_t>(position)];
 }
 
+const LongValuePages& TableDefinition::longValuePagesOf(const Column& column) const {
+    const auto found =
+        std::find_if(longValuePages.begin(), longValuePages.end(),
+                     [&](const LongValuePages& pages) { return pages.column == column.number; });
+    if (found == longValuePages.end()) {
+        throwDamaged("a column of long values has no pages");
+    }
+    return *found;
+}
+
 TableDefinition readTable(PageFile& file, PageNumber page) {
     const Layout& layout = file.layout();
     const QByteArray content = definitionBytes(file, page);
@@ -180,7 +204,9 @@ TableDefinition readTable(PageFile& file, PageNumber page) {
     table.rowCount = bytes.u32(layout.tableRowCount);
     table.lastAutoNumber = bytes.u32(layout.autoNumber);
     table.variableColumns = bytes.u16(layout.columnCount - 2);
+    table.columnNumbers = bytes.u16(layout.columnCount - 4);
     table.ownedPages = RowPlace::read(bytes, layout.ownedPages);
+    table.pagesWithRoom = RowPlace::read(bytes, layout.ownedPages + 4);
     const int columns = bytes.u16(layout.columnCount);
     const quint32 names = bytes.u32(layout.indexCount);
     const quint32 trees = bytes.u32(layout.indexCount + 4);
@@ -194,6 +220,7 @@ TableDefinition readTable(PageFile& file, PageNumber page) {
         table.indexes.push_back(reader.index());
     }
     readIndexNames(reader, layout, static_cast<int>(names), table);
+    readLongValuePages(reader, table);
     return table;
 }
 

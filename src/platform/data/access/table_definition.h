@@ -54,6 +54,13 @@ struct IndexColumn {
     bool isDescending = false;
 };
 
+/// The maps of the pages on which the values of a memo or OLE column are.
+struct LongValuePages {
+    int column = 0;  ///< the number of the table's column
+    RowPlace owned;
+    RowPlace withRoom;
+};
+
 /// The tree of an index, and what it demands.
 struct Index {
     QStringList names;  ///< of the indexes that share the tree
@@ -73,7 +80,10 @@ struct TableDefinition {
     quint32 rowCount = 0;
     quint32 lastAutoNumber = 0;
     int variableColumns = 0;  ///< with those that were deleted
+    int columnNumbers = 0;    ///< that columns have or had; none is greater
     RowPlace ownedPages;
+    RowPlace pagesWithRoom;  ///< those of them
+    std::vector<LongValuePages> longValuePages;
     std::vector<Column> columns;  ///< in the order of their numbers
     std::vector<Index> indexes;
 
@@ -83,6 +93,9 @@ struct TableDefinition {
     /// The column with this number; null when there is none, and its place among the columns.
     const Column* columnByNumber(int number) const;
     int positionOf(int number) const;
+
+    /// The maps for a memo or OLE column. Throws data::Error when the definition has none.
+    const LongValuePages& longValuePagesOf(const Column& column) const;
 };
 
 /// Reads the definition that begins on `page`. Throws data::Error when it is damaged.

@@ -17,6 +17,9 @@ struct RowPlace {
     static RowPlace read(const Bytes& bytes, qsizetype at) {
         return {bytes.u24(at + 1), bytes.byte(at)};
     }
+    void write(char* to) const {
+        qToLittleEndian((quint32{page} << 8) | static_cast<quint32>(row), to);
+    }
 };
 
 /// The pages that the usage map at `place` marks, in ascending order; those behind the end of the
