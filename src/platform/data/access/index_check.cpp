@@ -55,7 +55,7 @@ class TreeCheck {
                 continue;
             }
             checkPage(page, level, i, last);
-            last = page.bound().isEmpty() ? last : page.bound();
+            last = level[i].bound.isEmpty() ? page.bound() : level[i].bound;
             below.insert(below.end(), page.children.begin(), page.children.end());
         }
         return below;

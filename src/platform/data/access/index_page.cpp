@@ -103,6 +103,9 @@ int roomForEntries(const Layout& layout) {
 void writeIndexPage(const Layout& layout, const IndexPage& page, char* bytes) {
     const std::vector<QByteArray> stored = page.storedEntries();
     const int prefix = prefixLength(stored, placeLength(page));
+    if (usedBytes(stored, prefix) > roomForEntries(layout)) {
+        throw data::Error(QStringLiteral("the entries of an index do not fit on a page"));
+    }
     std::memset(bytes, 0, static_cast<std::size_t>(layout.pageSize));
     bytes[0] = static_cast<char>(page.isNode ? PageKind::IndexNode : PageKind::IndexLeaf);
     bytes[1] = 1;

@@ -41,7 +41,7 @@ IndexPage readIndexPage(const Layout& layout, const Bytes& page);
 int usedBytes(const IndexPage& page);
 int roomForEntries(const Layout& layout);
 
-/// Writes the page to `bytes`, a whole page; its entries must fit.
+/// Writes the page to `bytes`, a whole page. Throws data::Error when its entries do not fit.
 void writeIndexPage(const Layout& layout, const IndexPage& page, char* bytes);
 
 /// The key and the place of a row as an entry, and its place.

@@ -29,6 +29,10 @@ std::vector<T> takeFrom(std::vector<T>& all, std::size_t first) {
     return rest;
 }
 
+std::size_t leastCount(const IndexPage& page) {
+    return page.isNode ? kLeastChildren : 1;
+}
+
 /// The number of the entries or children that are at most half of the page.
 std::size_t halfOf(const IndexPage& page) {
     const std::vector<QByteArray> stored = page.storedEntries();
@@ -36,12 +40,31 @@ std::size_t halfOf(const IndexPage& page) {
     for (const QByteArray& entry : stored) {
         all += entry.size();
     }
-    const std::size_t least = page.isNode ? kLeastChildren : 1;
+    const std::size_t least = leastCount(page);
     std::size_t count = 0;
     for (qsizetype used = 0; count < stored.size() && used + stored[count].size() <= all / 2;) {
         used += stored[count++].size();
     }
     return std::clamp(count, least, page.count() - least);
+}
+
+/// The page in as many as it needs. An entry that does not begin as the others do can need several,
+/// since then each of them is stored whole.
+std::vector<IndexPage> fittingPages(const Layout& layout, const IndexPage& page, bool isAppended) {
+    if (usedBytes(page) <= roomForEntries(layout)) {
+        return {page};
+    }
+    // Where entries only ever come at the end, the pages before stay full.
+    const std::size_t count = isAppended ? page.count() - leastCount(page) : halfOf(page);
+    IndexPage left = page;
+    IndexPage right = page;
+    right.entries = takeFrom(left.entries, count);
+    right.children = takeFrom(left.children, count);
+    std::vector<IndexPage> pages = fittingPages(layout, left, false);
+    for (IndexPage& piece : fittingPages(layout, right, false)) {
+        pages.push_back(std::move(piece));
+    }
+    return pages;
 }
 
 }  // namespace
@@ -167,33 +190,24 @@ void IndexTree::changeNode(IndexPage& node, const Change& change, int level) {
 
 std::vector<IndexChild> IndexTree::store(PageNumber number, const IndexPage& page,
                                          bool isAppended) {
-    if (usedBytes(page) <= roomForEntries(file_.layout())) {
-        write(number, page);
-        return {{page.bound(), number}};
+    std::vector<IndexPage> pages = fittingPages(file_.layout(), page, isAppended);
+    std::vector<PageNumber> numbers{number};
+    while (numbers.size() < pages.size()) {
+        numbers.push_back(addPage());
     }
-    // Where entries only ever come at the end, the pages before stay full.
-    const std::size_t least = page.isNode ? kLeastChildren : 1;
-    return split(number, page, isAppended ? page.count() - least : halfOf(page));
-}
-
-/// Leaves the first `count` entries or children on the page and moves the others to a new one.
-std::vector<IndexChild> IndexTree::split(PageNumber number, const IndexPage& page,
-                                         std::size_t count) {
-    IndexPage left = page;
-    IndexPage right = page;
-    right.entries = takeFrom(left.entries, count);
-    right.children = takeFrom(left.children, count);
-    const PageNumber added = addPage();
-    if (number != root_ && page.next != 0) {
+    if (pages.size() > 1 && page.next != 0) {
         IndexPage next = read(page.next);
-        next.previous = added;
+        next.previous = numbers.back();
         write(page.next, next);
     }
-    right.previous = number;
-    left.next = added;
-    write(number, left);
-    write(added, right);
-    return {{left.bound(), number}, {right.bound(), added}};
+    std::vector<IndexChild> stored;
+    for (std::size_t i = 0; i < pages.size(); ++i) {
+        pages[i].previous = i == 0 ? page.previous : numbers[i - 1];
+        pages[i].next = i + 1 == pages.size() ? page.next : numbers[i + 1];
+        write(numbers[i], pages[i]);
+        stored.push_back({pages[i].bound(), numbers[i]});
+    }
+    return stored;
 }
 
 /// Takes the page out of the chain of its level and releases it.
@@ -246,8 +260,11 @@ bool IndexTree::join(IndexPage& node, std::size_t left) {
     if (!isTooSmall) {
         return false;
     }
+    // One child is enough, and without it the other page has room all the same.
     IndexPage rest = other;
-    rest.children = takeFrom(page.children, halfOf(page));
+    const std::size_t all = page.count();
+    rest.children = takeFrom(
+        page.children, other.count() < kLeastChildren ? all - kLeastChildren : kLeastChildren);
     first.bound = page.bound();
     write(first.page, page);
     write(second.page, rest);
@@ -256,19 +273,21 @@ bool IndexTree::join(IndexPage& node, std::size_t left) {
 
 /// The root keeps its page: when it was split, its content moves to a page below it; a single page
 /// below it is taken into it.
-void IndexTree::storeRoot(const std::vector<IndexChild>& children) {
-    if (children.size() == 2) {
-        IndexPage below = read(root_);
+void IndexTree::storeRoot(std::vector<IndexChild> children) {
+    if (children.size() > 1) {
+        const IndexPage below = read(root_);
         const PageNumber added = addPage();
         IndexPage next = read(below.next);
         next.previous = added;
         write(below.next, next);
         write(added, below);
+        children.front().page = added;
+        children.back().bound.clear();
         IndexPage root;
         root.isNode = true;
         root.owner = owner_;
-        root.children = {{children[0].bound, added}, {{}, children[1].page}};
-        write(root_, root);
+        root.children = std::move(children);
+        storeRoot(store(root_, root, false));
         return;
     }
     for (IndexPage root = read(root_); root.isNode && root.children.size() < kLeastChildren;

@@ -43,11 +43,10 @@ class IndexTree {
     std::vector<IndexChild> applyBelow(PageNumber number, const Change& change, int level);
     void changeNode(IndexPage& node, const Change& change, int level);
     std::vector<IndexChild> store(PageNumber number, const IndexPage& page, bool isAppended);
-    std::vector<IndexChild> split(PageNumber number, const IndexPage& page, std::size_t count);
     void unlink(PageNumber number, const IndexPage& page);
     void joinNeighbours(IndexPage& node, std::size_t changed);
     bool join(IndexPage& node, std::size_t left);
-    void storeRoot(const std::vector<IndexChild>& children);
+    void storeRoot(std::vector<IndexChild> children);
 
     PageFile& file_;
     PageNumber owner_;
