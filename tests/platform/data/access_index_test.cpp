@@ -78,8 +78,8 @@ void expectSound(PageFile& file, const TableDefinition& table, const Index& inde
     EXPECT_EQ(entriesOf(file, index), Entries(expected.begin(), expected.end()));
 }
 
-/// Keys of one kind: short ones that are often the same, ascending ones, long ones that begin
-/// alike.
+/// Keys of one kind: short ones that are often the same, ascending ones, those of which few are on
+/// a page, long ones that begin alike.
 struct KeyKind {
     const char* name;
     std::function<QByteArray(std::mt19937&, int)> make;
@@ -94,6 +94,10 @@ QByteArray numbered(int number) {
 const std::array kKeyKinds{
     KeyKind{"short", [](std::mt19937& random, int) { return numbered(int(random() % 300)); }},
     KeyKind{"ascending", [](std::mt19937&, int step) { return numbered(step); }},
+    KeyKind{"wide",
+            [](std::mt19937& random, int) {
+                return numbered(static_cast<int>(random())) + QByteArray(kLongestKey - 4, 'x');
+            }},
     KeyKind{"long",
             [](std::mt19937& random, int step) {
                 const bool isOther = step > 1000 && random() % 20 == 0;
