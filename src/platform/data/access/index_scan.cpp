@@ -37,7 +37,8 @@ PageNumber childFor(const Layout& layout, const Bytes& page, const QByteArray& f
 
 std::vector<QByteArray> indexEntries(const Layout& layout, const Bytes& page) {
     const int least = kindOf(page) == PageKind::IndexNode ? kPlace + kChild : kPlace;
-    const int prefixLength = page.u16(layout.indexPrefix);
+    const int prefixLength =
+        layout.hasWideNumbers ? page.u16(layout.indexPrefix) : page.byte(layout.indexPrefix);
     const Bytes content = page.from(layout.indexEntries);
     std::vector<QByteArray> entries;
     QByteArray prefix;

@@ -105,6 +105,7 @@ class DefinitionReader {
             }
         }
         index.root = from.u32(layout_.indexRoot);
+        index.pages = RowPlace::read(from, layout_.indexPages);
         const quint8 flags = from.byte(layout_.indexFlags);
         index.isUnique = (flags & kUnique) != 0;
         index.ignoresNulls = (flags & kIgnoresNulls) != 0;

@@ -66,6 +66,7 @@ struct Index {
     QStringList names;  ///< of the indexes that share the tree
     std::vector<IndexColumn> columns;
     PageNumber root = 0;
+    RowPlace pages;  ///< the map of the pages of the tree
     bool isUnique = false;
     bool ignoresNulls = false;
     bool isRequired = false;
