@@ -116,6 +116,7 @@ void makePictures(const QString& path, int count) {
     data::Connection connection;
     connection.open(path);
     data::Transaction transaction(connection);
+    connection.execute(QStringLiteral("update Formula set PicType = 2"));
     for (int id = 1; id <= count; ++id) {
         data::BlobField field =
             connection.field(QStringLiteral("Formula"), QStringLiteral("Pic"), id);

@@ -10,7 +10,7 @@ packages=(
   # at run time: Wayland, texts of the standard dialogs, icons, a Chinese font
   qt6-wayland qt6-translations-l10n breeze-icon-theme fonts-noto-cjk
   # tests and benchmarks
-  libgtest-dev libbenchmark-dev libmuparser-dev
+  libgtest-dev libbenchmark-dev libmuparser-dev mdbtools
   # the fuzzer: compiler, run-time libraries, and what writes names into stack traces
   clang-16 libclang-rt-16-dev llvm
 )

@@ -1,7 +1,7 @@
 #include "library/library_rows.h"
 #include "library/library_text.h"
 #include "library/output_file.h"
-#include "library/picture_bytes.h"
+#include "library/picture_reader.h"
 #include "platform/data/connection.h"
 #include "platform/data/create_database.h"
 #include "store/db_funcs.h"
@@ -32,13 +32,14 @@ void storeFolders(data::Connection& connection, const LibraryRows& rows) {
 }
 
 void storeFormulas(data::Connection& connection, const LibraryRows& rows, const QString& textPath) {
+    PictureReader pictures(textPath);
     for (const FormulaRow& row : rows.formulas) {
         connection.execute(
             QStringLiteral("insert into Formula(ID,Name,Formula,Memo,PicType,PID,OrderID) "
                            "values(?,?,?,?,?,?,?)"),
             {row.id, row.name, row.expression, row.memo, row.pictureType, row.folder, row.order});
         if (row.picture) {
-            storePicture(connection, row.id, pictureBytes(*row.picture, textPath));
+            storePicture(connection, row.id, pictures.read(*row.picture));
         }
     }
 }

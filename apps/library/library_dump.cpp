@@ -1,21 +1,21 @@
-#include "library/condition_lines.h"
+#include "library/dump_complaints.h"
+#include "library/filter_dump.h"
 #include "library/library_text.h"
 #include "library/sibling_order.h"
 #include "library/toml_format.h"
 #include "library/toml_writer.h"
 #include "platform/data/connection.h"
+#include "platform/data/json_array.h"
 
 #include <QHash>
 #include <QList>
 #include <QSet>
 
 #include <algorithm>
-#include <initializer_list>
 #include <map>
 #include <optional>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 namespace varo {
 
@@ -31,29 +31,6 @@ struct Placed {
 
 const auto kNotFoundAgain =
     QStringLiteral("it is left out, the table is damaged and finds it once only");
-
-/// Complaints that are kept; the rest is counted.
-constexpr qsizetype kMostComplaints = 1000;
-
-/// The whole number of 32 bits in `column`, 0 for NULL; nothing when it holds something else.
-std::optional<qint32> wholeNumber(const data::Recordset& rs, int column) {
-    switch (rs.valueType(column)) {
-        case data::ValueType::Null:
-            return 0;
-        case data::ValueType::Integer:
-            break;
-        case data::ValueType::Floating:
-            if (rs.real(column) == static_cast<double>(rs.integer(column))) {
-                break;
-            }
-            return std::nullopt;
-        default:
-            return std::nullopt;
-    }
-    const qint64 number = rs.integer64(column);
-    return std::in_range<qint32>(number) ? std::optional(static_cast<qint32>(number))
-                                         : std::nullopt;
-}
 
 /// Rows by the number of what holds them. A list is taken out when it is written, so that every row
 /// is written once, whatever the references look like.
@@ -78,42 +55,11 @@ class Dump : private TomlWriter {
         collect();
         writeContent(0);
         writeStrays();
-        writeProperties();
-        writeConditions();
-        writeExpressions();
-        if (complaintCount_ > kMostComplaints) {
-            complaints_.append(
-                QStringLiteral("... and %1 more").arg(complaintCount_ - kMostComplaints));
-        }
-        return std::move(complaints_);
+        FilterDump(connection_, *this, complaints_).write();
+        return complaints_.takeLines();
     }
 
   private:
-    void complain(const char* table, qint64 row, const QString& what) {
-        if (++complaintCount_ <= kMostComplaints) {
-            complaints_.append(
-                QStringLiteral("row %1 of table %2: ").arg(row).arg(QLatin1String(table)) + what);
-        }
-    }
-
-    /// The numbers in `columns` of the current row, whose rowid is the first column; nothing, with
-    /// a complaint, when one is none.
-    std::optional<std::vector<qint32>> numbers(const data::Recordset& rs, const char* table,
-                                               std::initializer_list<int> columns) {
-        std::vector<qint32> found;
-        for (const int column : columns) {
-            const auto number = wholeNumber(rs, column);
-            if (!number) {
-                complain(table, rs.integer64(0),
-                         QStringLiteral("it is left out, %1 is no whole number of 32 bits")
-                             .arg(rs.columnName(column)));
-                return std::nullopt;
-            }
-            found.push_back(*number);
-        }
-        return found;
-    }
-
     void collect() {
         folders_ = placedRows("Tree");
         formulas_ = placedRows("Formula");
@@ -121,7 +67,7 @@ class Dump : private TomlWriter {
                  QStringLiteral("select rowid,FormulaID,VarSourceType from RecentVar "
                                 "order by rowid"));
              !rs.atEnd(); rs.moveNext()) {
-            if (const auto found = numbers(rs, "RecentVar", {1, 2})) {
+            if (const auto found = complaints_.numbers(rs, "RecentVar", {1, 2})) {
                 values_[found->front()].append(rs.integer64(0));
             }
         }
@@ -134,16 +80,17 @@ class Dump : private TomlWriter {
                                                         "order by rowid")
                                              .arg(QLatin1String(table)));
              !rs.atEnd(); rs.moveNext()) {
-            const auto found = numbers(rs, table, {1, 2, 3});
+            const auto found = complaints_.numbers(rs, table, {1, 2, 3});
             if (!found) {
                 continue;
             }
             const qint32 id = found->front();
             if (rs.isNull(1) || ids.contains(id)) {
-                complain(table, rs.integer64(0),
-                         rs.isNull(1)
-                             ? QStringLiteral("it is left out, it has no ID")
-                             : QStringLiteral("it is left out, another row has the ID %1").arg(id));
+                complaints_.add(
+                    table, rs.integer64(0),
+                    rs.isNull(1)
+                        ? QStringLiteral("it is left out, it has no ID")
+                        : QStringLiteral("it is left out, another row has the ID %1").arg(id));
                 continue;
             }
             ids.insert(id);
@@ -208,7 +155,7 @@ class Dump : private TomlWriter {
         const auto rs = connection_.query(QStringLiteral("select Name from Tree where rowid = ?"),
                                           {folder.row});
         if (rs.atEnd()) {
-            complain("Tree", folder.row, kNotFoundAgain);
+            complaints_.add("Tree", folder.row, kNotFoundAgain);
             return;
         }
         begin("folder");
@@ -229,7 +176,7 @@ class Dump : private TomlWriter {
             QStringLiteral("select rowid,Name,Formula,Memo,PicType from Formula where rowid = ?"),
             {formula.row});
         if (rs.atEnd()) {
-            complain("Formula", formula.row, kNotFoundAgain);
+            complaints_.add("Formula", formula.row, kNotFoundAgain);
             return;
         }
         begin("formula");
@@ -245,8 +192,9 @@ class Dump : private TomlWriter {
         auto picture = pictureOf(formula);
         const auto pictureType = wholeNumber(rs, 4);
         if (!pictureType) {
-            complain("Formula", formula.row,
-                     QStringLiteral("PicType is left out, it is no whole number of 32 bits"));
+            complaints_.add(
+                "Formula", formula.row,
+                QStringLiteral("PicType is left out, it is no whole number of 32 bits"));
         }
         numberUnless("picture_type", pictureType.value_or(picture ? 2 : 0), picture ? 2 : 0);
         if (picture) {
@@ -269,8 +217,9 @@ class Dump : private TomlWriter {
                 connection_.field(QStringLiteral("Formula"), QStringLiteral("Pic"), formula.id);
             return field.size() == 0 ? std::nullopt : std::optional(std::move(field));
         } catch (const data::Error& error) {
-            complain("Formula", formula.row,
-                     QStringLiteral("Pic is left out, it cannot be read: ") + error.description());
+            complaints_.add(
+                "Formula", formula.row,
+                QStringLiteral("Pic is left out, it cannot be read: ") + error.description());
             return std::nullopt;
         }
     }
@@ -280,14 +229,10 @@ class Dump : private TomlWriter {
     template <class Take>
     void forValues(const QList<qint64>& rows, Take take) {
         QSet<qint64> missing(rows.begin(), rows.end());
-        QStringList numbers;
-        for (const qint64 row : rows) {
-            numbers.append(QString::number(row));
-        }
         for (auto rs = connection_.query(
                  QStringLiteral("select rowid,VarName,[Value],VarSourceType,VarMemo from RecentVar "
                                 "where rowid in (select value from json_each(?)) order by rowid"),
-                 {u'[' + numbers.join(u',') + u']'});
+                 {data::jsonArray(rows)});
              !rs.atEnd(); rs.moveNext()) {
             missing.remove(rs.integer64(0));
             take(rs);
@@ -295,7 +240,7 @@ class Dump : private TomlWriter {
         for (const qint64 row : missing) {
             if (!lostValues_.contains(row)) {
                 lostValues_.insert(row);
-                complain("RecentVar", row, kNotFoundAgain);
+                complaints_.add("RecentVar", row, kNotFoundAgain);
             }
         }
     }
@@ -342,88 +287,6 @@ class Dump : private TomlWriter {
         });
     }
 
-    /// The condition of a filter stands with the first property that has it, where one line tells
-    /// it.
-    void writeProperties() {
-        lines_ = conditionLines(connection_);
-        qint32 lastId = lastIdGivenAsRows();
-        QSet<qint32> written;
-        for (auto rs = connection_.query(
-                 QStringLiteral("select rowid,PropID,PropName,FilterID,NodeID,NodeType from "
-                                "Property order by rowid"));
-             !rs.atEnd(); rs.moveNext()) {
-            const auto found = numbers(rs, "Property", {1, 3, 4, 5});
-            if (!found) {
-                continue;
-            }
-            begin("property");
-            number("id", rs.integer(1));
-            text("name", rs.text(2));
-            numberUnless("filter", rs.integer(3), 0);
-            number("node", rs.integer(4));
-            number("node_type", rs.integer(5));
-            const auto condition = lines_.find(rs.integer(3));
-            if (condition != lines_.end() && !written.contains(condition->first)) {
-                written.insert(condition->first);
-                lastId = writeCondition(condition->second, lastId);
-            }
-        }
-    }
-
-    /// Returns the largest identifier of a condition written so far.
-    qint32 writeCondition(const ConditionLine& condition, qint32 lastId) {
-        text("condition", condition.text);
-        if (qint64{condition.firstId} != qint64{lastId} + 1) {
-            number("condition_id", condition.firstId);
-        }
-        return std::max(lastId, condition.lastId);
-    }
-
-    qint32 lastIdGivenAsRows() {
-        qint32 last = 0;
-        for (auto rs = connection_.query(
-                 QStringLiteral("select UserID,ID from FilterCond union select FilterID,ExpID "
-                                "from FilterExpressions"));
-             !rs.atEnd(); rs.moveNext()) {
-            last = lines_.contains(rs.integer(0)) ? last : std::max(last, rs.integer(1));
-        }
-        return last;
-    }
-
-    void writeConditions() {
-        for (auto rs = connection_.query(QStringLiteral(
-                 "select rowid,ID,UserID,ParentID,Type from FilterCond order by rowid"));
-             !rs.atEnd(); rs.moveNext()) {
-            if (!numbers(rs, "FilterCond", {1, 2, 3, 4}) || lines_.contains(rs.integer(2))) {
-                continue;
-            }
-            begin("condition");
-            number("id", rs.integer(1));
-            number("user", rs.integer(2));
-            numberUnless("parent", rs.integer(3), 0);
-            number("type", rs.integer(4));
-        }
-    }
-
-    void writeExpressions() {
-        for (auto rs = connection_.query(
-                 QStringLiteral("select rowid,FilterID,ExpID,TableName,FieldName,FieldType,"
-                                "CompareType,TheConst from FilterExpressions order by rowid"));
-             !rs.atEnd(); rs.moveNext()) {
-            if (!numbers(rs, "FilterExpressions", {1, 2, 5, 6}) || lines_.contains(rs.integer(1))) {
-                continue;
-            }
-            begin("expression");
-            number("filter", rs.integer(1));
-            number("id", rs.integer(2));
-            textUnlessEmpty("table", rs.text(3));
-            text("field", rs.text(4));
-            numberUnless("field_type", rs.integer(5), 0);
-            number("compare", rs.integer(6));
-            textUnlessEmpty("constant", rs.text(7));
-        }
-    }
-
     void writeInfo() {
         for (auto rs = connection_.query(
                  QStringLiteral("select PrptyName,PrptyVal from TableInfo order by rowid"));
@@ -438,11 +301,9 @@ class Dump : private TomlWriter {
     RowsByOwner<Placed> folders_;
     RowsByOwner<Placed> formulas_;
     RowsByOwner<qint64> values_;  ///< rowids
-    std::map<qint32, ConditionLine> lines_;
     SiblingOrder folderOrder_;
     SiblingOrder formulaOrder_;
-    QStringList complaints_;
-    qsizetype complaintCount_ = 0;
+    DumpComplaints complaints_;
     QSet<qint64> lostValues_;  ///< rows that have been complained of
 };
 

@@ -3,6 +3,7 @@
 #include "library/text_error.h"
 #include "platform/data/connection.h"
 #include "platform/data/error.h"
+#include "platform/data/side_file_heads.h"
 #include "platform/data/side_files.h"
 
 #include <QFile>
@@ -17,13 +18,13 @@ namespace {
 
 struct SideFile {
     const char* suffix;
-    std::array<const char*, 2> heads;  ///< what its content begins with, in hexadecimal
+    bool (*begins)(QByteArrayView head);
 };
 
 constexpr std::array kSideFiles = {
-    SideFile{"-journal", {"d9d505f920a163d7", "0000000000000000"}},
-    SideFile{"-wal", {"377f0682", "377f0683"}},
-    SideFile{"-shm", {"18e22d00", "002de218"}},
+    SideFile{data::kJournalSuffix, data::beginsJournal},
+    SideFile{data::kLogSuffix, data::beginsLog},
+    SideFile{data::kLogIndexSuffix, data::beginsLogIndex},
 };
 
 bool isThere(const QFileInfo& file) {
@@ -44,13 +45,7 @@ bool isLibrary(const QString& path) {
 
 bool beginsAs(const QString& path, const SideFile& kind) {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return false;
-    }
-    const QByteArray head = file.read(8).toHex();
-    return head.isEmpty() || std::ranges::any_of(kind.heads, [&](const char* expected) {
-               return head.startsWith(expected);
-           });
+    return file.open(QIODevice::ReadOnly) && kind.begins(file.read(data::kSideFileHead));
 }
 
 /// `hasLibrary`: there is a file at `path` that the side files can belong to.

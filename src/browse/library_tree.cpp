@@ -8,6 +8,8 @@
 #include "platform/ui/wait_cursor.h"
 #include "store/keys.h"
 
+#include <QElapsedTimer>
+
 namespace varo {
 
 namespace {
@@ -32,7 +34,10 @@ constexpr FolderTree::Images imagesWithProperty(const NodeId& node) {
 }  // namespace
 
 LibraryTree::LibraryTree(ui::NodeView& view, CurrentLibrary& library, Questions& questions)
-    : view_(view), library_(library), questions_(questions) {
+    : view_(view),
+      library_(library),
+      questions_(questions),
+      reading_(view, [this] { return readWaiting(); }) {
     view.setModel(&model_);
     connect(&view, &ui::NodeView::nodeClicked, this,
             [this](const QModelIndex& index) { emit nodeClicked(model_.idOf(index)); });
@@ -54,10 +59,16 @@ bool LibraryTree::BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable o
 /// Returns what the user is to be told of the first library that cannot be read; "" when all can.
 QString LibraryTree::addLibraries(const colFormulaDB& libraries, OnUnreadable onUnreadable) {
     const ui::clsWaitCursor waiting;
+    QElapsedTimer sinceStart;
+    sinceStart.start();
     QString firstFailure;
     for (const clsFormulaDB& library : libraries) {
         if (model_.rowCount() >= kLibrariesReadAtOnce) {
             addUnread(library);
+            continue;
+        }
+        if (!files_.isEmpty() && sinceStart.elapsed() >= readingTime_) {
+            waiting_.append(addUnread(library));
             continue;
         }
         const QString failure = addLibrary(library);
@@ -68,7 +79,11 @@ QString LibraryTree::addLibraries(const colFormulaDB& libraries, OnUnreadable on
             break;
         }
     }
-    model_.squeeze();
+    if (waiting_.isEmpty()) {
+        model_.squeeze();
+    } else {
+        reading_.start();
+    }
     return firstFailure;
 }
 
@@ -82,12 +97,14 @@ NodeId LibraryTree::firstReadNode() const {
     return {};
 }
 
-/// Adds the library's node alone; showing it for the first time reads what is below.
-void LibraryTree::addUnread(const clsFormulaDB& library) {
+/// Adds the library's node alone; showing it for the first time reads what is below. Returns its
+/// number.
+int LibraryTree::addUnread(const clsFormulaDB& library) {
     const int number = libraryNumberOf(library.NodeKey);
     const QModelIndex root = model_.addLibrary(number, library.FormulaNodeText);
     unread_.insert(number);
     model_.setNote(root, pathOf(library) + QStringLiteral("\n还没有读取，单击后读取"));
+    return number;
 }
 
 /// Returns what the user is to be told when the library cannot be read; "" otherwise.
@@ -100,7 +117,7 @@ QString LibraryTree::addLibrary(const clsFormulaDB& library) {
         opened ? readInto(root, library_) : QStringLiteral("无法打开用户选择的数据库！");
     if (!failure.isEmpty()) {
         unread_.insert(number);
-        mark(root, library, opened ? failure : reasonOf(library_.openFailure()));
+        mark(root, library, opened ? failure : reasonOf(library_.openResult()));
     }
     return failure;
 }
@@ -132,6 +149,13 @@ void LibraryTree::readAgain() {
     }
 }
 
+void LibraryTree::readUnread(int library) {
+    if (unread_.contains(library)) {
+        const ui::clsWaitCursor waiting;
+        readAnew(library);
+    }
+}
+
 bool LibraryTree::isUpToDate(int library) const {
     if (!contains({library, std::nullopt})) {
         return true;
@@ -143,6 +167,24 @@ bool LibraryTree::isUpToDate(int library) const {
 bool LibraryTree::readAnew(int library) {
     CurrentLibrary opened(library_.libraries(), questions_);
     return opened.open(library) && readFrom(opened);
+}
+
+/// Reads the first of the libraries that wait for it, or marks it. Returns whether others wait.
+bool LibraryTree::readWaiting() {
+    const int number = waiting_.takeFirst();
+    if (unread_.contains(number)) {  // the user has not shown it meanwhile
+        CurrentLibrary opened(library_.libraries(), questions_);
+        if (opened.open(number)) {
+            readFrom(opened);
+        } else {
+            mark(model_.find({number, std::nullopt}), library_.libraries().Item(libraryKey(number)),
+                 reasonOf(opened.openResult()));
+        }
+    }
+    if (waiting_.isEmpty()) {
+        model_.squeeze();
+    }
+    return !waiting_.isEmpty();
 }
 
 /// Reads a library whose node is there.
@@ -161,6 +203,8 @@ bool LibraryTree::readFrom(CurrentLibrary& library) {
 }
 
 void LibraryTree::clear() {
+    reading_.stop();
+    waiting_.clear();
     model_.clear();
     unread_.clear();
     files_.clear();
@@ -170,6 +214,17 @@ void LibraryTree::mark(const QModelIndex& root, const clsFormulaDB& library,
                        const QString& reason) {
     model_.setImages(root, kUnreadableLibrary);
     model_.setNote(root, pathOf(library) + u'\n' + reason);
+}
+
+void LibraryTree::noteOpening(int library) {
+    const QModelIndex root = model_.find({library, std::nullopt});
+    const QString reason = reasonOf(library_.openResult());
+    if (!reason.isEmpty()) {
+        model_.setNote(root,
+                       pathOf(library_.libraries().Item(libraryKey(library))) + u'\n' + reason);
+    } else if (!unread_.contains(library)) {
+        model_.setNote(root, QString());
+    }
 }
 
 void LibraryTree::markProperties(int library, const std::vector<qint32>& folders) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "browse/folder_tree_model.h"
+#include "browse/sliced_work.h"
 #include "library/current_library.h"
 #include "library/file_identity.h"
 
@@ -33,18 +34,29 @@ class LibraryTree : public QObject {
     ui::NodeView& view() { return view_; }
     FolderTreeModel& model() { return model_; }
 
-    /// Fills the tree anew from `libraries`, opening each in turn; the last one is then the current
-    /// library. The node of a library that cannot be read is marked, with path and reason as its
-    /// tool tip. To stop there tells the user; the libraries before it stay. Behind a thousand
-    /// libraries the others are read when they are shown for the first time, which their tool tips
-    /// say. Returns whether all could be read.
+    /// Fills the tree anew from `libraries`, opening each in turn; the last one that was is then
+    /// the current library. The node of a library that cannot be read is marked, with path and
+    /// reason as its tool tip. To stop there tells the user; the libraries before it stay. Behind a
+    /// thousand libraries the others are read when they are shown for the first time, which their
+    /// tool tips say. What is not read within the reading time, but for the first library that can
+    /// be, is read while the program goes on, until Escape is pressed or the window is closed; the
+    /// rest is then read when it is shown, too. Returns whether all that was opened could be read.
     bool BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable onUnreadable);
+
+    /// Sets the reading time of BuildFormulaTree() in milliseconds, two seconds before.
+    void setReadingTime(int milliseconds) { readingTime_ = milliseconds; }
+
+    /// Whether libraries are being read while the program goes on.
+    bool isReading() const { return reading_.isRunning(); }
 
     /// Removes every node.
     void clear();
 
     /// Shows the folders of the current library when they could not be read before and now can.
     void readAgain();
+
+    /// Shows the folders of a library of the tree that has not been read, or could not be.
+    void readUnread(int library);
 
     /// Whether the folders shown of a library are those of the file that is at its path; true also
     /// when the tree does not have the library.
@@ -67,6 +79,10 @@ class LibraryTree : public QObject {
     NodeId neighbour(const NodeId& node, int step) const;
     /// How many levels of new folders can be shown below a node.
     int levelsBelow(const NodeId& node) const;
+
+    /// Shows at the node of a library, which is in the tree, why it has just not been made the
+    /// current one, or nothing any more when it has been.
+    void noteOpening(int library);
 
     NodeId selectedNode() const;
     /// Selects a node and scrolls to it; raises no signal.
@@ -103,10 +119,11 @@ class LibraryTree : public QObject {
 
   private:
     QString addLibraries(const colFormulaDB& libraries, OnUnreadable onUnreadable);
-    void addUnread(const clsFormulaDB& library);
+    int addUnread(const clsFormulaDB& library);
     QString addLibrary(const clsFormulaDB& library);
     QString readInto(const QModelIndex& root, CurrentLibrary& library);
     bool readFrom(CurrentLibrary& library);
+    bool readWaiting();
     void mark(const QModelIndex& root, const clsFormulaDB& library, const QString& reason);
     void removeStale(const NodeId& folder, const NodeId& kept);
     void collectExpanded(const QModelIndex& parent, std::vector<NodeId>& expanded) const;
@@ -116,7 +133,10 @@ class LibraryTree : public QObject {
     CurrentLibrary& library_;
     Questions& questions_;
     FolderTreeModel model_;
-    QSet<int> unread_;                ///< numbers of the libraries that are not read, or cannot be
+    QSet<int> unread_;    ///< numbers of the libraries that are not read, or cannot be
+    QList<int> waiting_;  ///< of them, those that are to be read
+    SlicedWork reading_;
+    int readingTime_ = 2000;
     QHash<int, FileIdentity> files_;  ///< by number, those that the shown folders were read from
 };
 

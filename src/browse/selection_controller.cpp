@@ -58,6 +58,9 @@ void SelectionController::selectFormula(qint32 id) {
 
 bool SelectionController::showNode(NodeId node, const QString& notOpened) {
     if (!tree_.contains(node)) {
+        tree_.readUnread(node.library);
+    }
+    if (!tree_.contains(node)) {
         return false;
     }
     tree_.select(node);
@@ -66,6 +69,7 @@ bool SelectionController::showNode(NodeId node, const QString& notOpened) {
     pane_.ClearFormulaPanel();
     HeldMessages messages;
     const bool opened = library_.open(node.library);
+    tree_.noteOpening(node.library);
     if (opened && !node.isFolder()) {
         tree_.readAgain();
     }

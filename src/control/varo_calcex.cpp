@@ -198,8 +198,8 @@ void Varo_CalcEx::Parts::connectCommands() {
         [this] { QTimer::singleShot(0, &control, [this] { closeReplaced(); }); });
 }
 
-/// Another program has deleted or replaced the open library: nothing more is stored in it, and what
-/// is at its path is opened when one of its nodes is selected.
+/// Another program has deleted or replaced the open library, or given it a write-ahead log: nothing
+/// more is stored in it, and what is at its path is opened when one of its nodes is selected.
 void Varo_CalcEx::Parts::closeReplaced() {
     if (!library.isOpen() || library.isInPlace()) {
         return;
@@ -208,7 +208,8 @@ void Varo_CalcEx::Parts::closeReplaced() {
     library.close();
     selection.showNothing();
     questions.inform(
-        QStringLiteral("其他程序删除、替换或截短了打开的公式库文件：\n%1\n刚才的修改没有保存！")
+        QStringLiteral("其他程序删除、替换、截短了打开的公式库文件，或者改变了它的日志方式：\n"
+                       "%1\n刚才的修改没有保存！")
             .arg(path));
 }
 

@@ -1,26 +1,14 @@
 #include "library/condition_rows.h"
 
-#include <QStringList>
+#include "platform/data/json_array.h"
 
 #include <algorithm>
 #include <tuple>
 
 namespace varo {
 
-namespace {
-
-QString jsonArray(const QList<qint32>& numbers) {
-    QStringList texts;
-    for (const qint32 number : numbers) {
-        texts.append(QString::number(number));
-    }
-    return u'[' + texts.join(u',') + u']';
-}
-
-}  // namespace
-
 ConditionRows::ConditionRows(data::Connection& connection, const QList<qint32>& filters)
-    : connection_(connection), filters_(jsonArray(filters)) {}
+    : connection_(connection), filters_(data::jsonArray(filters)) {}
 
 std::span<const ConditionRows::Node> ConditionRows::children(qint32 filter, qint32 parent) {
     if (!nodes_) {

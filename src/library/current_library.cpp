@@ -9,7 +9,7 @@ CurrentLibrary::CurrentLibrary(const colFormulaDB& libraries, Questions& questio
 
 bool CurrentLibrary::open(int number) {
     const QString key = libraryKey(number);
-    openFailure_ = OpenFailure::None;
+    openResult_ = {};
     if (!libraries_.contains(key)) {
         close();
         return false;
@@ -19,8 +19,8 @@ bool CurrentLibrary::open(int number) {
                             name_ == library.FormulaDBName && isInPlace();
     if (!isSameFile) {
         close();
-        openFailure_ = openLibrary(library.FormulaDBPath, library.FormulaDBName, connection_);
-        if (openFailure_ != OpenFailure::None) {
+        openResult_ = openLibrary(library.FormulaDBPath, library.FormulaDBName, connection_);
+        if (openResult_.failure != OpenFailure::None) {
             return false;
         }
         connection_.setReplacedNotice(tellReplaced_);

@@ -27,11 +27,11 @@ class CurrentLibrary {
     bool open(int number);
 
     /// Why the last open() failed; None when it did not, or there is no such library.
-    OpenFailure openFailure() const { return openFailure_; }
+    const OpenResult& openResult() const { return openResult_; }
 
     /// `tell` is called when a statement is the first to fail because the open file has been
-    /// deleted, replaced or cut short by another program; it must not use this. Everything fails
-    /// then until open() or close().
+    /// deleted, replaced, overwritten, cut short or given a write-ahead log by another program; it
+    /// must not use this. Everything fails then until open() or close().
     void setReplacedNotice(std::function<void()> tell) { tellReplaced_ = std::move(tell); }
 
     /// Whether the open file is still the one at its path.
@@ -62,7 +62,7 @@ class CurrentLibrary {
     data::Connection connection_;
     colVarInfo variables_;
     std::function<void()> tellReplaced_;
-    OpenFailure openFailure_ = OpenFailure::None;
+    OpenResult openResult_;
     int number_ = 0;
     QString folder_;
     QString name_;

@@ -1,6 +1,7 @@
 #include "library/library_backup.h"
 
 #include "platform/data/copy_database.h"
+#include "platform/files/save_file.h"
 #include "store/attempt.h"
 
 #include <QFile>
@@ -51,8 +52,8 @@ bool writeNote(const QString& path, const Note& note) {
         {QStringLiteral("difference_sha256"), QString::fromLatin1(note.difference.toHex())}};
     const QByteArray text = QJsonDocument(object).toJson();
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.flush() &&
-           file.commit();
+    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() &&
+           commitWritten(file);
 }
 
 /// An empty note when there is none or it cannot be read.

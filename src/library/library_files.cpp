@@ -60,7 +60,31 @@ AddedLibrary AddExistingLibrary(const QString& path, const QString& text, colFor
     return result;
 }
 
-QString reasonOf(OpenFailure failure) {
+namespace {
+
+/// What is to be done about the file beside a library that keeps it from being opened; "" when none
+/// does.
+QString sentenceOn(data::Error::Cause cause) {
+    using enum data::Error::Cause;
+    switch (cause) {
+        case NoRegularFile:
+            return QStringLiteral("文件旁边与日志同名（-journal、-wal、-shm）的不是普通文件");
+        case ForeignJournal:
+            return QStringLiteral("文件旁边的日志（-journal）不是这个公式库的");
+        case ForeignLog:
+            return QStringLiteral("文件旁边的预写日志（-wal）不是这个公式库的");
+        case UncertainLog:
+            return QStringLiteral(
+                "无法确定文件旁边的预写日志（-wal）是不是这个公式库的："
+                "请先复制这两个文件，再用写它的程序打开公式库");
+        case NeedsRecovery:
+            return QStringLiteral("上一次修改没有完成，要先恢复公式库，但是不能写这个文件");
+        default:
+            return {};
+    }
+}
+
+QString sentenceOn(OpenFailure failure) {
     switch (failure) {
         case OpenFailure::None:
             break;
@@ -78,9 +102,21 @@ QString reasonOf(OpenFailure failure) {
     return {};
 }
 
+}  // namespace
+
+QString reasonOf(const OpenResult& result) {
+    QStringList lines{sentenceOn(result.failure)};
+    if (result.failure == OpenFailure::NoLibrary) {
+        lines += {sentenceOn(result.cause), QStringLiteral("数据库的说明：") + result.description};
+        lines.removeAll(QString());
+    }
+    return lines.join(u'\n');
+}
+
 QString whyNotOpened(const clsFormulaDB& library) {
     data::Connection connection;
-    return reasonOf(openLibrary(library.FormulaDBPath, library.FormulaDBName, connection));
+    return reasonOf(
+        openLibrary(library.FormulaDBPath, library.FormulaDBName, connection, data::Access::Read));
 }
 
 }  // namespace varo

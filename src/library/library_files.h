@@ -27,11 +27,12 @@ struct AddedLibrary {
 /// and is not in the list yet. The list is unchanged otherwise.
 AddedLibrary AddExistingLibrary(const QString& path, const QString& text, colFormulaDB& libraries);
 
-/// Why a library does not open, for the user; "" for None.
-QString reasonOf(OpenFailure failure);
+/// Why a library does not open, for the user; "" for None. A second line says what lies beside the
+/// file, and a last one what the store says, where the first leaves that open.
+QString reasonOf(const OpenResult& result);
 
-/// Why the library's file does not open, for the user; "" when it does. A lock is waited for as
-/// always.
+/// Why the library's file cannot be read, for the user; "" when it can. Changes nothing on the disk
+/// (see data::Access::Read). A lock is waited for as always.
 QString whyNotOpened(const clsFormulaDB& library);
 
 }  // namespace varo

@@ -112,7 +112,7 @@ OpenFailure PictureCatalog::open(Library& library) {
             close(*open_.front());
         }
         if (const OpenFailure failure =
-                openLibrary(library.folder, library.fileName, library.connection);
+                openLibrary(library.folder, library.fileName, library.connection).failure;
             failure != OpenFailure::None) {
             return failure;
         }

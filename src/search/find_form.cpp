@@ -43,6 +43,8 @@ QFrame* makeTextPane(const char* paneName, QWidget* parent, const char* textName
     row->setContentsMargins(0, 0, 0, 0);
     text = ui::makeNamed<QLineEdit>(textName, pane);
     text->setMaxLength(kFindTextLimit);
+    constexpr int kShownAtLeast = 8;  // wide characters
+    text->setMinimumWidth(kShownAtLeast * text->fontMetrics().horizontalAdvance(u'字'));
     row->addWidget(text, 1);
     for (std::size_t i = 0; i < options.size(); ++i) {
         options[i] = ui::makeNamed<QRadioButton>(optionName, pane, captions[i]);
@@ -161,6 +163,7 @@ FindForm buildFindForm(QDialog& dialog) {
     form.TabFind = ui::makeNamed<QTabBar>("TabFind", &dialog);
     form.TabFind->setDrawBase(false);
     form.TabFind->setExpanding(false);
+    form.TabFind->setUsesScrollButtons(false);  // both captions can be seen in a narrow dialog
     form.TabFind->addTab(ui::themeIcon(QStringLiteral("edit-find")), QStringLiteral("查找"));
     form.TabFind->addTab(ui::themeIcon(QStringLiteral("view-preview")), QStringLiteral("图片"));
     form.PicFind = makePane("PicFind", &dialog);

@@ -36,8 +36,10 @@ void HitDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
         item.state.testFlag(QStyle::State_Active) ? QPalette::Active : QPalette::Inactive;
     const QColor text =
         item.palette.color(group, isSelected ? QPalette::HighlightedText : QPalette::Text);
-    const QColor base =
-        item.palette.color(group, isSelected ? QPalette::Highlight : QPalette::Base);
+    // A selection's colours may differ too little for a text that is paler still.
+    constexpr int kQuieter = 35;  // percent
+    const QColor quiet =
+        isSelected ? text : ui::mixed(text, item.palette.color(group, QPalette::Base), kQuieter);
     const int left = icon.right() + 2 * kMargin;
     const int height = item.fontMetrics.height();
     const QRect name(left, inner.top(), inner.right() - left, height);
@@ -50,9 +52,8 @@ void HitDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     painter->save();
     painter->setFont(item.font);
     draw(name, text, index.data().toString(), Qt::ElideRight);
-    constexpr int kQuieter = 35;  // percent
-    draw(name.translated(0, height), ui::mixed(text, base, kQuieter),
-         index.data(FindResults::PlaceRole).toString(), Qt::ElideMiddle);
+    draw(name.translated(0, height), quiet, index.data(FindResults::PlaceRole).toString(),
+         Qt::ElideMiddle);
     painter->restore();
 }
 

@@ -2,7 +2,11 @@
 
 #include "store/keys.h"
 
+#include <QDir>
 #include <QFile>
+#include <QSet>
+
+#include <algorithm>
 
 namespace varo {
 
@@ -55,6 +59,26 @@ void removeMatches(Collection& collection, Predicate matches) {
     }
 }
 
+/// Tells which files exist from the entries of their folders, each of which is read once.
+class ExistingFiles {
+  public:
+    bool contains(const QString& path) {
+        const qsizetype nameAt =
+            std::max(path.lastIndexOf(u'/'), path.lastIndexOf(QDir::separator())) + 1;
+        const QString folder = path.first(nameAt);
+        auto entries = entries_.find(folder);
+        if (entries == entries_.end()) {
+            const QStringList names =
+                QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Unsorted);
+            entries = entries_.insert(folder, QSet(names.begin(), names.end()));
+        }
+        return entries->contains(path.sliced(nameAt));
+    }
+
+  private:
+    QHash<QString, QSet<QString>> entries_;
+};
+
 }  // namespace
 
 // colFormulaDB
@@ -104,6 +128,19 @@ void colFormulaInfo::Add(qint32 FormulaID, const QString& FormulaName,
 void colFormulaInfo::Add(const clsFormulaInfo& formula) {
     Add(formula.FormulaID, formula.FormulaName, formula.FormulaExpression, formula.FormulaMemo,
         formula.FormulaPicPath, formula.FormulaPicType, formula.FormulaPID, formula.Tag);
+}
+
+void colFormulaInfo::Clear() {
+    // Most pictures have never been written out: looking for each file would take longer than the
+    // rest.
+    ExistingFiles existing;
+    for (int position = Count(); position > 0; --position) {
+        clsFormulaInfo& formula = Item(position);
+        if (!formula.FormulaPicPath.isEmpty() && existing.contains(formula.FormulaPicPath)) {
+            onRemoveByKey(formula);
+        }
+        Remove(position);
+    }
 }
 
 void colFormulaInfo::onRemoveByKey(clsFormulaInfo& formula) {

@@ -37,6 +37,8 @@ class colFormulaInfo final : public KeyedCollection<clsFormulaInfo, &clsFormulaI
     /// The same for a copy of `formula`, with a key of its own.
     void Add(const clsFormulaInfo& formula);
 
+    void Clear();
+
     /// The formula with this identifier; null when there is none.
     const clsFormulaInfo* Find(qint32 FormulaID) const;
 

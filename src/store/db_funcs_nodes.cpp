@@ -11,13 +11,24 @@ namespace {
 
 // Pic is left out: listing it would read all bytes of every picture. A picture is read through its
 // field.
+const auto kFormulaColumns = QStringLiteral("ID,Name,Formula,Memo,PicType,PID,OrderID");
+
 QString formulas(const QString& clauses) {
-    return QStringLiteral("Select ID,Name,Formula,Memo,PicType,PID,OrderID From Formula ") +
-           clauses;
+    return QStringLiteral("Select %1 From Formula %2").arg(kFormulaColumns, clauses);
 }
 
 QString folders(const QString& clauses) {
     return QStringLiteral("Select * From Tree ") + clauses;
+}
+
+// The rows below `PID` in their order. Where no index serves that, row numbers are sorted instead
+// of whole rows: in a damaged file many rows can hold one long text. Without the limit SQLite would
+// sort what the outer statement reads.
+QString childrenInOrder(const QString& table, const QString& columns) {
+    return QStringLiteral(
+               "Select %2 From (Select rowid As SortedRow From %1 Where PID = ? "
+               "Order By OrderID,rowid Limit -1) Cross Join %1 On %1.rowid = SortedRow")
+        .arg(table, columns);
 }
 
 // `text` as a pattern that it alone is contained in: it has no wildcards of its own.
@@ -114,11 +125,11 @@ bool clsDBFuncs::CheckNewDB(data::Connection& conn) {
 // Listing
 
 bool clsDBFuncs::GetChildFormulaNode(qint32 PID, data::Recordset& rs, data::Connection& conn) {
-    return list(rs, conn, folders(QStringLiteral("Where PID = ? Order By OrderID,rowid")), {PID});
+    return list(rs, conn, childrenInOrder(QStringLiteral("Tree"), QStringLiteral("Tree.*")), {PID});
 }
 
 bool clsDBFuncs::GetFormulaByPID(qint32 PID, data::Recordset& rs, data::Connection& conn) {
-    return list(rs, conn, formulas(QStringLiteral("Where PID = ? Order By OrderID,rowid")), {PID});
+    return list(rs, conn, childrenInOrder(QStringLiteral("Formula"), kFormulaColumns), {PID});
 }
 
 bool clsDBFuncs::GetFormulaByID(qint32 ID, data::Recordset& rs, data::Connection& conn) {

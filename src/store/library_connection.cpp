@@ -14,26 +14,28 @@ bool ConnectLibrary(const QString& folder, const QString& fileName, data::Connec
                     const QString& password) {
     connection.close();
     // None of the formats that are read has passwords.
-    return password.isEmpty() && openLibrary(folder, fileName, connection) == OpenFailure::None;
+    return password.isEmpty() &&
+           openLibrary(folder, fileName, connection).failure == OpenFailure::None;
 }
 
-OpenFailure openLibrary(const QString& folder, const QString& fileName,
-                        data::Connection& connection) {
+OpenResult openLibrary(const QString& folder, const QString& fileName, data::Connection& connection,
+                       data::Access access) {
     const QString path = normalisedFolder(folder) + fileName;
-    OpenFailure failure = OpenFailure::Structure;
+    OpenResult result{OpenFailure::Structure, {}, {}};
     try {
-        connection.open(path);
+        connection.open(path, access);
         if (keepsRows(connection)) {
-            return OpenFailure::None;
+            return {};
         }
     } catch (const data::Error& error) {
-        failure = error.isLocked()                ? OpenFailure::Locked
-                  : isMissing(path)               ? OpenFailure::Missing
-                  : !QFileInfo(path).isReadable() ? OpenFailure::NotPermitted
-                                                  : OpenFailure::NoLibrary;
+        const OpenFailure failure = error.isLocked()                ? OpenFailure::Locked
+                                    : isMissing(path)               ? OpenFailure::Missing
+                                    : !QFileInfo(path).isReadable() ? OpenFailure::NotPermitted
+                                                                    : OpenFailure::NoLibrary;
+        result = {failure, error.cause(), error.description()};
     }
     connection.close();
-    return failure;
+    return result;
 }
 
 bool isMissing(const QString& path) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/data/connection.h"
+#include "platform/data/error.h"
 
 #include <QString>
 
@@ -16,9 +17,15 @@ enum class OpenFailure {
     Structure,  ///< its tables do not keep what is stored in them (see library_structure.h)
 };
 
+struct OpenResult {
+    OpenFailure failure = OpenFailure::None;
+    data::Error::Cause cause = data::Error::Cause::Other;
+    QString description;  ///< what the store says of the failure, in English; "" when nothing
+};
+
 /// The same as ConnectLibrary, with the reason.
-OpenFailure openLibrary(const QString& folder, const QString& fileName,
-                        data::Connection& connection);
+OpenResult openLibrary(const QString& folder, const QString& fileName, data::Connection& connection,
+                       data::Access access = data::Access::Write);
 
 /// True when nothing is at `path`, false also when its folder may not be looked into.
 bool isMissing(const QString& path);

@@ -60,10 +60,9 @@ TEST_F(HostProtocol, AFileThatIsDeletedWhileItIsOpenIsToldOnceAndOpenedWhenItIsT
     desk.typeValue(u"F"_s, u"7"_s);
     settle();
     EXPECT_EQ(std::exchange(desk.questions().informed, {}),
-              (QStringList{
-                  u"无法编辑选定变量的值！"_s,
-                  u"其他程序删除、替换或截短了打开的公式库文件：\n%1\n刚才的修改没有保存！"_s.arg(
-                      library.path())}));
+              (QStringList{u"无法编辑选定变量的值！"_s,
+                           u"其他程序删除、替换、截短了打开的公式库文件，或者改变了它的日志方式：\n"
+                           "%1\n刚才的修改没有保存！"_s.arg(library.path())}));
     EXPECT_EQ(desk.listTexts(), QStringList());
     EXPECT_FALSE(QFile::exists(library.path()));
     library.addFile(library.fileName(), bytes);

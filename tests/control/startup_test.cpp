@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -53,11 +54,14 @@ TEST(Startup, ReadsTheLibrariesBehindTheThousandthWhenTheyAreShownOrLocated) {
     configuration.write(file);
     Desk desk(configuration.folder());
     EXPECT_EQ(desk.messages(), QStringList());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return desk.treeTexts().size() == 2003; }, 60'000));
     EXPECT_EQ(desk.treeTexts().mid(1998),
               (QStringList{u"1000"_s, u"  梁"_s, u"1001"_s, u"1002"_s, u"1003"_s}));
     desk.clickNode(u"1002"_s);
     EXPECT_EQ(desk.treeTexts().mid(2000),
               (QStringList{u"1001"_s, u"1002"_s, u"  梁"_s, u"1003"_s}));
+    desk.control().ClickTreeNode(u"FormulaNode1->DBNode1001"_s);
+    EXPECT_EQ(desk.tree().selectedKey(), u"FormulaNode1->DBNode1001"_s);
     desk.control().SetDesignProp(u"用途"_s);
     EXPECT_EQ(desk.messages(), QStringList());
     EXPECT_EQ(desk.tree().selectedKey(), u"FormulaNode1->DBNode1003"_s);
@@ -111,8 +115,11 @@ TEST(Startup, ReadsRelativeLibraryFoldersAndAnySeparators) {
     }
 }
 
-TEST(Startup, StopsAtALibraryThatCannotBeReadAndKeepsThoseBefore) {
-    const SmallLibrary good;
+TEST(Startup, StopsAtALibraryThatCannotBeReadKeepsThoseBeforeAndSaysWhyAtItsNode) {
+    const auto toolTip = [](const Desk& desk, const QString& node) {
+        return Desk::find(desk.tree(), node).data(Qt::ToolTipRole).toString();
+    };
+    SmallLibrary good;
     const QTemporaryDir folder;
     TestConfiguration configuration({&good});
     configuration.addLibrary(u"坏"_s, folder.path(), u"bad.mdb"_s);
@@ -130,6 +137,13 @@ TEST(Startup, StopsAtALibraryThatCannotBeReadAndKeepsThoseBefore) {
         EXPECT_EQ(desk.listTexts(), QStringList{u"面积"_s});
         desk.clickNode(u"坏"_s);
         EXPECT_EQ(desk.messages().last(), u"无法打开用户指定的数据库！"_s);
+        EXPECT_EQ(toolTip(desk, u"坏"_s).contains(u"数据库的说明"_s), isThere);
+        const QString journal = good.addFile(good.fileName() + u"-journal"_s, "my journal");
+        desk.clickNode(u"梁"_s);
+        EXPECT_TRUE(toolTip(desk, u"库1"_s).contains(journal));
+        ASSERT_TRUE(QFile::remove(journal));
+        desk.clickNode(u"梁"_s);
+        EXPECT_FALSE(toolTip(desk, u"库1"_s).contains(journal)) << "it opens again";
     }
 }
 

@@ -142,6 +142,20 @@ Maker inPlace(const std::function<bool(const QString&)>& make) {
     return [=](const QString& library) { EXPECT_TRUE(QFile::remove(library) && make(library)); };
 }
 
+/// Exchanges the first two rows of the table Tree: going through it finds the second one, a search
+/// for it does not.
+void exchangeRows(const QString& library) {
+    sql("Insert Into Tree (Name, PID, OrderID) Values ('b', 0, 2), ('c', 0, 3), ('d', 0, 4)")(
+        library);
+    data::Connection connection;
+    connection.open(library, data::Access::Read);
+    const auto root = connection.query(u"Select rootpage From sqlite_schema Where name = 'Tree'"_s);
+    const qsizetype at = (root.integer(0) - 1) * 4096 + 8;  // where the page says where they are
+    connection.close();
+    const QByteArray places = fileContent(library).mid(at, 4);
+    bytes(at, places.last(2) + places.first(2))(library);
+}
+
 TEST_F(HostileFiles, LibrariesAreRefusedOrShownWithoutWhatIsWrong) {
     constexpr Answer kCounted{0, "1 folders, 1 formulas, 1 pictures"};
     constexpr Answer kWhole{0, "expression = \"F*L\""};
@@ -231,6 +245,11 @@ TEST_F(HostileFiles, LibrariesAreRefusedOrShownWithoutWhatIsWrong) {
              "From N Limit 20000) Insert Into RecentVar Select 'F', I % 3, I, 0, '' From N"),
          {1, "has 6668 values"},
          kWhole,
+         kLocated},
+        {"row that a search does not find",
+         exchangeRows,
+         {1, "out of order"},
+         {1, "row 2 of table Tree: it is left out, the table is damaged and finds it once only"},
          kLocated},
         {"picture of 10 gigapixels",
          sql("Update Formula Set Pic = x'89504e470d0a1a0a0000000d49484452000186a0000186a008020000"

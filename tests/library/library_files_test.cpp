@@ -87,6 +87,14 @@ TEST(LibraryFiles, RefusesWhatIsNoLibraryThatOpensAndSaysWhy) {
     trigger.connection().execute(
         u"Create Trigger T Before Insert On Tree Begin Select Raise(Abort, 'no'); End"_s);
     const QString text = library.addFile(u"text.mdb"_s, "no database");
+    TestLibrary beside(u"d.mdb"_s);
+    beside.connection().close();
+    const QString journal = beside.addFile(u"d.mdb-journal"_s, "my journal");
+    const auto saying = [](const QString& description, const QString& sentence = {}) {
+        return u"文件不是公式库，或者已经损坏%1\n数据库的说明：%2"_s.arg(sentence, description);
+    };
+    const QByteArray writesAhead = fileContent(library.path()).replace(18, 2, "\2\2");
+    const QString ahead = library.addFile(u"ahead.mdb"_s, writesAhead);
     const QString missing = library.pathOf(u"missing.mdb"_s);
     const QString notThere = u"用户选择的数据库文件不存在\n不能添加到本程序！"_s;
     const QString wrong = u"用户选择了错误结构的数据库文件\n不能添加到本程序！"_s;
@@ -97,22 +105,29 @@ TEST(LibraryFiles, RefusesWhatIsNoLibraryThatOpensAndSaysWhy) {
         QString reason;
     } cases[] = {
         {missing, notThere, u"文件不存在"_s},
-        {text, notOpened, u"文件不是公式库，或者已经损坏"_s},
-        {library.folder(), notOpened, u"文件不是公式库，或者已经损坏"_s},
+        {text, notOpened, saying(u"%1: not a database file"_s.arg(text))},
+        {library.folder(), notOpened, saying(u"%1: no such file"_s.arg(library.folder()))},
+        {beside.path(), notOpened,
+         saying(
+             u"%1: lies in the place of a journal but is none; move it away to open the database "
+             "without it"_s.arg(journal),
+             u"\n文件旁边的日志（-journal）不是这个公式库的"_s)},
         {noTree.path(), wrong, {}},
         {trigger.path(), notOpened, u"文件的结构不符合公式库的要求"_s},
         {library.path(), notOpened, u"文件正被其他程序占用"_s},
+        {ahead, {}, {}},
     };
     LibraryProcess other({u"lock"_s, library.path()});
     ASSERT_EQ(other.readLine(), u"locked"_s);
     colFormulaDB libraries;
     for (const auto& each : cases) {
-        EXPECT_EQ(AddExistingLibrary(each.path, u"甲"_s, libraries).refusal, each.refusal);
         colFormulaDB listed;
         addTo(listed, {}, each.path);
         EXPECT_EQ(whyNotOpened(listed.Item(1)), each.reason) << each.path.toStdString();
+        EXPECT_EQ(fileContent(ahead), writesAhead) << "to ask has changed a file";
+        EXPECT_EQ(AddExistingLibrary(each.path, u"甲"_s, libraries).refusal, each.refusal);
     }
-    EXPECT_EQ(libraries.Count(), 0);
+    EXPECT_EQ(libraries.Count(), 1);
 }
 
 class NewLibrary : public testing::Test {

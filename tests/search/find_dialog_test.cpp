@@ -111,6 +111,12 @@ TEST_F(Finding, ResultsSayWhatAndWhereTheyAre) {
                   pixels(nodeIcon(NodeImage::Folder)));
         EXPECT_EQ(results().model()->headerData(0, Qt::Horizontal).toString(), u"名称"_s);
         EXPECT_EQ(results().columnWidth(0), results().width() - 26);
+        dialog->resize(1, 1);
+        const auto& typed = part("txtName");
+        EXPECT_GE(typed.width(), typed.fontMetrics().horizontalAdvance(u"剪切应力计算"_s));
+        part<QTabBar>("TabFind").setCurrentIndex(1);
+        dialog->resize(1, 1);
+        EXPECT_GE(part("TabFind").width(), part("TabFind").sizeHint().width());
     });
 }
 

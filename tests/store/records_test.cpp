@@ -185,6 +185,21 @@ TEST_F(Records, ExchangeTheirPlacesAloneWhateverNumbersTheyHave) {
     EXPECT_FALSE(funcs.ExchangeOrderID(2, 4, u"Tree"_s, connection)) << "by an index without rows";
 }
 
+TEST_F(Records, ThatShareALongTextAreSortedWithoutItWhereNoIndexServesTheOrder) {
+    connection.execute(u"Drop Index FormulaOrder"_s);
+    const qint32 folder = library.addFolder(0, u"folder"_s);
+    library.addFormula(folder, u"b"_s, {}, QString(1'100'000, u'b'));
+    for (int i = 0; i < 200; ++i) {
+        library.addFormula(folder, u"a"_s, {}, QString(20'000, u'a'));
+    }
+    connection.execute(u"Update Formula Set OrderID = ID = 1"_s);
+    connection.close();
+    test::shareLongText(library.path(), 12);
+    connection.open(library.path());
+    ASSERT_TRUE(funcs.GetFormulaByPID(folder, rs, connection));
+    EXPECT_EQ(rs.integer(u"ID"), 2) << "the one with the text of its own comes last";
+}
+
 TEST_F(Records, WithAPictureAreListedInOrderOfAClause) {
     for (const QString& name : {u"b"_s, u"a"_s, u"removed"_s}) {
         library.addPicture(library.addFormula(1, name), "bytes");

@@ -10,7 +10,7 @@
 
 namespace varo::test {
 
-/// One change that SQLite makes to a file, or that it waits for until it is on the disk.
+/// One change that a program makes to a file, or that it waits for until it is on the disk.
 struct FileChange {
     enum class Kind { Write, Truncate, Sync, Delete };
     Kind kind;

@@ -60,6 +60,7 @@ int hold(const char* path, const char* statements, const char* said) {
     sqlite3* database = nullptr;
     if (sqlite3_open_v2(path, &database, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK ||
         sqlite3_exec(database, statements, nullptr, nullptr, nullptr) != SQLITE_OK) {
+        sqlite3_close(database);
         return 1;
     }
     say(said);

@@ -5,6 +5,7 @@
 #include <QBuffer>
 #include <QFile>
 #include <QImage>
+#include <QtEndian>
 
 namespace varo::test {
 
@@ -19,6 +20,37 @@ void require(bool done, const char* step) {
 }
 
 }  // namespace
+
+void shareLongText(const QString& path, int rest) {
+    constexpr int kPage = 4096;
+    constexpr int kLength = 20'000;
+    constexpr int kLonger = kLength + 250 * (kPage - 4);  // what is left in the row stays as long
+    const auto varint = [](int number) {
+        return QByteArray{}
+            .append(static_cast<char>(number >> 14 | 0x80))
+            .append(static_cast<char>((number >> 7 & 0x7f) | 0x80))
+            .append(static_cast<char>(number & 0x7f));
+    };
+    const auto textType = [&](int length) { return varint(13 + 2 * length); };
+    QByteArray bytes = fileContent(path);
+    bytes.replace(varint(kLength + rest), varint(kLonger + rest));
+    bytes.replace(textType(kLength), textType(kLonger));
+    QByteArray shared;
+    for (qsizetype page = 0; page < bytes.size(); page += kPage) {
+        if (shared.isEmpty() && bytes.sliced(page + 4, 9) == "bbbbbbbbb") {
+            shared.resize(4);
+            qToBigEndian(static_cast<quint32>(page / kPage + 1), shared.data());
+        }
+    }
+    require(!shared.isEmpty(), "find a longer text");
+    for (qsizetype page = 0; page < bytes.size(); page += kPage) {
+        if (bytes.sliced(page, 13) == QByteArray(4, '\0') + "aaaaaaaaa") {
+            bytes.replace(page, 4, shared);
+        }
+    }
+    QFile file(path);
+    require(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size(), "damage a file");
+}
 
 TestLibrary::TestLibrary(const QString& fileName) : fileName_(fileName) {
     createEmptyLibrary(path());

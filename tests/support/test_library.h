@@ -21,6 +21,10 @@ namespace varo::test {
 /// The rows of a record set from the current one on, their fields joined by "|".
 QStringList remainingRows(data::Recordset& recordset);
 
+/// Damages a database that is not open: each text of 20,000 "a", whose row holds `rest` bytes
+/// beside it, goes on for a million characters in the pages of a longer text of "b".
+void shareLongText(const QString& path, int rest);
+
 /// A library in a folder of its own that goes away with it, filled through the data operations. A
 /// step that fails throws data::Error, which fails the test.
 class TestLibrary {

@@ -64,11 +64,12 @@ class Connection {
     void setInterrupt(std::function<bool()> isWanted);
 
     // A statement that takes more steps than a file of that size can need is ended with an Error,
-    // and one on a file that has been replaced, deleted or cut short fails with an Error that
-    // isReplaced(); so does everything until open(). Both hold for all that follows.
+    // and one on a file that has been replaced, deleted, overwritten, cut short or given a
+    // write-ahead log fails with an Error that isReplaced(); so does everything until open(). Both
+    // hold for all that follows.
 
-    /// Whether the open file is still the one at path(); always
-    /// so for a copy of it.
+    /// Whether the open file is still the one at path(), as it was opened; always so for a copy of
+    /// it.
     bool isInPlace() const;
 
     /// `tell` is called once when a statement is the first to fail because the file is not in its

@@ -4,6 +4,7 @@
 #include "platform/data/file_start.h"
 #include "platform/data/sqlite_handle.h"
 #include "platform/data/unfinished_file.h"
+#include "platform/files/save_file.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -31,8 +32,7 @@ void write(QSaveFile& file, const QByteArray& bytes) {
 }
 
 void commit(QSaveFile& file) {
-    // A full disk makes flush() fail, but not commit().
-    if (!file.flush() || !file.commit()) {
+    if (!commitWritten(file)) {
         fail(file);
     }
 }

@@ -1,5 +1,6 @@
 #include "platform/data/driver.h"
 
+#include "platform/data/access/access_driver.h"
 #include "platform/data/error.h"
 #include "platform/data/sqlite_driver.h"
 
@@ -37,7 +38,8 @@ std::unique_ptr<DatabaseFile> openDatabaseFile(const QString& path, Access acces
         throw Error(QStringLiteral("%1: no such file").arg(path));
     }
     static const SqliteDriver sqlite;
-    for (const Driver* driver : {static_cast<const Driver*>(&sqlite)}) {
+    static const access::AccessDriver accessFiles;
+    for (const Driver* driver : std::initializer_list<const Driver*>{&sqlite, &accessFiles}) {
         if (auto file = driver->open(path, access)) {
             return file;
         }

@@ -11,12 +11,24 @@ namespace varo::data {
 /// or for the message box of a routine that shows it.
 class Error : public std::runtime_error {
   public:
-    enum class Cause { Other, Locked, Interrupted, Replaced };
+    enum class Cause {
+        Other,
+        Locked,
+        Interrupted,
+        Replaced,
+        // Why a file does not open, beside which something lies that stays as it is:
+        NoRegularFile,   ///< in the place of a journal or log is a link, a folder or a device
+        ForeignJournal,  ///< a journal that is none, is of another file or names one
+        ForeignLog,      ///< the same of a write-ahead log
+        UncertainLog,    ///< a write-ahead log that may be of another file
+        NeedsRecovery,   ///< a journal or log of a file that cannot be written
+    };
 
     explicit Error(const QString& description, Cause cause = Cause::Other)
         : std::runtime_error(description.toStdString()), description_(description), cause_(cause) {}
 
     const QString& description() const noexcept { return description_; }
+    Cause cause() const noexcept { return cause_; }
 
     /// Whether it was a lock of another program or connection.
     bool isLocked() const noexcept { return cause_ == Cause::Locked; }
@@ -24,8 +36,8 @@ class Error : public std::runtime_error {
     /// Whether the statement was ended by Connection::setInterrupt().
     bool isInterrupted() const noexcept { return cause_ == Cause::Interrupted; }
 
-    /// Whether the open file is no longer the one at its path: it was replaced, deleted or cut
-    /// short. Opening it again reads what is there.
+    /// Whether the open file is no longer the one at its path: it was replaced, deleted,
+    /// overwritten, cut short or given a write-ahead log. Opening it again reads what is there.
     bool isReplaced() const noexcept { return cause_ == Cause::Replaced; }
 
   private:

@@ -94,6 +94,17 @@ QByteArray fileBytes(const QString& path, qint64 offset, int length) {
     return LayerFile(path).read(offset, length);
 }
 
+struct FileReader::File : LayerFile {
+    using LayerFile::LayerFile;
+};
+
+FileReader::FileReader(const QString& path) : file_(std::make_unique<File>(path)) {}
+FileReader::~FileReader() = default;
+
+QByteArray FileReader::read(qint64 offset, int length) {
+    return file_->read(offset, length);
+}
+
 void readBytes(const QString& path, const std::function<void(const QByteArray&)>& take) {
     constexpr int kPiece = 1 << 20;
     LayerFile file(path);

@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 
 namespace varo::data {
 
@@ -16,6 +17,21 @@ QByteArray fileStart(const QString& path, int length);
 
 /// The same from `offset` on, which is at least 0.
 QByteArray fileBytes(const QString& path, qint64 offset, int length);
+
+/// Reads any pieces of one file in the same way.
+class FileReader {
+  public:
+    explicit FileReader(const QString& path);
+    ~FileReader();
+    Q_DISABLE_COPY_MOVE(FileReader)
+
+    /// `length` bytes from `offset` on, which is at least 0; fewer at the end of the file.
+    QByteArray read(qint64 offset, int length);
+
+  private:
+    struct File;
+    std::unique_ptr<File> file_;
+};
 
 /// Hands all bytes of the file at `path` to `take`, piece by piece; the rest as above. What `take`
 /// throws ends it.

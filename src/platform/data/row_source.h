@@ -13,8 +13,11 @@ struct RowSource final : HandleUser {
     /// Goes to the next row.
     void next() {
         onRow = false;
-        onRow = file()->watch().during([&] { return step(statement.get()); });
-        file()->watch().requireEnding(statement.get(), ++row);
+        const StatementWatch& watch = file()->watch();
+        const qint64 before = watch.pagesTaken();
+        onRow = watch.during([&] { return step(statement.get()); });
+        pages += watch.pagesTaken() - before;
+        watch.requireEnding(statement.get(), ++row, pages);
     }
 
     void release() noexcept override {
@@ -25,6 +28,7 @@ struct RowSource final : HandleUser {
     StatementHandle statement;
     bool onRow;
     qint64 row = 0;
+    qint64 pages = 0;  ///< for the rows behind the first
 };
 
 }  // namespace varo::data

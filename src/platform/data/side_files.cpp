@@ -2,39 +2,24 @@
 
 #include "platform/data/error.h"
 #include "platform/data/file_start.h"
+#include "platform/data/log_content.h"
+#include "platform/data/side_file_heads.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QRandomGenerator>
 #include <QtEndian>
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 #include <filesystem>
-#include <limits>
 #include <sys/stat.h>
 
 namespace varo::data {
 
 namespace {
 
-constexpr QByteArrayView kSignature("SQLite format 3\0", 16);
-constexpr QByteArrayView kJournalMagic("\xD9\xD5\x05\xF9\x20\xA1\x63\xD7", 8);
-
-constexpr int kDatabaseHead = 100;
-
-// Places of numbers in it.
-constexpr int kChanges = 24;
-constexpr int kPages = 28;
-constexpr int kSchemaVersion = 40;
-constexpr int kEncoding = 56;
-constexpr int kPagesValidFor = 92;
 constexpr int kJournalHead = 28;
 constexpr int kLogHead = 32;
-
-/// The first format of an index of a log, in the byte order of the machine.
-constexpr quint32 kLogIndexFormat = 3007000;
 
 quint32 number(const QByteArray& bytes, qsizetype place) {
     return qFromBigEndian<quint32>(bytes.constData() + place);
@@ -44,9 +29,10 @@ bool isPageSize(qint64 size) {
     return size >= 512 && size <= 65536 && std::has_single_bit(static_cast<quint64>(size));
 }
 
-[[noreturn]] void refuse(const QString& path, const QString& why) {
+[[noreturn]] void refuse(const QString& path, const QString& why, Error::Cause cause) {
     throw Error(
-        QStringLiteral("%1: %2; move it away to open the database without it").arg(path, why));
+        QStringLiteral("%1: %2; move it away to open the database without it").arg(path, why),
+        cause);
 }
 
 /// The size of the file at `path`, 0 when there is none. Throws Error when it is no regular file
@@ -60,26 +46,12 @@ qint64 sizeOfRegularFile(const QString& path) {
     }
     if (status.type() != std::filesystem::file_type::regular ||
         std::filesystem::hard_link_count(native, failure) > 1) {
-        refuse(path, QStringLiteral("lies in the place of a journal but is a link, a folder or a "
-                                    "device"));
+        refuse(path,
+               QStringLiteral("lies in the place of a journal but is a link, a folder or a "
+                              "device"),
+               Error::Cause::NoRegularFile);
     }
     return QFileInfo(path).size();
-}
-
-/// What the start of a database says of it.
-DatabaseHeader headerIn(const QByteArray& head) {
-    DatabaseHeader header;
-    const qint64 size = qFromBigEndian<quint16>(head.constData() + 16);
-    header.pageSize = size == 1 ? 65536 : size;
-    header.changes = number(head, kChanges);
-    header.writesAhead = head[18] == 2 && head[19] == 2;
-    header.schemaVersion = number(head, kSchemaVersion);
-    header.encoding = number(head, kEncoding);
-    header.mark = number(head, kMarkPlace);
-    if (number(head, kPagesValidFor) == header.changes) {
-        header.statedPages = number(head, kPages);
-    }
-    return header;
 }
 
 /// What the first page that the journal at `path` restores says of the database; nothing when it
@@ -104,7 +76,7 @@ std::optional<DatabaseHeader> headerBefore(const QString& path, qint64 sectorSiz
             journal.seek(records + i * recordSize);
             const QByteArray record = journal.read(kPageNumber + kDatabaseHead);
             if (record.size() == kPageNumber + kDatabaseHead && number(record, 0) == 1) {
-                return headerIn(record.mid(kPageNumber));
+                return headerIn(record.mid(kPageNumber)).value_or(DatabaseHeader());
             }
         }
         if (count <= 0) {
@@ -116,11 +88,29 @@ std::optional<DatabaseHeader> headerBefore(const QString& path, qint64 sectorSiz
     return std::nullopt;
 }
 
-/// Whether the database can have had this header before its last commit. What a commit does not
-/// change, and numbers that only grow, tell it from others.
+/// The header without what a commit may change: the format of its journal, its counts of commits,
+/// pages and free pages, the version of its tables and the largest root of one, and who wrote it.
+QByteArray keptOf(const DatabaseHeader& header) {
+    QByteArray bytes = header.bytes;
+    for (const auto& [first, end] :
+         {std::pair(18, 20), std::pair(24, 44), std::pair(52, 56), std::pair(92, 100)}) {
+        bytes.replace(first, end - first, QByteArray(end - first, '\0'));
+    }
+    return bytes;
+}
+
+/// Whether the database can have had this header, the one in a journal, before its last commit.
+/// SQLite writes the first page once in a transaction, when it commits, with a greater count of
+/// commits; until then it is as the journal has it.
 bool canFollow(const DatabaseHeader& database, const DatabaseHeader& before) {
-    return database.changes - before.changes <= 1 && database.mark == before.mark &&
-           database.encoding == before.encoding &&
+    if (before.bytes.size() < kDatabaseHead || database.bytes.size() < kDatabaseHead) {
+        return false;
+    }
+    const quint32 commits = database.changes - before.changes;
+    if (commits == 0) {
+        return database.bytes == before.bytes;
+    }
+    return commits == 1 && keptOf(database) == keptOf(before) &&
            static_cast<qint32>(database.schemaVersion - before.schemaVersion) >= 0;
 }
 
@@ -130,25 +120,22 @@ void requireJournalOf(const QString& path, qint64 size,
     constexpr qint64 kMagicSize = kJournalMagic.size();
     if (size >= kMagicSize &&
         fileBytes(path, size - kMagicSize, static_cast<int>(kMagicSize)) == kJournalMagic) {
-        refuse(path, QStringLiteral("the journal names another file"));
+        refuse(path, QStringLiteral("the journal names another file"),
+               Error::Cause::ForeignJournal);
     }
-    // The mark is zero until the pages are safe on the disk, and again after the commit; of a head
-    // that was being written the rest is missing or zero. Nothing is restored then.
-    QByteArray mark = head.first(std::min(head.size(), kJournalMagic.size()));
-    const bool isMarked = mark == kJournalMagic;
-    while (mark.endsWith('\0')) {
-        mark.chop(1);
-    }
-    if (!kJournalMagic.startsWith(mark)) {
-        refuse(path, QStringLiteral("lies in the place of a journal but is none"));
+    // Of a head that was being written the rest is missing or zero. Nothing is restored then.
+    if (!beginsJournal(head)) {
+        refuse(path, QStringLiteral("lies in the place of a journal but is none"),
+               Error::Cause::ForeignJournal);
     }
     const qint64 sectorSize = head.size() < kJournalHead ? 0 : number(head, 20);
-    if (!isMarked || sectorSize == 0) {
-        return;
+    if (!head.startsWith(kJournalMagic) || sectorSize == 0) {
+        return;  // nothing is restored from it
     }
     const qint64 pageSize = number(head, 24);
     if (!isPageSize(pageSize) || sectorSize < 32 || sectorSize > 65536) {
-        refuse(path, QStringLiteral("lies in the place of a journal but is none"));
+        refuse(path, QStringLiteral("lies in the place of a journal but is none"),
+               Error::Cause::ForeignJournal);
     }
     const qint64 pages = number(head, 16);
     if (!database) {
@@ -160,20 +147,22 @@ void requireJournalOf(const QString& path, qint64 size,
                                : !database->statedPages || pages == *database->statedPages;
     if (pageSize != database->pageSize || pages > database->pageCount + size / (pageSize + 8) ||
         !isOfIt) {
-        refuse(path, QStringLiteral("the journal belongs to another file"));
+        refuse(path, QStringLiteral("the journal belongs to another file"),
+               Error::Cause::ForeignJournal);
     }
 }
 
 void requireLogOf(const QString& path, qint64 /*size*/,
                   const std::optional<DatabaseHeader>& database) {
     const QByteArray head = fileStart(path, kLogHead);
-    constexpr quint32 kLogMagic = 0x377f0682;  // the last bit is a byte order
     const qint64 pageSize = head.size() < kLogHead ? 0 : number(head, 8);
-    if (!isPageSize(pageSize) || (number(head, 0) & ~1U) != kLogMagic) {
-        refuse(path, QStringLiteral("lies in the place of a write-ahead log but is none"));
+    if (!isPageSize(pageSize) || !beginsLog(head)) {
+        refuse(path, QStringLiteral("lies in the place of a write-ahead log but is none"),
+               Error::Cause::ForeignLog);
     }
     if (database && (pageSize != database->pageSize || !database->writesAhead)) {
-        refuse(path, QStringLiteral("the write-ahead log belongs to another file"));
+        refuse(path, QStringLiteral("the write-ahead log belongs to another file"),
+               Error::Cause::ForeignLog);
     }
 }
 
@@ -198,25 +187,6 @@ bool hasFileOf(const QString& path, const std::optional<DatabaseHeader>& databas
 
 }  // namespace
 
-qint32 newMark() {
-    return QRandomGenerator::global()->bounded(1, std::numeric_limits<qint32>::max());
-}
-
-std::optional<DatabaseHeader> databaseHeader(const QString& path) {
-    const QByteArray head = fileStart(path, kDatabaseHead);
-    if (!head.startsWith(kSignature)) {
-        return std::nullopt;
-    }
-    DatabaseHeader header;
-    if (head.size() == kDatabaseHead) {
-        header = headerIn(head);
-        if (header.pageSize > 0) {
-            header.pageCount = (QFileInfo(path).size() + header.pageSize - 1) / header.pageSize;
-        }
-    }
-    return header;
-}
-
 SideFiles requireSideFilesOf(const QString& path, const std::optional<DatabaseHeader>& database) {
     const QFileInfo file(path);
     const QString name = file.exists() ? file.canonicalFilePath() : file.absoluteFilePath();
@@ -231,14 +201,16 @@ SideFiles requireSideFilesOf(const QString& path, const std::optional<DatabaseHe
 void requireLatestLog(const QString& path, const SideFiles& files) {
     struct stat database {};
     struct stat log {};
-    if (stat(QFile::encodeName(path).constData(), &database) != 0 ||
-        lstat(QFile::encodeName(files.log).constData(), &log) != 0 ||
-        std::pair(database.st_ctim.tv_sec, database.st_ctim.tv_nsec) >
-            std::pair(log.st_mtim.tv_sec, log.st_mtim.tv_nsec)) {
+    const bool isLatest = stat(QFile::encodeName(path).constData(), &database) == 0 &&
+                          lstat(QFile::encodeName(files.log).constData(), &log) == 0 &&
+                          std::pair(database.st_ctim.tv_sec, database.st_ctim.tv_nsec) <=
+                              std::pair(log.st_mtim.tv_sec, log.st_mtim.tv_nsec);
+    if (!isLatest && !isLogOf(path, files.log)) {
         throw Error(QStringLiteral("%1: the file has been changed, copied or replaced since this "
                                    "write-ahead log of another program was written; copy both "
                                    "first, then open the library with the program that wrote it")
-                        .arg(files.log));
+                        .arg(files.log),
+                    Error::Cause::UncertainLog);
     }
 }
 
@@ -246,12 +218,7 @@ void removeLogIndex(const SideFiles& files) {
     if (!QFileInfo::exists(files.logIndex)) {
         return;
     }
-    const QByteArray head = fileStart(files.logIndex, sizeof kLogIndexFormat);
-    quint32 format = 0;
-    if (head.size() == sizeof format) {
-        std::memcpy(&format, head.constData(), sizeof format);
-    }
-    if (head.isEmpty() || format == kLogIndexFormat) {
+    if (beginsLogIndex(fileStart(files.logIndex, kSideFileHead))) {
         QFile::remove(files.logIndex);
     }
 }

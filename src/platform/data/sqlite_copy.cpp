@@ -4,6 +4,11 @@
 #include "platform/data/sqlite_handle.h"
 
 #include <QFile>
+#include <QStorageInfo>
+
+#include <sys/stat.h>
+#include <utility>
+#include <vector>
 
 namespace varo::data {
 
@@ -20,7 +25,40 @@ void copyBytes(const QString& from, const QString& to) {
     }
 }
 
+/// The bytes that a copy of the file at `path` takes. Throws Error when the file is mostly holes,
+/// which cost nothing until they are copied.
+qint64 bytesToCopy(const QString& path) {
+    // Compression by the file system, too, makes the file smaller than it says.
+    constexpr qint64 kMostCompression = 64;
+    constexpr qint64 kAlwaysCopied = 16 << 20;
+    constexpr qint64 kBlock = 512;  // whatever the file system has
+    struct stat file {};
+    if (stat(QFile::encodeName(path).constData(), &file) != 0) {
+        return 0;
+    }
+    // Some file systems know of no blocks.
+    if (file.st_blocks > 0 && file.st_size > kAlwaysCopied &&
+        file.st_size / kMostCompression > file.st_blocks * kBlock) {
+        throw Error(QStringLiteral("%1: the file says that it has %2 MiB but holds only %3 KiB; it "
+                                   "is not copied to be read")
+                        .arg(path)
+                        .arg(file.st_size >> 20)
+                        .arg(file.st_blocks * kBlock >> 10));
+    }
+    return file.st_size;
+}
+
 }  // namespace
+
+void requireRoom(const QString& folder, qint64 bytes) {
+    const QStorageInfo storage(folder);
+    if (storage.isValid() && storage.bytesAvailable() < bytes) {
+        throw Error(QStringLiteral("%1: there is no room for a copy of %2 MiB, without which the "
+                                   "file cannot be read")
+                        .arg(folder)
+                        .arg(bytes >> 20));
+    }
+}
 
 SqliteCopy::SqliteCopy(const QString& path, const DatabaseHeader& header) {
     const DatabaseHandle handle = openHandle(path, Access::Write);
@@ -33,12 +71,20 @@ SqliteCopy::SqliteCopy(const QString& path, const DatabaseHeader& header) {
     if (files.hasLog) {
         requireLatestLog(path, files);
     }
-    copyBytes(path, this->path());
+    std::vector<std::pair<QString, QString>> copied{{path, this->path()}};
     if (files.hasJournal) {
-        copyBytes(files.journal, this->path() + QLatin1StringView(kJournalSuffix));
+        copied.emplace_back(files.journal, this->path() + QLatin1StringView(kJournalSuffix));
     }
     if (files.hasLog) {
-        copyBytes(files.log, this->path() + QLatin1StringView(kLogSuffix));
+        copied.emplace_back(files.log, this->path() + QLatin1StringView(kLogSuffix));
+    }
+    qint64 bytes = 0;
+    for (const auto& [from, to] : copied) {
+        bytes += bytesToCopy(from);
+    }
+    requireRoom(folder_.path(), bytes);
+    for (const auto& [from, to] : copied) {
+        copyBytes(from, to);
     }
 }
 

@@ -1,7 +1,7 @@
 #include "platform/data/sqlite_driver.h"
 
+#include "platform/data/database_header.h"
 #include "platform/data/file_start.h"
-#include "platform/data/side_files.h"
 #include "platform/data/sqlite_copy.h"
 #include "platform/data/sqlite_handle.h"
 #include "platform/data/sqlite_structure.h"
@@ -32,20 +32,54 @@ struct FileAt {
         return state.st_dev == other.state.st_dev && state.st_ino == other.state.st_ino;
     }
 
+    /// Whether the same file has been neither written nor given other permissions or names.
+    bool isUnchangedSince(const FileAt& other) const {
+        const auto isSame = [](const timespec& one, const timespec& two) {
+            return one.tv_sec == two.tv_sec && one.tv_nsec == two.tv_nsec;
+        };
+        return state.st_size == other.state.st_size && isSame(state.st_mtim, other.state.st_mtim) &&
+               isSame(state.st_ctim, other.state.st_ctim);
+    }
+
     struct stat state {};
     bool isKnown = false;
     bool isGone = false;
 };
 
+/// The first bytes of the open file, as they are at this moment; "" when there are fewer.
+QByteArray currentHead(sqlite3* database) {
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    QByteArray bytes(kDatabaseHead, '\0');
+    const int result = file->pMethods->xRead(file, bytes.data(), kDatabaseHead, 0);
+    return result == SQLITE_OK ? bytes : QByteArray();
+}
+
+/// Whether there is a journal by which the last commit in the open file can still be taken back.
+bool hasJournal(sqlite3* database) {
+    const char* journal = sqlite3_filename_journal(sqlite3_db_filename(database, "main"));
+    return QFileInfo(QFile::decodeName(journal)).size() > 0;
+}
+
+/// The header with nothing in it that a transaction of another program may still take back.
+DatabaseHeader committedHeader(sqlite3* database) {
+    const StatementHandle reading =
+        prepare(database, QStringLiteral("Select 1 From sqlite_schema"));
+    step(reading.get());
+    return headerIn(currentHead(database)).value_or(DatabaseHeader());
+}
+
 class SqliteFile final : public DatabaseFile {
   public:
-    /// `copy` holds the file when it is not the one at `path`.
+    /// `safe` has read the schema; `copy` holds the file when it is not the one at `path`.
     SqliteFile(const QString& path, SafeHandle safe, std::unique_ptr<SqliteCopy> copy)
         : path_(QFileInfo(path).absoluteFilePath()),
           copy_(std::move(copy)),
           safe_(std::move(safe)),
           opened_(path),
-          size_(opened_.state.st_size) {}
+          found_(opened_),
+          header_(committedHeader(safe_.handle.get())),
+          latestChanges_(header_.changes) {}
 
     sqlite3* handle() const noexcept override { return safe_.handle.get(); }
     StatementWatch& watch() noexcept override { return *safe_.watch; }
@@ -59,11 +93,19 @@ class SqliteFile final : public DatabaseFile {
     QStringList damages() override;
 
   private:
+    void requireSameDatabase(const QByteArray& head);
+    [[noreturn]] void failReplaced(const QString& what) const {
+        throw Error(QStringLiteral("%1: %2 while it was open").arg(path_, what),
+                    Error::Cause::Replaced);
+    }
+
     QString path_;
     std::unique_ptr<SqliteCopy> copy_;
     SafeHandle safe_;
     FileAt opened_;
-    qint64 size_;
+    FileAt found_;           ///< the last time when it was looked at
+    DatabaseHeader header_;  ///< when it was opened
+    quint32 latestChanges_;  ///< commits that it has had for certain
 };
 
 class SqliteBlob final : public LongBinary, private HandleUser {
@@ -226,34 +268,60 @@ bool isCutShort(sqlite3* database, qint64 size) {
     }
 }
 
+/// Throws Error unless the file that starts with `head` is the one that was opened, with some more
+/// commits. The numbers by which it is told only grow, or stay.
+void SqliteFile::requireSameDatabase(const QByteArray& head) {
+    const auto isBefore = [](quint32 one, quint32 other) {
+        return static_cast<qint32>(one - other) < 0;
+    };
+    const DatabaseHeader header = headerIn(head).value_or(DatabaseHeader());
+    if (header.bytes.isEmpty() || header.mark != header_.mark ||
+        header.encoding != header_.encoding ||
+        isBefore(header.schemaVersion, header_.schemaVersion) ||
+        isBefore(header.changes, latestChanges_)) {
+        failReplaced(QStringLiteral("the content of another file has been written into the file"));
+    }
+    if (header.writesAhead) {
+        failReplaced(QStringLiteral("the file has been given a write-ahead log"));
+    }
+    if (header.changes == latestChanges_) {
+        // What SQLite remembers of the file it keeps as long as this number stays.
+        sqlite3_db_release_memory(handle());
+    }
+    if (header.changes != latestChanges_ && !hasJournal(handle())) {
+        latestChanges_ = header.changes;
+    }
+}
+
 void SqliteFile::requireInPlace() {
     if (copy_ != nullptr) {
         return;
     }
     const FileAt found(path_);
-    const auto fail = [&](const QString& what) {
-        throw Error(QStringLiteral("%1: %2 while it was open").arg(path_, what),
-                    Error::Cause::Replaced);
-    };
     if (found.isGone) {
-        fail(QStringLiteral("the file has been deleted or renamed"));
+        failReplaced(QStringLiteral("the file has been deleted or renamed"));
     }
     if (!found.isKnown || !opened_.isKnown) {
         return;
     }
     if (!found.isSameAs(opened_)) {
-        fail(QStringLiteral("another file has been put in the place of the file"));
+        failReplaced(QStringLiteral("another file has been put in the place of the file"));
     }
-    const qint64 size = found.state.st_size;
-    if (size == size_) {
+    if (found.isUnchangedSince(found_)) {
         return;
     }
-    if (size < size_ && isCutShort(handle(), size)) {
-        fail(QStringLiteral("the file has been cut short"));
+    const qint64 size = found.state.st_size;
+    if (const QByteArray head = currentHead(handle()); !head.isEmpty()) {
+        requireSameDatabase(head);
     }
-    size_ = size;
-    watch().setFileSize(size);
-    allowValuesOfFile(handle(), size);
+    if (size < found_.state.st_size && isCutShort(handle(), size)) {
+        failReplaced(QStringLiteral("the file has been cut short"));
+    }
+    if (size != found_.state.st_size) {
+        watch().setFileSize(size);
+        allowValuesOfFile(handle(), size);
+    }
+    found_ = found;
 }
 
 enum class Content { None, Database, UnfinishedTransaction };
@@ -289,7 +357,7 @@ std::unique_ptr<SqliteFile> recoveredCopy(const QString& path, const DatabaseHea
         SafeHandle safe = openSafely(copy->path(), *databaseHeader(copy->path()), Access::Read);
         return std::make_unique<SqliteFile>(path, std::move(safe), std::move(copy));
     } catch (const Error& error) {  // about a file that nobody else knows
-        throw Error(QString(error.description()).replace(copy->path(), path));
+        throw Error(QString(error.description()).replace(copy->path(), path), error.cause());
     }
 }
 
@@ -309,17 +377,20 @@ std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path, Access acc
     if (access == Access::Write || !header->writesAhead) {
         SafeHandle safe = openSafely(path, *header, access);
         content = contentOf(safe, path);
-        file = std::make_unique<SqliteFile>(path, std::move(safe), nullptr);
+        if (content == Content::Database) {
+            file = std::make_unique<SqliteFile>(path, std::move(safe), nullptr);
+        }
     }
     if (content == Content::UnfinishedTransaction) {
         if (access == Access::Write) {
             throw Error(QStringLiteral("%1: the last transaction cannot be taken back in a "
                                        "write-protected file")
-                            .arg(path));
+                            .arg(path),
+                        Error::Cause::NeedsRecovery);
         }
         file = recoveredCopy(path, *header);
     }
-    return content == Content::None ? nullptr : std::move(file);
+    return file;
 }
 
 }  // namespace varo::data

@@ -45,7 +45,8 @@ std::unique_ptr<sqlite3_io_methods> withoutSharedMemory(sqlite3* database) {
 [[noreturn]] void failToTurn(const QString& path, const QString& why) {
     throw Error(QStringLiteral("%1: the database has a write-ahead log, which it cannot be freed "
                                "of here: %2")
-                    .arg(path, why));
+                    .arg(path, why),
+                Error::Cause::NeedsRecovery);
 }
 
 /// Writes what the write-ahead log holds into the database, which has a rollback journal then. The
@@ -117,7 +118,7 @@ SafeHandle openSafely(const QString& path, const DatabaseHeader& header, Access 
     sqlite3* opened = safe.handle.get();
     sqlite3_busy_timeout(opened, kLockTimeout);
     safe.methods = withoutSharedMemory(opened);
-    safe.watch = std::make_unique<StatementWatch>(opened);
+    safe.watch = std::make_unique<StatementWatch>(opened, header.pageSize);
     distrustContent(opened);
     const qint64 size = QFileInfo(path).size();
     safe.watch->setFileSize(size);

@@ -9,8 +9,14 @@ namespace varo::data {
 
 namespace {
 
+// A statement may read a value as long as the file for every dozen instructions.
+constexpr int kInstructionsBetweenChecks = 256;
+
 // Run in one or two milliseconds.
-constexpr int kInstructionsBetweenQuestions = 20'000;
+constexpr qint64 kInstructionsBetweenQuestions = 20'000;
+
+// A page takes as long as some instructions.
+constexpr qint64 kInstructionsOfPage = 8;
 
 // A second or two; enough to compare each of some thousand rows with each other.
 constexpr qint64 kInstructionsAtLeast = 200'000'000;
@@ -22,14 +28,35 @@ constexpr qint64 kInstructionsPerByte = 16;
 constexpr qint64 kRowsAtLeast = 100'000;
 constexpr qint64 kBytesPerRow = 4;
 
+// To go through a file, or to delete all of it, asks for each page a few times; to find a row by
+// its number, for a page on each level of a tree. A statement adds pages to the file, too.
+constexpr qint64 kRoundsOfFile = 8;
+constexpr qint64 kPagesPerInstruction = 2;
+constexpr qint64 kPageBytesAtLeast = 64 * 1024 * 1024;
+
+// A damaged header may tell any size.
+constexpr qint64 kSmallestPage = 512;
+
 // SQLite's own count of what a statement has taken has 32 bits.
 constexpr qint64 kInstructionsAtMost = 4'000'000'000;
 
 }  // namespace
 
-StatementWatch::StatementWatch(sqlite3* database) : database_(database) {
+StatementWatch::StatementWatch(sqlite3* database, qint64 pageSize)
+    : database_(database), pageSize_(std::max(pageSize, kSmallestPage)) {
     setFileSize(0);
-    ask(kInstructionsBetweenQuestions);
+    ask(kInstructionsBetweenChecks);
+}
+
+void StatementWatch::restart() noexcept {
+    taken_ = 0;
+    nextQuestion_ = kInstructionsBetweenQuestions;
+    isUnwanted_ = false;
+    for (const int count : {SQLITE_DBSTATUS_CACHE_HIT, SQLITE_DBSTATUS_CACHE_MISS}) {
+        int pages = 0;
+        int highest = 0;
+        sqlite3_db_status(database_, count, &pages, &highest, 1);
+    }
 }
 
 void StatementWatch::ask(int instructionsBetween) {
@@ -44,7 +71,7 @@ int StatementWatch::readSchema() {
     ask(1);
     int result =
         sqlite3_exec(database_, "Select 1 From sqlite_schema Limit 1", nullptr, nullptr, nullptr);
-    ask(kInstructionsBetweenQuestions);
+    ask(kInstructionsBetweenChecks);
     readsSchema_ = false;
     if (result != SQLITE_OK) {
         return result;
@@ -74,6 +101,7 @@ bool StatementWatch::readsStatistics() const {
 }
 
 void StatementWatch::setFileSize(qint64 bytes) {
+    fileSize_ = bytes;
     most_ = kInstructionsAtMost;
     if (bytes < (kInstructionsAtMost - kInstructionsAtLeast) / kInstructionsPerByte) {
         most_ = kInstructionsAtLeast + bytes * kInstructionsPerByte;
@@ -81,10 +109,36 @@ void StatementWatch::setFileSize(qint64 bytes) {
     mostRows_ = kRowsAtLeast + bytes / kBytesPerRow;
 }
 
-void StatementWatch::requireEnding(sqlite3_stmt* statement, qint64 row) const {
+qint64 StatementWatch::pagesTaken() const {
+    qint64 taken = 0;
+    for (const int count : {SQLITE_DBSTATUS_CACHE_HIT, SQLITE_DBSTATUS_CACHE_MISS}) {
+        int pages = 0;
+        int highest = 0;
+        sqlite3_db_status(database_, count, &pages, &highest, 0);
+        taken += pages;
+    }
+    return taken;
+}
+
+bool StatementWatch::areTooMany(qint64 pages, qint64 instructions) const {
+    const qint64 most = kPagesPerInstruction * instructions + kPageBytesAtLeast / pageSize_;
+    const qint64 rest = (pages - most) / kRoundsOfFile * pageSize_;
+    return rest > fileSize_ && rest > presentFileSize();
+}
+
+/// Larger than the size that is known while a long transaction is under way.
+qint64 StatementWatch::presentFileSize() const {
+    sqlite3_file* file = nullptr;
+    sqlite3_int64 size = 0;
+    sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    const bool isFile = file != nullptr && file->pMethods != nullptr;  // none in memory
+    return isFile && file->pMethods->xFileSize(file, &size) == SQLITE_OK ? size : 0;
+}
+
+void StatementWatch::requireEnding(sqlite3_stmt* statement, qint64 row, qint64 pages) const {
     const auto taken =
         static_cast<quint32>(sqlite3_stmt_status(statement, SQLITE_STMTSTATUS_VM_STEP, 0));
-    if (taken > most_ || row > mostRows_) {
+    if (taken > most_ || row > mostRows_ || areTooMany(pages, taken)) {
         throwEndless();
     }
 }
@@ -92,9 +146,16 @@ void StatementWatch::requireEnding(sqlite3_stmt* statement, qint64 row) const {
 int StatementWatch::isToEnd(void* watch) {
     auto& self = *static_cast<StatementWatch*>(watch);
     self.taken_ += self.between_;
-    if (self.taken_ > self.most_ || (self.readsSchema_ && self.readsStatistics())) {
+    const qint64 pages = self.pagesTaken();
+    if (self.taken_ > self.most_ || self.areTooMany(pages, self.taken_) ||
+        (self.readsSchema_ && self.readsStatistics())) {
         return 1;
     }
+    const qint64 work = self.taken_ + kInstructionsOfPage * pages;
+    if (work < self.nextQuestion_) {
+        return 0;
+    }
+    self.nextQuestion_ = work + kInstructionsBetweenQuestions;
     self.isUnwanted_ = self.isWanted_ && !self.isWanted_();
     return self.isUnwanted_ ? 1 : 0;
 }

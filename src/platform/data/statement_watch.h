@@ -10,12 +10,14 @@
 namespace varo::data {
 
 /// Ends statements of one open file that are no longer wanted or do not end: pages that lead to one
-/// another in circles hold rows without end. What a statement may take is counted in instructions
-/// of SQLite's virtual machine, so that the same statement on the same file always ends alike.
+/// another in circles hold rows without end, and rows that share one long value take it anew each.
+/// What a statement may take is counted in instructions of SQLite's virtual machine and in pages
+/// that it asks for, so that the same statement on the same file always ends alike.
 class StatementWatch {
   public:
-    /// Watches the statements on `database`, which must not outlive this.
-    explicit StatementWatch(sqlite3* database);
+    /// Watches the statements on `database`, which must not outlive this; its pages have so many
+    /// bytes.
+    StatementWatch(sqlite3* database, qint64 pageSize);
     Q_DISABLE_COPY_MOVE(StatementWatch)
 
     /// While a statement runs, `isWanted` is asked every few milliseconds at least; it ends once
@@ -35,14 +37,15 @@ class StatementWatch {
     bool isUnwanted() const noexcept { return isUnwanted_; }
 
     /// A new statement begins.
-    void restart() noexcept {
-        taken_ = 0;
-        isUnwanted_ = false;
-    }
+    void restart() noexcept;
 
-    /// To be called with a statement that has come to its row number `row`: throws Error when the
-    /// rows so far are more than a statement can have, or have taken too much.
-    void requireEnding(sqlite3_stmt* statement, qint64 row) const;
+    /// Pages that statements have asked for since restart().
+    qint64 pagesTaken() const;
+
+    /// To be called with a statement that has come to its row number `row` and has asked for so
+    /// many pages: throws Error when the rows so far are more than a statement can have, or have
+    /// taken too much.
+    void requireEnding(sqlite3_stmt* statement, qint64 row, qint64 pages) const;
 
     /// Runs `operation`. An Error of a statement that has taken too much says so.
     template <class Operation>
@@ -61,14 +64,19 @@ class StatementWatch {
     void ask(int instructionsBetween);
     static int isToEnd(void* watch);
     bool readsStatistics() const;
+    bool areTooMany(qint64 pages, qint64 instructions) const;
+    qint64 presentFileSize() const;
     [[noreturn]] static void throwEndless();
 
     sqlite3* database_;
+    qint64 pageSize_;
     std::function<bool()> isWanted_;
     bool isUnwanted_ = false;
     bool readsSchema_ = false;
     int between_ = 0;   ///< instructions between two questions
     qint64 taken_ = 0;  ///< instructions since restart(), of statements that take many
+    qint64 nextQuestion_ = 0;
+    qint64 fileSize_ = 0;
     qint64 most_ = 0;
     qint64 mostRows_ = 0;
 };

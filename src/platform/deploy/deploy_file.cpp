@@ -1,6 +1,7 @@
 #include "platform/deploy/deploy_file.h"
 
 #include "platform/deploy/text_encoding.h"
+#include "platform/files/save_file.h"
 
 #include <QDir>
 #include <QFile>
@@ -297,9 +298,8 @@ bool DeployFileLib::save() {
     bytes = encodeText(content, data_->encoding);
 
     QSaveFile file(data_->path());
-    // A full disk makes flush() fail, but not commit().
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() ||
-        !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() ||
+        !commitWritten(file)) {
         return data_->fail(
             QStringLiteral("无法写入配置文件“%1”：%2").arg(data_->path(), file.errorString()));
     }

@@ -1,5 +1,6 @@
 #include "library/input_file.h"
 #include "library/library_files.h"
+#include "library/picture_reader.h"
 #include "library/text_error.h"
 
 #include <QColor>
@@ -171,6 +172,27 @@ TEST_F(Build, RendersDrawingsOnWhiteAlwaysTheSame) {
     EXPECT_TRUE(jpg.startsWith("\xFF\xD8\xFF"));
     EXPECT_EQ(QImage::fromData(jpg).size(), QSize(40, 20));
     EXPECT_EQ(stored("file = 'half.svg', format = 'jpg'"), jpg);
+}
+
+TEST_F(Build, RendersADrawingOnceInEachSizeAndBoundsAllPicturesTogether) {
+    PictureText picture{{7, 3}, {}, u"a.svg"_s, u"bmp"_s, 1000, 700};
+    write(u"a.svg"_s, "<svg xmlns='http://www.w3.org/2000/svg'/>");
+    PictureReader reader(path(u"text.toml"_s), 5 << 20);
+    const QByteArray rendered = reader.read(picture);
+    write(u"a.svg"_s, "<svg");
+    EXPECT_EQ(reader.read(picture), rendered);
+    const auto problem = [&](qint32 width) {
+        picture.width = width;
+        try {
+            return QString::number(reader.read(picture).size());
+        } catch (const TextError& error) {
+            return error.description().section(u'/', -1);
+        }
+    };
+    EXPECT_TRUE(problem(1001).startsWith(u"text.toml:7:3: picture \"a.svg\": "_s));
+    EXPECT_EQ(problem(1000),
+              u"text.toml:7:3: with this picture, all pictures of the library have "
+              "more than 5 MiB"_s);
 }
 
 TEST_F(Build, TakesReadyPicturesOfEachFormatAndBase64ByteForByte) {

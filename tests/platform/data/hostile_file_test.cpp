@@ -4,6 +4,7 @@
 #include "platform/data/copy_database.h"
 #include "platform/data/item_database.h"
 #include "platform/data/side_files.h"
+#include "platform/data/sqlite_copy.h"
 #include "support/process.h"
 #include "support/test_library.h"
 
@@ -58,12 +59,14 @@ class HostileFile : public testing::Test {
     bool opens(Access access) {
         try {
             items.connection.open(path(), access);
-        } catch (const Error&) {
+        } catch (const Error& error) {
+            cause = error.cause();
             return false;
         }
         return true;
     }
 
+    Error::Cause cause = Error::Cause::Other;  ///< of the last failure
     ItemDatabase items;
 };
 
@@ -119,20 +122,27 @@ TEST_F(HostileFile, WithWhatIsNoJournalOfItIsRefusedAndNothingIsTouched) {
         const char* what;
         const char* suffix;
         std::function<bool(const QString&)> put;
+        Error::Cause cause = Error::Cause::NoRegularFile;
     };
+    using enum Error::Cause;
     std::vector<Case> cases = {
-        {"names a victim", "-journal", containing(journal(3, 4096, victim.toUtf8()))},
+        {"names a victim", "-journal", containing(journal(3, 4096, victim.toUtf8())),
+         ForeignJournal},
         {"names a victim, unsynced", "-journal",
-         containing(journal(3, 4096, victim.toUtf8()).replace(0, 12, QByteArray(12, '\0')))},
-        {"foreign pages", "-journal", containing(journal(3, 1024))},
+         containing(journal(3, 4096, victim.toUtf8()).replace(0, 12, QByteArray(12, '\0'))),
+         ForeignJournal},
+        {"foreign pages", "-journal", containing(journal(3, 1024)), ForeignJournal},
         {"an earlier file", "-journal",
          containing(journal(1, 4096).replace(8, 4, bigEndian(1)) + bigEndian(1) +
-                    (QByteArray(24, '\0') + bigEndian(4711)).leftJustified(4096 + 4, '\0'))},
-        {"endless file", "-journal", containing(journal(1U << 31, 4096))},
-        {"text", "-journal", containing("The journal of my journey to the west, in 12 chapters")},
-        {"text", "-wal", containing("The journal of my journey to the west, in 12 chapters")},
-        {"log of another file", "-wal", containing(writeAheadLog(1024))},
-        {"log of a file without one", "-wal", containing(writeAheadLog(4096))},
+                    (QByteArray(24, '\0') + bigEndian(4711)).leftJustified(4096 + 4, '\0')),
+         ForeignJournal},
+        {"endless file", "-journal", containing(journal(1U << 31, 4096)), ForeignJournal},
+        {"text", "-journal", containing("The journal of my journey to the west, in 12 chapters"),
+         ForeignJournal},
+        {"text", "-wal", containing("The journal of my journey to the west, in 12 chapters"),
+         ForeignLog},
+        {"log of another file", "-wal", containing(writeAheadLog(1024)), ForeignLog},
+        {"log of a file without one", "-wal", containing(writeAheadLog(4096)), ForeignLog},
     };
     for (const char* suffix : {"-journal", "-wal", "-shm"}) {
         cases.insert(cases.end(), {{"fifo", suffix, fifo},
@@ -144,12 +154,14 @@ TEST_F(HostileFile, WithWhatIsNoJournalOfItIsRefusedAndNothingIsTouched) {
     }
     const QString unfinished = items.directory.filePath(u"unfinished"_s);
     createDatabase(unfinished, u"Create Table T (A)"_s);
-    for (const auto& [what, suffix, put] : cases) {
+    for (const auto& [what, suffix, put, expected] : cases) {
         SCOPED_TRACE(std::string(suffix) + ": " + what);
         ASSERT_TRUE(put(beside(suffix)));
         const QStringList before = everything();
         EXPECT_FALSE(opens(Access::Write));
+        EXPECT_EQ(cause, expected);
         EXPECT_FALSE(opens(Access::Read));
+        EXPECT_EQ(cause, expected);
         EXPECT_THROW(replaceDatabase(unfinished, path()), Error);
         EXPECT_EQ(everything(), before);
         std::filesystem::remove(beside(suffix).toStdString());
@@ -186,6 +198,11 @@ TEST_F(HostileFile, IsReadWithoutAChangeAlsoWhenItHasToBeRecovered) {
         SCOPED_TRACE(command);
         if (*command != '\0') {
             runAndKill(command);
+            const QString side = beside(*command == 'l' ? "-wal" : "-journal");
+            const qint64 size = QFileInfo(side).size();
+            ASSERT_TRUE(QFile::resize(side, 1 << 30));
+            EXPECT_FALSE(opens(Access::Read)) << "a file of holes is written out";
+            ASSERT_TRUE(QFile::resize(side, size));
         }
         const QStringList before = everything();
         ASSERT_TRUE(opens(Access::Read));
@@ -199,19 +216,28 @@ TEST_F(HostileFile, IsReadWithoutAChangeAlsoWhenItHasToBeRecovered) {
         items.connection.close();
     }
     EXPECT_EQ(everything().size(), 1);
+    EXPECT_THROW(requireRoom(QDir::tempPath(), qint64{1} << 60), Error);
 }
 
 TEST_F(HostileFile, GetsNoJournalOfADatabaseThatWasMadeInTheSameWay) {
     ItemDatabase other;
     other.add(u"other"_s);
     other.connection.close();
+    const QByteArray made = test::fileContent(other.path());
+    // A copy, of which the same number of commits has made something else.
+    const QString sibling = items.directory.filePath(u"sibling.db"_s);
+    ASSERT_TRUE(QFile::copy(path(), sibling));
+    ASSERT_EQ(runElsewhere(sibling, "Create Table More (A)"), SQLITE_OK);
+    ASSERT_EQ(runElsewhere(path(), "Insert Into Item(Name) Values ('more')"), SQLITE_OK);
     runAndKill("spill");
     ASSERT_TRUE(QFile::copy(beside("-journal"), other.path() + u"-journal"_s));
-    const QByteArray sound = test::fileContent(other.path());
-    for (const Access access : {Access::Read, Access::Write}) {
-        EXPECT_THROW(other.connection.open(other.path(), access), Error);
+    for (const QByteArray& sound : {test::fileContent(sibling), made}) {
+        ASSERT_TRUE(writeFile(other.path(), sound));
+        for (const Access access : {Access::Read, Access::Write}) {
+            EXPECT_THROW(other.connection.open(other.path(), access), Error);
+        }
+        EXPECT_EQ(test::fileContent(other.path()), sound);
     }
-    EXPECT_EQ(test::fileContent(other.path()), sound);
     // Of two libraries from one template, too.
     items.connection.close();
     const QString copy = items.directory.filePath(u"copy.db"_s);
@@ -230,6 +256,7 @@ TEST_F(HostileFile, WithAWriteAheadLogTakesOnlyItsOwnAndHasNoneThen) {
     runAndKill("log");
     EXPECT_THROW(items.names(), Error)
         << "its index is shared with a program that may cut it short";
+    EXPECT_FALSE(items.connection.isInPlace()) << "to be opened again";
     ASSERT_TRUE(opens(Access::Write));
     EXPECT_EQ(items.names().size(), 3);
     items.connection.close();
@@ -250,9 +277,67 @@ TEST_F(HostileFile, WithAWriteAheadLogTakesOnlyItsOwnAndHasNoneThen) {
     EXPECT_EQ(items.names().size(), 3);
 }
 
+TEST_F(HostileFile, LaterThanItsLogGetsItsOwnAsFarAsThatCanBeTold) {
+    constexpr auto kGrow = "Insert Into Item(Name, Bytes) Values ('grown', zeroblob(9000))";
+    constexpr auto kCheckpoint = "PRAGMA wal_checkpoint";
+    constexpr auto kAdd = "Insert Into Item(Name) Values ('added')";
+    const auto run = [](sqlite3* database, const char* statements) {
+        ASSERT_EQ(sqlite3_exec(database, statements, nullptr, nullptr, nullptr), SQLITE_OK);
+    };
+    const struct {
+        const char* what;
+        std::vector<const char*> statements;
+        int pagesBehind;
+        qsizetype names;  ///< 0: it is refused
+    } cases[] = {
+        {"nothing of it written", {kGrow}, 0, 0},
+        {"all of it written", {kGrow, kCheckpoint}, 0, 2},
+        {"all of it written, and it has grown", {kAdd, kCheckpoint}, 1, 0},
+        {"written as far as to a commit", {kGrow, "read", kAdd, kCheckpoint}, 0, 3},
+        {"the same without a first page", {kAdd, "read", kAdd, kCheckpoint}, 0, 0},
+    };
+    const QByteArray base = test::fileContent(path());
+    for (const auto& [what, statements, pagesBehind, names] : cases) {
+        SCOPED_TRACE(what);
+        const ItemDatabase other;
+        const QString log = other.path() + u"-wal"_s;
+        ASSERT_TRUE(writeFile(other.path(), base));
+        sqlite3* handles[2] = {};
+        for (sqlite3*& each : handles) {
+            sqlite3_open(other.path().toUtf8().constData(), &each);
+            run(each, "PRAGMA journal_mode = WAL; PRAGMA wal_autocheckpoint = 0");
+        }
+        for (const char* each : statements) {
+            each == "read"sv ? run(handles[1], "Begin; Select * From Item") : run(handles[0], each);
+        }
+        const QByteArray bytes = test::fileContent(log);
+        const QByteArray sound =
+            test::fileContent(other.path()) + QByteArray(4096 * pagesBehind, '\0');
+        for (sqlite3* each : handles) {
+            sqlite3_close_v2(each);
+        }
+        for (const Access access : {Access::Read, Access::Write}) {
+            ASSERT_TRUE(writeFile(beside("-wal"), bytes));
+            usleep(20'000);  // file times advance in steps
+            ASSERT_TRUE(writeFile(path(), sound));
+            ASSERT_EQ(opens(access), names > 0);
+            EXPECT_EQ(names > 0 ? items.names().size() : 0, names);
+            items.connection.close();
+        }
+        QFile::remove(beside("-wal"));
+    }
+}
+
 TEST_F(HostileFile, ThatIsReplacedDeletedOrCutShortWhileOpenIsNoticed) {
     const QByteArray sound = test::fileContent(path());
     const QString other = items.directory.filePath(u"other.db"_s);
+    ItemDatabase stranger;
+    for (int commits = 0; commits < 9; ++commits) {
+        stranger.add(u"strange"_s);
+    }
+    const auto overwriting = [&](const QByteArray& bytes) {
+        return [this, bytes] { ASSERT_TRUE(writeFile(path(), bytes)); };
+    };
     const struct {
         const char* what;
         std::function<void()> change;
@@ -263,6 +348,11 @@ TEST_F(HostileFile, ThatIsReplacedDeletedOrCutShortWhileOpenIsNoticed) {
          true},
         {"emptied", [&] { EXPECT_TRUE(QFile::resize(path(), 0)); }, false},
         {"cut short", [&] { EXPECT_TRUE(QFile::resize(path(), sound.size() - 1)); }, false},
+        {"overwritten", overwriting(test::fileContent(stranger.path())), true},
+        {"overwritten by an earlier copy", overwriting(sound), true},
+        {"overwritten by a text", overwriting(QByteArray(sound.size(), 'x')), false},
+        {"given a log", [&] { EXPECT_EQ(runElsewhere(path(), "PRAGMA journal_mode = WAL"), 0); },
+         true},
     };
     for (const auto& [what, change, isDatabaseThen] : cases) {
         SCOPED_TRACE(what);
@@ -273,6 +363,7 @@ TEST_F(HostileFile, ThatIsReplacedDeletedOrCutShortWhileOpenIsNoticed) {
         items.connection.setReplacedNotice([&] { ++told; });
         items.add(u"before"_s);
         EXPECT_TRUE(items.connection.isInPlace());
+        usleep(20'000);  // file times advance in steps
         change();
         const QStringList before = everything();
         for (int attempt = 0; attempt < 2; ++attempt) {
@@ -291,6 +382,18 @@ TEST_F(HostileFile, ThatIsReplacedDeletedOrCutShortWhileOpenIsNoticed) {
         EXPECT_EQ(opens(Access::Write), isDatabaseThen);
         items.connection.close();
     }
+    // With as many commits as before; SQLite itself takes this file for the other one.
+    ASSERT_TRUE(writeFile(path(), sound) && opens(Access::Write));
+    items.add(u"before"_s);
+    const QByteArray before = test::fileContent(path());
+    EXPECT_EQ(runElsewhere(path(), "Update Item Set Name = 'after'"), SQLITE_OK);
+    const QByteArray after = test::fileContent(path());
+    EXPECT_EQ(items.names().at(0), u"after"_s);
+    QByteArray sibling = before;
+    sibling.replace(24, 4, after.mid(24, 4)).replace(92, 4, after.mid(92, 4));
+    usleep(20'000);
+    ASSERT_TRUE(writeFile(path(), sibling));
+    EXPECT_EQ(items.names().at(0), u"stored"_s);
 }
 
 /// The number of the root page of a table.
@@ -348,6 +451,40 @@ TEST_F(HostileFile, WhosePagesLeadToOneAnotherIsReadAndCheckedToAnEnd) {
         },
         Error);
     EXPECT_FALSE(items.connection.damages().isEmpty());
+}
+
+TEST_F(HostileFile, WhoseTextsShareTheirPagesIsNotReadManyTimesOver) {
+    items.connection.open(path());
+    {
+        Transaction transaction(items.connection);
+        items.add(QString(1'100'000, u'b'));
+        for (int row = 0; row < 400; ++row) {
+            items.add(QString(20'000, u'a'));
+        }
+        transaction.commit();
+    }
+    const auto read = [&](const QString& query, bool alone) {
+        int row = 0;
+        for (Recordset rows = items.connection.query(query); !rows.atEnd(); rows.moveNext()) {
+            if (!alone && ++row % 10 == 0) {
+                items.connection.query(u"Select 1"_s);
+            }
+        }
+    };
+    const auto all = u"Select ID,Name From Item"_s;
+    const auto sorted = u"Select Name From Item Order By Amount"_s;
+    read(all, true);
+    read(sorted, true);
+    items.connection.close();
+    test::shareLongText(path(), 7);
+    items.connection.open(path());
+    EXPECT_EQ(items.connection.query(u"Select length(Name) From Item Where ID = 3"_s).integer(0),
+              1'043'000);
+    EXPECT_THROW(read(all, true), Error);
+    EXPECT_THROW(read(all, false), Error);
+    EXPECT_THROW(read(sorted, true), Error);
+    items.connection.execute(u"Delete From Item Where ID = 1"_s);
+    EXPECT_NO_THROW(items.connection.query(all)) << "the next statement has a budget of its own";
 }
 
 TEST_F(HostileFile, ComputesNothingWhenItIsOpenedOrChecked) {

@@ -1,4 +1,4 @@
-#include "library/picture_bytes.h"
+#include "library/picture_reader.h"
 
 #include "library/bounded_call.h"
 #include "library/drawing_check.h"
@@ -94,52 +94,84 @@ QByteArray renderedOrProblem(const QByteArray& drawing, const PictureText& pictu
 
 }  // namespace
 
-QByteArray pictureBytes(const PictureText& picture, const QString& textPath) {
-    if (picture.file.isEmpty()) {
-        return picture.bytes;
+QByteArray PictureReader::read(const PictureText& picture) {
+    const QByteArray bytes = picture.file.isEmpty() ? picture.bytes : readFile(picture);
+    bytes_ += bytes.size();
+    if (bytes_ > mostBytes_) {
+        throw TextError(textPath_, picture.at,
+                        QStringLiteral("with this picture, all pictures of the library have more "
+                                       "than %1 MiB")
+                            .arg(mostBytes_ >> 20));
     }
-    const auto fail = [&](const QString& message) {
-        throw TextError(textPath, picture.at,
-                        QStringLiteral("picture \"%1\": ").arg(picture.file) + message);
-    };
-    QByteArray bytes;
-    try {
-        bytes = readInputFile(QFileInfo(textPath).absoluteDir().absoluteFilePath(picture.file),
-                              kPictureFileLimit);
-    } catch (const TextError& error) {
-        fail(error.description());
+    return bytes;
+}
+
+QByteArray PictureReader::readFile(const PictureText& picture) {
+    const QString path = QFileInfo(textPath_).absoluteDir().absoluteFilePath(picture.file);
+    if (picture.file.endsWith(u".svg", Qt::CaseInsensitive)) {
+        return render(picture, path);
     }
-    if (bytes.isEmpty()) {
-        fail(QStringLiteral("the file is empty"));
+    const QByteArray bytes = contentOf(picture, path);
+    if (!picture.format.isEmpty() || picture.width || picture.height) {
+        fail(picture,
+             QStringLiteral("only an .svg drawing takes \"format\", \"width\" and \"height\""));
     }
-    if (!picture.file.endsWith(u".svg", Qt::CaseInsensitive)) {
-        if (!picture.format.isEmpty() || picture.width || picture.height) {
-            fail(QStringLiteral("only an .svg drawing takes \"format\", \"width\" and \"height\""));
-        }
-        if (pictureFormatOf(bytes) == PictureFormat::None) {
-            fail(QStringLiteral("the file is no bmp, jpg, png or wmf picture"));
-        }
-        return bytes;
+    if (pictureFormatOf(bytes) == PictureFormat::None) {
+        fail(picture, QStringLiteral("the file is no bmp, jpg, png or wmf picture"));
     }
+    return bytes;
+}
+
+QByteArray PictureReader::render(const PictureText& picture, const QString& path) {
     if (picture.format.isEmpty()) {
-        fail(QStringLiteral("a drawing needs \"format\", \"jpg\" or \"bmp\""));
+        fail(picture, QStringLiteral("a drawing needs \"format\", \"jpg\" or \"bmp\""));
     }
     for (const auto& side : {picture.width, picture.height}) {
         if (side && (*side < 1 || *side > kLargestSide)) {
-            fail(QStringLiteral("a side must have 1 to %1 pixels").arg(kLargestSide));
+            fail(picture, QStringLiteral("a side must have 1 to %1 pixels").arg(kLargestSide));
         }
     }
+    const QString key = QStringLiteral("%1 %2x%3 %4")
+                            .arg(picture.format)
+                            .arg(picture.width.value_or(0))
+                            .arg(picture.height.value_or(0))
+                            .arg(QFileInfo(path).canonicalFilePath());
+    if (const QByteArray* rendered = rendered_.object(key)) {
+        return *rendered;
+    }
+    const QByteArray drawing = contentOf(picture, path);
     QImageReader::supportedImageFormats();  // loads the plug-ins, once for all drawings
     const auto result =
-        boundedCall(kMostSeconds, [&] { return renderedOrProblem(bytes, picture); });
+        boundedCall(kMostSeconds, [&] { return renderedOrProblem(drawing, picture); });
     if (!result) {
-        fail(QStringLiteral("rendering the drawing takes more than %1 seconds, or all memory")
+        fail(picture,
+             QStringLiteral("rendering the drawing takes more than %1 seconds, or all memory")
                  .arg(kMostSeconds));
     }
     if (!result->startsWith(kRendered)) {
-        fail(QString::fromUtf8(*result));
+        fail(picture, QString::fromUtf8(*result));
     }
-    return result->sliced(1);
+    const QByteArray bytes = result->sliced(1);
+    rendered_.insert(key, new QByteArray(bytes), bytes.size());
+    return bytes;
+}
+
+QByteArray PictureReader::contentOf(const PictureText& picture, const QString& path) const {
+    QByteArray bytes;
+    try {
+        bytes = readInputFile(path, kPictureFileLimit);
+    } catch (const TextError& error) {
+        fail(picture, error.description());
+    }
+    if (bytes.isEmpty()) {
+        fail(picture, QStringLiteral("the file is empty"));
+    }
+    return bytes;
+}
+
+void PictureReader::fail(const PictureText& picture, const QString& message) const {
+    throw TextError(textPath_, picture.at,
+                    QStringLiteral("picture \"%1\": ").arg(picture.file) + message);
 }
 
 }  // namespace varo

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/data/access/table_definition.h"
+
+#include <QByteArray>
+
+#include <vector>
+
+namespace varo::access {
+
+/// A table of the file.
+struct CatalogEntry {
+    QString name;
+    PageNumber page = 0;  ///< of its definition
+};
+
+/// The tables that users made, in the order of the file's catalog; not its own ones, queries and
+/// tables of other files. Throws data::Error when the catalog is damaged.
+std::vector<CatalogEntry> userTables(PageFile& file);
+
+/// What the catalog says of a table besides its name.
+struct TableDetails {
+    QByteArray properties;  ///< the lists of them; empty when there are none
+    bool hasMacros = false;
+};
+
+/// The details of the table whose definition begins on `page`; none when the catalog lacks it.
+/// Throws data::Error when the catalog is damaged.
+TableDetails tableDetails(PageFile& file, PageNumber page);
+
+}  // namespace varo::access

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/data/access/table_definition.h"
+
+#include <QByteArray>
+
+#include <optional>
+
+namespace varo::access {
+
+/// Goes through the entries of an index in their order, which is that of their keys and of
+/// rowNumber() where these are the same. What is written meanwhile it may see or not; it ends in
+/// any case.
+class IndexScan {
+  public:
+    /// Begins with the first entry that is not before `first`; an entry whose beginning equals
+    /// `first` is not before it.
+    IndexScan(PageFile& file, PageNumber root, const QByteArray& first);
+
+    /// Goes to the next entry, the first one at first; false at the end. Throws data::Error when
+    /// the index is damaged.
+    bool next();
+
+    /// The key of the entry and the row that has it.
+    const QByteArray& key() const { return key_; }
+    RowPlace place() const { return place_; }
+
+  private:
+    void descend(PageNumber root, const QByteArray& first);
+    void readLeaf(PageNumber number);
+
+    PageFile& file_;
+    Page page_;
+    std::vector<QByteArray> entries_;
+    std::size_t next_ = 0;
+    PageNumber nextLeaf_ = 0;
+    quint32 leaves_ = 0;
+    QByteArray key_;
+    RowPlace place_;
+};
+
+/// The entries of a page of an index, whole: their keys, then the page and the row in four bytes,
+/// and on a node the number of the page below in another four.
+std::vector<QByteArray> indexEntries(const Layout& layout, const Bytes& page);
+
+}  // namespace varo::access
