@@ -24,7 +24,7 @@ constexpr QByteArrayView kMagic("Varo journal 1\0\0", 16);
 constexpr int kPageSizePlace = 16;
 constexpr int kNewPageCount = 20;
 constexpr int kFormerSize = 24;
-constexpr int kRandom = 32;
+// At 32: a random number, so that no two journals have the same checksums.
 constexpr int kRecordCount = 40;
 constexpr int kHeaderLength = 48;
 
