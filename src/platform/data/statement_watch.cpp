@@ -10,7 +10,7 @@ namespace varo::data {
 namespace {
 
 // A statement may read a value as long as the file for every dozen instructions.
-constexpr int kInstructionsBetweenChecks = 256;
+constexpr int kInstructionsBetweenChecks = 512;
 
 // Run in one or two milliseconds.
 constexpr qint64 kInstructionsBetweenQuestions = 20'000;
@@ -49,6 +49,7 @@ StatementWatch::StatementWatch(sqlite3* database, qint64 pageSize)
 }
 
 void StatementWatch::restart() noexcept {
+    ++statements_;
     taken_ = 0;
     nextQuestion_ = kInstructionsBetweenQuestions;
     isUnwanted_ = false;
