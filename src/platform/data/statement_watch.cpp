@@ -122,8 +122,11 @@ qint64 StatementWatch::pagesTaken() const {
 }
 
 bool StatementWatch::areTooMany(qint64 pages, qint64 instructions) const {
-    const qint64 most = kPagesPerInstruction * instructions + kPageBytesAtLeast / pageSize_;
-    const qint64 rest = (pages - most) / kRoundsOfFile * pageSize_;
+    const qint64 beyond = pages - kPagesPerInstruction * instructions;
+    if (beyond <= 0) {
+        return false;  // as most are; without a division
+    }
+    const qint64 rest = (beyond * pageSize_ - kPageBytesAtLeast) / kRoundsOfFile;
     return rest > fileSize_ && rest > presentFileSize();
 }
 
