@@ -190,16 +190,15 @@ bool LibraryTree::readWaiting() {
 /// Reads a library whose node is there.
 bool LibraryTree::readFrom(CurrentLibrary& library) {
     const QModelIndex root = model_.find({library.number(), std::nullopt});
-    const FolderTree::Images before = model_.tree().images(FolderTreeModel::nodeOf(root));
     model_.setImages(root, kPlainLibrary);
-    const bool isRead = readInto(root, library).isEmpty();
-    if (isRead) {
+    const QString failure = readInto(root, library);
+    if (failure.isEmpty()) {
         unread_.remove(library.number());
         model_.setNote(root, QString());
     } else {
-        model_.setImages(root, before);
+        mark(root, library_.libraries().Item(libraryKey(library.number())), failure);
     }
-    return isRead;
+    return failure.isEmpty();
 }
 
 void LibraryTree::clear() {

@@ -14,9 +14,11 @@ struct RowSource final : HandleUser {
     void next() {
         onRow = false;
         const StatementWatch& watch = file()->watch();
-        const qint64 before = watch.pagesTaken();
+        // Without other statements between its rows the watch counts by itself.
+        const bool isAlone = watch.statements() == begun;
+        const qint64 before = isAlone ? 0 : watch.pagesTaken();
         onRow = watch.during([&] { return step(statement.get()); });
-        pages += watch.pagesTaken() - before;
+        pages += isAlone ? 0 : watch.pagesTaken() - before;
         watch.requireEnding(statement.get(), ++row, pages);
     }
 
@@ -28,7 +30,8 @@ struct RowSource final : HandleUser {
     StatementHandle statement;
     bool onRow;
     qint64 row = 0;
-    qint64 pages = 0;  ///< for the rows behind the first
+    qint64 pages = 0;  ///< for the rows since another statement began
+    quint64 begun = file()->watch().statements();
 };
 
 }  // namespace varo::data

@@ -10,7 +10,7 @@ namespace varo::data {
 namespace {
 
 // A statement may read a value as long as the file for every dozen instructions.
-constexpr int kInstructionsBetweenChecks = 256;
+constexpr int kInstructionsBetweenChecks = 512;
 
 // Run in one or two milliseconds.
 constexpr qint64 kInstructionsBetweenQuestions = 20'000;
@@ -49,6 +49,7 @@ StatementWatch::StatementWatch(sqlite3* database, qint64 pageSize)
 }
 
 void StatementWatch::restart() noexcept {
+    ++statements_;
     taken_ = 0;
     nextQuestion_ = kInstructionsBetweenQuestions;
     isUnwanted_ = false;
@@ -121,8 +122,11 @@ qint64 StatementWatch::pagesTaken() const {
 }
 
 bool StatementWatch::areTooMany(qint64 pages, qint64 instructions) const {
-    const qint64 most = kPagesPerInstruction * instructions + kPageBytesAtLeast / pageSize_;
-    const qint64 rest = (pages - most) / kRoundsOfFile * pageSize_;
+    const qint64 beyond = pages - kPagesPerInstruction * instructions;
+    if (beyond <= 0) {
+        return false;  // as most are; without a division
+    }
+    const qint64 rest = (beyond * pageSize_ - kPageBytesAtLeast) / kRoundsOfFile;
     return rest > fileSize_ && rest > presentFileSize();
 }
 

@@ -39,12 +39,15 @@ class StatementWatch {
     /// A new statement begins.
     void restart() noexcept;
 
+    /// How many statements have begun.
+    quint64 statements() const noexcept { return statements_; }
+
     /// Pages that statements have asked for since restart().
     qint64 pagesTaken() const;
 
-    /// To be called with a statement that has come to its row number `row` and has asked for so
-    /// many pages: throws Error when the rows so far are more than a statement can have, or have
-    /// taken too much.
+    /// To be called with a statement that has come to its row number `row`, and that has asked for
+    /// so many pages since another one began: throws Error when the rows so far are more than a
+    /// statement can have, or have taken too much.
     void requireEnding(sqlite3_stmt* statement, qint64 row, qint64 pages) const;
 
     /// Runs `operation`. An Error of a statement that has taken too much says so.
@@ -75,6 +78,7 @@ class StatementWatch {
     bool readsSchema_ = false;
     int between_ = 0;   ///< instructions between two questions
     qint64 taken_ = 0;  ///< instructions since restart(), of statements that take many
+    quint64 statements_ = 0;
     qint64 nextQuestion_ = 0;
     qint64 fileSize_ = 0;
     qint64 most_ = 0;

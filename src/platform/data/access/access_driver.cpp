@@ -132,6 +132,24 @@ data::DatabaseHandle inMemory() {
     return handle;
 }
 
+/// A table that is made or removed would be one in memory.
+int refuseOtherTables(void*, int action, const char*, const char*, const char*, const char*) {
+    switch (action) {
+        case SQLITE_CREATE_INDEX:
+        case SQLITE_CREATE_TABLE:
+        case SQLITE_CREATE_TRIGGER:
+        case SQLITE_CREATE_VIEW:
+        case SQLITE_CREATE_VTABLE:
+        case SQLITE_DROP_TABLE:
+        case SQLITE_DROP_VTABLE:
+        case SQLITE_ALTER_TABLE:
+        case SQLITE_ATTACH:
+            return SQLITE_DENY;
+        default:
+            return SQLITE_OK;
+    }
+}
+
 AccessFile::AccessFile(const QString& path, const Header& header, data::Access access)
     : path_(QFileInfo(path).absoluteFilePath()),
       pages_(path_, header, access),
@@ -142,6 +160,8 @@ AccessFile::AccessFile(const QString& path, const Header& header, data::Access a
     watch_ = std::make_unique<data::StatementWatch>(handle(), pages_.layout().pageSize);
     watch_->setFileSize(opened_.st_size);
     showTables(handle(), pages_, tables_);
+    sqlite3_limit(handle(), SQLITE_LIMIT_ATTACHED, 0);
+    sqlite3_set_authorizer(handle(), refuseOtherTables, nullptr);
 }
 
 void AccessFile::requireInPlace() {
@@ -219,7 +239,12 @@ std::optional<TableStructure> AccessFile::structure(const QString& name) {
         throw Error(QStringLiteral("%1: %2").arg(name, seen->damage));
     }
     TableStructure structure;
-    structure.rowNumber = QStringLiteral("rowid");
+    for (const char* each : {"rowid", "_rowid_", "oid"}) {
+        const QString number = QString::fromLatin1(each);
+        if (structure.rowNumber.isEmpty() && seen->definition.column(number) < 0) {
+            structure.rowNumber = number;
+        }
+    }
     for (const Column& column : seen->definition.columns) {
         const auto [kind, type] = typeOf(column.type);
         structure.columns.append({column.name, kind, type});
@@ -261,6 +286,9 @@ QStringList AccessFile::damages() {
                 }
             }
         } catch (const Error& error) {
+            if (error.isLocked()) {
+                throw;
+            }
             complain(error.description());
         }
     }

@@ -2,6 +2,8 @@
 
 #include "platform/data/access/value.h"
 
+#include <set>
+
 namespace varo::access {
 
 namespace {
@@ -39,6 +41,7 @@ std::vector<CatalogEntry> userTables(PageFile& file) {
     const Column& type = required(catalog, u"Type");
     const Column& flags = required(catalog, u"Flags");
     std::vector<CatalogEntry> tables;
+    std::set<PageNumber> pages;
     RowScan rows(file, catalog);
     while (const auto found = rows.next()) {
         const Row row(file.layout(), catalog, found->page, found->bytes);
@@ -46,7 +49,11 @@ std::vector<CatalogEntry> userTables(PageFile& file) {
         const auto* title = std::get_if<Text>(&text);
         if (numberIn(file, row, type) == kTable && title != nullptr &&
             (static_cast<quint32>(numberIn(file, row, flags)) & kSystem) == 0) {
-            tables.push_back({QString::fromUtf8(title->utf8), pageOf(numberIn(file, row, id))});
+            const PageNumber page = pageOf(numberIn(file, row, id));
+            if (!pages.insert(page).second) {
+                throwDamaged("two tables have the same definition");
+            }
+            tables.push_back({QString::fromUtf8(title->utf8), page});
         }
     }
     return tables;

@@ -84,7 +84,7 @@ void IndexScan::descend(PageNumber root, const QByteArray& first) {
         }
         number = childFor(file_.layout(), Bytes(*page), first);
         if (number == 0) {
-            return;
+            throwDamaged("a page of an index has nothing below it");
         }
     }
     throwDamaged("an index has too many levels");

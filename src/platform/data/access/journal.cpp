@@ -222,13 +222,15 @@ bool Journal::readRecords(int pageSize) {
     if (magic != kMagic.first(magic.size()) && !isZero(magic)) {
         throwNoJournal(path_);
     }
-    if (size < kHeaderLength + kChecksumLength || magic != kMagic || !isWhole(size)) {
+    if (header.size() < kHeaderLength || size < kHeaderLength + kChecksumLength ||
+        magic != kMagic || !isWhole(size)) {
         return false;
     }
-    pageSize_ = static_cast<int>(qFromLittleEndian<quint32>(header.constData() + kPageSizePlace));
-    newPageCount_ = qFromLittleEndian<quint32>(header.constData() + kNewPageCount);
-    formerSize_ = qFromLittleEndian<qint64>(header.constData() + kFormerSize);
-    const auto count = qFromLittleEndian<quint64>(header.constData() + kRecordCount);
+    const Bytes stated(header);
+    pageSize_ = static_cast<int>(stated.u32(kPageSizePlace));
+    newPageCount_ = stated.u32(kNewPageCount);
+    formerSize_ = static_cast<qint64>(stated.u64(kFormerSize));
+    const quint64 count = stated.u64(kRecordCount);
     const qint64 checksums = pageSize / kSector * kChecksumLength;
     if (pageSize_ != pageSize || formerSize_ < 0 || formerSize_ % pageSize != 0) {
         throwNoJournal(path_);

@@ -17,7 +17,8 @@ std::optional<FoundRow> findRow(PageFile& file, Page page, int row) {
         if (moves == kMostMoves) {
             throwDamaged("a row refers to others without end");
         }
-        const RowPlace place = RowPlace::read(Bytes(*page), entry.begin);
+        const Bytes reference = Bytes(*page).part(entry.begin, entry.end - entry.begin);
+        const RowPlace place = RowPlace::read(reference, 0);
         page = file.page(place.page, PageKind::Data);
         entry = rowEntry(layout, Bytes(*page), place.row);
     }

@@ -13,8 +13,8 @@ constexpr int kNextPage = 4;
 constexpr int kLength = 8;
 /// Bytes of the longest definition that is read; a table has 255 columns and 32 indexes at most.
 constexpr qsizetype kMostBytes = 1 << 20;
-constexpr int kMostColumns = 4096;
-constexpr int kMostIndexes = 4096;
+constexpr int kMostColumns = 1024;
+constexpr int kMostIndexes = 1024;
 constexpr int kIndexColumns = 10;
 constexpr quint16 kNoColumn = 0xFFFF;
 
@@ -211,7 +211,7 @@ TableDefinition readTable(PageFile& file, PageNumber page) {
     const int columns = bytes.u16(layout.columnCount);
     const quint32 names = bytes.u32(layout.indexCount);
     const quint32 trees = bytes.u32(layout.indexCount + 4);
-    if (columns > kMostColumns || names > kMostIndexes || trees > kMostIndexes) {
+    if (columns == 0 || columns > kMostColumns || names > kMostIndexes || trees > kMostIndexes) {
         throwDamaged("a table has more columns or indexes than there can be");
     }
     DefinitionReader reader(file.header(), bytes);

@@ -146,6 +146,15 @@ Bytes withoutHeader(const Bytes& field) {
     return field.part(kHeader, std::min<qsizetype>(field.u32(kLength), field.size() - kHeader));
 }
 
+/// The content of a long value; that of a computed column has the header within it.
+Bytes longContent(const QByteArray& value, const Column& column) {
+    return column.isComputed ? withoutHeader(Bytes(value)) : Bytes(value);
+}
+
+bool isLong(const Column& column) {
+    return column.type == FieldType::Memo || column.type == FieldType::Ole;
+}
+
 Value valueOf(PageFile& file, const Bytes& field, const Column& column) {
     switch (column.type) {
         case FieldType::Byte:
@@ -173,9 +182,9 @@ Value valueOf(PageFile& file, const Bytes& field, const Column& column) {
         case FieldType::Text:
             return Text{fieldText(field, file.header())};
         case FieldType::Memo:
-            return Text{fieldText(Bytes(longValue(file, field)), file.header())};
+            return Text{fieldText(longContent(longValue(file, field), column), file.header())};
         case FieldType::Ole:
-            return longValue(file, field);
+            return longContent(longValue(file, field), column).toByteArray();
         case FieldType::Binary:
             return field.toByteArray();
         case FieldType::YesNo:
@@ -192,10 +201,17 @@ Value fieldValue(PageFile& file, const Row& row, const Column& column) {
         return qint64{row.isYes(column)};
     }
     const auto field = row.field(column);
-    if (!field) {
+    if (!field || (isLong(column) && field->isEmpty())) {
         return {};
     }
-    return valueOf(file, column.isComputed ? withoutHeader(*field) : *field, column);
+    if (!column.isComputed || isLong(column)) {
+        return valueOf(file, *field, column);
+    }
+    const Bytes content = withoutHeader(*field);
+    const bool isText = column.type == FieldType::Text;
+    return (content.isEmpty() && !isText) || column.type == FieldType::Decimal
+               ? Value()
+               : valueOf(file, content, column);
 }
 
 }  // namespace varo::access

@@ -23,7 +23,7 @@ using Value = std::variant<std::monostate, qint64, double, Text, QByteArray>;
 ///   these; NaN is NULL, as SQLite has none;
 /// - a date is the text "2000-12-31 23:59:59", of an extended one with seven decimals, a GUID the
 ///   text "{00000000-0000-0000-0000-000000000000}";
-/// - an attachment or a field of many values is NULL.
+/// - an attachment, a field of many values and a computed decimal are NULL.
 /// Throws data::Error when the field is damaged.
 Value fieldValue(PageFile& file, const Row& row, const Column& column);
 

@@ -122,6 +122,7 @@ class Cursor : public sqlite3_vtab_cursor {
     std::unique_ptr<RowScan> rows_;
     std::unique_ptr<IndexScan> entries_;
     QByteArray last_;  ///< beginning of the last key that is wanted
+    bool hasLast_ = false;
     RowPlace place_;
     std::optional<Row> row_;
 };
@@ -214,8 +215,12 @@ void Cursor::filterByIndex(int plan, sqlite3_value** values) {
         return;
     }
     QByteArray begin;
-    appendNumberKey(column, first.isDescending, first.isDescending ? upper : lower, begin);
-    appendNumberKey(column, first.isDescending, first.isDescending ? lower : upper, last_);
+    // Without a value the entries of NULL are wanted, too.
+    hasLast_ = (plan & (kEqual | kAbove | kBelow)) != 0;
+    if (hasLast_) {
+        appendNumberKey(column, first.isDescending, first.isDescending ? upper : lower, begin);
+        appendNumberKey(column, first.isDescending, first.isDescending ? lower : upper, last_);
+    }
     entries_ = std::make_unique<IndexScan>(*table_.file, index.root, begin);
     next();
 }
@@ -230,7 +235,7 @@ void Cursor::next() {
         return;
     }
     while (entries_ != nullptr && !row_ && entries_->next() &&
-           entries_->key().left(last_.size()) <= last_) {
+           (!hasLast_ || entries_->key().left(last_.size()) <= last_)) {
         find(entries_->place());
     }
 }
@@ -240,7 +245,7 @@ void Cursor::giveColumn(sqlite3_context* context, std::size_t column) {
     PageFile& file = *table_.file;
     if (column >= columns.size()) {
         const auto field = row_->field(columns.at(table_.lengths.at(column - columns.size())));
-        if (field) {
+        if (field && !field->isEmpty()) {
             sqlite3_result_int64(context, longValueSize(*field));
         }
         return;
@@ -270,6 +275,8 @@ int guarded(sqlite3_vtab* table, Operation operation) {
         return static_cast<Table*>(table)->fail(error);
     } catch (const std::bad_alloc&) {
         return SQLITE_NOMEM;
+    } catch (const std::exception&) {
+        return SQLITE_ERROR;
     }
 }
 
@@ -465,7 +472,7 @@ QString lengthColumn(const QString& column) {
     return column + QStringLiteral("#length");
 }
 
-void showTables(sqlite3* database, PageFile& file, const std::vector<SeenTable>& tables) {
+void showTables(sqlite3* database, PageFile& file, std::vector<SeenTable>& tables) {
     const int result =
         sqlite3_create_module_v2(database, kModule, &kFunctions, new Shown{file, tables},
                                  [](void* shown) { delete static_cast<Shown*>(shown); });
@@ -473,9 +480,14 @@ void showTables(sqlite3* database, PageFile& file, const std::vector<SeenTable>&
         data::throwLastError(database);
     }
     for (std::size_t i = 0; i < tables.size(); ++i) {
-        data::run(database, QStringLiteral("CREATE VIRTUAL TABLE %1 USING %2(%3)")
-                                .arg(data::quoted(tables[i].entry.name), QLatin1StringView(kModule))
-                                .arg(i));
+        try {
+            data::run(database, QStringLiteral("CREATE VIRTUAL TABLE %1 USING %2(%3)")
+                                    .arg(data::quoted(tables[i].entry.name),
+                                         QLatin1StringView(kModule), QString::number(i)));
+        } catch (
+            const data::Error& error) {  // its name, or one of its columns, is none of SQLite's
+            tables[i].damage = error.description();
+        }
     }
 }
 

@@ -20,7 +20,8 @@ struct SeenTable {
 };
 
 /// Makes the tables of a file seen as tables of `database`, under their names. `file` and `tables`
-/// must outlive `database`. Throws data::Error when a table cannot be made.
-void showTables(sqlite3* database, PageFile& file, const std::vector<SeenTable>& tables);
+/// must outlive `database`. A table whose names are impossible there is
+/// left out, with that as its damage. Throws data::Error when no table can be made.
+void showTables(sqlite3* database, PageFile& file, std::vector<SeenTable>& tables);
 
 }  // namespace varo::access
