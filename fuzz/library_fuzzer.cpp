@@ -81,7 +81,7 @@ class OpenLibrary {
 
     /// Everything that is shown of it.
     QStringList content() {
-        QStringList shown{QString::number(static_cast<int>(library_.openFailure()))};
+        QStringList shown{QString::number(static_cast<int>(library_.openResult().failure))};
         if (!library_.isOpen()) {
             return shown;
         }

@@ -19,13 +19,15 @@ class Scan {
         }
         while (at_ < text_.size()) {
             const char c = text_[at_];
-            if (c == '"' || c == '\'') {
+            if ((c == '"' || c == '\'') && mayBeginString()) {
                 skipString(c);
+                last_ = c;
             } else if (c == '#') {
                 skipComment();
             } else if (const QString wrong = take(c); !wrong.isEmpty()) {
                 return TomlRefusal{position(), wrong};
             } else {
+                last_ = c == ' ' || c == '\t' ? last_ : c;
                 pass();
             }
         }
@@ -33,6 +35,11 @@ class Scan {
     }
 
   private:
+    /// The parser takes a quote elsewhere for a part of a number or date, and reads on behind it.
+    bool mayBeginString() const {
+        return std::string_view("\n=,.[{").find(last_) != std::string_view::npos;
+    }
+
     /// Counts what `c`, which is in no string or comment, opens and joins; returns what is wrong.
     QString take(char c) {
         if ((static_cast<unsigned char>(c) & 0x80) != 0) {
@@ -112,8 +119,9 @@ class Scan {
     std::size_t at_ = 0;
     std::size_t lineStart_ = 0;
     int line_ = 1;
-    int dots_ = 0;   ///< in the key that is being read
-    int depth_ = 0;  ///< brackets that are open
+    char last_ = '\n';  ///< that was read and is no blank and in no comment
+    int dots_ = 0;      ///< in the key that is being read
+    int depth_ = 0;     ///< brackets that are open
 };
 
 }  // namespace

@@ -44,6 +44,8 @@ TEST(TomlScan, RefusesOnlyWhatHarmsTheParser) {
         {"a = \"\\\\\"\n弯 = 1", "2:1 a name or "},
         {"a = \"\\\"跨\\\"\"\nb = '\\'\n弯 = 1", "3:1 a name or "},
         {"a = [\"\"\"x\"\"\"\", 跨]", "1:16 a name or "},
+        {"a = 1\"ђ\"", "1:7 a name or "},
+        {"a = 2020-01-01 'ђ'", "1:17 a name or "},
         {"a = \"跨\nb", ""},
         {"a = \"跨\\", ""},
         {"a = \"跨\\\n度\"", ""},
