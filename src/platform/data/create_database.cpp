@@ -1,5 +1,6 @@
 #include "platform/data/create_database.h"
 
+#include "platform/data/access/whole_file.h"
 #include "platform/data/error.h"
 #include "platform/data/side_files.h"
 #include "platform/data/sqlite_handle.h"
@@ -79,8 +80,18 @@ void replaceDatabase(const QString& unfinished, const QString& path) {
     if (old.exists()) {
         header = databaseHeader(oldPath);
     }
+    std::unique_ptr<access::PageFile> accessLock;
     if (header) {
         lock = lockedDatabase(oldPath, *header);
+    } else if (old.exists()) {
+        const auto accessHeader = access::headerOf(oldPath);
+        if (accessHeader && !accessHeader->isJet3()) {
+            accessLock = access::lockedFile(oldPath, *accessHeader);
+        }
+    }
+    if (const QString journal = access::Journal::pathOf(oldPath);
+        access::Journal::exists(journal)) {
+        throw Error(QStringLiteral("%1 belongs to another file; move it away").arg(journal));
     }
     const SideFiles files = requireSideFilesOf(oldPath, header);
     removeSideFiles(files);

@@ -39,7 +39,7 @@ void PageFile::begin() {
         throwReadOnly(readOnlyReason_);
     }
     requireWritableInPlace();
-    lock(descriptor_, LockByte::Writer, LockKind::Alone);
+    lock(descriptor_, LockByte::Writer, LockKind::Alone, lockWait_);
     try {
         recover();
         if (!foreignJournal_.isEmpty()) {
@@ -172,7 +172,7 @@ void PageFile::writeChanges() {
                         [this](PageNumber number) { return unchangedPage(number); }},
                        changes_);
     try {
-        lock(descriptor_, LockByte::Readers, LockKind::Alone);
+        lock(descriptor_, LockByte::Readers, LockKind::Alone, lockWait_);
         requireUnchanged();
     } catch (...) {
         releaseReadersAlone();
@@ -226,7 +226,7 @@ void PageFile::keepChanges() {
             kept_.erase(found);
         }
     }
-    if (static_cast<qint64>(numbers.size()) * layout_.pageSize <= kCachedBytes) {
+    if (static_cast<qint64>(numbers.size()) * layout_.pageSize <= cachedBytes_) {
         for (const PageNumber number : numbers) {
             keep(number, changes_.find(number));
         }

@@ -195,6 +195,12 @@ const LongValuePages& TableDefinition::longValuePagesOf(const Column& column) co
     return *found;
 }
 
+bool isSameTable(TableDefinition one, const TableDefinition& other) {
+    one.rowCount = other.rowCount;
+    one.lastAutoNumber = other.lastAutoNumber;
+    return one == other;
+}
+
 TableDefinition readTable(PageFile& file, PageNumber page) {
     const Layout& layout = file.layout();
     const QByteArray content = definitionBytes(file, page);

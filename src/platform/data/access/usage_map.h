@@ -20,6 +20,7 @@ struct RowPlace {
     void write(char* to) const {
         qToLittleEndian((quint32{page} << 8) | static_cast<quint32>(row), to);
     }
+    bool operator==(const RowPlace&) const = default;
 };
 
 /// The pages that the usage map at `place` marks, in ascending order; those behind the end of the
