@@ -165,8 +165,13 @@ TEST_P(AccessWrite, APictureIsReplacedInPieces) {
                   bytes.size());
         size = std::max(size, size == 0 ? QFileInfo(path()).size() : 0);
     }
+    connection.execute(u"Update Item Set Pic = ''"_s);
+    EXPECT_EQ(picture(id), QByteArray());
     EXPECT_LE(QFileInfo(path()).size(), size + 50'000) << "pages are used again";
+    Transaction transaction(connection);
+    replacePicture(id, large, large.size());
     connection.execute(u"Update Item Set Name = 'b'"_s);
+    transaction.commit();
     EXPECT_EQ(picture(id), large);
     requireSound();
 }

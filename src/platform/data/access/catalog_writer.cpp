@@ -18,7 +18,7 @@ void addRow(PageFile& file, PageNumber page, const QString& name,
     const TableDefinition table = readTable(file, page);
     TableRules rules;
     rules.columns.resize(table.columns.size());
-    std::vector<FieldChange> fields(table.columns.size(), Value());
+    std::vector<FieldChange> fields(table.columns.size());
     for (const auto& [column, value] : values) {
         const int position = table.column(column);
         if (position < 0) {
