@@ -78,11 +78,6 @@ bool isAsNoted(const QString& folder, const Note& note) {
     }) && same;
 }
 
-/// A number that stays the same while nobody but `connection` changes the file. Throws data::Error.
-qint64 versionOf(data::Connection& connection) {
-    return connection.query(QStringLiteral("PRAGMA data_version")).integer64(0);
-}
-
 bool removeIfAny(const QString& path) {
     return !QFileInfo::exists(path) || QFile::remove(path);
 }
@@ -168,7 +163,7 @@ void LibraryBackup::make(data::Connection& connection) {
         throw data::Error(QStringLiteral("%1 is in use").arg(backupIn(folder_)));
     }
     library_ = QFileInfo(connection.path()).absoluteFilePath();
-    version_ = versionOf(connection);
+    version_ = connection.changesOfOthers();
     difference_ = data::noDifference();
     data::copyDatabase(connection, backupIn(folder_), [&] {
         // A note without a backup means nothing, a backup without a note cannot be taken back.
@@ -185,7 +180,7 @@ bool LibraryBackup::noteLibrary(data::Connection& connection) {
     return attempt([&] {
                const QByteArray difference = data::differenceDigest(connection, path());
                // Read last, so that the digest is of nothing that another program has written.
-               isOwn = versionOf(connection) == version_;
+               isOwn = connection.changesOfOthers() == version_;
                if (isOwn) {
                    difference_ = difference;
                }

@@ -17,15 +17,20 @@ constexpr qint64 kPart = 512 * 1024;
 /// Libraries that are open at a time; a program may have some thousand files open.
 constexpr std::size_t kMostOpen = 16;
 
+/// Bytes that each of them keeps.
+constexpr qint64 kCachedBytes = 256 * 1024;
+
 /// Most bytes of a picture that is shown small.
 constexpr qint64 kMostBytes = 256 * 1024 * 1024;
 
 /// The picture itself is not read: it is left out, and so is every column that may stand behind it.
-QString entriesStatement(const std::optional<qint32>& behind, int most) {
+QString entriesStatement(const data::Connection& connection, const std::optional<qint32>& behind,
+                         int most) {
     return QStringLiteral(
                "Select Formula.ID,Formula.Name From Formula "
-               "Where length(Formula.Pic) > 0%1 Order By Formula.ID Limit %2")
-        .arg(behind ? QStringLiteral(" And Formula.ID > %1").arg(*behind) : QString())
+               "Where %1 > 0%2 Order By Formula.ID Limit %3")
+        .arg(connection.lengthOf(QStringLiteral("Formula"), QStringLiteral("Pic")),
+             behind ? QStringLiteral(" And Formula.ID > %1").arg(*behind) : QString())
         .arg(most);
 }
 
@@ -73,14 +78,15 @@ OpenFailure PictureCatalog::readPart(Library& library, int most) {
         return failure;
     }
     data::Recordset rows;
-    const bool read = funcs_.FindShowFormula({entriesStatement(library.last, most), {}}, rows,
-                                             library.connection) &&
-                      attempt([&] {
-                          for (; !rows.atEnd(); rows.moveNext()) {
-                              entries_.push_back({library.number, rows.integer(0), rows.text(1)});
-                              library.last = entries_.back().formulaID;
-                          }
-                      });
+    const bool read =
+        funcs_.FindShowFormula({entriesStatement(library.connection, library.last, most), {}}, rows,
+                               library.connection) &&
+        attempt([&] {
+            for (; !rows.atEnd(); rows.moveNext()) {
+                entries_.push_back({library.number, rows.integer(0), rows.text(1)});
+                library.last = entries_.back().formulaID;
+            }
+        });
     if (read) {
         return OpenFailure::None;
     }
@@ -117,8 +123,8 @@ OpenFailure PictureCatalog::open(Library& library) {
             return failure;
         }
         attempt([&] {
-            library.connection.query(QStringLiteral("PRAGMA busy_timeout = 0"));
-            library.connection.execute(QStringLiteral("PRAGMA cache_size = -256"));
+            library.connection.setLockWait(0);
+            library.connection.setCacheLimit(kCachedBytes);
         });
         if (library.file.path.isEmpty()) {
             library.file = FileIdentity::of(path);

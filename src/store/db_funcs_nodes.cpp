@@ -152,8 +152,12 @@ bool clsDBFuncs::FindShowFormula(const Statement& statement, data::Recordset& rs
 
 bool clsDBFuncs::GetFormulaByOrder(const QString& orderClause, data::Recordset& rs,
                                    data::Connection& conn) {
-    return list(rs, conn,
-                formulas(QStringLiteral("Where length(Pic) > 0 Order By ") + orderClause));
+    QString hasPicture;
+    return attempt([&] {
+               hasPicture = conn.lengthOf(QStringLiteral("Formula"), QStringLiteral("Pic"));
+           }) &&
+           list(rs, conn,
+                formulas(QStringLiteral("Where %1 > 0 Order By ").arg(hasPicture) + orderClause));
 }
 
 bool clsDBFuncs::FindFolder(const QString& text, data::Recordset& rs, data::Connection& conn,

@@ -21,7 +21,6 @@ struct ConnectionState {
 
     void close() noexcept {
         if (file != nullptr) {
-            statements.clear();
             file->releaseUsers();
             file.reset();
         }
@@ -34,14 +33,14 @@ struct ConnectionState {
         return *file;
     }
 
-    // The handle for a new statement.
-    sqlite3* handle() const {
-        sqlite3* database = openFile().handle();
-        if (sqlite3_get_autocommit(database) != 0) {
+    // The file for a new statement.
+    DatabaseFile& fileForStatement() const {
+        DatabaseFile& opened = openFile();
+        if (!opened.isInTransaction()) {
             requireInPlace();
         }
-        file->watch().restart();
-        return database;
+        opened.watch().restart();
+        return opened;
     }
 
     void requireInPlace() const {
@@ -55,19 +54,18 @@ struct ConnectionState {
         }
     }
 
-    // SQLite undoes a whole transaction by itself after some failures, such as a full disk. What
-    // follows in that transaction must not become final on its own.
-    sqlite3* writableHandle() const {
-        sqlite3* database = handle();
-        if (depth > 0 && sqlite3_get_autocommit(database) != 0) {
+    // A failure such as a full disk may have undone the whole transaction. What follows in it must
+    // not become final on its own.
+    DatabaseFile& fileForChange() const {
+        DatabaseFile& opened = fileForStatement();
+        if (depth > 0 && !opened.isInTransaction()) {
             throw Error(QStringLiteral("the transaction has been undone by an earlier failure"));
         }
-        return database;
+        return opened;
     }
 
     QString path;
     std::unique_ptr<DatabaseFile> file;
-    StatementCache statements;
     std::shared_ptr<Replacements> replacements = std::make_shared<Replacements>();
     mutable std::function<void()> tellReplaced;
     int depth = 0;
@@ -80,10 +78,6 @@ ConnectionState& opened(const std::shared_ptr<ConnectionState>& state) {
         throw Error(QStringLiteral("the connection is closed"));
     }
     return *state;
-}
-
-QString savepoint(int depth) {
-    return QStringLiteral("level%1").arg(depth);
 }
 
 }  // namespace
@@ -124,6 +118,14 @@ QString Connection::path() const {
     return isOpen() ? state_->path : QString();
 }
 
+void Connection::setLockWait(int milliseconds) {
+    opened(state_).openFile().setLockWait(milliseconds);
+}
+
+void Connection::setCacheLimit(qint64 bytes) {
+    opened(state_).openFile().setCacheLimit(bytes);
+}
+
 void Connection::setInterrupt(std::function<bool()> isWanted) {
     opened(state_).openFile().watch().setInterrupt(std::move(isWanted));
 }
@@ -137,57 +139,61 @@ bool Connection::isInPlace() const {
     return true;
 }
 
+qint64 Connection::changesOfOthers() {
+    return opened(state_).fileForStatement().changesOfOthers();
+}
+
 void Connection::setReplacedNotice(std::function<void()> tell) {
     opened(state_).tellReplaced = std::move(tell);
 }
 
 qint64 Connection::execute(const QString& statement, const Arguments& arguments) {
-    sqlite3* database = opened(state_).writableHandle();
-    state_->file->watch().during([&] { state_->statements.run(database, statement, arguments); });
-    return sqlite3_changes64(database);
+    DatabaseFile& file = opened(state_).fileForChange();
+    return file.watch().during([&] { return file.execute(statement, arguments); });
 }
 
 Recordset Connection::query(const QString& statement, const Arguments& arguments) {
-    sqlite3* database = opened(state_).handle();
-    return Recordset(state_->file->watch().during([&] {
-        return std::make_shared<RowSource>(*state_->file, prepare(database, statement, arguments));
+    DatabaseFile& file = opened(state_).fileForStatement();
+    return Recordset(file.watch().during([&] {
+        return std::make_shared<RowSource>(file, prepare(file.handle(), statement, arguments));
     }));
 }
 
 qint32 Connection::lastInsertedId() const {
-    const qint64 id = sqlite3_last_insert_rowid(opened(state_).openFile().handle());
+    const qint64 id = opened(state_).openFile().lastInsertedId();
     if (id > std::numeric_limits<qint32>::max() || id < std::numeric_limits<qint32>::min()) {
         throw Error(QStringLiteral("the table has run out of identifiers"));
     }
     return static_cast<qint32>(id);
 }
 
+QString Connection::lengthOf(const QString& table, const QString& column) const {
+    return opened(state_).openFile().lengthOf(table, column);
+}
+
 BlobField Connection::field(const QString& table, const QString& column, qint32 id) {
-    opened(state_).writableHandle();
-    return BlobField(state_->file->field(table, column, id), state_->replacements);
+    DatabaseFile& file = opened(state_).fileForChange();
+    return BlobField(file.field(table, column, id), state_->replacements);
 }
 
 std::optional<TableStructure> Connection::structure(const QString& table) {
-    opened(state_).handle();
-    return state_->file->watch().during([&] { return state_->file->structure(table); });
+    DatabaseFile& file = opened(state_).fileForStatement();
+    return file.watch().during([&] { return file.structure(table); });
 }
 
 QStringList Connection::tables() {
-    opened(state_).handle();
-    return state_->file->watch().during([&] { return state_->file->tables(); });
+    DatabaseFile& file = opened(state_).fileForStatement();
+    return file.watch().during([&] { return file.tables(); });
 }
 
 QStringList Connection::damages() {
-    opened(state_).handle();
-    return state_->file->damages();
+    return opened(state_).fileForStatement().damages();
 }
 
 Transaction::Transaction(Connection& connection) : state_(connection.state_) {
-    sqlite3* database = opened(state_).writableHandle();
+    DatabaseFile& file = opened(state_).fileForChange();
     const int depth = state_->depth + 1;
-    // The write lock is taken at once: a wait for it in the middle could end in a deadlock.
-    state_->statements.run(database, depth == 1 ? QStringLiteral("BEGIN IMMEDIATE")
-                                                : QStringLiteral("SAVEPOINT ") + savepoint(depth));
+    file.begin(depth);
     if (depth == 1) {
         state_->replacements->incomplete.clear();
     }
@@ -215,9 +221,7 @@ void Transaction::commit() {
             state_->openFile();
             state_->requireInPlace();
         }
-        state_->statements.run(state_->writableHandle(),
-                               depth_ == 1 ? QStringLiteral("COMMIT")
-                                           : QStringLiteral("RELEASE ") + savepoint(depth_));
+        state_->fileForChange().commit(depth_);
     } catch (const Error&) {
         undo();
         throw;
@@ -234,36 +238,16 @@ void Transaction::undo() noexcept {
         return;
     }
     state_->file->releaseUndone();
-    if (sqlite3_get_autocommit(state_->file->handle()) != 0) {
-        return;
-    }
-    const QString statements =
-        depth_ == 1 ? QStringLiteral("ROLLBACK")
-                    : QStringLiteral("ROLLBACK TO %1; RELEASE %1").arg(savepoint(depth_));
-    sqlite3_exec(state_->file->handle(), statements.toUtf8().constData(), nullptr, nullptr,
-                 nullptr);
+    state_->file->undo(depth_);
 }
 
 ReadSnapshot::ReadSnapshot(Connection& connection) : state_(connection.state_) {
-    run(opened(state_).handle(), QStringLiteral("BEGIN"));
-    try {
-        // The state is that of the first read.
-        run(state_->handle(), QStringLiteral("Select 1 From sqlite_schema Limit 1"));
-        run(state_->handle(), QStringLiteral("PRAGMA query_only = ON"));
-    } catch (const Error&) {
-        end();
-        throw;
-    }
+    opened(state_).fileForStatement().beginReading();
 }
 
 ReadSnapshot::~ReadSnapshot() {
-    end();
-}
-
-void ReadSnapshot::end() noexcept {
     if (state_->file != nullptr) {
-        sqlite3_exec(state_->file->handle(), "PRAGMA query_only = OFF; COMMIT", nullptr, nullptr,
-                     nullptr);
+        state_->file->endReading();
     }
 }
 

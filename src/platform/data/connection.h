@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/data/access.h"
+#include "platform/data/argument.h"
 #include "platform/data/blob_field.h"
 #include "platform/data/error.h"
 #include "platform/data/recordset.h"
@@ -13,15 +14,8 @@
 #include <memory>
 #include <optional>
 #include <set>
-#include <variant>
-#include <vector>
 
 namespace varo::data {
-
-/// A value bound to a `?` of a statement. A text with U+0000 or half a surrogate pair cannot be
-/// stored as it stands and makes the statement fail.
-using Argument = std::variant<std::nullptr_t, qint32, qint64, QString>;
-using Arguments = std::vector<Argument>;
 
 /// A connection to one database file. The file's format is told by its content; a file that no
 /// driver reads does not open. Not thread-safe. Everything that fails throws Error.
@@ -58,6 +52,13 @@ class Connection {
     /// Path of the open file as given to open(), "" when closed.
     QString path() const;
 
+    /// How long a lock of another program is waited for, in milliseconds; kLockTimeout at first.
+    void setLockWait(int milliseconds);
+
+    /// How many bytes of the file are kept in memory for statements to come; some megabytes at
+    /// first.
+    void setCacheLimit(qint64 bytes);
+
     /// While a statement of the open file runs, `isWanted` is asked every few milliseconds at
     /// least; once it returns false the statement fails with an Error that isInterrupted(). It must
     /// not use this connection. An empty function is not asked; close() forgets it.
@@ -72,13 +73,16 @@ class Connection {
     /// it.
     bool isInPlace() const;
 
+    /// A number that stays the same while nobody but this connection changes the file. Throws Error
+    /// when the file cannot be read.
+    qint64 changesOfOthers();
+
     /// `tell` is called once when a statement is the first to fail because the file is not in its
     /// place any more, before the Error is thrown. It must not use this connection. close() forgets
     /// it.
     void setReplacedNotice(std::function<void()> tell);
 
-    /// Runs a statement that changes data; returns the number of rows changed. A lock held by
-    /// another program is waited for two seconds at most.
+    /// Runs a statement that changes data; returns the number of rows changed.
     qint64 execute(const QString& statement, const Arguments& arguments = {});
 
     /// Runs a query and returns its record set, positioned on the first row. To count all rows of a
@@ -90,6 +94,10 @@ class Connection {
     /// Identifier that the database assigned to the last inserted row. Throws Error when it is
     /// beyond 32 bits.
     qint32 lastInsertedId() const;
+
+    /// What a statement calls the number of bytes in the long-binary field `column` of a row of
+    /// `table`, which reads none of them; it is NULL or 0 where the field is empty.
+    QString lengthOf(const QString& table, const QString& column) const;
 
     /// The long-binary field `column` of the row of `table` whose identifier is `id`. Throws Error
     /// when there is no such row.
@@ -149,8 +157,6 @@ class ReadSnapshot {
     ReadSnapshot& operator=(const ReadSnapshot&) = delete;
 
   private:
-    void end() noexcept;
-
     std::shared_ptr<struct ConnectionState> state_;
 };
 

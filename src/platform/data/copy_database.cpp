@@ -1,5 +1,6 @@
 #include "platform/data/copy_database.h"
 
+#include "platform/data/access/whole_file.h"
 #include "platform/data/create_database.h"
 #include "platform/data/file_start.h"
 #include "platform/data/sqlite_handle.h"
@@ -119,6 +120,15 @@ DatabaseHandle openCopy(const QString& path) {
     return handle;
 }
 
+/// Throws Error when the file at `path`, which nobody can change, is not as `difference` says.
+void requireDifference(const QString& path, const QString& copy, const QByteArray& difference) {
+    Difference found(copy);
+    readBytes(path, [&](const QByteArray& bytes) { found.add(bytes); });
+    if (found.result() != difference) {
+        throw Error(QStringLiteral("%1: another program has changed the file").arg(path));
+    }
+}
+
 /// Gives an open database the content of `copy`, or throws Error and leaves it as it is.
 void overwrite(sqlite3* database, const QString& path, const QString& copy,
                const QByteArray& difference) {
@@ -129,11 +139,7 @@ void overwrite(sqlite3* database, const QString& path, const QString& copy,
     int result =
         backup == nullptr ? sqlite3_errcode(database) : sqlite3_backup_step(backup.get(), 0);
     if (result == SQLITE_OK) {
-        Difference found(copy);
-        readBytes(path, [&](const QByteArray& bytes) { found.add(bytes); });
-        if (found.result() != difference) {
-            throw Error(QStringLiteral("%1: another program has changed the file").arg(path));
-        }
+        requireDifference(path, copy, difference);
         result = sqlite3_backup_step(backup.get(), -1);
     }
     if (result != SQLITE_DONE) {
@@ -182,10 +188,13 @@ void copyDatabase(Connection& connection, const QString& path,
 void copyDatabase(const QString& source, const QString& target) {
     Connection connection;
     connection.open(source);
+    const bool hasMark = databaseHeader(source).has_value();
     const QString path = QFileInfo(target).absoluteFilePath();
     const UnfinishedFile unfinished(path);
     copyDatabase(connection, unfinished.path(), [] {});
-    setNewMark(unfinished.path());
+    if (hasMark) {
+        setNewMark(unfinished.path());
+    }
     replaceDatabase(unfinished.path(), path);
 }
 
@@ -194,6 +203,11 @@ void restoreDatabase(const QString& copy, const QString& path, const QByteArray&
     const QString target = link.exists() ? link.canonicalFilePath() : link.absoluteFilePath();
     if (QFileInfo(target).size() > 0) {
         const auto header = databaseHeader(target);
+        const auto accessHeader = header ? std::nullopt : access::headerOf(target);
+        if (accessHeader) {
+            return access::overwriteFile(target, *accessHeader, copy,
+                                         [&] { requireDifference(target, copy, difference); });
+        }
         if (!header) {
             throw Error(QStringLiteral("%1: another program has replaced the file").arg(path));
         }

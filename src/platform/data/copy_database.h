@@ -24,16 +24,16 @@ QByteArray noDifference();
 void copyDatabase(Connection& connection, const QString& path,
                   const std::function<void()>& beforeItAppears);
 
-/// Makes a new database at `target`, a copy of the file `source` but for its mark (see newMark()),
-/// which is its own. The copy appears in the same way and takes the place of
-/// what is there as replaceDatabase() says. Throws Error also when the source cannot be opened.
+/// Makes a new database at `target`, a copy of the file `source` but for the mark of one of
+/// SQLite's (see newMark()), which is its own. The copy appears in the same way and takes the place
+/// of what is there as replaceDatabase() says. Throws Error also when the source cannot be opened.
 void copyDatabase(const QString& source, const QString& target);
 
 /// Gives the database at `path` the content of the closed file `copy`, which nobody else uses and
-/// which stays. This is one transaction on the same file: every program that has the file open sees
-/// the content, and a program that is killed meanwhile leaves a journal by which the next one that
-/// opens the file takes it back. The file must differ from `copy` as `difference`, a
-/// differenceDigest(), says.
+/// which stays; an Access file that has grown keeps its length. This is one transaction on the same
+/// file: every program that has the file open sees the content, and a program that is killed
+/// meanwhile leaves a journal by which the next one that opens the file takes it back. The file
+/// must differ from `copy` as `difference`, a differenceDigest(), says.
 ///
 /// Where there is no file, or one that is damaged beyond opening it, a copy takes its place, with
 /// its permissions, as replaceDatabase() does. Where `path` is a link, it is about the file that it

@@ -1,5 +1,7 @@
 #include "platform/data/create_database.h"
 
+#include "platform/data/access/create_file.h"
+#include "platform/data/access/whole_file.h"
 #include "platform/data/error.h"
 #include "platform/data/side_files.h"
 #include "platform/data/sqlite_handle.h"
@@ -68,6 +70,26 @@ void createDatabase(const QString& path, const QString& script) {
     replaceDatabase(file.path(), absolutePath);
 }
 
+void createAccessDatabase(const QString& path, access::Version version,
+                          const QList<access::NewTable>& tables,
+                          const std::function<void(const QString& unfinished)>& fill) {
+    const QString absolutePath = QFileInfo(path).absoluteFilePath();
+    requireNothingAt(absolutePath);
+    const UnfinishedFile unfinished(absolutePath);
+    access::createFile(unfinished.path(), version);
+    {
+        const auto file =
+            access::lockedFile(unfinished.path(), *access::headerOf(unfinished.path()));
+        for (const access::NewTable& table : tables) {
+            access::createTable(*file, table);
+        }
+        file->commit();
+    }
+    fill(unfinished.path());
+    requireNothingAt(absolutePath);
+    replaceDatabase(unfinished.path(), absolutePath);
+}
+
 void replaceDatabase(const QString& unfinished, const QString& path) {
     const QFileInfo old(path);
     const QString oldPath = old.absoluteFilePath();
@@ -79,8 +101,18 @@ void replaceDatabase(const QString& unfinished, const QString& path) {
     if (old.exists()) {
         header = databaseHeader(oldPath);
     }
+    std::unique_ptr<access::PageFile> accessLock;
     if (header) {
         lock = lockedDatabase(oldPath, *header);
+    } else if (old.exists()) {
+        const auto accessHeader = access::headerOf(oldPath);
+        if (accessHeader && !accessHeader->isJet3()) {
+            accessLock = access::lockedFile(oldPath, *accessHeader);
+        }
+    }
+    if (const QString journal = access::Journal::pathOf(oldPath);
+        access::Journal::exists(journal)) {
+        throw Error(QStringLiteral("%1 belongs to another file; move it away").arg(journal));
     }
     const SideFiles files = requireSideFilesOf(oldPath, header);
     removeSideFiles(files);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/data/access.h"
+#include "platform/data/argument.h"
 #include "platform/data/statement_watch.h"
 #include "platform/data/table_structure.h"
 
@@ -58,9 +59,9 @@ class LongBinary {
 /// on handle(), if need be as virtual tables of a database in memory. Long-binary fields have a way
 /// of their own, since not every format offers them there.
 ///
-/// In every table rowid is a number of the row, its order is the order in which the rows were
-/// inserted, and text compares without regard to ASCII letter case. What else a table keeps,
-/// structure() tells.
+/// In every table rowid is a number that a row keeps for as long as it is there, and text compares
+/// without regard to ASCII letter case. What else a table keeps, structure() tells. Rows are
+/// changed with execute() and LongBinary alone.
 class DatabaseFile {
   public:
     DatabaseFile() = default;
@@ -70,12 +71,55 @@ class DatabaseFile {
 
     virtual sqlite3* handle() const noexcept = 0;
 
+    /// How long a lock of another program is waited for, in milliseconds, and how many bytes of the
+    /// file are kept in memory for statements to come.
+    virtual void setLockWait(int milliseconds) = 0;
+    virtual void setCacheLimit(qint64 bytes) = 0;
+
     /// Ends the statements on handle() that do not end by themselves.
     virtual StatementWatch& watch() noexcept = 0;
 
     /// Throws Error that isReplaced() when the open file is not the one at its path any more. To be
     /// called before a statement that is in no transaction.
     virtual void requireInPlace() = 0;
+
+    /// A number that stays the same while nobody else changes the file. Throws Error when the file
+    /// cannot be read.
+    virtual qint64 changesOfOthers() = 0;
+
+    // A transaction has levels 1, 2, ..., each of which can be undone with those above it. The
+    // caller begins them in ascending order and ends the last one first.
+
+    /// Whether level 1 or a reading is open. A failure, such as a full disk, may have undone and
+    /// ended the whole transaction.
+    virtual bool isInTransaction() const noexcept = 0;
+
+    /// Begins a level. Level 1 keeps other programs from writing. Throws Error when one is, or the
+    /// file cannot be written, or a reading is open.
+    virtual void begin(int level) = 0;
+
+    /// Ends a level and keeps its changes, with level 1 on the disk. Throws Error when that fails;
+    /// the level is then to be undone.
+    virtual void commit(int level) = 0;
+
+    /// Undoes and ends a level; nothing when the transaction has ended.
+    virtual void undo(int level) noexcept = 0;
+
+    /// Begins a reading: what is read until endReading() is one state of the file, and execute()
+    /// fails. Throws Error when the file is locked, or a transaction or reading is open.
+    virtual void beginReading() = 0;
+    virtual void endReading() noexcept = 0;
+
+    /// Runs a statement that changes rows, which outside a transaction is one; returns the number
+    /// of rows changed. Throws Error when it fails; it has then changed nothing.
+    virtual qint64 execute(const QString& statement, const Arguments& arguments) = 0;
+
+    /// The number that the file has given to the row inserted last; 0 when it has given none.
+    virtual qint64 lastInsertedId() const = 0;
+
+    /// What a statement calls the number of bytes in a long-binary field, without reading them;
+    /// NULL or 0 where it is empty.
+    virtual QString lengthOf(const QString& table, const QString& column) const = 0;
 
     /// The field `column` of the row of `table` whose column ID is `id`; throws Error when there is
     /// no such row.

@@ -1,5 +1,6 @@
 #include "platform/data/lock_check.h"
 
+#include "platform/data/access/whole_file.h"
 #include "platform/data/error.h"
 #include "platform/data/sqlite_handle.h"
 
@@ -9,7 +10,8 @@ bool isLocked(const QString& path) {
     try {
         const auto header = databaseHeader(path);
         if (!header) {
-            return false;
+            const auto accessHeader = access::headerOf(path);
+            return accessHeader && access::isReadingLocked(path, *accessHeader);
         }
         const DatabaseHandle handle = openHandle(path, Access::Write);
         // To open one with a write-ahead log, nobody else may use it.

@@ -69,6 +69,11 @@ DatabaseHeader committedHeader(sqlite3* database) {
     return headerIn(currentHead(database)).value_or(DatabaseHeader());
 }
 
+qint64 number(sqlite3* database, const QString& query) {
+    const StatementHandle statement = prepare(database, query);
+    return step(statement.get()) ? sqlite3_column_int64(statement.get(), 0) : 0;
+}
+
 class SqliteFile final : public DatabaseFile {
   public:
     /// `safe` has read the schema; `copy` holds the file when it is not the one at `path`.
@@ -83,7 +88,28 @@ class SqliteFile final : public DatabaseFile {
 
     sqlite3* handle() const noexcept override { return safe_.handle.get(); }
     StatementWatch& watch() noexcept override { return *safe_.watch; }
+    void setLockWait(int milliseconds) override { sqlite3_busy_timeout(handle(), milliseconds); }
+    void setCacheLimit(qint64 bytes) override {
+        run(handle(), QStringLiteral("PRAGMA cache_size = -%1").arg(bytes / 1024));
+    }
     void requireInPlace() override;
+    qint64 changesOfOthers() override {
+        return number(handle(), QStringLiteral("PRAGMA data_version"));
+    }
+    bool isInTransaction() const noexcept override { return sqlite3_get_autocommit(handle()) == 0; }
+    void begin(int level) override;
+    void commit(int level) override;
+    void undo(int level) noexcept override;
+    void beginReading() override;
+    void endReading() noexcept override;
+    qint64 execute(const QString& statement, const Arguments& arguments) override {
+        statements_.run(handle(), statement, arguments);
+        return sqlite3_changes64(handle());
+    }
+    qint64 lastInsertedId() const override { return sqlite3_last_insert_rowid(handle()); }
+    QString lengthOf(const QString& table, const QString& column) const override {
+        return QStringLiteral("length(%1.%2)").arg(quoted(table), quoted(column));
+    }
     std::shared_ptr<LongBinary> field(const QString& table, const QString& column,
                                       qint32 id) override;
     std::optional<TableStructure> structure(const QString& table) override {
@@ -102,6 +128,7 @@ class SqliteFile final : public DatabaseFile {
     QString path_;
     std::unique_ptr<SqliteCopy> copy_;
     SafeHandle safe_;
+    StatementCache statements_;
     FileAt opened_;
     FileAt found_;           ///< the last time when it was looked at
     DatabaseHeader header_;  ///< when it was opened
@@ -195,6 +222,46 @@ class SqliteBlob final : public LongBinary, private HandleUser {
     std::unique_ptr<sqlite3_blob, BlobDeleter> blob_;
 };
 
+QString savepoint(int level) {
+    return QStringLiteral("level%1").arg(level);
+}
+
+void SqliteFile::begin(int level) {
+    // The write lock is taken at once: a wait for it in the middle could end in a deadlock.
+    statements_.run(handle(), level == 1 ? QStringLiteral("BEGIN IMMEDIATE")
+                                         : QStringLiteral("SAVEPOINT ") + savepoint(level));
+}
+
+void SqliteFile::commit(int level) {
+    statements_.run(handle(), level == 1 ? QStringLiteral("COMMIT")
+                                         : QStringLiteral("RELEASE ") + savepoint(level));
+}
+
+void SqliteFile::undo(int level) noexcept {
+    if (isInTransaction()) {
+        const QString statements =
+            level == 1 ? QStringLiteral("ROLLBACK")
+                       : QStringLiteral("ROLLBACK TO %1; RELEASE %1").arg(savepoint(level));
+        sqlite3_exec(handle(), statements.toUtf8().constData(), nullptr, nullptr, nullptr);
+    }
+}
+
+void SqliteFile::beginReading() {
+    run(handle(), QStringLiteral("BEGIN"));
+    try {
+        // The state is that of the first read.
+        run(handle(), QStringLiteral("Select 1 From sqlite_schema Limit 1"));
+        run(handle(), QStringLiteral("PRAGMA query_only = ON"));
+    } catch (const Error&) {
+        endReading();
+        throw;
+    }
+}
+
+void SqliteFile::endReading() noexcept {
+    sqlite3_exec(handle(), "PRAGMA query_only = OFF; COMMIT", nullptr, nullptr, nullptr);
+}
+
 std::shared_ptr<LongBinary> SqliteFile::field(const QString& table, const QString& column,
                                               qint32 id) {
     return std::make_shared<SqliteBlob>(*this, table, column, id);
@@ -243,11 +310,6 @@ QStringList SqliteFile::damages() {
         lines.append(error.description());
     }
     return lines;
-}
-
-qint64 number(sqlite3* database, const QString& query) {
-    const StatementHandle statement = prepare(database, query);
-    return step(statement.get()) ? sqlite3_column_int64(statement.get(), 0) : 0;
 }
 
 // SQLite reads a last page that was cut short as if zeros followed.

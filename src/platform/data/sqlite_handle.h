@@ -11,9 +11,6 @@
 
 namespace varo::data {
 
-/// Longest wait for a lock that another program holds, in milliseconds.
-inline constexpr int kLockTimeout = 2000;
-
 struct HandleDeleter {
     void operator()(sqlite3* handle) const noexcept { sqlite3_close_v2(handle); }
 };

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/data/connection.h"
+#include "platform/data/argument.h"
+#include "platform/data/error.h"
 #include "platform/data/identifiers.h"
 
+#include <QHash>
 #include <QString>
 
 #include <limits>

@@ -15,6 +15,9 @@ constexpr int kInstructionsBetweenChecks = 512;
 // Run in one or two milliseconds.
 constexpr qint64 kInstructionsBetweenQuestions = 20'000;
 
+// Read in less than a millisecond.
+constexpr qint64 kPagesBetweenChecks = 64;
+
 // A page takes as long as some instructions.
 constexpr qint64 kInstructionsOfPage = 8;
 
@@ -51,6 +54,7 @@ StatementWatch::StatementWatch(sqlite3* database, qint64 pageSize)
 void StatementWatch::restart() noexcept {
     ++statements_;
     taken_ = 0;
+    ownPages_ = 0;
     nextQuestion_ = kInstructionsBetweenQuestions;
     isUnwanted_ = false;
     for (const int count : {SQLITE_DBSTATUS_CACHE_HIT, SQLITE_DBSTATUS_CACHE_MISS}) {
@@ -111,7 +115,7 @@ void StatementWatch::setFileSize(qint64 bytes) {
 }
 
 qint64 StatementWatch::pagesTaken() const {
-    qint64 taken = 0;
+    qint64 taken = ownPages_;
     for (const int count : {SQLITE_DBSTATUS_CACHE_HIT, SQLITE_DBSTATUS_CACHE_MISS}) {
         int pages = 0;
         int highest = 0;
@@ -150,18 +154,35 @@ void StatementWatch::requireEnding(sqlite3_stmt* statement, qint64 row, qint64 p
 int StatementWatch::isToEnd(void* watch) {
     auto& self = *static_cast<StatementWatch*>(watch);
     self.taken_ += self.between_;
-    const qint64 pages = self.pagesTaken();
-    if (self.taken_ > self.most_ || self.areTooMany(pages, self.taken_) ||
-        (self.readsSchema_ && self.readsStatistics())) {
-        return 1;
+    return self.isToEnd() ? 1 : 0;
+}
+
+bool StatementWatch::isToEnd() {
+    const qint64 pages = pagesTaken();
+    if (taken_ > most_ || areTooMany(pages, taken_) || (readsSchema_ && readsStatistics())) {
+        return true;
     }
-    const qint64 work = self.taken_ + kInstructionsOfPage * pages;
-    if (work < self.nextQuestion_) {
-        return 0;
+    const qint64 work = taken_ + kInstructionsOfPage * pages;
+    if (work < nextQuestion_) {
+        return false;
     }
-    self.nextQuestion_ = work + kInstructionsBetweenQuestions;
-    self.isUnwanted_ = self.isWanted_ && !self.isWanted_();
-    return self.isUnwanted_ ? 1 : 0;
+    nextQuestion_ = work + kInstructionsBetweenQuestions;
+    isUnwanted_ = isWanted_ && !isWanted_();
+    return isUnwanted_;
+}
+
+void StatementWatch::takePage() {
+    ++ownPages_;
+    if (ownPages_ % kPagesBetweenChecks == 0 && isToEnd()) {
+        throw Error(QStringLiteral("interrupted"), Error::Cause::Interrupted);
+    }
+}
+
+void StatementWatch::requireWanted() {
+    if (++asked_ % kPagesBetweenChecks == 0 && isWanted_ && !isWanted_()) {
+        isUnwanted_ = true;
+        throw Error(QStringLiteral("interrupted"), Error::Cause::Interrupted);
+    }
 }
 
 void StatementWatch::throwEndless() {

@@ -42,6 +42,11 @@ class StatementWatch {
     /// How many statements have begun.
     quint64 statements() const noexcept { return statements_; }
 
+    /// A statement asks for a page that SQLite does not know of. Throws Error when the statement is
+    /// to end; so does the following, which does not count the page.
+    void takePage();
+    void requireWanted();
+
     /// Pages that statements have asked for since restart().
     qint64 pagesTaken() const;
 
@@ -66,6 +71,7 @@ class StatementWatch {
   private:
     void ask(int instructionsBetween);
     static int isToEnd(void* watch);
+    bool isToEnd();
     bool readsStatistics() const;
     bool areTooMany(qint64 pages, qint64 instructions) const;
     qint64 presentFileSize() const;
@@ -76,8 +82,10 @@ class StatementWatch {
     std::function<bool()> isWanted_;
     bool isUnwanted_ = false;
     bool readsSchema_ = false;
-    int between_ = 0;   ///< instructions between two questions
-    qint64 taken_ = 0;  ///< instructions since restart(), of statements that take many
+    int between_ = 0;      ///< instructions between two questions
+    qint64 ownPages_ = 0;  ///< that takePage() was told of since restart()
+    qint64 asked_ = 0;     ///< calls of requireWanted()
+    qint64 taken_ = 0;     ///< instructions since restart(), of statements that take many
     quint64 statements_ = 0;
     qint64 nextQuestion_ = 0;
     qint64 fileSize_ = 0;

@@ -4,8 +4,7 @@
 
 namespace varo::access {
 
-/// Reads the files of Microsoft Access: Jet 3 and 4, ACE. Their tables are seen through a database
-/// of SQLite in memory; they cannot be written.
+/// The files of Microsoft Access: Jet 4 and ACE, and Jet 3, which can only be read.
 class AccessDriver final : public data::Driver {
   public:
     std::unique_ptr<data::DatabaseFile> open(const QString& path,

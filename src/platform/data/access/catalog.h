@@ -12,6 +12,7 @@ namespace varo::access {
 struct CatalogEntry {
     QString name;
     PageNumber page = 0;  ///< of its definition
+    bool operator==(const CatalogEntry&) const = default;
 };
 
 /// The tables that users made, in the order of the file's catalog; not its own ones, queries and

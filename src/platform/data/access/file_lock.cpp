@@ -15,7 +15,6 @@ namespace varo::access {
 namespace {
 
 constexpr int kBetweenTries = 10'000;  ///< microseconds
-constexpr int kTries = data::kLockTimeout * 1000 / kBetweenTries;
 
 struct flock rangeOf(LockByte byte, short kind) {
     // No Access file is so long.
@@ -35,13 +34,13 @@ bool setLock(int descriptor, LockByte byte, short kind) noexcept {
 
 }  // namespace
 
-void lock(int descriptor, LockByte byte, LockKind kind) {
+void lock(int descriptor, LockByte byte, LockKind kind, int wait) {
     const short wanted = kind == LockKind::Shared ? F_RDLCK : F_WRLCK;
     for (int tries = 1; !setLock(descriptor, byte, wanted); ++tries) {
         if (errno != EAGAIN && errno != EACCES && errno != EINTR) {
             throwSystemError();
         }
-        if (tries > kTries) {
+        if (tries > wait * 1000 / kBetweenTries) {
             throw data::Error(byte == LockByte::Readers && kind == LockKind::Alone
                                   ? QStringLiteral("another program is reading the file")
                                   : QStringLiteral("another program is writing to the file"),

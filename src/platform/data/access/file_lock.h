@@ -15,9 +15,9 @@ enum class LockByte {
 
 enum class LockKind { Shared, Alone };
 
-/// Waits for other programs two seconds at most; throws data::Error that isLocked() then. A lock
-/// that is held already becomes one of this kind.
-void lock(int descriptor, LockByte byte, LockKind kind);
+/// Waits so many milliseconds at most for other programs; throws data::Error that isLocked() then.
+/// A lock that is held already becomes one of this kind.
+void lock(int descriptor, LockByte byte, LockKind kind, int wait);
 void unlock(int descriptor, LockByte byte) noexcept;
 
 /// Whether a program holds a lock that keeps this one from locking the byte alone. Throws

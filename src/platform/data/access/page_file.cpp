@@ -94,6 +94,7 @@ void PageFile::refresh() {
     if (const State found = state(); found != state_) {
         forgetPages();
         setState(found);
+        ++stateNumber_;
     }
 }
 
@@ -109,7 +110,7 @@ void PageFile::recover() {
         foreignJournal_.clear();
         return;
     }
-    lock(descriptor_, LockByte::Readers, LockKind::Alone);
+    lock(descriptor_, LockByte::Readers, LockKind::Alone, lockWait_);
     try {
         Journal journal(journalPath_);
         switch (journal.find(descriptor_, layout_.pageSize)) {
@@ -143,7 +144,7 @@ void PageFile::releaseReadersAlone() noexcept {
         return;
     }
     try {
-        lock(descriptor_, LockByte::Readers, LockKind::Shared);
+        lock(descriptor_, LockByte::Readers, LockKind::Shared, lockWait_);
     } catch (const data::Error&) {
         // The lock that is held keeps more programs out than needed, until reading ends.
     }
@@ -161,7 +162,7 @@ void PageFile::readPastJournal() {
         return;
     }
     unlock(descriptor_, LockByte::Readers);
-    lock(descriptor_, LockByte::Writer, LockKind::Alone);
+    lock(descriptor_, LockByte::Writer, LockKind::Alone, lockWait_);
     try {
         recover();
     } catch (...) {
@@ -169,12 +170,12 @@ void PageFile::readPastJournal() {
         throw;
     }
     unlock(descriptor_, LockByte::Writer);
-    lock(descriptor_, LockByte::Readers, LockKind::Shared);
+    lock(descriptor_, LockByte::Readers, LockKind::Shared, lockWait_);
 }
 
 void PageFile::beginReading() {
     if (readers_ == 0) {
-        lock(descriptor_, LockByte::Readers, LockKind::Shared);
+        lock(descriptor_, LockByte::Readers, LockKind::Shared, lockWait_);
         try {
             if (!isWriting_) {
                 // While a program holds the writer's lock the journal is one of a commit that has
@@ -207,6 +208,9 @@ void PageFile::endReading() noexcept {
 }
 
 Page PageFile::page(PageNumber number) {
+    if (tell_) {
+        tell_();
+    }
     if (isWriting_) {
         if (Page changed = changes_.find(number)) {
             return changed;
@@ -229,7 +233,8 @@ Page PageFile::unchangedPage(PageNumber number) {
 }
 
 void PageFile::keep(PageNumber number, const Page& page) {
-    if (static_cast<qint64>(kept_.size()) * layout_.pageSize >= kCachedBytes) {
+    while (!used_.empty() &&
+           static_cast<qint64>(kept_.size() + 1) * layout_.pageSize > cachedBytes_) {
         kept_.erase(used_.back());
         used_.pop_back();
     }

@@ -8,6 +8,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <list>
 
 namespace varo::access {
@@ -22,7 +23,7 @@ enum class PageKind : quint8 {
     UsageMap = 5
 };
 
-/// The pages of an open Access file. Those that were read last are kept, kCachedBytes of them.
+/// The pages of an open Access file. Those that were read last are kept.
 /// Everything that fails throws data::Error.
 class PageFile {
   public:
@@ -31,6 +32,12 @@ class PageFile {
     PageFile(const QString& path, const Header& header, data::Access access);
     ~PageFile();
     Q_DISABLE_COPY_MOVE(PageFile)
+
+    /// How long a lock of another program is waited for, in milliseconds; two seconds at first.
+    void setLockWait(int milliseconds) noexcept { lockWait_ = milliseconds; }
+
+    /// How many bytes of pages that were read are kept.
+    void setCacheLimit(qint64 bytes) noexcept { cachedBytes_ = bytes; }
 
     const Header& header() const noexcept { return header_; }
     const Layout& layout() const noexcept { return layout_; }
@@ -43,6 +50,13 @@ class PageFile {
 
     /// The same; throws Error when it is not of this kind.
     Page page(PageNumber number, PageKind kind);
+
+    /// `tell` is called whenever a page is asked for with page(). What it throws page() throws.
+    void setPageNotice(std::function<void()> tell) { tell_ = std::move(tell); }
+
+    /// A number for the present state of the file. It changes when beginReading() or begin() finds
+    /// that another program has changed the file.
+    quint64 stateNumber() const noexcept { return stateNumber_; }
 
     /// Keeps other programs of ours from writing until endReading(), which is to be called as
     /// often. Forgets the pages that were read before when the file has been changed since. Throws
@@ -84,8 +98,6 @@ class PageFile {
     void releaseSavepoint(int savepoint) noexcept { changes_.releaseSavepoint(savepoint); }
 
   private:
-    static constexpr qint64 kCachedBytes = 8 << 20;
-
     struct Kept {
         Page page;
         std::list<PageNumber>::iterator used;
@@ -129,7 +141,11 @@ class PageFile {
     QString foreignJournal_;  ///< what is wrong with the journal beside the file
     quint32 pageCount_ = 0;
     State state_{};
+    quint64 stateNumber_ = 0;
+    std::function<void()> tell_;
     int readers_ = 0;
+    int lockWait_ = data::kLockTimeout;
+    qint64 cachedBytes_ = 8 << 20;
     std::unordered_map<PageNumber, Kept> kept_;
     std::list<PageNumber> used_;            ///< the last one first
     std::unique_ptr<Journal> interrupted_;  ///< of a commit that only its former pages are read of

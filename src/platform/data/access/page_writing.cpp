@@ -19,11 +19,11 @@ namespace {
 constexpr PageNumber kMostPages = 0x7FFF'F;
 
 /// The map of the file's free pages.
-constexpr RowPlace kFreePages{1, 0};
+constexpr RowPlace kFreePages{kMapsPage, 0};
 
 /// The pages before it are in every file and never free: the header, the page with the map of
 /// free pages, the definition of the table of all objects.
-constexpr PageNumber kFirstPage = 3;
+constexpr PageNumber kFirstPage = kCatalogPage + 1;
 
 [[noreturn]] void throwReadOnly(const QString& why) {
     throw data::Error(QStringLiteral("the file can only be read: %1").arg(why));
@@ -39,7 +39,7 @@ void PageFile::begin() {
         throwReadOnly(readOnlyReason_);
     }
     requireWritableInPlace();
-    lock(descriptor_, LockByte::Writer, LockKind::Alone);
+    lock(descriptor_, LockByte::Writer, LockKind::Alone, lockWait_);
     try {
         recover();
         if (!foreignJournal_.isEmpty()) {
@@ -172,7 +172,7 @@ void PageFile::writeChanges() {
                         [this](PageNumber number) { return unchangedPage(number); }},
                        changes_);
     try {
-        lock(descriptor_, LockByte::Readers, LockKind::Alone);
+        lock(descriptor_, LockByte::Readers, LockKind::Alone, lockWait_);
         requireUnchanged();
     } catch (...) {
         releaseReadersAlone();
@@ -226,7 +226,7 @@ void PageFile::keepChanges() {
             kept_.erase(found);
         }
     }
-    if (static_cast<qint64>(numbers.size()) * layout_.pageSize <= kCachedBytes) {
+    if (static_cast<qint64>(numbers.size()) * layout_.pageSize <= cachedBytes_) {
         for (const PageNumber number : numbers) {
             keep(number, changes_.find(number));
         }

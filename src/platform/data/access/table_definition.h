@@ -46,12 +46,14 @@ struct Column {
     int scale = 0;
     quint16 sortOrder = 0;
     quint8 sortVersion = 0;
+    bool operator==(const Column&) const = default;
 };
 
 /// A column of an index.
 struct IndexColumn {
     int column = 0;  ///< the number of the table's column
     bool isDescending = false;
+    bool operator==(const IndexColumn&) const = default;
 };
 
 /// The maps of the pages on which the values of a memo or OLE column are.
@@ -59,6 +61,7 @@ struct LongValuePages {
     int column = 0;  ///< the number of the table's column
     RowPlace owned;
     RowPlace withRoom;
+    bool operator==(const LongValuePages&) const = default;
 };
 
 /// The tree of an index, and what it demands.
@@ -72,6 +75,7 @@ struct Index {
     bool isRequired = false;
     bool isPrimary = false;
     bool isForeign = false;  ///< a relationship with another table uses it
+    bool operator==(const Index&) const = default;
 };
 
 /// How a file keeps a table.
@@ -97,7 +101,11 @@ struct TableDefinition {
 
     /// The maps for a memo or OLE column. Throws data::Error when the definition has none.
     const LongValuePages& longValuePagesOf(const Column& column) const;
+    bool operator==(const TableDefinition&) const = default;
 };
+
+/// Whether both are the same but for what changes with the rows of a table.
+bool isSameTable(TableDefinition one, const TableDefinition& other);
 
 /// Reads the definition that begins on `page`. Throws data::Error when it is damaged.
 TableDefinition readTable(PageFile& file, PageNumber page);

@@ -27,4 +27,8 @@ TableRules readTableRules(PageFile& file, const TableDefinition& table);
 /// damaged.
 TableRules rulesOf(const TableDefinition& table, const QByteArray& properties);
 
+/// The properties that state the rules of the columns, from which rulesOf() makes these again;
+/// empty when there is nothing to state.
+QByteArray propertiesOf(const TableDefinition& table, const TableRules& rules);
+
 }  // namespace varo::access

@@ -20,11 +20,15 @@ struct RowPlace {
     void write(char* to) const {
         qToLittleEndian((quint32{page} << 8) | static_cast<quint32>(row), to);
     }
+    bool operator==(const RowPlace&) const = default;
 };
 
 /// The pages that the usage map at `place` marks, in ascending order; those behind the end of the
 /// file are left out. Throws data::Error when the map is damaged.
 std::vector<PageNumber> markedPages(PageFile& file, RowPlace place);
+
+/// Bytes of a map in a row when it is new; of zeros, it marks no page.
+inline constexpr int kMapBytes = 69;
 
 /// The first one from `from` on, nothing when there is none.
 std::optional<PageNumber> firstMarked(PageFile& file, RowPlace place, PageNumber from);

@@ -1,18 +1,13 @@
 #include "platform/data/access/virtual_table.h"
 
-#include "platform/data/access/index_key.h"
-#include "platform/data/access/index_scan.h"
 #include "platform/data/access/long_value.h"
+#include "platform/data/access/table_cursor.h"
+#include "platform/data/access/table_plan.h"
 #include "platform/data/access/value.h"
 #include "platform/data/identifiers.h"
 #include "platform/data/statement.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <limits>
-#include <memory>
-#include <optional>
 
 namespace varo::access {
 
@@ -20,27 +15,9 @@ namespace {
 
 constexpr char kModule[] = "access_table";
 
-/// What xBestIndex() decides for xFilter(): how the rows are found. The number of an index stands
-/// above the bits that say which values there are for its first column.
-enum Plan : int {
-    kWholeTable = 0,
-    kRowNumber = 1,
-    kByIndex = 2,
-    kKind = 3,  ///< the bits of the above
-    kEqual = 4,
-    kAbove = 8,   ///< not below the value
-    kBelow = 16,  ///< not above the value
-    kIndexShift = 8,
-};
-
-struct Shown {
-    PageFile& file;
-    const std::vector<SeenTable>& tables;
-};
-
 struct Table : sqlite3_vtab {
-    PageFile* file;
-    const SeenTable* seen;
+    SeenTables* all;
+    SeenTable* seen;
     std::vector<std::size_t> lengths;  ///< the columns whose lengths follow the columns
 
     const TableDefinition& definition() const { return seen->definition; }
@@ -48,8 +25,17 @@ struct Table : sqlite3_vtab {
     int fail(const data::Error& error) {
         sqlite3_free(zErrMsg);
         zErrMsg = sqlite3_mprintf("%s: %s", seen->entry.name.toUtf8().constData(), error.what());
-        return error.isLocked() ? SQLITE_BUSY : SQLITE_ERROR;
+        return error.isLocked()        ? SQLITE_BUSY
+               : error.isInterrupted() ? SQLITE_INTERRUPT
+                                       : SQLITE_ERROR;
     }
+};
+
+struct Cursor : sqlite3_vtab_cursor {
+    explicit Cursor(Table& table)
+        : sqlite3_vtab_cursor{&table}, rows(table.all->file, table.definition()) {}
+
+    TableCursor rows;
 };
 
 bool isLong(const Column& column) {
@@ -99,158 +85,7 @@ QString declaration(Table& table) {
     return QStringLiteral("CREATE TABLE x(%1)").arg(columns.join(u','));
 }
 
-/// The rows that a statement reads, in one of the ways of a Plan.
-class Cursor : public sqlite3_vtab_cursor {
-  public:
-    explicit Cursor(Table& table) : sqlite3_vtab_cursor{&table}, table_(table) {
-        table_.file->beginReading();
-    }
-    ~Cursor() { table_.file->endReading(); }
-    Q_DISABLE_COPY_MOVE(Cursor)
-
-    void filter(int plan, sqlite3_value** values);
-    void next();
-    bool isAtEnd() const { return !row_.has_value(); }
-    qint64 number() const { return rowNumber(place_); }
-    void giveColumn(sqlite3_context* context, std::size_t column);
-
-  private:
-    void find(RowPlace place);
-    void filterByIndex(int plan, sqlite3_value** values);
-
-    Table& table_;
-    std::unique_ptr<RowScan> rows_;
-    std::unique_ptr<IndexScan> entries_;
-    QByteArray last_;  ///< beginning of the last key that is wanted
-    bool hasLast_ = false;
-    RowPlace place_;
-    std::optional<Row> row_;
-};
-
-void Cursor::find(RowPlace place) {
-    row_.reset();
-    place_ = place;
-    PageFile& file = *table_.file;
-    const Page page = file.page(place.page);
-    const Bytes bytes(*page);
-    if (static_cast<PageKind>(bytes.byte(0)) == PageKind::Data &&
-        ownerOf(bytes) == table_.definition().page && place.row < rowCount(file.layout(), bytes)) {
-        if (const auto found = findRow(file, place)) {
-            row_.emplace(file.layout(), table_.definition(), found->page, found->bytes);
-        }
-    }
-}
-
-void Cursor::filter(int plan, sqlite3_value** values) {
-    rows_.reset();
-    entries_.reset();
-    last_.clear();
-    row_.reset();
-    if (!table_.seen->damage.isEmpty()) {
-        throw data::Error(table_.seen->damage);
-    }
-    switch (plan & kKind) {
-        case kRowNumber: {
-            const qint64 number = sqlite3_value_int64(values[0]);
-            const RowPlace place = rowPlace(number);
-            if (number >= 0 && rowNumber(place) == number &&
-                place.page < table_.file->pageCount()) {
-                find(place);
-            }
-            break;
-        }
-        case kByIndex:
-            filterByIndex(plan, values);
-            break;
-        default:
-            rows_ = std::make_unique<RowScan>(*table_.file, table_.definition());
-            next();
-    }
-}
-
-/// A bound as a whole number: the least that is not below `value`, or the largest that is not above
-/// it; nothing when `value` is no number.
-std::optional<qint64> wholeBound(sqlite3_value* value, bool isUpper) {
-    switch (sqlite3_value_numeric_type(value)) {
-        case SQLITE_INTEGER:
-            return sqlite3_value_int64(value);
-        case SQLITE_FLOAT: {
-            constexpr double kMost = 4e18;
-            const double number = sqlite3_value_double(value);
-            const double whole = isUpper ? std::floor(number) : std::ceil(number);
-            return static_cast<qint64>(std::clamp(whole, -kMost, kMost));
-        }
-        default:
-            return std::nullopt;
-    }
-}
-
-void Cursor::filterByIndex(int plan, sqlite3_value** values) {
-    const TableDefinition& table = table_.definition();
-    const Index& index = table.indexes[static_cast<std::size_t>(plan >> kIndexShift)];
-    const IndexColumn& first = index.columns.front();
-    const Column& column = *table.columnByNumber(first.column);
-    // A bound that the column's type does not have is none, or leaves nothing.
-    const auto [least, most] = numberRange(column);
-    qint64 lower = least;
-    qint64 upper = most;
-    int at = 0;
-    for (const int use : {kEqual, kAbove, kBelow}) {
-        if ((plan & use) == 0) {
-            continue;
-        }
-        sqlite3_value* value = values[at++];
-        const auto low = wholeBound(value, false);
-        const auto high = wholeBound(value, true);
-        if (!low || !high) {
-            if (sqlite3_value_type(value) == SQLITE_NULL || use == kEqual) {
-                return;  // nothing compares with NULL, and no number equals a text
-            }
-            continue;  // every number is below every text: the statement itself compares
-        }
-        lower = use == kBelow ? lower : std::max(lower, *low);
-        upper = use == kAbove ? upper : std::min(upper, *high);
-    }
-    if (lower > upper) {
-        return;
-    }
-    QByteArray begin;
-    // Without a value the entries of NULL are wanted, too.
-    hasLast_ = (plan & (kEqual | kAbove | kBelow)) != 0;
-    if (hasLast_) {
-        appendNumberKey(column, first.isDescending, first.isDescending ? upper : lower, begin);
-        appendNumberKey(column, first.isDescending, first.isDescending ? lower : upper, last_);
-    }
-    entries_ = std::make_unique<IndexScan>(*table_.file, index.root, begin);
-    next();
-}
-
-void Cursor::next() {
-    row_.reset();
-    if (rows_ != nullptr) {
-        if (const auto found = rows_->next()) {
-            place_ = rows_->place();
-            row_.emplace(table_.file->layout(), table_.definition(), found->page, found->bytes);
-        }
-        return;
-    }
-    while (entries_ != nullptr && !row_ && entries_->next() &&
-           (!hasLast_ || entries_->key().left(last_.size()) <= last_)) {
-        find(entries_->place());
-    }
-}
-
-void Cursor::giveColumn(sqlite3_context* context, std::size_t column) {
-    const auto& columns = table_.definition().columns;
-    PageFile& file = *table_.file;
-    if (column >= columns.size()) {
-        const auto field = row_->field(columns.at(table_.lengths.at(column - columns.size())));
-        if (field && !field->isEmpty()) {
-            sqlite3_result_int64(context, longValueSize(*field));
-        }
-        return;
-    }
-    const Value value = fieldValue(file, *row_, columns[column]);
+void give(sqlite3_context* context, const Value& value) {
     if (const auto* integer = std::get_if<qint64>(&value)) {
         sqlite3_result_int64(context, *integer);
     } else if (const auto* real = std::get_if<double>(&value)) {
@@ -263,6 +98,72 @@ void Cursor::giveColumn(sqlite3_context* context, std::size_t column) {
         sqlite3_result_blob64(context, binary->constData(),
                               static_cast<sqlite3_uint64>(binary->size()), SQLITE_TRANSIENT);
     }
+}
+
+void giveField(const Table& table, const Row& row, sqlite3_context* context, std::size_t column) {
+    const auto& columns = table.definition().columns;
+    if (column < columns.size()) {
+        give(context, fieldValue(table.all->file, row, columns[column]));
+        return;
+    }
+    const auto field = row.field(columns.at(table.lengths.at(column - columns.size())));
+    if (field && !field->isEmpty()) {
+        sqlite3_result_int64(context, longValueSize(*field));
+    }
+}
+
+Value valueOf(sqlite3_value* value) {
+    switch (sqlite3_value_type(value)) {
+        case SQLITE_INTEGER:
+            return qint64{sqlite3_value_int64(value)};
+        case SQLITE_FLOAT:
+            return sqlite3_value_double(value);
+        case SQLITE_TEXT: {
+            const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+            return Text{QByteArray(text, sqlite3_value_bytes(value))};
+        }
+        case SQLITE_BLOB: {
+            const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
+            return QByteArray(bytes, sqlite3_value_bytes(value));
+        }
+        default:
+            return {};
+    }
+}
+
+/// What a statement says of the fields of a row: the values of all columns, in their order.
+std::vector<FieldChange> changesIn(const Table& table, sqlite3_value** values) {
+    std::vector<FieldChange> changes;
+    const std::size_t columns = table.definition().columns.size();
+    for (std::size_t i = 0; i < columns; ++i) {
+        if (sqlite3_value_nochange(values[i]) != 0) {
+            changes.emplace_back(Kept{});
+        } else {
+            changes.emplace_back(valueOf(values[i]));
+        }
+    }
+    for (std::size_t i = 0; i < table.lengths.size(); ++i) {
+        sqlite3_value* length = values[columns + i];
+        if (sqlite3_value_nochange(length) == 0 && sqlite3_value_type(length) != SQLITE_NULL) {
+            throw data::Error(QStringLiteral("the length of a value cannot be written"));
+        }
+    }
+    return changes;
+}
+
+/// The number that the table gave to the row; 0 when it gives none.
+qint64 autoNumberOf(PageFile& file, const TableDefinition& table, RowPlace place) {
+    const auto column = std::find_if(
+        table.columns.begin(), table.columns.end(),
+        [](const Column& each) { return each.isAutoNumber && each.type == FieldType::Long; });
+    const auto found = column == table.columns.end() ? std::nullopt : findRow(file, place);
+    if (!found) {
+        return 0;
+    }
+    const Row row(file.layout(), table, found->page, found->bytes);
+    const Value value = fieldValue(file, row, *column);
+    const auto* number = std::get_if<qint64>(&value);
+    return number == nullptr ? 0 : *number;
 }
 
 /// Runs `operation` for SQLite: its Error becomes the table's.
@@ -282,10 +183,10 @@ int guarded(sqlite3_vtab* table, Operation operation) {
 
 int connect(sqlite3* database, void* shown, int count, const char* const* arguments,
             sqlite3_vtab** result, char** message) {
-    const auto& all = *static_cast<Shown*>(shown);
+    auto& all = *static_cast<SeenTables*>(shown);
     const std::size_t number = count > 3 ? QByteArray(arguments[3]).toULongLong() : 0;
     auto table = std::make_unique<Table>();
-    table->file = &all.file;
+    table->all = &all;
     table->seen = &all.tables.at(number);
     const QByteArray declared = declaration(*table).toUtf8();
     const int outcome = sqlite3_declare_vtab(database, declared.constData());
@@ -302,115 +203,8 @@ int disconnect(sqlite3_vtab* table) {
     return SQLITE_OK;
 }
 
-/// The use that a condition on the first column of an index can have.
-int useOf(int operation) {
-    switch (operation) {
-        case SQLITE_INDEX_CONSTRAINT_EQ:
-            return kEqual;
-        case SQLITE_INDEX_CONSTRAINT_GT:
-        case SQLITE_INDEX_CONSTRAINT_GE:
-            return kAbove;
-        case SQLITE_INDEX_CONSTRAINT_LT:
-        case SQLITE_INDEX_CONSTRAINT_LE:
-            return kBelow;
-        default:
-            return 0;
-    }
-}
-
-/// A way to find the rows, and what SQLite is to hand to it.
-struct Choice {
-    int plan = kWholeTable;
-    std::array<int, 3> constraints{-1, -1, -1};  ///< by use: equal, above, below
-    double cost = 0;
-    sqlite3_int64 rows = 0;
-    bool isOrdered = false;
-};
-
-bool isOrderedBy(const sqlite3_index_info& info, int column) {
-    return info.nOrderBy == 1 && info.aOrderBy[0].iColumn == column && info.aOrderBy[0].desc == 0;
-}
-
-Choice choiceFor(const Table& table, const sqlite3_index_info& info, std::size_t number) {
-    const Index& index = table.definition().indexes[number];
-    const auto rows = static_cast<double>(std::max<quint32>(table.definition().rowCount, 10));
-    Choice choice;
-    const int column = table.definition().positionOf(index.columns.front().column);
-    for (int i = 0; i < info.nConstraint; ++i) {
-        const auto& constraint = info.aConstraint[i];
-        const int use = useOf(constraint.op);
-        if (constraint.usable != 0 && constraint.iColumn == column && use != 0) {
-            const std::size_t place = use == kEqual ? 0 : use == kAbove ? 1 : 2;
-            choice.constraints[place] = i;
-        }
-    }
-    if (choice.constraints[0] >= 0) {
-        choice.constraints[1] = choice.constraints[2] = -1;
-    }
-    choice.isOrdered =
-        isOrderedBy(info, column) && !index.columns.front().isDescending && !index.ignoresNulls;
-    const double share = choice.constraints[0] >= 0 ? 1 / std::sqrt(rows)
-                         : choice.constraints[1] >= 0 || choice.constraints[2] >= 0 ? 0.25
-                                                                                    : 1;
-    const bool isSingle = choice.constraints[0] >= 0 && index.isUnique && index.columns.size() == 1;
-    choice.rows = isSingle ? 1 : static_cast<sqlite3_int64>(rows * share) + 1;
-    choice.cost = static_cast<double>(choice.rows) * 2 + 10;
-    choice.plan = kByIndex | static_cast<int>(number << kIndexShift);
-    return choice;
-}
-
-Choice bestChoice(const Table& table, const sqlite3_index_info& info) {
-    const TableDefinition& definition = table.definition();
-    const auto rows = static_cast<double>(definition.rowCount) + 10;
-    Choice best;
-    best.rows = static_cast<sqlite3_int64>(rows);
-    best.cost = rows * 1.5 + 20;
-    best.isOrdered = isOrderedBy(info, -1);
-    for (int i = 0; i < info.nConstraint; ++i) {
-        const auto& constraint = info.aConstraint[i];
-        if (constraint.usable != 0 && constraint.iColumn < 0 &&
-            constraint.op == SQLITE_INDEX_CONSTRAINT_EQ) {
-            return {kRowNumber, {i, -1, -1}, 1, 1, true};
-        }
-    }
-    for (std::size_t i = 0; i < definition.indexes.size(); ++i) {
-        const Index& index = definition.indexes[i];
-        const Column* column = index.columns.empty()
-                                   ? nullptr
-                                   : definition.columnByNumber(index.columns.front().column);
-        if (column == nullptr || !hasNumberKey(*column)) {
-            continue;
-        }
-        const Choice choice = choiceFor(table, info, i);
-        const bool isUseful = choice.isOrdered || choice.rows < best.rows;
-        const double sorting = info.nOrderBy > 0 && !choice.isOrdered ? 1.2 : 1;
-        const double bestSorting = info.nOrderBy > 0 && !best.isOrdered ? 3 : 1;
-        if (isUseful && choice.cost * sorting < best.cost * bestSorting) {
-            best = choice;
-        }
-    }
-    return best;
-}
-
-int chooseIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
-    const Choice choice = bestChoice(*static_cast<Table*>(base), *info);
-    int plan = choice.plan;
-    int arguments = 0;
-    for (std::size_t use = 0; use < choice.constraints.size(); ++use) {
-        if (const int constraint = choice.constraints[use]; constraint >= 0) {
-            info->aConstraintUsage[constraint].argvIndex = ++arguments;
-            if ((plan & kKind) == kByIndex) {
-                plan |= kEqual << use;
-            }
-        }
-    }
-    info->idxNum = plan;
-    info->estimatedCost = choice.cost;
-    info->estimatedRows = choice.rows;
-    info->orderByConsumed = choice.isOrdered ? 1 : 0;
-    if (choice.rows == 1) {
-        info->idxFlags |= SQLITE_INDEX_SCAN_UNIQUE;
-    }
+int chooseIndex(sqlite3_vtab* table, sqlite3_index_info* info) {
+    choosePlan(static_cast<Table*>(table)->definition(), *info);
     return SQLITE_OK;
 }
 
@@ -424,26 +218,65 @@ int close(sqlite3_vtab_cursor* cursor) {
 }
 
 int filter(sqlite3_vtab_cursor* cursor, int plan, const char*, int, sqlite3_value** values) {
-    return guarded(cursor->pVtab, [&] { static_cast<Cursor*>(cursor)->filter(plan, values); });
+    return guarded(cursor->pVtab, [&] {
+        const auto& table = *static_cast<Table*>(cursor->pVtab);
+        if (!table.seen->damage.isEmpty()) {
+            throw data::Error(table.seen->damage);
+        }
+        static_cast<Cursor*>(cursor)->rows.filter(plan, values);
+    });
 }
 
 int next(sqlite3_vtab_cursor* cursor) {
-    return guarded(cursor->pVtab, [&] { static_cast<Cursor*>(cursor)->next(); });
+    return guarded(cursor->pVtab, [&] { static_cast<Cursor*>(cursor)->rows.next(); });
 }
 
 int isAtEnd(sqlite3_vtab_cursor* cursor) {
-    return static_cast<Cursor*>(cursor)->isAtEnd() ? 1 : 0;
+    return static_cast<Cursor*>(cursor)->rows.isAtEnd() ? 1 : 0;
 }
 
 int giveColumn(sqlite3_vtab_cursor* cursor, sqlite3_context* context, int column) {
+    if (sqlite3_vtab_nochange(context) != 0) {
+        return SQLITE_OK;  // an update keeps the field
+    }
     return guarded(cursor->pVtab, [&] {
-        static_cast<Cursor*>(cursor)->giveColumn(context, static_cast<std::size_t>(column));
+        giveField(*static_cast<Table*>(cursor->pVtab), static_cast<Cursor*>(cursor)->rows.row(),
+                  context, static_cast<std::size_t>(column));
     });
 }
 
 int giveNumber(sqlite3_vtab_cursor* cursor, sqlite3_int64* number) {
-    *number = static_cast<Cursor*>(cursor)->number();
+    *number = static_cast<Cursor*>(cursor)->rows.number();
     return SQLITE_OK;
+}
+
+/// The row is `values[0]`, NULL for a new one, and is to be `values[1]`; its fields follow, unless
+/// it is to be removed.
+int update(sqlite3_vtab* base, int count, sqlite3_value** values, sqlite3_int64* newNumber) {
+    return guarded(base, [&] {
+        const auto& table = *static_cast<Table*>(base);
+        SeenTables& all = *table.all;
+        TableWriter& writer = all.writerOf(*table.seen);
+        const ChangingRows changing(all);
+        const RowPlace place = rowPlace(sqlite3_value_int64(values[0]));
+        if (count == 1) {
+            writer.remove(place);
+            return;
+        }
+        const bool isNew = sqlite3_value_type(values[0]) == SQLITE_NULL;
+        const bool hasNumber = sqlite3_value_type(values[1]) != SQLITE_NULL;
+        if (isNew ? hasNumber : sqlite3_value_int64(values[0]) != sqlite3_value_int64(values[1])) {
+            throw data::Error(QStringLiteral("the number of a row cannot be chosen"));
+        }
+        const std::vector<FieldChange> changes = changesIn(table, values + 2);
+        if (!isNew) {
+            writer.update(place, changes);
+            return;
+        }
+        const RowPlace added = writer.insert(changes);
+        all.lastAutoNumber = autoNumberOf(all.file, table.definition(), added);
+        *newNumber = rowNumber(added);
+    });
 }
 
 constexpr sqlite3_module module() {
@@ -461,6 +294,7 @@ constexpr sqlite3_module module() {
     functions.xEof = isAtEnd;
     functions.xColumn = giveColumn;
     functions.xRowid = giveNumber;
+    functions.xUpdate = update;
     return functions;
 }
 
@@ -472,21 +306,25 @@ QString lengthColumn(const QString& column) {
     return column + QStringLiteral("#length");
 }
 
-void showTables(sqlite3* database, PageFile& file, std::vector<SeenTable>& tables) {
-    const int result =
-        sqlite3_create_module_v2(database, kModule, &kFunctions, new Shown{file, tables},
-                                 [](void* shown) { delete static_cast<Shown*>(shown); });
-    if (result != SQLITE_OK) {
+TableWriter& SeenTables::writerOf(SeenTable& table) {
+    if (table.changer == nullptr) {
+        table.changer = std::make_unique<RowChanger>(file, table.definition, table.entry.name);
+    }
+    return table.changer->writer;
+}
+
+void showTables(sqlite3* database, SeenTables& tables) {
+    if (sqlite3_create_module_v2(database, kModule, &kFunctions, &tables, nullptr) != SQLITE_OK) {
         data::throwLastError(database);
     }
-    for (std::size_t i = 0; i < tables.size(); ++i) {
+    for (std::size_t i = 0; i < tables.tables.size(); ++i) {
+        SeenTable& table = tables.tables[i];
         try {
             data::run(database, QStringLiteral("CREATE VIRTUAL TABLE %1 USING %2(%3)")
-                                    .arg(data::quoted(tables[i].entry.name),
-                                         QLatin1StringView(kModule), QString::number(i)));
-        } catch (
-            const data::Error& error) {  // its name, or one of its columns, is none of SQLite's
-            tables[i].damage = error.description();
+                                    .arg(data::quoted(table.entry.name), QLatin1StringView(kModule),
+                                         QString::number(i)));
+        } catch (const data::Error& error) {
+            table.damage = error.description();  // a name that SQLite does not have
         }
     }
 }

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "platform/data/access/catalog.h"
-#include "platform/data/access/page_file.h"
+#include "platform/data/access/tree_index_keeper.h"
 
+#include <memory>
 #include <sqlite3.h>
+#include <utility>
 #include <vector>
 
 namespace varo::access {
@@ -12,16 +14,56 @@ namespace varo::access {
 /// It reads none of the value.
 QString lengthColumn(const QString& column);
 
+/// What changes the rows of a table; made when it is first wanted.
+struct RowChanger {
+    /// The first two are to live as long. Throws data::Error when the table cannot be written.
+    RowChanger(PageFile& file, const TableDefinition& table, const QString& name)
+        : rules(readTableRules(file, table)),
+          indexes(file, table, name),
+          writer(file, table, rules, indexes) {}
+    Q_DISABLE_COPY_MOVE(RowChanger)
+
+    TableRules rules;
+    TreeIndexKeeper indexes;
+    TableWriter writer;
+};
+
 /// A table of a file that SQLite is to see.
 struct SeenTable {
     CatalogEntry entry;
     TableDefinition definition;
     QString damage;  ///< what is wrong with the definition, which then has no columns
+    std::unique_ptr<RowChanger> changer;
 };
 
-/// Makes the tables of a file seen as tables of `database`, under their names. `file` and `tables`
-/// must outlive `database`. A table whose names are impossible there is
-/// left out, with that as its damage. Throws data::Error when no table can be made.
-void showTables(sqlite3* database, PageFile& file, std::vector<SeenTable>& tables);
+/// The tables of a file, and what statements do to them.
+struct SeenTables {
+    PageFile& file;
+    std::vector<SeenTable> tables;
+    qint64 lastAutoNumber = 0;  ///< of the row that a statement inserted last
+    bool isChanging = false;    ///< a row is being inserted, changed or removed
+
+    /// Throws data::Error when the table cannot be written.
+    TableWriter& writerOf(SeenTable& table);
+};
+
+/// While it lives, a row is being inserted, changed or removed.
+class ChangingRows {
+  public:
+    explicit ChangingRows(SeenTables& tables)
+        : tables_(tables), was_(std::exchange(tables.isChanging, true)) {}
+    ~ChangingRows() { tables_.isChanging = was_; }
+    Q_DISABLE_COPY_MOVE(ChangingRows)
+
+  private:
+    SeenTables& tables_;
+    bool was_;
+};
+
+/// Makes the tables seen as tables of `database`, under their names. `tables` must outlive
+/// `database`. A table whose names are impossible there is left out, with that as its damage.
+/// Throws data::Error when no table can be made. A statement changes rows only while the file is
+/// being written; when it fails, the caller is to undo what it has changed.
+void showTables(sqlite3* database, SeenTables& tables);
 
 }  // namespace varo::access
