@@ -1,6 +1,7 @@
 #include "platform/data/connection.h"
 #include "platform/data/copy_database.h"
 #include "platform/data/create_database.h"
+#include "support/access_files.h"
 #include "support/test_library.h"
 
 #include <QFile>
@@ -213,6 +214,18 @@ TEST_P(AccessWrite, ACopyIsTakenAndPutBack) {
     EXPECT_EQ(names(connection), before);
     EXPECT_EQ(add(u"next"_s), 51);
     requireSound();
+}
+
+TEST(AccessWriteOfFiles, TablesThatOnlyTheAccessProgramCanKeepAreRefused) {
+    const QString path = test::accessFile(u"relations.accdb"_s);
+    if (path.isEmpty()) {
+        GTEST_SKIP() << "VARO_ACCESS_FILES names no folder with Access files";
+    }
+    Connection connection;
+    connection.open(path);
+    for (const QString& table : {u"厂家"_s, u"型材"_s, u"检验"_s}) {
+        EXPECT_THROW(connection.execute(u"Delete From "_s + table), Error) << table.toStdString();
+    }
 }
 
 }  // namespace
