@@ -186,6 +186,13 @@ QSize reduced(QSize size, int enough) {
     return size;
 }
 
+/// Whether a reader makes pixels that name the colours of a table.
+bool hasColorTable(const QImageReader& reader) {
+    const QImage::Format format = reader.imageFormat();
+    return format == QImage::Format_Mono || format == QImage::Format_MonoLSB ||
+           format == QImage::Format_Indexed8;
+}
+
 /// Most bytes that a reader takes to make an image of `wanted` pixels of a picture of `size`. The
 /// readers of a jpg with one scan, and of a png whose rows stand in their order, keep only the rows
 /// that they make smaller.
@@ -205,13 +212,13 @@ qint64 memoryFor(const QImageReader& reader, QByteArrayView data, QSize size, QS
     if (reader.format() == "jpeg") {
         return made + (scans == 1 && wanted != size ? 0 : bytesOf(size, kCoefficientBits));
     }
-    const bool isReadByRows =
-        wanted != size && reader.format() == "png" && data[kPngInterlace] == 0;
+    const bool isReadByRows = wanted != size && !hasColorTable(reader) &&
+                              reader.format() == "png" && data[kPngInterlace] == 0;
     return made + (isReadByRows ? 0 : bytesOf(size, bits));
 }
 
-/// The pixels of a bmp can have colours that its table does not reach; a painter would take what
-/// follows the table in memory. They are black.
+/// Pixels can name colours that the table of their file does not reach; whatever looks them up would
+/// take what follows the table in memory. They are black.
 void completeColors(QImage& image) {
     if (image.colorCount() > 0) {
         QList<QRgb> colors = image.colorTable();
@@ -251,7 +258,8 @@ RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough,
         return {};
     }
     const AllocationLimit limit(pixelLimit * kBytesPerPixel);
-    if (wanted != size) {
+    const bool isIndexed = hasColorTable(reader);
+    if (wanted != size && !isIndexed) {
         reader.setScaledSize(wanted);
     }
     const bool isRotated =
@@ -262,9 +270,14 @@ RasterPicture readRaster(QByteArray data, qint64 pixelLimit, int enough,
         image = QImage(size, reader.imageFormat());
         image.fill(0);
     }
-    const bool isRead = reader.read(&image);
+    if (!reader.read(&image)) {
+        return {isRotated ? size.transposed() : size, QImage()};
+    }
     completeColors(image);
-    return {isRotated ? size.transposed() : size, isRead ? image : QImage()};
+    if (wanted != size && isIndexed) {
+        image = image.scaled(wanted, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    }
+    return {isRotated ? size.transposed() : size, image};
 }
 
 qint64 rasterFileLimit(qint64 pixelLimit) {
