@@ -114,6 +114,15 @@ bool canFollow(const DatabaseHeader& database, const DatabaseHeader& before) {
            static_cast<qint32>(database.schemaVersion - before.schemaVersion) >= 0;
 }
 
+/// Whether the database can have got this header from the other one, the one in a journal, in a way
+/// in which another copy of the database can have got it, too: a commit sets the mark or an
+/// application's number, or is not counted, which early versions of SQLite do once for each lock.
+bool mayFollow(const DatabaseHeader& database, const DatabaseHeader& before) {
+    return before.bytes.size() == kDatabaseHead && database.bytes.size() == kDatabaseHead &&
+           database.changes - before.changes <= 1 &&
+           static_cast<qint32>(database.schemaVersion - before.schemaVersion) >= 0;
+}
+
 void requireJournalOf(const QString& path, qint64 size,
                       const std::optional<DatabaseHeader>& database) {
     const QByteArray head = fileStart(path, kJournalHead);
@@ -145,8 +154,16 @@ void requireJournalOf(const QString& path, qint64 size,
     const auto before = headerBefore(path, sectorSize, pageSize);
     const bool isOfIt = before ? canFollow(*database, *before)
                                : !database->statedPages || pages == *database->statedPages;
-    if (pageSize != database->pageSize || pages > database->pageCount + size / (pageSize + 8) ||
-        !isOfIt) {
+    const bool hasItsPages =
+        pageSize == database->pageSize && pages <= database->pageCount + size / (pageSize + 8);
+    if (hasItsPages && before && !isOfIt && mayFollow(*database, *before)) {
+        throw Error(QStringLiteral("%1: a program that was killed left this journal, but it cannot "
+                                   "be told whether with this file; copy both first, then open the "
+                                   "library with the program that wrote it")
+                        .arg(path),
+                    Error::Cause::UncertainJournal);
+    }
+    if (!hasItsPages || !isOfIt) {
         refuse(path, QStringLiteral("the journal belongs to another file"),
                Error::Cause::ForeignJournal);
     }

@@ -42,11 +42,11 @@ std::unique_ptr<sqlite3_io_methods> withoutSharedMemory(sqlite3* database) {
     return methods;
 }
 
-[[noreturn]] void failToTurn(const QString& path, const QString& why) {
+[[noreturn]] void failToTurn(const QString& path, const QString& why, Error::Cause cause) {
     throw Error(QStringLiteral("%1: the database has a write-ahead log, which it cannot be freed "
                                "of here: %2")
                     .arg(path, why),
-                Error::Cause::NeedsRecovery);
+                cause);
 }
 
 /// Writes what the write-ahead log holds into the database, which has a rollback journal then. The
@@ -55,7 +55,8 @@ std::unique_ptr<sqlite3_io_methods> withoutSharedMemory(sqlite3* database) {
 void turnToRollbackJournal(sqlite3* database, StatementWatch& watch, const QString& path,
                            const SideFiles& files) {
     if (sqlite3_db_readonly(database, "main") != 0) {
-        failToTurn(path, QStringLiteral("the file is write-protected"));
+        failToTurn(path, QStringLiteral("the file is write-protected"),
+                   Error::Cause::NeedsRecovery);
     }
     {
         const FileLock lock(database, path, FileLock::Kind::Alone);
@@ -72,7 +73,11 @@ void turnToRollbackJournal(sqlite3* database, StatementWatch& watch, const QStri
         if (error.isLocked()) {
             throw;
         }
-        failToTurn(path, error.description());
+        if (!QFileInfo(QFileInfo(files.log).absolutePath()).isWritable()) {
+            failToTurn(path, QStringLiteral("its folder is write-protected"),
+                       Error::Cause::ReadOnlyFolder);
+        }
+        failToTurn(path, error.description(), error.cause());
     }
     run(database, QStringLiteral("PRAGMA locking_mode = NORMAL"));
     run(database, QStringLiteral("Select 1 From sqlite_schema Limit 1"));

@@ -6,6 +6,7 @@
 #include "platform/data/side_files.h"
 #include "platform/data/sqlite_copy.h"
 #include "support/process.h"
+#include "support/read_only_folder.h"
 #include "support/test_library.h"
 
 #include <QDir>
@@ -249,6 +250,21 @@ TEST_F(HostileFile, GetsNoJournalOfADatabaseThatWasMadeInTheSameWay) {
 
 TEST_F(HostileFile, WithAWriteAheadLogTakesOnlyItsOwnAndHasNoneThen) {
     runAndKill("log");
+    if (const test::ReadOnlyFolder folder(items.directory.path(), path(),
+                                          test::ReadOnlyFolder::File::Writable);
+        folder.readOnly()) {
+        EXPECT_FALSE(opens(Access::Write));
+        EXPECT_EQ(cause, Error::Cause::ReadOnlyFolder);
+    }
+    const QString damaged = items.directory.filePath(u"damaged.db"_s);
+    ASSERT_TRUE(writeFile(damaged, test::fileContent(path()).replace(100, 8, QByteArray(8, 'x'))));
+    try {
+        Connection().open(damaged);
+        ADD_FAILURE() << "damaged";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.cause(), Error::Cause::Other);
+    }
+    std::filesystem::remove(damaged.toStdString());
     ASSERT_TRUE(QFile::resize(beside("-shm"), 100));
     ASSERT_TRUE(opens(Access::Write));
     EXPECT_EQ(items.names(), (QStringList{u"stored"_s, u"in the log"_s}));
