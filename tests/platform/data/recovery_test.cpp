@@ -88,9 +88,9 @@ TEST_F(Recovery, LeavesAJournalThatMayBeOfAnotherFileToTheProgramThatWroteIt) {
         QByteArray left = test::fileContent(items.path());
         if (!countsCommit) {
             // As early versions of SQLite do, which count a commit once for each lock.
-            const QByteArray before =
-                test::fileContent(items.path() + u"-journal"_s).mid(512 + 4, kDatabaseHead);
-            ASSERT_TRUE(before.startsWith("SQLite"));
+            const QByteArray journal = test::fileContent(items.path() + u"-journal"_s);
+            const QByteArray before = journal.mid(journal.indexOf("SQLite format 3"));
+            ASSERT_GT(before.size(), kDatabaseHead);
             left.replace(24, 4, before.mid(24, 4)).replace(92, 4, before.mid(92, 4));
             ASSERT_TRUE(writeFile(items.path(), left));
         }
