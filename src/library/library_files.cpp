@@ -122,8 +122,9 @@ QString reasonOf(const OpenResult& result) {
 
 QString whyNotOpened(const clsFormulaDB& library) {
     data::Connection connection;
-    return reasonOf(
-        openLibrary(library.FormulaDBPath, library.FormulaDBName, connection, data::Access::Read));
+    const OpenResult result =
+        openLibrary(library.FormulaDBPath, library.FormulaDBName, connection, data::Access::Glance);
+    return result.cause == data::Error::Cause::NotCopied ? QString() : reasonOf(result);
 }
 
 }  // namespace varo

@@ -24,6 +24,7 @@ class Error : public std::runtime_error {
         UncertainLog,      ///< a write-ahead log that may be of another file
         NeedsRecovery,     ///< a journal or log of a file that cannot be written
         ReadOnlyFolder,    ///< a log in a folder that cannot be written, of a file that can
+        NotCopied,         ///< for Access::Glance; there is nothing against the file so far
     };
 
     explicit Error(const QString& description, Cause cause = Cause::Other)
