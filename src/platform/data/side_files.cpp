@@ -4,6 +4,7 @@
 #include "platform/data/file_start.h"
 #include "platform/data/log_content.h"
 #include "platform/data/side_file_heads.h"
+#include "platform/files/regular_file.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <filesystem>
 #include <sys/stat.h>
 
@@ -35,6 +37,12 @@ bool isPageSize(qint64 size) {
         cause);
 }
 
+[[noreturn]] void refuseIrregular(const QString& path) {
+    refuse(path,
+           QStringLiteral("lies in the place of a journal but is a link, a folder or a device"),
+           Error::Cause::NoRegularFile);
+}
+
 /// The size of the file at `path`, 0 when there is none. Throws Error when it is no regular file
 /// that has this name alone.
 qint64 sizeOfRegularFile(const QString& path) {
@@ -46,12 +54,20 @@ qint64 sizeOfRegularFile(const QString& path) {
     }
     if (status.type() != std::filesystem::file_type::regular ||
         std::filesystem::hard_link_count(native, failure) > 1) {
-        refuse(path,
-               QStringLiteral("lies in the place of a journal but is a link, a folder or a "
-                              "device"),
-               Error::Cause::NoRegularFile);
+        refuseIrregular(path);
     }
     return QFileInfo(path).size();
+}
+
+void openSideFile(QFile& file) {
+    switch (openRegularFile(file)) {
+        case RegularFileProblem::None:
+            break;
+        case RegularFileProblem::NotRegular:
+            refuseIrregular(file.fileName());
+        default:
+            throw Error(QStringLiteral("%1: %2").arg(file.fileName(), qt_error_string(errno)));
+    }
 }
 
 /// What the first page that the journal at `path` restores says of the database; nothing when it
@@ -59,9 +75,7 @@ qint64 sizeOfRegularFile(const QString& path) {
 std::optional<DatabaseHeader> headerBefore(const QString& path, qint64 sectorSize,
                                            qint64 pageSize) {
     QFile journal(path);
-    if (!journal.open(QIODevice::ReadOnly)) {
-        throw Error(QStringLiteral("%1: %2").arg(path, journal.errorString()));
-    }
+    openSideFile(journal);
     constexpr int kPageNumber = 4;
     const qint64 recordSize = kPageNumber + pageSize + 4;  // with a checksum
     for (qint64 part = 0; journal.seek(part);) {
@@ -218,11 +232,13 @@ SideFiles requireSideFilesOf(const QString& path, const std::optional<DatabaseHe
 void requireLatestLog(const QString& path, const SideFiles& files) {
     struct stat database {};
     struct stat log {};
+    QFile file(files.log);
+    openSideFile(file);
     const bool isLatest = stat(QFile::encodeName(path).constData(), &database) == 0 &&
-                          lstat(QFile::encodeName(files.log).constData(), &log) == 0 &&
+                          fstat(file.handle(), &log) == 0 &&
                           std::pair(database.st_ctim.tv_sec, database.st_ctim.tv_nsec) <=
                               std::pair(log.st_mtim.tv_sec, log.st_mtim.tv_nsec);
-    if (!isLatest && !isLogOf(path, files.log)) {
+    if (!isLatest && !isLogOf(path, file)) {
         throw Error(QStringLiteral("%1: the file has been changed, copied or replaced since this "
                                    "write-ahead log of another program was written; copy both "
                                    "first, then open the library with the program that wrote it")
