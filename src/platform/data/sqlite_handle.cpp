@@ -85,12 +85,13 @@ void turnToRollbackJournal(sqlite3* database, StatementWatch& watch, const QStri
 
 }  // namespace
 
-DatabaseHandle openHandle(const QString& path, Access access) {
+DatabaseHandle openHandle(const QString& path, Access access, const TemporaryFileLayer* layer) {
     sqlite3* opened = nullptr;
     const int flags = SQLITE_OPEN_NOMUTEX |
                       (access == Access::Write ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
-    const int result = sqlite3_open_v2(QFileInfo(path).absoluteFilePath().toUtf8().constData(),
-                                       &opened, flags, nullptr);
+    const QByteArray name = QFileInfo(path).absoluteFilePath().toUtf8();
+    const int result = layer == nullptr ? sqlite3_open_v2(name, &opened, flags, nullptr)
+                                        : layer->open(name, &opened, flags);
     DatabaseHandle handle(opened);
     if (result != SQLITE_OK) {
         throw Error(QStringLiteral("%1: %2").arg(path, QString::fromUtf8(sqlite3_errstr(result))));
@@ -119,7 +120,9 @@ FileLock::~FileLock() {
 
 SafeHandle openSafely(const QString& path, const DatabaseHeader& header, Access access) {
     const SideFiles files = requireSideFilesOf(path, header);
-    SafeHandle safe{nullptr, nullptr, openHandle(path, access)};
+    auto layer = std::make_unique<TemporaryFileLayer>();
+    DatabaseHandle handle = openHandle(path, access, layer.get());
+    SafeHandle safe{std::move(layer), nullptr, nullptr, std::move(handle)};
     sqlite3* opened = safe.handle.get();
     sqlite3_busy_timeout(opened, kLockTimeout);
     safe.methods = withoutSharedMemory(opened);

@@ -510,6 +510,29 @@ TEST_F(HostileFile, WhoseTextsShareTheirPagesIsNotReadManyTimesOver) {
     EXPECT_NO_THROW(items.connection.query(all)) << "the next statement has a budget of its own";
 }
 
+TEST_F(HostileFile, SortsInTemporaryFilesOfBoundedSize) {
+    items.connection.open(path());
+    for (const char* query : {"Select Distinct b From v", "Select b From v Order By b"}) {
+        const auto sort = [&](int rows) {
+            // Written anew for each row, as a long value that rows share is.
+            items.connection.query(
+                u"With Recursive n(i) As (Select 1 Union All Select i+1 From n "
+                "Limit %1), v(b) As (Select randomblob(60000) From n) "
+                "Select count(1) From (%2)"_s.arg(rows)
+                    .arg(QLatin1StringView(query)));
+        };
+        EXPECT_NO_THROW(sort(300));
+        try {
+            sort(1300);
+            ADD_FAILURE() << query;
+        } catch (const Error& error) {
+            EXPECT_TRUE(error.description().startsWith(u"what the statement sorts"))
+                << error.what();
+        }
+        EXPECT_EQ(items.names(), QStringList{u"stored"_s});
+    }
+}
+
 TEST_F(HostileFile, ComputesNothingWhenItIsOpenedOrChecked) {
     ASSERT_EQ(runElsewhere(path(),
                            "Create Table X (A); Create Index XA On X (A); Insert Into X Values (1);"
