@@ -93,7 +93,9 @@ void storeInfo(data::Connection& connection, const LibraryRows& rows) {
 /// Sees to it that the database gives no identifier up to `last` to a new row of `table`: rows that
 /// a deleted folder or formula has left behind would attach themselves to it.
 void retireIdentifiers(data::Connection& connection, const QString& table, qint32 last) {
-    const QString insert = QStringLiteral("insert or ignore into %1(ID) values(?)").arg(table);
+    const QString insert =
+        QStringLiteral("insert into %1(ID) select ?1 where ?1 not in (select ID from %1)")
+            .arg(table);
     const QString remove = QStringLiteral("delete from %1 where ID = ?").arg(table);
     if (last < std::numeric_limits<qint32>::max() && connection.execute(insert, {last}) == 1) {
         connection.execute(remove, {last});
@@ -135,7 +137,8 @@ void fillLibrary(const QString& path, const LibraryRows& rows, const QString& te
 
 }  // namespace
 
-QStringList buildLibrary(const QString& textPath, const QString& libraryPath, bool force) {
+QStringList buildLibrary(const QString& textPath, const QString& libraryPath, bool force,
+                         LibraryFormat format) {
     const QFileInfo library(libraryPath);
     if (library.exists() &&
         library.canonicalFilePath() == QFileInfo(textPath).canonicalFilePath()) {
@@ -150,7 +153,7 @@ QStringList buildLibrary(const QString& textPath, const QString& libraryPath, bo
         throw TextError(libraryPath, workshop.errorString());
     }
     const QString unfinished = workshop.filePath(QStringLiteral("library"));
-    createEmptyLibrary(unfinished);
+    createEmptyLibrary(unfinished, format);
     fillLibrary(unfinished, rows, textPath);
 
     requireReplaceable(libraryPath, force);  // the text may have taken long

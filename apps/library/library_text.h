@@ -1,5 +1,7 @@
 #pragma once
 
+#include "store/template.h"
+
 #include <QIODevice>
 #include <QString>
 #include <QStringList>
@@ -15,7 +17,8 @@ namespace varo {
 /// has locked is not replaced. Needs a QGuiApplication when the text names drawings. Returns
 /// warnings on what was built, with the place in the text, a line each. Throws TextError or
 /// data::Error.
-QStringList buildLibrary(const QString& textPath, const QString& libraryPath, bool force = false);
+QStringList buildLibrary(const QString& textPath, const QString& libraryPath, bool force = false,
+                         LibraryFormat format = LibraryFormat::Sqlite);
 
 /// Writes the library's text to `out`, from which buildLibrary() makes a library with the same
 /// rows. Holds the rows' numbers, the conditions and one text at a time in memory. The text is one

@@ -6,6 +6,8 @@
 #include "platform/data/create_database.h"
 
 #include <exception>
+#include <optional>
+#include <utility>
 
 namespace varo {
 
@@ -15,9 +17,11 @@ enum ExitCode { Done = 0, Failed = 1, WrongUsage = 2 };
 
 constexpr auto usage =
     "Usage:\n"
-    "  varo-library build [--force] TEXT FILE\n"
+    "  varo-library build [--force] [--format FORMAT] TEXT FILE\n"
     "                                 make the library FILE from the text TEXT; --force replaces\n"
-    "                                 also a regular file that is no library\n"
+    "                                 also a regular file that is no library; FORMAT is sqlite, "
+    "mdb\n"
+    "                                 (Access 2000 to 2003) or accdb (Access 2007 and later)\n"
     "  varo-library dump FILE         write the text of the library FILE\n"
     "  varo-library check FILE        look for faults in the library FILE\n"
     "  varo-library tables TEXT FILE  make the file FILE of the data tables that TEXT creates in "
@@ -53,6 +57,48 @@ void makeTables(const QString& textPath, const QString& filePath) {
     data::createDatabase(filePath, QString::fromUtf8(readInputFile(textPath, kTextFileLimit)));
 }
 
+/// The format with this name; nothing when there is none.
+std::optional<LibraryFormat> formatNamed(const QString& name) {
+    constexpr std::pair<const char*, LibraryFormat> kFormats[] = {
+        {"sqlite", LibraryFormat::Sqlite},
+        {"mdb", LibraryFormat::Mdb},
+        {"accdb", LibraryFormat::Accdb},
+    };
+    for (const auto& [known, format] : kFormats) {
+        if (name == QLatin1StringView(known)) {
+            return format;
+        }
+    }
+    return std::nullopt;
+}
+
+/// `arguments` are those behind "build".
+ExitCode build(QStringList arguments, QIODevice& err) {
+    bool force = false;
+    LibraryFormat format = LibraryFormat::Sqlite;
+    while (arguments.value(0).startsWith(QLatin1StringView("--"))) {
+        const QString option = arguments.takeFirst();
+        const auto named = formatNamed(arguments.value(0));
+        if (option == u"--force") {
+            force = true;
+        } else if (option == u"--format" && named) {
+            format = *named;
+            arguments.removeFirst();
+        } else {
+            err.write(usage);
+            return WrongUsage;
+        }
+    }
+    if (arguments.size() != 2) {
+        err.write(usage);
+        return WrongUsage;
+    }
+    for (const QString& warning : buildLibrary(arguments[0], arguments[1], force, format)) {
+        print(err, warning);
+    }
+    return Done;
+}
+
 ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
     const QString command = arguments.value(0);
     if (arguments == QStringList{QStringLiteral("--help")} ||
@@ -60,12 +106,8 @@ ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
         out.write(usage);
         return Done;
     }
-    const bool force = arguments.value(1) == u"--force";
-    if (command == u"build" && arguments.size() == (force ? 4 : 3)) {
-        for (const QString& warning : buildLibrary(arguments.end()[-2], arguments.back(), force)) {
-            print(err, warning);
-        }
-        return Done;
+    if (command == u"build") {
+        return build(arguments.sliced(1), err);
     }
     if (command == u"dump" && arguments.size() == 2) {
         const QStringList leftOut = dumpLibrary(arguments[1], out);

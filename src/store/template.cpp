@@ -1,6 +1,7 @@
 #include "store/template.h"
 
 #include "platform/data/create_database.h"
+#include "store/access_tables.h"
 #include "store/library_connection.h"
 
 #include <QFile>
@@ -30,11 +31,21 @@ QStringList libraryStatements() {
     return statements;
 }
 
-void createEmptyLibrary(const QString& path) {
+void createEmptyLibrary(const QString& path, LibraryFormat format) {
     const QString version =
-        QStringLiteral("INSERT INTO TableInfo (PrptyName, PrptyVal) VALUES ('DBVersion', '%1');")
+        QStringLiteral("INSERT INTO TableInfo (PrptyName, PrptyVal) VALUES ('DBVersion', '%1')")
             .arg(QLatin1StringView(kTemplateVersion));
-    data::createDatabase(path, schema() + version);
+    if (format == LibraryFormat::Sqlite) {
+        data::createDatabase(path, schema() + version);
+        return;
+    }
+    data::createAccessDatabase(
+        path, format == LibraryFormat::Mdb ? access::Version::Jet4 : access::Version::Ace12,
+        accessLibraryTables(), [&](const QString& unfinished) {
+            data::Connection connection;
+            connection.open(unfinished);
+            connection.execute(version);
+        });
 }
 
 void ReadTemplateInfo(const QString& folder, const QString& itemName, QString& value,

@@ -1,20 +1,28 @@
 #pragma once
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 
 namespace varo::test {
 
-/// The Access files in the folder that the environment variable VARO_ACCESS_FILES names; none
-/// without it.
+/// Copies of the Access files in the folder that the environment variable VARO_ACCESS_FILES names;
+/// none without it. They last as long as the program, and may be written.
 inline QStringList accessFiles() {
+    static const QTemporaryDir copies;
     const QString folder = qEnvironmentVariable("VARO_ACCESS_FILES");
     QStringList paths;
     if (!folder.isEmpty()) {
         for (const QFileInfo& file :
              QDir(folder).entryInfoList({QStringLiteral("*.mdb"), QStringLiteral("*.accdb")})) {
-            paths.append(file.absoluteFilePath());
+            const QString copy = copies.filePath(file.fileName());
+            if (!QFile::exists(copy) && QFile::copy(file.filePath(), copy)) {
+                QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner);
+            }
+            paths.append(copy);
         }
     }
     return paths;

@@ -52,8 +52,15 @@ void shareLongText(const QString& path, int rest) {
     require(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size(), "damage a file");
 }
 
+LibraryFormat testFormat() {
+    const QByteArray format = qgetenv("VARO_TEST_FORMAT");
+    return format == "mdb"     ? LibraryFormat::Mdb
+           : format == "accdb" ? LibraryFormat::Accdb
+                               : LibraryFormat::Sqlite;
+}
+
 TestLibrary::TestLibrary(const QString& fileName) : fileName_(fileName) {
-    createEmptyLibrary(path());
+    createEmptyLibrary(path(), testFormat());
     connection_.open(path());
 }
 

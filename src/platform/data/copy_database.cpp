@@ -188,10 +188,11 @@ void copyDatabase(Connection& connection, const QString& path,
 void copyDatabase(const QString& source, const QString& target) {
     Connection connection;
     connection.open(source);
+    const bool hasMark = databaseHeader(source).has_value();
     const QString path = QFileInfo(target).absoluteFilePath();
     const UnfinishedFile unfinished(path);
     copyDatabase(connection, unfinished.path(), [] {});
-    if (databaseHeader(unfinished.path())) {
+    if (hasMark) {
         setNewMark(unfinished.path());
     }
     replaceDatabase(unfinished.path(), path);

@@ -1,5 +1,6 @@
 #include "platform/data/create_database.h"
 
+#include "platform/data/access/create_file.h"
 #include "platform/data/access/whole_file.h"
 #include "platform/data/error.h"
 #include "platform/data/side_files.h"
@@ -67,6 +68,26 @@ void createDatabase(const QString& path, const QString& script) {
     writeDatabase(file.path(), script);
     requireNothingAt(absolutePath);
     replaceDatabase(file.path(), absolutePath);
+}
+
+void createAccessDatabase(const QString& path, access::Version version,
+                          const QList<access::NewTable>& tables,
+                          const std::function<void(const QString& unfinished)>& fill) {
+    const QString absolutePath = QFileInfo(path).absoluteFilePath();
+    requireNothingAt(absolutePath);
+    const UnfinishedFile unfinished(absolutePath);
+    access::createFile(unfinished.path(), version);
+    {
+        const auto file =
+            access::lockedFile(unfinished.path(), *access::headerOf(unfinished.path()));
+        for (const access::NewTable& table : tables) {
+            access::createTable(*file, table);
+        }
+        file->commit();
+    }
+    fill(unfinished.path());
+    requireNothingAt(absolutePath);
+    replaceDatabase(unfinished.path(), absolutePath);
 }
 
 void replaceDatabase(const QString& unfinished, const QString& path) {

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "platform/data/access/new_table.h"
+
 #include <QString>
+
+#include <functional>
 
 namespace varo::data {
 
@@ -9,6 +13,14 @@ namespace varo::data {
 /// is removed. Throws Error when it cannot be written, a statement fails, something is at `path`
 /// already, or what lies in the place of its journals is none.
 void createDatabase(const QString& path, const QString& script);
+
+/// Makes a new Access file of version Jet4 or Ace12 at `path` with these tables, after `fill` has
+/// been called with the path of the unfinished file. The file appears complete or not at all.
+/// Throws Error when it cannot be written or something is at `path` already, and what `fill`
+/// throws.
+void createAccessDatabase(const QString& path, access::Version version,
+                          const QList<access::NewTable>& tables,
+                          const std::function<void(const QString& unfinished)>& fill);
 
 /// Gives the closed database file `unfinished` its final place at `path`, in the same file system.
 /// An SQLite database that is there is first recovered, taken out of write-ahead logging and

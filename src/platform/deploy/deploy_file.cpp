@@ -169,8 +169,10 @@ bool DeployFileLib::Data::loadIfExists() {
 }
 
 bool DeployFileLib::Data::find(const QString& section, const QString& key, QByteArray& value) {
-    const char* found =
-        ini.GetValue(section.toUtf8().constData(), key.toUtf8().constData(), nullptr);
+    // The parser takes a name up to its first NUL character, which no name in a file has.
+    const char* found = section.contains(QChar(0)) || key.contains(QChar(0))
+                            ? nullptr
+                            : ini.GetValue(section.toUtf8().constData(), key.toUtf8().constData());
     if (!found) {
         return fail(
             QStringLiteral("配置文件“%1”中缺少“%2”段的“%3”项！").arg(sourcePath(), section, key));

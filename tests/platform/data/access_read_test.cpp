@@ -139,7 +139,7 @@ TEST(AccessRead, FindsTheRowsThatAScanFinds) {
         GTEST_SKIP() << "VARO_ACCESS_FILES names no folder with Access files";
     }
     Connection connection;
-    connection.open(path);
+    connection.open(path, Access::Read);
     // A unary plus keeps a condition from an index.
     for (const QString& condition :
          {u"%1ID = 17"_s, u"%1PID = 8"_s, u"%1PID = 8.5"_s, u"%1PID In (3,5,8)"_s, u"%1ID > 250"_s,

@@ -7,6 +7,8 @@
 #include "platform/data/access/stored_value.h"
 #include "platform/data/access/table_writer.h"
 
+#include <QProcess>
+
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <map>
@@ -54,6 +56,75 @@ inline Model readAll(PageFile& file, const TableDefinition& table) {
         }
     }
     return rows;
+}
+
+/// What mdb-export says of the columns of whole numbers, texts and bytes of a table, and the same
+/// of the model; a record is sorted among the others.
+inline std::multiset<QByteArray> exported(const QString& path, const QString& name,
+                                          const TableDefinition& table,
+                                          const std::vector<bool>& isTold) {
+    QProcess process;
+    process.start(
+        QStringLiteral("mdb-export"),
+        {QStringLiteral("-HQ"), QStringLiteral("-b"), QStringLiteral("hex"), QStringLiteral("-d"),
+         QStringLiteral("\x01"), QStringLiteral("-R"), QStringLiteral("\x02"), path, name});
+    process.waitForFinished();
+    std::multiset<QByteArray> records;
+    const QByteArrayList lines = process.readAllStandardOutput().split('\x02');
+    for (const QByteArray& line : lines.mid(0, lines.size() - 1)) {
+        const QByteArrayList fields = line.split('\x01');
+        EXPECT_EQ(fields.size(), static_cast<qsizetype>(table.columns.size())) << line.constData();
+        QByteArray record;
+        for (qsizetype i = 0; i < fields.size(); ++i) {
+            record += isTold.at(static_cast<std::size_t>(i)) ? fields[i] + '|' : QByteArray();
+        }
+        records.insert(record);
+    }
+    return records;
+}
+
+inline QByteArray asExported(const Value& value) {
+    if (const auto* integer = std::get_if<qint64>(&value)) {
+        return QByteArray::number(*integer);
+    }
+    if (const auto* text = std::get_if<Text>(&value)) {
+        return text->utf8;
+    }
+    const auto* bytes = std::get_if<QByteArray>(&value);
+    return bytes == nullptr ? QByteArray() : bytes->toHex().toUpper();
+}
+
+/// The beginning of the first record that only one of the two has.
+inline std::string difference(const std::multiset<QByteArray>& left,
+                              const std::multiset<QByteArray>& right) {
+    std::vector<QByteArray> only;
+    std::set_symmetric_difference(left.begin(), left.end(), right.begin(), right.end(),
+                                  std::back_inserter(only));
+    constexpr qsizetype kShown = 200;
+    return only.empty() ? std::string() : only.front().left(kShown).toStdString();
+}
+
+/// That mdb-export finds the rows of the model in a table; not every type is compared.
+inline void expectExported(const QString& path, const QString& name, const TableDefinition& table,
+                           const Model& model) {
+    std::vector<bool> isTold;
+    for (const Column& column : table.columns) {
+        const FieldType type = column.type;
+        isTold.push_back(type == FieldType::Byte || type == FieldType::Integer ||
+                         type == FieldType::Long || type == FieldType::Text ||
+                         type == FieldType::Memo || type == FieldType::Ole);
+    }
+    std::multiset<QByteArray> expected;
+    for (const auto& [number, values] : model) {
+        QByteArray record;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            record += isTold[i] ? asExported(values[i]) + '|' : QByteArray();
+        }
+        expected.insert(record);
+    }
+    const auto told = exported(path, name, table, isTold);
+    EXPECT_TRUE(told == expected) << name.toStdString() << ": of " << told.size()
+                                  << " records one differs: " << difference(told, expected);
 }
 
 /// Indexes that are only counted; refuses the insertions that it is told to.

@@ -117,6 +117,10 @@ TEST_F(DeployFile, ChecksRequiredKeysAndNamesTheMissingOne) {
     EXPECT_TRUE(file_.check());
     EXPECT_EQ(value(u"RootNodeText1"_s), u"");
 
+    QString cut;
+    EXPECT_FALSE(file_.readValue(u"Access\0"_s, u"NodeCount"_s, cut));
+    EXPECT_FALSE(file_.readValue(u"Access"_s, u"NodeCount\0"_s, cut));
+
     file_.requireKey(u"Access"_s, u"RootNodeName1"_s);
     EXPECT_FALSE(file_.check());
     EXPECT_EQ(file_.lastError(),

@@ -8,7 +8,6 @@ namespace varo::access {
 
 namespace {
 
-constexpr PageNumber kCatalogPage = 2;
 constexpr qint64 kTable = 1;
 constexpr quint32 kSystem = 0x80000002;  ///< flags of what the program keeps for itself
 

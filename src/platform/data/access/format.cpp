@@ -1,13 +1,12 @@
 #include "platform/data/access/format.h"
 
 #include "platform/data/access/bytes.h"
+#include "platform/data/access/rc4.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <numeric>
-#include <utility>
 
 namespace varo::access {
 
@@ -91,11 +90,14 @@ constexpr Layout kJet4{
     .hasWideNumbers = true,
 };
 
-// The first page, from the beginning of the file; what is masked is read after unmask().
+// The first page, from the beginning of the file; what is masked is read after applyMask().
 constexpr int kName = 4;
 constexpr int kNameLength = 16;
 constexpr int kVersion = 0x14;
 constexpr int kMasked = 0x18;
+constexpr int kFreePages = 0x18;
+constexpr int kReleasedPages = 0x1C;
+constexpr int kSystemTables = 0x20;
 constexpr int kMaskedLengthJet3 = 126;
 constexpr int kMaskedLength = 128;
 constexpr int kSortOrderJet3 = 0x3A;
@@ -104,28 +106,28 @@ constexpr int kKey = 0x3E;
 constexpr int kPassword = 0x42;
 constexpr int kPasswordLengthJet3 = 20;
 constexpr int kPasswordLength = 40;
+constexpr int kBuild = 0x6A;
 constexpr int kSortOrder = 0x6E;
 constexpr int kSortVersion = 0x71;
 constexpr int kCreated = 0x72;
+constexpr int kMark = 0x98;
+constexpr int kEngine = 0x9C;
+constexpr int kCommits = 0xE00;
 
-/// Takes away the mask on the header: RC4 with a key that is the same for all files.
-void unmask(QByteArray& start, int length) {
+/// Takes the mask on `length` bytes of the header away, or lays it over them: it is the same for
+/// all files.
+void applyMask(QByteArray& start, int length) {
     constexpr std::array<quint8, 4> kMaskKey{0xC7, 0xDA, 0x39, 0x6B};
-    std::array<quint8, 256> state;
-    std::iota(state.begin(), state.end(), quint8{0});
-    quint8 j = 0;
-    for (std::size_t i = 0; i < state.size(); ++i) {
-        j = static_cast<quint8>(j + state[i] + kMaskKey[i % kMaskKey.size()]);
-        std::swap(state[i], state[j]);
-    }
-    quint8 i = 0;
-    j = 0;
-    for (int at = 0; at < length; ++at) {
-        j = static_cast<quint8>(j + state[++i]);
-        std::swap(state[i], state[j]);
-        start[kMasked + at] = static_cast<char>(static_cast<quint8>(start[kMasked + at]) ^
-                                                state[(state[i] + state[j]) & 0xFF]);
-    }
+    applyRc4(kMaskKey, {start.data() + kMasked, static_cast<std::size_t>(length)});
+}
+
+/// What is laid over each four bytes of a password: the day on which the file was made.
+quint32 passwordMask(const Bytes& clear) {
+    double created = 0;
+    const quint64 bits = clear.u64(kCreated);
+    std::memcpy(&created, &bits, sizeof created);
+    const bool isDate = std::isfinite(created) && std::abs(created) < 2147483648.0;
+    return isDate ? static_cast<quint32>(static_cast<qint32>(created)) : 0;
 }
 
 /// Whether the header has a password: each of its characters is masked with the date on which the
@@ -137,11 +139,7 @@ bool hasPassword(const QByteArray& start, Version version) {
         return std::any_of(password.data(), password.data() + password.size(),
                            [](char c) { return c != 0; });
     }
-    double created = 0;
-    const quint64 bits = bytes.u64(kCreated);
-    std::memcpy(&created, &bits, sizeof created);
-    const bool isDate = std::isfinite(created) && std::abs(created) < 2147483648.0;
-    const quint32 mask = isDate ? static_cast<quint32>(static_cast<qint32>(created)) : 0;
+    const quint32 mask = passwordMask(bytes);
     for (int at = 0; at < kPasswordLength; at += 4) {
         if (bytes.u32(kPassword + at) != mask) {
             return true;
@@ -171,7 +169,7 @@ std::optional<Header> readHeader(const QByteArray& start) {
     Header header{};
     header.version = static_cast<Version>(number);
     QByteArray clear = start;
-    unmask(clear, header.isJet3() ? kMaskedLengthJet3 : kMaskedLength);
+    applyMask(clear, header.isJet3() ? kMaskedLengthJet3 : kMaskedLength);
     const Bytes bytes(clear);
     header.codePage = bytes.u16(kCodePage);
     header.sortOrder = bytes.u16(header.isJet3() ? kSortOrderJet3 : kSortOrder);
@@ -179,6 +177,59 @@ std::optional<Header> readHeader(const QByteArray& start) {
     header.isEncoded = bytes.u32(kKey) != 0;
     header.hasPassword = !header.isEncoded && hasPassword(clear, header.version);
     return header;
+}
+
+QByteArray newHeaderPage(Version version, double created) {
+    const Layout& layout = Header{version, 0, 0, 0, false, false}.layout();
+    const bool isJet = version == Version::Jet4;
+    QByteArray page(layout.pageSize, '\0');
+    const auto put = [&page](int at, auto number) { qToLittleEndian(number, page.data() + at); };
+    put(1, quint8{1});
+    page.replace(kName, kNameLength, QByteArray(isJet ? "Standard Jet DB" : "Standard ACE DB", 16));
+    put(kVersion, static_cast<quint8>(version));
+    put(kFreePages, quint32{kMapsPage} << 8);
+    put(kReleasedPages, quint32{kMapsPage} << 8 | 1);
+    for (quint32 table = 0; table < kSystemTableCount; ++table) {
+        put(kSystemTables + static_cast<int>(table) * 4, kCatalogPage + table);
+    }
+    put(kCodePage, kWesternCodePage);
+    // The builds 4.0.8618 and 12.0.4518 of the two engines; nothing depends on them.
+    put(kBuild, isJet ? quint32{8618} : quint32{4518});
+    put(kSortOrder, kGeneralSortOrder);
+    quint64 bits = 0;
+    std::memcpy(&bits, &created, sizeof bits);
+    put(kCreated, bits);
+    for (int at = 0; at < kPasswordLength; at += 4) {
+        put(kPassword + at, passwordMask(Bytes(page)));
+    }
+    applyMask(page, kMaskedLength);
+    put(kMark, quint32{0x654});
+    page.replace(kEngine, 3, "4.0");
+    // For each user who has the file open: that none is in the middle of writing.
+    for (int at = kCommits; at < layout.pageSize; at += 2) {
+        put(at, quint16{0x0100});
+    }
+    return page;
+}
+
+QByteArray maskedSid(const QByteArray& start, const QByteArray& sid) {
+    constexpr int kRounds = 40;
+    constexpr int kShifts = 24;
+    QByteArray clear = start.left(kHeaderLength);
+    applyMask(clear, kMaskedLength);
+    const quint32 mask = passwordMask(Bytes(clear));
+    for (int at = 0; at < kPasswordLength; at += 4) {
+        qToLittleEndian(Bytes(clear).u32(kPassword + at) ^ mask, clear.data() + kPassword + at);
+    }
+    quint32 number = Bytes(clear).u32(kCreated);
+    for (int i = 0; i < kRounds; ++i) {
+        number ^= quint32{Bytes(clear).byte(kPassword + i * 2)} << (i % kShifts);
+    }
+    std::array<quint8, sizeof number> key{};
+    qToLittleEndian(number, key.data());
+    QByteArray masked = sid;
+    applyRc4(key, {masked.data(), static_cast<std::size_t>(masked.size())});
+    return masked;
 }
 
 }  // namespace varo::access

@@ -63,6 +63,18 @@ struct Layout {
 /// Bytes of the file's first page by which its format is told.
 inline constexpr int kHeaderLength = 0x100;
 
+/// Where a new file has the maps of the file's own free pages: the rows 0 and 1 of this page.
+inline constexpr quint32 kMapsPage = 1;
+
+/// Where it has the definition of the catalog, behind it those of the tables of rights, queries and
+/// relationships. Every file has the catalog there.
+inline constexpr quint32 kCatalogPage = 2;
+inline constexpr quint32 kSystemTableCount = 4;
+
+/// What a new file has.
+inline constexpr quint16 kWesternCodePage = 1252;
+inline constexpr quint16 kGeneralSortOrder = 0x0409;  ///< its version is 0, the oldest
+
 /// What the first page of a file says.
 struct Header {
     Version version;
@@ -79,5 +91,13 @@ struct Header {
 /// What the `start` of a file says, kHeaderLength bytes of it; nothing when it is no Access
 /// database file. Throws data::Error when it is one of a version that is not known.
 std::optional<Header> readHeader(const QByteArray& start);
+
+/// The first page of a file of version Jet4 or later that was made at `created`, in days since
+/// 1899-12-30, and has no password.
+QByteArray newHeaderPage(Version version, double created);
+
+/// The identifier of a user or a group as a file of version Jet4 or later has it: masked with a key
+/// that is made of the `start` of the file, kHeaderLength bytes of it at least.
+QByteArray maskedSid(const QByteArray& start, const QByteArray& sid);
 
 }  // namespace varo::access

@@ -19,11 +19,11 @@ namespace {
 constexpr PageNumber kMostPages = 0x7FFF'F;
 
 /// The map of the file's free pages.
-constexpr RowPlace kFreePages{1, 0};
+constexpr RowPlace kFreePages{kMapsPage, 0};
 
 /// The pages before it are in every file and never free: the header, the page with the map of
 /// free pages, the definition of the table of all objects.
-constexpr PageNumber kFirstPage = 3;
+constexpr PageNumber kFirstPage = kCatalogPage + 1;
 
 [[noreturn]] void throwReadOnly(const QString& why) {
     throw data::Error(QStringLiteral("the file can only be read: %1").arg(why));

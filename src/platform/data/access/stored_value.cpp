@@ -213,6 +213,10 @@ QByteArray storedText(const Value& value, const Column& column) {
 
 QByteArray storedBinary(const Value& value, const Column& column) {
     const auto* bytes = std::get_if<QByteArray>(&value);
+    const auto* text = std::get_if<Text>(&value);
+    if (text != nullptr && text->utf8.isEmpty()) {
+        return text->utf8;  // how a statement says that there are no bytes
+    }
     if (bytes == nullptr) {
         refuse(column, QStringLiteral("the value is not binary"));
     }

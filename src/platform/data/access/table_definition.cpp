@@ -1,5 +1,6 @@
 #include "platform/data/access/table_definition.h"
 
+#include "platform/data/access/definition_format.h"
 #include "platform/data/access/text.h"
 
 #include <algorithm>
@@ -9,43 +10,24 @@ namespace varo::access {
 
 namespace {
 
-constexpr int kNextPage = 4;
-constexpr int kLength = 8;
 /// Bytes of the longest definition that is read; a table has 255 columns and 32 indexes at most.
 constexpr qsizetype kMostBytes = 1 << 20;
 constexpr int kMostColumns = 1024;
 constexpr int kMostIndexes = 1024;
-constexpr int kIndexColumns = 10;
-constexpr quint16 kNoColumn = 0xFFFF;
-
-constexpr quint8 kSystemTable = 0x53;
-
-constexpr quint8 kFixedLength = 0x01;
-constexpr quint8 kAutoNumber = 0x04;
-constexpr quint8 kAutoGuid = 0x40;
-constexpr quint8 kCompressed = 0x01;
-constexpr quint8 kComputed = 0xC0;
-
-constexpr quint8 kAscending = 0x01;
-constexpr quint8 kUnique = 0x01;
-constexpr quint8 kIgnoresNulls = 0x02;
-constexpr quint8 kRequired = 0x08;
-constexpr quint8 kPrimary = 1;
-constexpr quint8 kForeign = 2;
 
 /// The bytes of a definition, of all its pages.
 QByteArray definitionBytes(PageFile& file, PageNumber first) {
     QByteArray bytes = *file.page(first, PageKind::Table);
     std::set<PageNumber> seen{first};
-    for (PageNumber next = Bytes(bytes).u32(kNextPage); next != 0;) {
+    for (PageNumber next = Bytes(bytes).u32(kNextDefinitionPage); next != 0;) {
         if (!seen.insert(next).second || bytes.size() > kMostBytes) {
             throwDamaged("the definition of a table has no end");
         }
         const Page page = file.page(next, PageKind::Table);
         bytes += page->mid(file.layout().definitionHeader);
-        next = Bytes(*page).u32(kNextPage);
+        next = Bytes(*page).u32(kNextDefinitionPage);
     }
-    const quint32 length = Bytes(bytes).u32(kLength) + file.layout().definitionHeader;
+    const quint32 length = Bytes(bytes).u32(kDefinitionLength) + file.layout().definitionHeader;
     return bytes.left(static_cast<qsizetype>(length));
 }
 

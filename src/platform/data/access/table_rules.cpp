@@ -14,6 +14,8 @@ constexpr int kMark = 4;
 constexpr quint16 kNames = 0x80;
 constexpr quint16 kOfTable = 0;
 constexpr quint16 kOfColumn = 1;
+constexpr QLatin1StringView kRequiredName("Required");
+constexpr QLatin1StringView kAllowsEmptyName("AllowZeroLength");
 
 /// One property of the table or of a column.
 struct Property {
@@ -92,9 +94,9 @@ void apply(const Property& property, const TableDefinition& table, TableRules& r
         return;
     }
     ColumnRules& of = rules.columns[static_cast<std::size_t>(column)];
-    if (isNamed(property, "Required"_L1)) {
+    if (isNamed(property, kRequiredName)) {
         of.isRequired = property.isTrue();
-    } else if (isNamed(property, "AllowZeroLength"_L1)) {
+    } else if (isNamed(property, kAllowsEmptyName)) {
         of.allowsEmpty = property.isTrue();
     } else if (isNamed(property, "DefaultValue"_L1)) {
         rules.hasRandomNumbers |=
@@ -102,6 +104,48 @@ void apply(const Property& property, const TableDefinition& table, TableRules& r
             plainText(property.value).contains("GenUniqueID"_L1, Qt::CaseInsensitive);
     }
 }
+
+/// Bytes that end with numbers and texts appended one after the other.
+class PropertyWriter {
+  public:
+    void addU16(qsizetype number) { add(static_cast<quint16>(number)); }
+    void addU32(qsizetype number) { add(static_cast<quint32>(number)); }
+
+    void addText(const QString& text) {
+        addU16(text.size() * 2);
+        for (const QChar character : text) {
+            addU16(character.unicode());
+        }
+    }
+
+    void addBlock(quint16 kind, const QByteArray& content) {
+        addU32(content.size() + 6);
+        addU16(kind);
+        bytes_ += content;
+    }
+
+    /// A property that is true or false, by the number of its name.
+    void addFlag(int name, bool isTrue) {
+        constexpr char kOfDefinition = 1;
+        addU16(9);
+        bytes_ += kOfDefinition;
+        bytes_ += static_cast<char>(FieldType::YesNo);
+        addU16(name);
+        addU16(1);
+        bytes_ += static_cast<char>(isTrue);
+    }
+
+    const QByteArray& bytes() const { return bytes_; }
+
+  private:
+    template <class Number>
+    void add(Number number) {
+        bytes_.append(sizeof number, '\0');
+        qToLittleEndian(number, bytes_.data() + bytes_.size() - sizeof number);
+    }
+
+    QByteArray bytes_;
+};
 
 TableRules noRules(const TableDefinition& table) {
     TableRules rules;
@@ -133,12 +177,49 @@ TableRules rulesOf(const TableDefinition& table, const QByteArray& properties) {
     return rules;
 }
 
+QByteArray propertiesOf(const TableDefinition& table, const TableRules& rules) {
+    // Both names stand there in any case. Without them the list could be so short that it would be
+    // kept in the row of the catalog, where the Access program does not look for it.
+    PropertyWriter names;
+    names.addText(kRequiredName);
+    names.addText(kAllowsEmptyName);
+    PropertyWriter blocks;
+    for (std::size_t i = 0; i < table.columns.size(); ++i) {
+        const Column& column = table.columns[i];
+        PropertyWriter flags;
+        if (rules.columns[i].isRequired) {
+            flags.addFlag(0, true);
+        }
+        if (column.type == FieldType::Text || column.type == FieldType::Memo) {
+            flags.addFlag(1, rules.columns[i].allowsEmpty);
+        }
+        if (flags.bytes().isEmpty()) {
+            continue;
+        }
+        PropertyWriter owner;
+        owner.addU32(6 + column.name.size() * 2);
+        owner.addText(column.name);
+        blocks.addBlock(kOfColumn, owner.bytes() + flags.bytes());
+    }
+    if (blocks.bytes().isEmpty()) {
+        return {};
+    }
+    PropertyWriter all;
+    all.addBlock(kNames, names.bytes());
+    return QByteArray("MR2\0", kMark) + all.bytes() + blocks.bytes();
+}
+
 TableRules readTableRules(PageFile& file, const TableDefinition& table) {
     if (file.header().isJet3()) {
         return refused(table, QStringLiteral("files of Access 97 are read only"));
     }
     if (table.isSystem) {
         return refused(table, QStringLiteral("the table belongs to the Access program"));
+    }
+    if (std::any_of(table.indexes.begin(), table.indexes.end(),
+                    [](const Index& index) { return index.isForeign; })) {
+        return refused(table, QStringLiteral("the table has a relationship with another one, which "
+                                             "only the Access program keeps"));
     }
     const TableDetails details = tableDetails(file, table.page);
     if (details.hasMacros) {

@@ -18,13 +18,17 @@ struct TableRules {
 };
 
 /// Reads the rules of a table from its properties in the file's catalog. What cannot be kept
-/// becomes the refusal: validation rules, data macros, properties that cannot be read, a file of
-/// version Jet3, a table of the Access program itself. Throws data::Error when the catalog is
-/// damaged.
+/// becomes the refusal: validation rules, relationships that are to be kept, data macros,
+/// properties that cannot be read, a file of version Jet3, a table of the Access program itself.
+/// Throws data::Error when the catalog is damaged.
 TableRules readTableRules(PageFile& file, const TableDefinition& table);
 
 /// The rules that `properties`, the bytes in the catalog, state. Throws data::Error when they are
 /// damaged.
 TableRules rulesOf(const TableDefinition& table, const QByteArray& properties);
+
+/// The properties that state the rules of the columns, from which rulesOf() makes these again;
+/// empty when there is nothing to state.
+QByteArray propertiesOf(const TableDefinition& table, const TableRules& rules);
 
 }  // namespace varo::access

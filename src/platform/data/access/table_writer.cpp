@@ -1,6 +1,7 @@
 #include "platform/data/access/table_writer.h"
 
 #include "platform/data/access/long_value.h"
+#include "platform/data/access/step.h"
 #include "platform/data/access/stored_value.h"
 
 #include <QRandomGenerator>
@@ -16,26 +17,6 @@ namespace {
 constexpr std::size_t kMostPlaces = 16;  ///< of a row that moved again and again
 constexpr int kPlaceBytes = 4;
 constexpr int kKeyCount = 4;  ///< within what a definition begins with for each index
-
-/// A part of the transaction that is undone unless it is kept.
-class Step {
-  public:
-    explicit Step(PageFile& file) : file_(file), savepoint_(file.setSavepoint()) {}
-    ~Step() {
-        if (!isKept_) {
-            file_.undoTo(savepoint_);
-        }
-        file_.releaseSavepoint(savepoint_);
-    }
-    Q_DISABLE_COPY_MOVE(Step)
-
-    void keep() { isKept_ = true; }
-
-  private:
-    PageFile& file_;
-    int savepoint_;
-    bool isKept_ = false;
-};
 
 [[noreturn]] void refuse(const Column& column, const QString& reason) {
     throw data::Error(QStringLiteral("column %1: %2").arg(column.name, reason));

@@ -27,6 +27,9 @@ struct RowPlace {
 /// file are left out. Throws data::Error when the map is damaged.
 std::vector<PageNumber> markedPages(PageFile& file, RowPlace place);
 
+/// Bytes of a map in a row when it is new; of zeros, it marks no page.
+inline constexpr int kMapBytes = 69;
+
 /// The first one from `from` on, nothing when there is none.
 std::optional<PageNumber> firstMarked(PageFile& file, RowPlace place, PageNumber from);
 

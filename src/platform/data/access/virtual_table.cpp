@@ -308,7 +308,7 @@ QString lengthColumn(const QString& column) {
 
 TableWriter& SeenTables::writerOf(SeenTable& table) {
     if (table.changer == nullptr) {
-        table.changer = std::make_unique<RowChanger>(file, table.definition);
+        table.changer = std::make_unique<RowChanger>(file, table.definition, table.entry.name);
     }
     return table.changer->writer;
 }

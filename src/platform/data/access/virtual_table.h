@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/data/access/catalog.h"
-#include "platform/data/access/table_indexes.h"
+#include "platform/data/access/tree_index_keeper.h"
 
 #include <memory>
 #include <sqlite3.h>
@@ -16,15 +16,15 @@ QString lengthColumn(const QString& column);
 
 /// What changes the rows of a table; made when it is first wanted.
 struct RowChanger {
-    /// Both parameters are to live as long. Throws data::Error when the table cannot be written.
-    RowChanger(PageFile& file, const TableDefinition& table)
+    /// The first two are to live as long. Throws data::Error when the table cannot be written.
+    RowChanger(PageFile& file, const TableDefinition& table, const QString& name)
         : rules(readTableRules(file, table)),
-          indexes(file, table),
+          indexes(file, table, name),
           writer(file, table, rules, indexes) {}
     Q_DISABLE_COPY_MOVE(RowChanger)
 
     TableRules rules;
-    TableIndexes indexes;
+    TreeIndexKeeper indexes;
     TableWriter writer;
 };
 
