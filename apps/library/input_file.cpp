@@ -1,20 +1,20 @@
 #include "library/input_file.h"
 
 #include "library/text_error.h"
+#include "platform/files/regular_file.h"
 
 #include <QFile>
-#include <QFileInfo>
+
+#include <cerrno>
 
 namespace varo {
 
 QByteArray readInputFile(const QString& path, qint64 limit) {
-    const QFileInfo info(path);
-    if (info.exists() && !info.isFile()) {
-        throw TextError(path, QStringLiteral("this is no regular file"));
-    }
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        throw TextError(path, file.errorString());
+    if (const auto problem = openRegularFile(file); problem == RegularFileProblem::NotRegular) {
+        throw TextError(path, QStringLiteral("this is no regular file"));
+    } else if (problem != RegularFileProblem::None) {
+        throw TextError(path, qt_error_string(errno));
     }
     const qint64 size = file.size();
     if (size > limit) {

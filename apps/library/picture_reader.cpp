@@ -139,10 +139,17 @@ QByteArray PictureReader::render(const PictureText& picture, const QString& path
     if (const QByteArray* rendered = rendered_.object(key)) {
         return *rendered;
     }
+    if (time_ >= mostTime_) {
+        fail(picture, QStringLiteral("rendering the drawings before this one has taken %1 minutes, "
+                                     "the most that all drawings of a library may take")
+                          .arg(std::chrono::floor<std::chrono::minutes>(mostTime_).count()));
+    }
     const QByteArray drawing = contentOf(picture, path);
     QImageReader::supportedImageFormats();  // loads the plug-ins, once for all drawings
+    const auto start = std::chrono::steady_clock::now();
     const auto result =
         boundedCall(kMostSeconds, [&] { return renderedOrProblem(drawing, picture); });
+    time_ += std::chrono::steady_clock::now() - start;
     if (!result) {
         fail(picture,
              QStringLiteral("rendering the drawing takes more than %1 seconds, or all memory")

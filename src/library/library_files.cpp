@@ -71,6 +71,10 @@ QString sentenceOn(data::Error::Cause cause) {
             return QStringLiteral("文件旁边与日志同名（-journal、-wal、-shm）的不是普通文件");
         case ForeignJournal:
             return QStringLiteral("文件旁边的日志（-journal）不是这个公式库的");
+        case UncertainJournal:
+            return QStringLiteral(
+                "无法确定文件旁边的日志（-journal）是不是这个公式库的："
+                "请先复制这两个文件，再用写它的程序打开公式库");
         case ForeignLog:
             return QStringLiteral("文件旁边的预写日志（-wal）不是这个公式库的");
         case UncertainLog:
@@ -79,6 +83,9 @@ QString sentenceOn(data::Error::Cause cause) {
                 "请先复制这两个文件，再用写它的程序打开公式库");
         case NeedsRecovery:
             return QStringLiteral("上一次修改没有完成，要先恢复公式库，但是不能写这个文件");
+        case ReadOnlyFolder:
+            return QStringLiteral(
+                "打开公式库前要先把它的预写日志（-wal）写入公式库，但是不能写公式库所在的文件夹");
         default:
             return {};
     }
@@ -115,8 +122,9 @@ QString reasonOf(const OpenResult& result) {
 
 QString whyNotOpened(const clsFormulaDB& library) {
     data::Connection connection;
-    return reasonOf(
-        openLibrary(library.FormulaDBPath, library.FormulaDBName, connection, data::Access::Read));
+    const OpenResult result =
+        openLibrary(library.FormulaDBPath, library.FormulaDBName, connection, data::Access::Glance);
+    return result.cause == data::Error::Cause::NotCopied ? QString() : reasonOf(result);
 }
 
 }  // namespace varo

@@ -31,8 +31,8 @@ AddedLibrary AddExistingLibrary(const QString& path, const QString& text, colFor
 /// file, and a last one what the store says, where the first leaves that open.
 QString reasonOf(const OpenResult& result);
 
-/// Why the library's file cannot be read, for the user; "" when it can. Changes nothing on the disk
-/// (see data::Access::Read). A lock is waited for as always.
+/// Why the library's file cannot be read, for the user; "" when it can, as far as that can be told
+/// at once. Changes nothing on the disk (see data::Access::Glance). A lock is waited for as always.
 QString whyNotOpened(const clsFormulaDB& library);
 
 }  // namespace varo

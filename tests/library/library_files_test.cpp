@@ -95,6 +95,10 @@ TEST(LibraryFiles, RefusesWhatIsNoLibraryThatOpensAndSaysWhy) {
     };
     const QByteArray writesAhead = fileContent(library.path()).replace(18, 2, "\2\2");
     const QString ahead = library.addFile(u"ahead.mdb"_s, writesAhead);
+    // What is wrong with it would be found in the copy.
+    const QString large = library.addFile(
+        u"large.mdb"_s,
+        QByteArray(writesAhead).replace(100, 8, "damaged!").leftJustified(17 << 20));
     const QString missing = library.pathOf(u"missing.mdb"_s);
     const QString notThere = u"用户选择的数据库文件不存在\n不能添加到本程序！"_s;
     const QString wrong = u"用户选择了错误结构的数据库文件\n不能添加到本程序！"_s;
@@ -115,6 +119,7 @@ TEST(LibraryFiles, RefusesWhatIsNoLibraryThatOpensAndSaysWhy) {
         {noTree.path(), wrong, {}},
         {trigger.path(), notOpened, u"文件的结构不符合公式库的要求"_s},
         {library.path(), notOpened, u"文件正被其他程序占用"_s},
+        {large, notOpened, {}},
         {ahead, {}, {}},
     };
     LibraryProcess other({u"lock"_s, library.path()});

@@ -7,6 +7,9 @@
 //
 // spill PATH: writes half of a transaction into the library and waits to be killed.
 //
+// exclusive PATH STATEMENT: takes a lock for good, stores a row of Item, and kills itself when the
+// next commit, of the statement, has written a page.
+//
 // session PATH FOLDER COUNT: saves COUNT filters for formula 1, one over the other, with the backup
 // in FOLDER, and waits to be killed; a line is the number of filters that have been saved.
 //
@@ -56,11 +59,19 @@ constexpr struct {
      "spilled"},
 };
 
-int hold(const char* path, const char* statements, const char* said) {
+/// The database, on which the statements have been run; null when that fails.
+sqlite3* opened(const char* path, const char* statements) {
     sqlite3* database = nullptr;
     if (sqlite3_open_v2(path, &database, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK ||
         sqlite3_exec(database, statements, nullptr, nullptr, nullptr) != SQLITE_OK) {
         sqlite3_close(database);
+        return nullptr;
+    }
+    return database;
+}
+
+int hold(const char* path, const char* statements, const char* said) {
+    if (opened(path, statements) == nullptr) {
         return 1;
     }
     say(said);
@@ -99,6 +110,21 @@ struct KillAfterWrites {
     }
 };
 
+int exclusive(const char* path, const char* statement) {
+    KillAfterWrites::install(-1);
+    sqlite3* database = opened(path,
+                               "PRAGMA locking_mode = EXCLUSIVE;"
+                               "INSERT INTO Item (Name) VALUES ('under the lock'); BEGIN;"
+                               "INSERT INTO Item (Name) VALUES ('in the second commit')");
+    if (database == nullptr ||
+        sqlite3_exec(database, statement, nullptr, nullptr, nullptr) != SQLITE_OK) {
+        return 1;
+    }
+    say("exclusive");
+    KillAfterWrites::left = 1;
+    return sqlite3_exec(database, "COMMIT", nullptr, nullptr, nullptr);
+}
+
 int session(const char* path, const char* ownFolder, int count, bool isCancelled) {
     test::RecordingQuestions questions;
     clsDBFuncs funcs(questions);
@@ -134,6 +160,9 @@ int main(int argc, char** argv) {
         if (command == each.command) {
             return hold(argv[2], each.statements, each.said);
         }
+    }
+    if (command == "exclusive" && argc > 3) {
+        return exclusive(argv[2], argv[3]);
     }
     if (command == "session" && argc > 4) {
         return session(argv[2], argv[3], std::atoi(argv[4]), false);

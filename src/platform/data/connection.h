@@ -35,7 +35,9 @@ class Connection {
     /// applied. A database with a write-ahead log gets a rollback journal instead, after what its
     /// log holds has been written into it. With Access::Read nothing is created or changed beside
     /// or in the file: where it needs one of the two, a copy in a folder of temporary files is
-    /// read, which close() removes.
+    /// read, which close() removes. With Access::Glance, one that would need a large copy does not
+    /// open, with an Error of the cause NotCopied, once its header and the kinds of what lies
+    /// beside it have been looked at.
     ///
     /// Nothing that the file or what lies beside it says is run, no other file that they name is
     /// touched, and locks that this process holds on the file through another connection stay.

@@ -17,11 +17,14 @@ class Error : public std::runtime_error {
         Interrupted,
         Replaced,
         // Why a file does not open, beside which something lies that stays as it is:
-        NoRegularFile,   ///< in the place of a journal or log is a link, a folder or a device
-        ForeignJournal,  ///< a journal that is none, is of another file or names one
-        ForeignLog,      ///< the same of a write-ahead log
-        UncertainLog,    ///< a write-ahead log that may be of another file
-        NeedsRecovery,   ///< a journal or log of a file that cannot be written
+        NoRegularFile,     ///< in the place of a journal or log is a link, a folder or a device
+        ForeignJournal,    ///< a journal that is none, is of another file or names one
+        UncertainJournal,  ///< a journal that may be of another file
+        ForeignLog,        ///< like ForeignJournal, of a write-ahead log
+        UncertainLog,      ///< a write-ahead log that may be of another file
+        NeedsRecovery,     ///< a journal or log of a file that cannot be written
+        ReadOnlyFolder,    ///< a log in a folder that cannot be written, of a file that can
+        NotCopied,         ///< for Access::Glance; there is nothing against the file so far
     };
 
     explicit Error(const QString& description, Cause cause = Cause::Other)

@@ -1,6 +1,5 @@
 #include "platform/data/log_content.h"
 
-#include "platform/data/error.h"
 #include "platform/data/file_start.h"
 
 #include <QByteArray>
@@ -71,10 +70,7 @@ struct Frame {
 /// Reads a log as far as SQLite does.
 class LogReader {
   public:
-    explicit LogReader(const QString& path) : file_(path) {
-        if (!file_.open(QIODevice::ReadOnly)) {
-            throw Error(QStringLiteral("%1: %2").arg(path, file_.errorString()));
-        }
+    explicit LogReader(QFile& file) : file_(file) {
         const QByteArray head = file_.read(kHead);
         if (head.size() < kHead) {
             return;
@@ -109,7 +105,7 @@ class LogReader {
     int pageSize() const { return pageSize_; }
 
   private:
-    QFile file_;
+    QFile& file_;
     RunningSum sum_{false};
     QByteArray salt_;
     int pageSize_ = 0;
@@ -117,7 +113,7 @@ class LogReader {
 
 }  // namespace
 
-bool isLogOf(const QString& path, const QString& log) {
+bool isLogOf(const QString& path, QFile& log) {
     struct Latest {
         bool isInDatabase = false;
         qint64 commit = 0;  ///< that wrote it

@@ -4,6 +4,7 @@
 #include "platform/data/file_start.h"
 #include "platform/data/log_content.h"
 #include "platform/data/side_file_heads.h"
+#include "platform/files/regular_file.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <filesystem>
 #include <sys/stat.h>
 
@@ -35,6 +37,12 @@ bool isPageSize(qint64 size) {
         cause);
 }
 
+[[noreturn]] void refuseIrregular(const QString& path) {
+    refuse(path,
+           QStringLiteral("lies in the place of a journal but is a link, a folder or a device"),
+           Error::Cause::NoRegularFile);
+}
+
 /// The size of the file at `path`, 0 when there is none. Throws Error when it is no regular file
 /// that has this name alone.
 qint64 sizeOfRegularFile(const QString& path) {
@@ -46,12 +54,20 @@ qint64 sizeOfRegularFile(const QString& path) {
     }
     if (status.type() != std::filesystem::file_type::regular ||
         std::filesystem::hard_link_count(native, failure) > 1) {
-        refuse(path,
-               QStringLiteral("lies in the place of a journal but is a link, a folder or a "
-                              "device"),
-               Error::Cause::NoRegularFile);
+        refuseIrregular(path);
     }
     return QFileInfo(path).size();
+}
+
+void openSideFile(QFile& file) {
+    switch (openRegularFile(file)) {
+        case RegularFileProblem::None:
+            break;
+        case RegularFileProblem::NotRegular:
+            refuseIrregular(file.fileName());
+        default:
+            throw Error(QStringLiteral("%1: %2").arg(file.fileName(), qt_error_string(errno)));
+    }
 }
 
 /// What the first page that the journal at `path` restores says of the database; nothing when it
@@ -59,9 +75,7 @@ qint64 sizeOfRegularFile(const QString& path) {
 std::optional<DatabaseHeader> headerBefore(const QString& path, qint64 sectorSize,
                                            qint64 pageSize) {
     QFile journal(path);
-    if (!journal.open(QIODevice::ReadOnly)) {
-        throw Error(QStringLiteral("%1: %2").arg(path, journal.errorString()));
-    }
+    openSideFile(journal);
     constexpr int kPageNumber = 4;
     const qint64 recordSize = kPageNumber + pageSize + 4;  // with a checksum
     for (qint64 part = 0; journal.seek(part);) {
@@ -114,6 +128,15 @@ bool canFollow(const DatabaseHeader& database, const DatabaseHeader& before) {
            static_cast<qint32>(database.schemaVersion - before.schemaVersion) >= 0;
 }
 
+/// Whether the database can have got this header from the other one, the one in a journal, in a way
+/// in which another copy of the database can have got it, too: a commit sets the mark or an
+/// application's number, or is not counted, which early versions of SQLite do once for each lock.
+bool mayFollow(const DatabaseHeader& database, const DatabaseHeader& before) {
+    return before.bytes.size() == kDatabaseHead && database.bytes.size() == kDatabaseHead &&
+           database.changes - before.changes <= 1 &&
+           static_cast<qint32>(database.schemaVersion - before.schemaVersion) >= 0;
+}
+
 void requireJournalOf(const QString& path, qint64 size,
                       const std::optional<DatabaseHeader>& database) {
     const QByteArray head = fileStart(path, kJournalHead);
@@ -145,8 +168,16 @@ void requireJournalOf(const QString& path, qint64 size,
     const auto before = headerBefore(path, sectorSize, pageSize);
     const bool isOfIt = before ? canFollow(*database, *before)
                                : !database->statedPages || pages == *database->statedPages;
-    if (pageSize != database->pageSize || pages > database->pageCount + size / (pageSize + 8) ||
-        !isOfIt) {
+    const bool hasItsPages =
+        pageSize == database->pageSize && pages <= database->pageCount + size / (pageSize + 8);
+    if (hasItsPages && before && !isOfIt && mayFollow(*database, *before)) {
+        throw Error(QStringLiteral("%1: a program that was killed left this journal, but it cannot "
+                                   "be told whether with this file; copy both first, then open the "
+                                   "library with the program that wrote it")
+                        .arg(path),
+                    Error::Cause::UncertainJournal);
+    }
+    if (!hasItsPages || !isOfIt) {
         refuse(path, QStringLiteral("the journal belongs to another file"),
                Error::Cause::ForeignJournal);
     }
@@ -201,11 +232,13 @@ SideFiles requireSideFilesOf(const QString& path, const std::optional<DatabaseHe
 void requireLatestLog(const QString& path, const SideFiles& files) {
     struct stat database {};
     struct stat log {};
+    QFile file(files.log);
+    openSideFile(file);
     const bool isLatest = stat(QFile::encodeName(path).constData(), &database) == 0 &&
-                          lstat(QFile::encodeName(files.log).constData(), &log) == 0 &&
+                          fstat(file.handle(), &log) == 0 &&
                           std::pair(database.st_ctim.tv_sec, database.st_ctim.tv_nsec) <=
                               std::pair(log.st_mtim.tv_sec, log.st_mtim.tv_nsec);
-    if (!isLatest && !isLogOf(path, files.log)) {
+    if (!isLatest && !isLogOf(path, file)) {
         throw Error(QStringLiteral("%1: the file has been changed, copied or replaced since this "
                                    "write-ahead log of another program was written; copy both "
                                    "first, then open the library with the program that wrote it")

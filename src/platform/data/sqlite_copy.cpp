@@ -4,9 +4,10 @@
 #include "platform/data/sqlite_handle.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QStorageInfo>
 
-#include <sys/stat.h>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -14,38 +15,19 @@ namespace varo::data {
 
 namespace {
 
+/// Leaves holes where there are zeros: a file that is mostly holes takes no more room as a copy.
 void copyBytes(const QString& from, const QString& to) {
     QFile copy(to);
     bool isWritten = copy.open(QIODevice::WriteOnly);
+    qint64 size = 0;
     readBytes(from, [&](const QByteArray& bytes) {
-        isWritten = isWritten && copy.write(bytes) == bytes.size();
+        const bool isHole = std::ranges::all_of(bytes, [](char byte) { return byte == '\0'; });
+        isWritten = isWritten && (isHole || (copy.seek(size) && copy.write(bytes) == bytes.size()));
+        size += bytes.size();
     });
-    if (!isWritten || !copy.flush()) {
+    if (!isWritten || !copy.flush() || !copy.resize(size)) {
         throw Error(QStringLiteral("%1: %2").arg(to, copy.errorString()));
     }
-}
-
-/// The bytes that a copy of the file at `path` takes. Throws Error when the file is mostly holes,
-/// which cost nothing until they are copied.
-qint64 bytesToCopy(const QString& path) {
-    // Compression by the file system, too, makes the file smaller than it says.
-    constexpr qint64 kMostCompression = 64;
-    constexpr qint64 kAlwaysCopied = 16 << 20;
-    constexpr qint64 kBlock = 512;  // whatever the file system has
-    struct stat file {};
-    if (stat(QFile::encodeName(path).constData(), &file) != 0) {
-        return 0;
-    }
-    // Some file systems know of no blocks.
-    if (file.st_blocks > 0 && file.st_size > kAlwaysCopied &&
-        file.st_size / kMostCompression > file.st_blocks * kBlock) {
-        throw Error(QStringLiteral("%1: the file says that it has %2 MiB but holds only %3 KiB; it "
-                                   "is not copied to be read")
-                        .arg(path)
-                        .arg(file.st_size >> 20)
-                        .arg(file.st_blocks * kBlock >> 10));
-    }
-    return file.st_size;
 }
 
 }  // namespace
@@ -60,7 +42,7 @@ void requireRoom(const QString& folder, qint64 bytes) {
     }
 }
 
-SqliteCopy::SqliteCopy(const QString& path, const DatabaseHeader& header) {
+SqliteCopy::SqliteCopy(const QString& path, const DatabaseHeader& header, Access access) {
     const DatabaseHandle handle = openHandle(path, Access::Write);
     // Who uses a write-ahead log may write at any time, who recovers a journal is kept out.
     const bool isWritable = sqlite3_db_readonly(handle.get(), "main") == 0;
@@ -68,9 +50,6 @@ SqliteCopy::SqliteCopy(const QString& path, const DatabaseHeader& header) {
         handle.get(), path,
         header.writesAhead && isWritable ? FileLock::Kind::Alone : FileLock::Kind::WithReaders);
     const SideFiles files = requireSideFilesOf(path, header);
-    if (files.hasLog) {
-        requireLatestLog(path, files);
-    }
     std::vector<std::pair<QString, QString>> copied{{path, this->path()}};
     if (files.hasJournal) {
         copied.emplace_back(files.journal, this->path() + QLatin1StringView(kJournalSuffix));
@@ -80,7 +59,16 @@ SqliteCopy::SqliteCopy(const QString& path, const DatabaseHeader& header) {
     }
     qint64 bytes = 0;
     for (const auto& [from, to] : copied) {
-        bytes += bytesToCopy(from);
+        bytes += QFileInfo(from).size();
+    }
+    if (access == Access::Glance && bytes > kMostGlanced) {
+        throw Error(QStringLiteral("%1: %2 MiB would have to be copied to read the file")
+                        .arg(path)
+                        .arg(bytes >> 20),
+                    Error::Cause::NotCopied);
+    }
+    if (files.hasLog) {
+        requireLatestLog(path, files);
     }
     requireRoom(folder_.path(), bytes);
     for (const auto& [from, to] : copied) {

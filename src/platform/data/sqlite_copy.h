@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/data/access.h"
 #include "platform/data/side_files.h"
 
 #include <QTemporaryDir>
@@ -17,8 +18,8 @@ class SqliteCopy {
   public:
     /// Copies the database at `path`, the one with this header. Throws Error when another program
     /// is in the middle of something with it, when what lies beside it is not of this database,
-    /// when a file is mostly holes, or when there is no room for the copy.
-    SqliteCopy(const QString& path, const DatabaseHeader& header);
+    /// when there is no room for the copy, or when it is larger than Access::Glance allows.
+    SqliteCopy(const QString& path, const DatabaseHeader& header, Access access);
 
     /// Path of the copy.
     QString path() const { return folder_.filePath(QStringLiteral("database")); }

@@ -409,8 +409,9 @@ Content contentOf(const SafeHandle& safe, const QString& path) {
 }
 
 /// A copy of the database at `path`, recovered, open for reading; null when it is no database.
-std::unique_ptr<SqliteFile> recoveredCopy(const QString& path, const DatabaseHeader& header) {
-    auto copy = std::make_unique<SqliteCopy>(path, header);
+std::unique_ptr<SqliteFile> recoveredCopy(const QString& path, const DatabaseHeader& header,
+                                          Access access) {
+    auto copy = std::make_unique<SqliteCopy>(path, header, access);
     try {
         if (contentOf(openSafely(copy->path(), header, Access::Write), copy->path()) !=
             Content::Database) {
@@ -450,7 +451,7 @@ std::unique_ptr<DatabaseFile> SqliteDriver::open(const QString& path, Access acc
                             .arg(path),
                         Error::Cause::NeedsRecovery);
         }
-        file = recoveredCopy(path, *header);
+        file = recoveredCopy(path, *header, access);
     }
     return file;
 }

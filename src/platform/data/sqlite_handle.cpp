@@ -42,11 +42,11 @@ std::unique_ptr<sqlite3_io_methods> withoutSharedMemory(sqlite3* database) {
     return methods;
 }
 
-[[noreturn]] void failToTurn(const QString& path, const QString& why) {
+[[noreturn]] void failToTurn(const QString& path, const QString& why, Error::Cause cause) {
     throw Error(QStringLiteral("%1: the database has a write-ahead log, which it cannot be freed "
                                "of here: %2")
                     .arg(path, why),
-                Error::Cause::NeedsRecovery);
+                cause);
 }
 
 /// Writes what the write-ahead log holds into the database, which has a rollback journal then. The
@@ -55,7 +55,8 @@ std::unique_ptr<sqlite3_io_methods> withoutSharedMemory(sqlite3* database) {
 void turnToRollbackJournal(sqlite3* database, StatementWatch& watch, const QString& path,
                            const SideFiles& files) {
     if (sqlite3_db_readonly(database, "main") != 0) {
-        failToTurn(path, QStringLiteral("the file is write-protected"));
+        failToTurn(path, QStringLiteral("the file is write-protected"),
+                   Error::Cause::NeedsRecovery);
     }
     {
         const FileLock lock(database, path, FileLock::Kind::Alone);
@@ -72,7 +73,11 @@ void turnToRollbackJournal(sqlite3* database, StatementWatch& watch, const QStri
         if (error.isLocked()) {
             throw;
         }
-        failToTurn(path, error.description());
+        if (!QFileInfo(QFileInfo(files.log).absolutePath()).isWritable()) {
+            failToTurn(path, QStringLiteral("its folder is write-protected"),
+                       Error::Cause::ReadOnlyFolder);
+        }
+        failToTurn(path, error.description(), error.cause());
     }
     run(database, QStringLiteral("PRAGMA locking_mode = NORMAL"));
     run(database, QStringLiteral("Select 1 From sqlite_schema Limit 1"));
@@ -80,12 +85,13 @@ void turnToRollbackJournal(sqlite3* database, StatementWatch& watch, const QStri
 
 }  // namespace
 
-DatabaseHandle openHandle(const QString& path, Access access) {
+DatabaseHandle openHandle(const QString& path, Access access, const TemporaryFileLayer* layer) {
     sqlite3* opened = nullptr;
     const int flags = SQLITE_OPEN_NOMUTEX |
                       (access == Access::Write ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
-    const int result = sqlite3_open_v2(QFileInfo(path).absoluteFilePath().toUtf8().constData(),
-                                       &opened, flags, nullptr);
+    const QByteArray name = QFileInfo(path).absoluteFilePath().toUtf8();
+    const int result = layer == nullptr ? sqlite3_open_v2(name, &opened, flags, nullptr)
+                                        : layer->open(name, &opened, flags);
     DatabaseHandle handle(opened);
     if (result != SQLITE_OK) {
         throw Error(QStringLiteral("%1: %2").arg(path, QString::fromUtf8(sqlite3_errstr(result))));
@@ -114,7 +120,9 @@ FileLock::~FileLock() {
 
 SafeHandle openSafely(const QString& path, const DatabaseHeader& header, Access access) {
     const SideFiles files = requireSideFilesOf(path, header);
-    SafeHandle safe{nullptr, nullptr, openHandle(path, access)};
+    auto layer = std::make_unique<TemporaryFileLayer>();
+    DatabaseHandle handle = openHandle(path, access, layer.get());
+    SafeHandle safe{std::move(layer), nullptr, nullptr, std::move(handle)};
     sqlite3* opened = safe.handle.get();
     sqlite3_busy_timeout(opened, kLockTimeout);
     safe.methods = withoutSharedMemory(opened);

@@ -3,6 +3,7 @@
 #include "platform/data/access.h"
 #include "platform/data/side_files.h"
 #include "platform/data/statement_watch.h"
+#include "platform/data/temporary_files.h"
 
 #include <QString>
 
@@ -17,8 +18,9 @@ struct HandleDeleter {
 using DatabaseHandle = std::unique_ptr<sqlite3, HandleDeleter>;
 
 /// Opens the database at `path` and reads nothing of it; for reading only where it cannot be
-/// written. Throws Error.
-DatabaseHandle openHandle(const QString& path, Access access);
+/// written. Throws Error. A layer for its temporary files, if any, must outlive it.
+DatabaseHandle openHandle(const QString& path, Access access,
+                          const TemporaryFileLayer* layer = nullptr);
 
 /// While it lives, other programs, and other connections of this one, are kept from writing to a
 /// database, or from using it at all.
@@ -38,6 +40,7 @@ class FileLock {
 
 /// A connection of SQLite to a database that may come from anywhere.
 struct SafeHandle {
+    std::unique_ptr<TemporaryFileLayer> layer;
     std::unique_ptr<sqlite3_io_methods> methods;
     std::unique_ptr<StatementWatch> watch;
     DatabaseHandle handle;  ///< behind the others, which outlive it

@@ -1,6 +1,7 @@
 #include "platform/data/statement.h"
 
 #include "platform/data/storable_text.h"
+#include "platform/data/temporary_files.h"
 
 #include <QLocale>
 
@@ -92,6 +93,11 @@ bool isBlank(const char* text) {
 }  // namespace
 
 void throwLastError(sqlite3* database) {
+    if (sqlite3_extended_errcode(database) == kTemporaryFileFull) {
+        throw Error(
+            QStringLiteral("what the statement sorts takes many times the room of the file: "
+                           "the file is damaged"));
+    }
     const int code = sqlite3_errcode(database);
     throw Error(QString::fromUtf8(sqlite3_errmsg(database)),
                 code == SQLITE_BUSY        ? Error::Cause::Locked

@@ -1,5 +1,7 @@
 #include "platform/data/statement_watch.h"
 
+#include "platform/data/temporary_files.h"
+
 #include <QByteArrayView>
 
 #include <algorithm>
@@ -106,6 +108,7 @@ bool StatementWatch::readsStatistics() const {
 }
 
 void StatementWatch::setFileSize(qint64 bytes) {
+    TemporaryFileLayer::bound(database_, bytes);
     fileSize_ = bytes;
     most_ = kInstructionsAtMost;
     if (bytes < (kInstructionsAtMost - kInstructionsAtLeast) / kInstructionsPerByte) {

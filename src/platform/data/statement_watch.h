@@ -24,7 +24,8 @@ class StatementWatch {
     /// that returns false. An empty function is not asked.
     void setInterrupt(std::function<bool()> isWanted) { isWanted_ = std::move(isWanted); }
 
-    /// Lets a statement take what one on a file of so many bytes can need.
+    /// Lets a statement take what one on a file of so many bytes can need, temporary files
+    /// included.
     void setFileSize(qint64 bytes);
 
     /// Reads the schema of the database, without the statistics in it: tables that the file brings

@@ -1,6 +1,7 @@
 #include "platform/deploy/deploy_file.h"
 
 #include "platform/deploy/text_encoding.h"
+#include "platform/files/regular_file.h"
 #include "platform/files/save_file.h"
 
 #include <QDir>
@@ -130,16 +131,17 @@ bool DeployFileLib::Data::parse(const QString& text) {
 bool DeployFileLib::Data::load() {
     unload();
     const QString readPath = sourcePath();
-    const QFileInfo info(readPath);
-    if (!info.exists()) {
-        return fail(QStringLiteral("配置文件“%1”不存在！").arg(readPath));
-    }
-    if (!info.isFile()) {
-        return fail(QStringLiteral("“%1”不是文件，不能作为配置文件！").arg(readPath));
-    }
     QFile file(readPath);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return fail(QStringLiteral("无法打开配置文件“%1”：%2").arg(readPath, file.errorString()));
+    switch (openRegularFile(file)) {
+        case RegularFileProblem::None:
+            break;
+        case RegularFileProblem::Missing:
+            return fail(QStringLiteral("配置文件“%1”不存在！").arg(readPath));
+        case RegularFileProblem::NotRegular:
+            return fail(QStringLiteral("“%1”不是文件，不能作为配置文件！").arg(readPath));
+        case RegularFileProblem::NotReadable:
+            return fail(
+                QStringLiteral("无法打开配置文件“%1”：%2").arg(readPath, qt_error_string(errno)));
     }
     const qint64 size = file.size();
     if (size > kSizeLimit) {

@@ -193,6 +193,13 @@ TEST_F(Build, RendersADrawingOnceInEachSizeAndBoundsAllPicturesTogether) {
     EXPECT_EQ(problem(1000),
               u"text.toml:7:3: with this picture, all pictures of the library have "
               "more than 5 MiB"_s);
+    PictureReader late(path(u"text.toml"_s), kMostPictureBytes, std::chrono::milliseconds::zero());
+    try {
+        late.read(picture);
+        ADD_FAILURE() << "rendered";
+    } catch (const TextError& error) {
+        EXPECT_TRUE(error.description().contains(u"the most that all drawings"_s)) << error.what();
+    }
 }
 
 TEST_F(Build, TakesReadyPicturesOfEachFormatAndBase64ByteForByte) {

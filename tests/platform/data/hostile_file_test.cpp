@@ -6,6 +6,7 @@
 #include "platform/data/side_files.h"
 #include "platform/data/sqlite_copy.h"
 #include "support/process.h"
+#include "support/read_only_folder.h"
 #include "support/test_library.h"
 
 #include <QDir>
@@ -200,8 +201,15 @@ TEST_F(HostileFile, IsReadWithoutAChangeAlsoWhenItHasToBeRecovered) {
             runAndKill(command);
             const QString side = beside(*command == 'l' ? "-wal" : "-journal");
             const qint64 size = QFileInfo(side).size();
-            ASSERT_TRUE(QFile::resize(side, 1 << 30));
-            EXPECT_FALSE(opens(Access::Read)) << "a file of holes is written out";
+            constexpr qint64 kHoles = 1 << 26;
+            ASSERT_TRUE(QFile::resize(side, kHoles));
+            EXPECT_FALSE(opens(Access::Glance));
+            EXPECT_EQ(cause, Error::Cause::NotCopied);
+            const SqliteCopy copy(path(), *databaseHeader(path()), Access::Read);
+            struct stat copied {};
+            ASSERT_EQ(stat(qPrintable(copy.path() + side.sliced(path().size())), &copied), 0);
+            EXPECT_EQ(copied.st_size, kHoles);
+            EXPECT_LT(copied.st_blocks * 512, kHoles / 2) << "holes are written out";
             ASSERT_TRUE(QFile::resize(side, size));
         }
         const QStringList before = everything();
@@ -249,6 +257,21 @@ TEST_F(HostileFile, GetsNoJournalOfADatabaseThatWasMadeInTheSameWay) {
 
 TEST_F(HostileFile, WithAWriteAheadLogTakesOnlyItsOwnAndHasNoneThen) {
     runAndKill("log");
+    if (const test::ReadOnlyFolder folder(items.directory.path(), path(),
+                                          test::ReadOnlyFolder::File::Writable);
+        folder.readOnly()) {
+        EXPECT_FALSE(opens(Access::Write));
+        EXPECT_EQ(cause, Error::Cause::ReadOnlyFolder);
+    }
+    const QString damaged = items.directory.filePath(u"damaged.db"_s);
+    ASSERT_TRUE(writeFile(damaged, test::fileContent(path()).replace(100, 8, QByteArray(8, 'x'))));
+    try {
+        Connection().open(damaged);
+        ADD_FAILURE() << "damaged";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.cause(), Error::Cause::Other);
+    }
+    std::filesystem::remove(damaged.toStdString());
     ASSERT_TRUE(QFile::resize(beside("-shm"), 100));
     ASSERT_TRUE(opens(Access::Write));
     EXPECT_EQ(items.names(), (QStringList{u"stored"_s, u"in the log"_s}));
@@ -485,6 +508,29 @@ TEST_F(HostileFile, WhoseTextsShareTheirPagesIsNotReadManyTimesOver) {
     EXPECT_THROW(read(sorted, true), Error);
     items.connection.execute(u"Delete From Item Where ID = 1"_s);
     EXPECT_NO_THROW(items.connection.query(all)) << "the next statement has a budget of its own";
+}
+
+TEST_F(HostileFile, SortsInTemporaryFilesOfBoundedSize) {
+    items.connection.open(path());
+    for (const char* query : {"Select Distinct b From v", "Select b From v Order By b"}) {
+        const auto sort = [&](int rows) {
+            // Written anew for each row, as a long value that rows share is.
+            items.connection.query(
+                u"With Recursive n(i) As (Select 1 Union All Select i+1 From n "
+                "Limit %1), v(b) As (Select randomblob(60000) From n) "
+                "Select count(1) From (%2)"_s.arg(rows)
+                    .arg(QLatin1StringView(query)));
+        };
+        EXPECT_NO_THROW(sort(300));
+        try {
+            sort(1300);
+            ADD_FAILURE() << query;
+        } catch (const Error& error) {
+            EXPECT_TRUE(error.description().startsWith(u"what the statement sorts"))
+                << error.what();
+        }
+        EXPECT_EQ(items.names(), QStringList{u"stored"_s});
+    }
 }
 
 TEST_F(HostileFile, ComputesNothingWhenItIsOpenedOrChecked) {

@@ -1,6 +1,7 @@
 // What programs that were killed have left beside a file, and what others are doing with it.
 
 #include "platform/data/create_database.h"
+#include "platform/data/database_header.h"
 #include "platform/data/item_database.h"
 #include "support/process.h"
 #include "support/test_library.h"
@@ -65,6 +66,47 @@ TEST_F(Recovery, TakesAFileBackToItsLastCommitAndKeepsItsJournalOutOfANewOne) {
     ASSERT_TRUE(QFile::resize(items.path(), 5000));
     replaceDatabase(newDatabase(u"unfinished"_s), items.path());
     expectOneSoundFileWith(u"new"_s);
+}
+
+TEST_F(Recovery, LeavesAJournalThatMayBeOfAnotherFileToTheProgramThatWroteIt) {
+    const struct {
+        QString statement;  ///< of the commit that is not completed
+        bool countsCommit;
+        bool isCertain;
+    } cases[] = {{u"Create Table T (A)"_s, true, true},
+                 {u"Create Table U (A)"_s, false, false},
+                 {u"Pragma user_version = 7"_s, true, false},
+                 {u"Pragma application_id = 7"_s, true, false}};
+    QStringList names{u"old"_s};
+    for (const auto& [statement, countsCommit, isCertain] : cases) {
+        SCOPED_TRACE(statement.toStdString());
+        items.connection.close();
+        test::LibraryProcess writer({u"exclusive"_s, items.path(), statement});
+        ASSERT_EQ(writer.readLine(), u"exclusive"_s);
+        ASSERT_NE(writer.wait(), 0);
+        names.append(u"under the lock"_s);
+        QByteArray left = test::fileContent(items.path());
+        if (!countsCommit) {
+            // As early versions of SQLite do, which count a commit once for each lock.
+            const QByteArray journal = test::fileContent(items.path() + u"-journal"_s);
+            const QByteArray before = journal.mid(journal.indexOf("SQLite format 3"));
+            ASSERT_GT(before.size(), kDatabaseHead);
+            left.replace(24, 4, before.mid(24, 4)).replace(92, 4, before.mid(92, 4));
+            ASSERT_TRUE(writeFile(items.path(), left));
+        }
+        if (!isCertain) {
+            try {
+                items.connection.open(items.path());
+                ADD_FAILURE() << "the journal has been applied";
+            } catch (const Error& error) {
+                EXPECT_EQ(error.cause(), Error::Cause::UncertainJournal) << error.what();
+            }
+            EXPECT_EQ(test::fileContent(items.path()), left);
+            EXPECT_EQ(runElsewhere(items.path(), "Select * From Item"), SQLITE_OK);
+        }
+        items.connection.open(items.path());
+        EXPECT_EQ(items.names(), names);
+    }
 }
 
 TEST_F(Recovery, AppliesNoJournalToAFileOfAnotherFormat) {

@@ -36,10 +36,9 @@ std::vector<SeenTable> readTables(PageFile& file) {
     return tables;
 }
 
-data::DatabaseHandle inMemory() {
+data::DatabaseHandle inMemory(const data::TemporaryFileLayer& layer) {
     sqlite3* opened = nullptr;
-    const int result =
-        sqlite3_open_v2(":memory:", &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int result = layer.open(":memory:", &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX);
     data::DatabaseHandle handle(opened);
     if (result != SQLITE_OK) {
         throw Error(QString::fromUtf8(sqlite3_errstr(result)));
@@ -107,7 +106,7 @@ AccessFile::AccessFile(const QString& path, const Header& header, data::Access a
     : path_(QFileInfo(path).absoluteFilePath()),
       pages_(path_, header, access),
       tables_{pages_, {}},
-      handle_(inMemory()) {
+      handle_(inMemory(layer_)) {
     ::stat(QFile::encodeName(path_).constData(), &opened_);
     watch_ = std::make_unique<data::StatementWatch>(handle(), pages_.layout().pageSize);
     watch_->setFileSize(opened_.st_size);

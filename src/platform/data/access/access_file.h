@@ -57,6 +57,7 @@ class AccessFile final : public data::DatabaseFile {
     bool isChecking_ = false;  ///< which may take any number of pages
     struct stat opened_ {};
     std::unique_ptr<data::StatementWatch> watch_;
+    data::TemporaryFileLayer layer_;
     data::DatabaseHandle handle_;
     data::StatementCache statements_;  // behind the others, which outlive it
 };

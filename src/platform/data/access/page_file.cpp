@@ -34,7 +34,7 @@ PageFile::PageFile(const QString& path, const Header& header, data::Access acces
       layout_(header_.layout()),
       path_(finalPath(path)),
       journalPath_(Journal::pathOf(path_)) {
-    if (access == data::Access::Read) {
+    if (access != data::Access::Write) {
         readOnlyReason_ = QStringLiteral("the file has been opened for reading only");
     } else if (header_.isJet3()) {
         readOnlyReason_ = QStringLiteral("files of Access 97 can only be read");
