@@ -38,7 +38,7 @@ bool FindLocator::showNode(const NodeId& node, const QString& gone) {
             questions_.inform(gone);
             break;
         case SelectionController::NodePlace::Unknown:
-            questions_.inform(QStringLiteral("无法打开用户指定的数据库！"));
+            questions_.inform(SelectionController::kNotOpened);
             break;
     }
     return false;
