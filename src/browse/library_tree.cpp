@@ -37,11 +37,12 @@ LibraryTree::LibraryTree(ui::NodeView& view, CurrentLibrary& library, Questions&
     : view_(view),
       library_(library),
       questions_(questions),
-      reading_(view, [this] { return readWaiting(); }) {
+      reading_(view, [this] { return readNext(); }) {
     view.setModel(&model_);
     connect(&view, &ui::NodeView::nodeClicked, this,
             [this](const QModelIndex& index) { emit nodeClicked(model_.idOf(index)); });
     connect(&view, &ui::NodeView::nodeExpanded, &view, &ui::NodeView::selectItem);
+    connect(&reading_, &SlicedWork::ended, this, [this] { emit readingChanged(0); });
 }
 
 bool LibraryTree::BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable onUnreadable) {
@@ -82,7 +83,9 @@ QString LibraryTree::addLibraries(const colFormulaDB& libraries, OnUnreadable on
     if (waiting_.isEmpty()) {
         model_.squeeze();
     } else {
+        lockedUntil_ = QDeadlineTimer(QDeadlineTimer::Forever);
         reading_.start();
+        emit readingChanged(static_cast<int>(waiting_.size()));
     }
     return firstFailure;
 }
@@ -113,18 +116,19 @@ QString LibraryTree::addLibrary(const clsFormulaDB& library) {
     const QPersistentModelIndex root = model_.addLibrary(number, library.FormulaNodeText);
     library_.close();
     const bool opened = library_.open(number);
-    const QString failure =
-        opened ? readInto(root, library_) : QStringLiteral("无法打开用户选择的数据库！");
+    const QString failure = opened ? readInto(root, library_, NewChildren::Open)
+                                   : QStringLiteral("无法打开用户选择的数据库！");
     if (!failure.isEmpty()) {
         unread_.insert(number);
-        mark(root, library, opened ? failure : reasonOf(library_.openResult()));
+        mark(number, opened ? failure : reasonOf(library_.openResult()));
     }
     return failure;
 }
 
 /// Shows the folders of `library` below its node, in place of those that are shown there. Returns
 /// what the user is to be told when they, or the properties of folders, cannot be read.
-QString LibraryTree::readInto(const QModelIndex& root, CurrentLibrary& library) {
+QString LibraryTree::readInto(const QModelIndex& root, CurrentLibrary& library,
+                              NewChildren opening) {
     const FileIdentity file = FileIdentity::of(library.connection().path());
     FolderRows rows;
     if (!readFolders(library, rows)) {
@@ -133,7 +137,9 @@ QString LibraryTree::readInto(const QModelIndex& root, CurrentLibrary& library) 
     files_.insert(library.number(), file);
     if (model_.rowCount(root) == 0) {
         model_.addFolders(root, std::move(rows));
-        view_.expand(root);
+        if (opening == NewChildren::Open) {
+            view_.expand(root);
+        }
     } else {
         replaceFolders(model_.idOf(root), std::move(rows), false);
     }
@@ -149,11 +155,12 @@ void LibraryTree::readAgain() {
     }
 }
 
-void LibraryTree::readUnread(int library) {
-    if (unread_.contains(library)) {
-        const ui::clsWaitCursor waiting;
-        readAnew(library);
+QString LibraryTree::readUnread(int library, const QString& notOpened) {
+    if (!unread_.contains(library)) {
+        return {};
     }
+    const ui::clsWaitCursor waiting;
+    return readAnew(library, notOpened);
 }
 
 bool LibraryTree::isUpToDate(int library) const {
@@ -164,65 +171,107 @@ bool LibraryTree::isUpToDate(int library) const {
     return !unread_.contains(library) && file != files_.cend() && file->isStillThere();
 }
 
-bool LibraryTree::readAnew(int library) {
+QString LibraryTree::readAnew(int library, const QString& notOpened) {
     CurrentLibrary opened(library_.libraries(), questions_);
-    return opened.open(library) && readFrom(opened);
+    if (opened.open(library)) {
+        return readFrom(opened);
+    }
+    mark(library, reasonOf(opened.openResult()));
+    return notOpened;
 }
 
-/// Reads the first of the libraries that wait for it, or marks it. Returns whether others wait.
-bool LibraryTree::readWaiting() {
-    const int number = waiting_.takeFirst();
-    if (unread_.contains(number)) {  // the user has not shown it meanwhile
-        CurrentLibrary opened(library_.libraries(), questions_);
-        if (opened.open(number)) {
-            readFrom(opened);
-        } else {
-            mark(model_.find({number, std::nullopt}), library_.libraries().Item(libraryKey(number)),
-                 reasonOf(opened.openResult()));
-        }
-    }
+/// Reads the first of the libraries that wait for it, or marks it.
+SlicedWork::Next LibraryTree::readNext() {
     if (waiting_.isEmpty()) {
-        model_.squeeze();
+        waiting_.swap(locked_);
     }
-    return !waiting_.isEmpty();
+    readWaiting(waiting_.takeFirst());
+    if (!waiting_.isEmpty()) {
+        emit readingChanged(static_cast<int>(waiting_.size() + locked_.size()));
+        return SlicedWork::Next::AtOnce;
+    }
+    if (locked_.isEmpty()) {
+        model_.squeeze();
+        return SlicedWork::Next::Never;
+    }
+    if (lockedUntil_.isForever()) {
+        lockedUntil_.setRemainingTime(readingTime_);
+    }
+    emit readingChanged(static_cast<int>(locked_.size()));
+    return SlicedWork::Next::Later;
 }
 
-/// Reads a library whose node is there.
-bool LibraryTree::readFrom(CurrentLibrary& library) {
-    const QModelIndex root = model_.find({library.number(), std::nullopt});
+void LibraryTree::readWaiting(int library) {
+    // The user may have shown it meanwhile, or have removed it from the list.
+    if (!unread_.contains(library) || files_.contains(library) ||
+        !library_.libraries().contains(libraryKey(library))) {
+        return;
+    }
+    CurrentLibrary opened(library_.libraries(), questions_);
+    if (opened.openAtOnce(library)) {
+        readFrom(opened, NewChildren::StayClosed);
+    } else if (opened.openResult().failure == OpenFailure::Locked && !lockedUntil_.hasExpired()) {
+        locked_.append(library);
+    } else {
+        mark(library, reasonOf(opened.openResult()));
+    }
+}
+
+/// Reads a library whose node is there, or marks it. Returns what readInto() does.
+QString LibraryTree::readFrom(CurrentLibrary& library, NewChildren opening) {
+    const int number = library.number();
+    const QModelIndex root = model_.find({number, std::nullopt});
+    unmarked_.remove(number);
     model_.setImages(root, kPlainLibrary);
-    const QString failure = readInto(root, library);
+    const QString failure = readInto(root, library, opening);
     if (failure.isEmpty()) {
-        unread_.remove(library.number());
+        unread_.remove(number);
         model_.setNote(root, QString());
     } else {
-        mark(root, library_.libraries().Item(libraryKey(library.number())), failure);
+        mark(number, failure);
     }
-    return failure.isEmpty();
+    return failure;
+}
+
+void LibraryTree::stopReading() {
+    reading_.stop();
 }
 
 void LibraryTree::clear() {
-    reading_.stop();
+    stopReading();
     waiting_.clear();
+    locked_.clear();
     model_.clear();
     unread_.clear();
     files_.clear();
+    unmarked_.clear();
 }
 
-void LibraryTree::mark(const QModelIndex& root, const clsFormulaDB& library,
-                       const QString& reason) {
+/// Marks the node of a library of the list.
+void LibraryTree::mark(int library, const QString& reason) {
+    const QModelIndex root = model_.find({library, std::nullopt});
+    const FolderTree::Images images = model_.tree().images(FolderTreeModel::nodeOf(root));
+    if (images != kUnreadableLibrary) {
+        unmarked_.insert(library, images);
+    }
     model_.setImages(root, kUnreadableLibrary);
-    model_.setNote(root, pathOf(library) + u'\n' + reason);
+    model_.setNote(root, pathOf(library_.libraries().Item(libraryKey(library))) + u'\n' + reason);
+}
+
+void LibraryTree::unmark(int library) {
+    const QModelIndex root = model_.find({library, std::nullopt});
+    if (unmarked_.contains(library)) {
+        model_.setImages(root, unmarked_.take(library));
+    }
+    model_.setNote(root, QString());
 }
 
 void LibraryTree::noteOpening(int library) {
-    const QModelIndex root = model_.find({library, std::nullopt});
     const QString reason = reasonOf(library_.openResult());
     if (!reason.isEmpty()) {
-        model_.setNote(root,
-                       pathOf(library_.libraries().Item(libraryKey(library))) + u'\n' + reason);
+        mark(library, reason);
     } else if (!unread_.contains(library)) {
-        model_.setNote(root, QString());
+        unmark(library);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "library/current_library.h"
 #include "library/file_identity.h"
 
+#include <QDeadlineTimer>
 #include <QHash>
 #include <QObject>
 #include <QSet>
@@ -39,15 +40,20 @@ class LibraryTree : public QObject {
     /// reason as its tool tip. To stop there tells the user; the libraries before it stay. Behind a
     /// thousand libraries the others are read when they are shown for the first time, which their
     /// tool tips say. What is not read within the reading time, but for the first library that can
-    /// be, is read while the program goes on, until Escape is pressed or the window is closed; the
-    /// rest is then read when it is shown, too. Returns whether all that was opened could be read.
+    /// be, is read while the program goes on, until Escape is pressed or the window is hidden (see
+    /// SlicedWork); the rest is then read when it is shown, too. What is locked meanwhile is tried
+    /// again for the reading time after all others. Returns whether all that was opened could be
+    /// read.
     bool BuildFormulaTree(const colFormulaDB& libraries, OnUnreadable onUnreadable);
 
-    /// Sets the reading time of BuildFormulaTree() in milliseconds, two seconds before.
+    /// Sets the reading time of BuildFormulaTree() in milliseconds; it is two seconds by itself.
     void setReadingTime(int milliseconds) { readingTime_ = milliseconds; }
 
     /// Whether libraries are being read while the program goes on.
     bool isReading() const { return reading_.isRunning(); }
+
+    /// Ends that; the rest is read when it is shown.
+    void stopReading();
 
     /// Removes every node.
     void clear();
@@ -55,16 +61,19 @@ class LibraryTree : public QObject {
     /// Shows the folders of the current library when they could not be read before and now can.
     void readAgain();
 
-    /// Shows the folders of a library of the tree that has not been read, or could not be.
-    void readUnread(int library);
-
     /// Whether the folders shown of a library are those of the file that is at its path; true also
     /// when the tree does not have the library.
     bool isUpToDate(int library) const;
 
-    /// Shows the folders that a library of the tree has now, read on a connection of its own.
-    /// Returns whether all could be read; if none could, those that are shown stay.
-    bool readAnew(int library);
+    /// Shows the folders that a library of the tree has now, read on a connection of its own, or
+    /// marks its node when not all can be read; if none can, those that are shown stay. Returns
+    /// what the user is to be told then, `notOpened` when the library cannot be opened; ""
+    /// otherwise.
+    QString readAnew(int library, const QString& notOpened);
+
+    /// The same for a library of the tree that has not been read, or could not be; any other one
+    /// stays as it is.
+    QString readUnread(int library, const QString& notOpened);
 
     bool contains(const NodeId& node) const { return model_.find(node).isValid(); }
     /// Name of a node; "" for an unknown one.
@@ -80,8 +89,8 @@ class LibraryTree : public QObject {
     /// How many levels of new folders can be shown below a node.
     int levelsBelow(const NodeId& node) const;
 
-    /// Shows at the node of a library, which is in the tree, why it has just not been made the
-    /// current one, or nothing any more when it has been.
+    /// Marks the node of a library, which is in the tree, when it has just not been made the
+    /// current one, with the reason; takes the mark away when it has been.
     void noteOpening(int library);
 
     NodeId selectedNode() const;
@@ -116,15 +125,23 @@ class LibraryTree : public QObject {
   signals:
     /// The user clicked a node, or reached it with the keyboard.
     void nodeClicked(const NodeId& node);
+    /// So many libraries are to be read while the program goes on; 0 when that is over.
+    void readingChanged(int waiting);
 
   private:
     QString addLibraries(const colFormulaDB& libraries, OnUnreadable onUnreadable);
     int addUnread(const clsFormulaDB& library);
     QString addLibrary(const clsFormulaDB& library);
-    QString readInto(const QModelIndex& root, CurrentLibrary& library);
-    bool readFrom(CurrentLibrary& library);
-    bool readWaiting();
-    void mark(const QModelIndex& root, const clsFormulaDB& library, const QString& reason);
+    /// What becomes of a node whose first children are shown. One that opens by itself would move
+    /// those below it away from under the user's mouse.
+    enum class NewChildren { Open, StayClosed };
+
+    QString readInto(const QModelIndex& root, CurrentLibrary& library, NewChildren opening);
+    QString readFrom(CurrentLibrary& library, NewChildren opening = NewChildren::Open);
+    SlicedWork::Next readNext();
+    void readWaiting(int library);
+    void mark(int library, const QString& reason);
+    void unmark(int library);
     void removeStale(const NodeId& folder, const NodeId& kept);
     void collectExpanded(const QModelIndex& parent, std::vector<NodeId>& expanded) const;
     std::vector<std::pair<NodeId, FolderTree::Images>> markedBelow(const QModelIndex& parent) const;
@@ -133,11 +150,14 @@ class LibraryTree : public QObject {
     CurrentLibrary& library_;
     Questions& questions_;
     FolderTreeModel model_;
-    QSet<int> unread_;    ///< numbers of the libraries that are not read, or cannot be
-    QList<int> waiting_;  ///< of them, those that are to be read
+    QSet<int> unread_;            ///< numbers of the libraries that are not read, or cannot be
+    QList<int> waiting_;          ///< of them, those that are to be read
+    QList<int> locked_;           ///< those that were, and are tried again when no others wait
+    QDeadlineTimer lockedUntil_;  ///< when they are not any more
     SlicedWork reading_;
     int readingTime_ = 2000;
     QHash<int, FileIdentity> files_;  ///< by number, those that the shown folders were read from
+    QHash<int, FolderTree::Images> unmarked_;  ///< by number, pictures of the marked libraries
 };
 
 }  // namespace varo

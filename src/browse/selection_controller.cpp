@@ -35,7 +35,7 @@ SelectionController::NodePlace SelectionController::findNode(const NodeId& node)
     if (!isRead) {
         const ui::clsWaitCursor waiting;
         highlight_.remove();
-        isRead = tree_.readAnew(node.library);
+        isRead = tree_.readAnew(node.library, kNotOpened).isEmpty();
         if (isRead && listedNode_.library == node.library) {
             showNothing();
         }
@@ -58,10 +58,13 @@ void SelectionController::selectFormula(qint32 id) {
 
 bool SelectionController::showNode(NodeId node, const QString& notOpened) {
     if (!tree_.contains(node)) {
-        tree_.readUnread(node.library);
-    }
-    if (!tree_.contains(node)) {
-        return false;
+        const QString failure = tree_.readUnread(node.library, notOpened);
+        if (!tree_.contains(node)) {
+            if (!failure.isEmpty()) {
+                questions_.inform(failure);
+            }
+            return false;
+        }
     }
     tree_.select(node);
     highlight_.remove();

@@ -19,6 +19,9 @@ class SelectionController : public QObject {
     Q_OBJECT
 
   public:
+    /// What the user is told of a library that cannot be opened.
+    static inline const QString kNotOpened = QStringLiteral("无法打开用户指定的数据库！");
+
     /// What edit commands act on: a node, a listed formula, or nothing.
     using Item = std::variant<std::monostate, NodeId, qint32>;
 
@@ -48,8 +51,7 @@ class SelectionController : public QObject {
 
     /// The same, right after what was being typed has been stored (see nodeForCommand()).
     /// `notOpened` is what the user is told when the library cannot be opened.
-    bool showNode(NodeId node,
-                  const QString& notOpened = QStringLiteral("无法打开用户指定的数据库！"));
+    bool showNode(NodeId node, const QString& notOpened = kNotOpened);
     void showFormula(qint32 id);
 
     /// Shows the first listed formula, or that there is none.

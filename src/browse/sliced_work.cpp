@@ -8,33 +8,60 @@ namespace varo {
 
 void SlicedWork::start() {
     timer_.start(0, this);
+    // The window may be another one later.
     qApp->installEventFilter(this);
 }
 
 void SlicedWork::stop() {
-    timer_.stop();
-    qApp->removeEventFilter(this);
+    if (isRunning()) {
+        timer_.stop();
+        qApp->removeEventFilter(this);
+        emit ended();
+    }
 }
 
 void SlicedWork::timerEvent(QTimerEvent*) {
-    constexpr int kSlice = 50;  // milliseconds
+    constexpr int kSlice = 50;   // milliseconds
+    constexpr int kPause = 100;  // milliseconds
     QElapsedTimer sinceStart;
     sinceStart.start();
-    while (sinceStart.elapsed() < kSlice) {
-        if (!step_()) {
-            stop();
-            return;
-        }
+    Next next = Next::AtOnce;
+    while (next == Next::AtOnce && isRunning() && sinceStart.elapsed() < kSlice) {
+        next = step_();
+    }
+    if (next == Next::Never) {
+        stop();
+    } else if (isRunning()) {
+        timer_.start(next == Next::Later ? kPause : 0, this);
     }
 }
 
 bool SlicedWork::eventFilter(QObject* watched, QEvent* event) {
-    const bool isEscape = event->type() == QEvent::KeyPress &&
-                          static_cast<const QKeyEvent*>(event)->key() == Qt::Key_Escape;
-    if (isEscape || (event->type() == QEvent::Close && watched == widget_.window())) {
-        stop();
+    if (watched != widget_.window()) {
+        return false;
     }
-    return false;
+    switch (event->type()) {
+        case QEvent::Hide:
+            if (!event->spontaneous()) {  // as for a window that is made an icon
+                stop();
+            }
+            return false;
+        // Both come to the window when no widget inside it uses them.
+        case QEvent::ShortcutOverride:
+        case QEvent::KeyPress: {
+            const auto& key = static_cast<const QKeyEvent&>(*event);
+            if (key.key() != Qt::Key_Escape || key.modifiers() != Qt::NoModifier) {
+                return false;
+            }
+            event->accept();
+            if (event->type() == QEvent::KeyPress) {
+                stop();
+            }
+            return true;
+        }
+        default:
+            return false;
+    }
 }
 
 }  // namespace varo

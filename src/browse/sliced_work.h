@@ -8,15 +8,19 @@
 
 namespace varo {
 
-/// Work that is done in slices, between which the program goes on. Escape ends it, whatever has the
-/// focus, and so does closing the window.
+/// Work that is done in slices, between which the program goes on. It ends when its window is
+/// hidden, and by Escape where no widget that has the focus, nor one around it, uses that key:
+/// shortcuts of the program and the window itself then do not get it.
 class SlicedWork : public QObject {
     Q_OBJECT
 
   public:
-    /// `step` does a part of the work and returns whether there is more. `widget`, in whose window
-    /// the work is shown, must outlive this.
-    SlicedWork(QWidget& widget, std::function<bool()> step)
+    /// When the next part of the work is to be done.
+    enum class Next { AtOnce, Later, Never };
+
+    /// `step` does a part of the work. `widget`, in whose window the work is shown, must outlive
+    /// this.
+    SlicedWork(QWidget& widget, std::function<Next()> step)
         : widget_(widget), step_(std::move(step)) {}
 
     /// Goes on with the work from the next time on that the program handles events.
@@ -26,13 +30,17 @@ class SlicedWork : public QObject {
 
     bool isRunning() const { return timer_.isActive(); }
 
+  signals:
+    /// The work is over, or has been stopped.
+    void ended();
+
   protected:
     void timerEvent(QTimerEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     QWidget& widget_;
-    std::function<bool()> step_;
+    std::function<Next()> step_;
     QBasicTimer timer_;
 };
 

@@ -5,6 +5,8 @@
 namespace varo {
 
 void TreeRebuild::clear() {
+    // What cannot be stored is told, meanwhile events are handled.
+    tree_.stopReading();
     selection_.storeEdits();
     locator_.forget();
     selection_.highlight().forget();

@@ -1,5 +1,6 @@
 #include "control/varo_calcex.h"
 
+#include "browse/reading_notice.h"
 #include "browse/selection_controller.h"
 #include "control/library_management.h"
 #include "editing/edit_commands.h"
@@ -93,6 +94,7 @@ struct Varo_CalcEx::Parts : PropertySource {
     Panes panes;
     FormulaPane pane;
     LibraryTree tree;
+    ReadingNotice readingNotice;
     FormulaList list;
     SelectionController selection;
     EditActions actions;
@@ -125,6 +127,7 @@ Varo_CalcEx::Parts::Parts(Varo_CalcEx& owner, Questions* given)
       panes(form, owner),
       pane(form.panel, library, *this, questions),
       tree(*form.tvFolder, library, questions),
+      readingNotice(tree, *form.lblReading),
       list(*form.lvFormula, library, files),
       selection(tree, list, pane, library, questions),
       actions(*form.tbEdit, selection, tree, list, clipboard),
@@ -267,8 +270,8 @@ void Varo_CalcEx::RunCalc() {
 }
 
 bool Varo_CalcEx::Parts::start() {
-    management.forget();
     rebuild.clear();
+    management.forget();
     if (!prepareFolder()) {
         return false;
     }

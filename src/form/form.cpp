@@ -8,6 +8,7 @@
 #include "platform/ui/node_view.h"
 #include "platform/ui/picture_box.h"
 #include "platform/ui/result_box.h"
+#include "platform/ui/twips.h"
 
 #include <QBoxLayout>
 #include <QButtonGroup>
@@ -79,6 +80,16 @@ void buildOuterPanes(Form& form, QWidget* parent) {
     form.tvFolder->setRootIsDecorated(true);
     form.tvFolder->setIndentation(14);
     form.tvFolder->fitFirstColumn();
+    form.lblReading = ui::makeNamed<QLabel>("lblReading", form.picTreeContain);
+    form.lblReading->setTextFormat(Qt::PlainText);
+    form.lblReading->setWordWrap(true);
+    form.lblReading->setMargin(4);
+    form.lblReading->hide();
+    auto* rows = new QVBoxLayout(form.picTreeContain);
+    rows->setContentsMargins(0, 0, 0, ui::toPixels(50));
+    rows->setSpacing(0);
+    rows->addWidget(form.tvFolder, 1);
+    rows->addWidget(form.lblReading);
 }
 
 void buildList(Form& form) {

@@ -82,6 +82,7 @@ struct Form {
     QToolBar* tbEdit = nullptr;
     QWidget* picTreeContain = nullptr;
     ui::NodeView* tvFolder = nullptr;
+    QLabel* lblReading = nullptr;  ///< below the tree
     QFrame* picShowTreeSepar = nullptr;
     QFrame* picTreeSepar = nullptr;
     QWidget* picBackGround = nullptr;

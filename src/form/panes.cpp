@@ -71,8 +71,6 @@ void Panes::place() {
     form_.PicControl->setGeometry(control_.rect());
     form_.tbEdit->setGeometry(toPixels(layout_.toolbar()));
     form_.picTreeContain->setGeometry(toPixels(layout_.treePane()));
-    form_.tvFolder->setGeometry(0, 0, form_.picTreeContain->width(),
-                                form_.picTreeContain->height() - toPixels(50));
     form_.picShowTreeSepar->setGeometry(toPixels(layout_.treeBar()));
     form_.picBackGround->setGeometry(toPixels(layout_.background()));
 

@@ -26,7 +26,11 @@ class CurrentLibrary {
     /// cannot be opened; shows nothing.
     bool open(int number);
 
-    /// Why the last open() failed; None when it did not, or there is no such library.
+    /// The same, without waiting for a library that is locked at this moment: it fails as if it had
+    /// been waited for.
+    bool openAtOnce(int number);
+
+    /// Why the last open failed; None when it did not, or there is no such library.
     const OpenResult& openResult() const { return openResult_; }
 
     /// `tell` is called when a statement is the first to fail because the open file has been
@@ -57,6 +61,9 @@ class CurrentLibrary {
     colVarInfo& variables() { return variables_; }
 
   private:
+    /// The configured library with this number; null when there is none.
+    const clsFormulaDB* configured(int number) const;
+
     const colFormulaDB& libraries_;
     clsDBFuncs funcs_;
     data::Connection connection_;

@@ -34,6 +34,11 @@ qint64 leastPart(const FindCriteria& criteria) {
     return criteria.property.isEmpty() ? 1 : kFirstPart;
 }
 
+/// Tells expressions apart, but for one in billions; 0 for "", which many formulas have.
+quint32 contentNumber(const QString& expression) {
+    return expression.isEmpty() ? 0 : static_cast<quint32>(qHash(expression)) | 1;
+}
+
 /// Identifiers have 32 bits; a row with another one cannot be located.
 qint32 identifierOf(qint64 number) {
     return static_cast<qint32>(std::clamp<qint64>(number, std::numeric_limits<qint32>::min(),
@@ -72,7 +77,9 @@ Statement findStatement(const FindCriteria& criteria, NodeType kind) {
     if (conditions.isEmpty()) {
         return {};
     }
-    QString text = QStringLiteral("Select %1.ID,%1.Name,%1.PID From %1").arg(table);
+    QString text = QStringLiteral("Select %1.ID,%1.Name,%1.PID").arg(table);
+    text +=
+        isFormula ? QStringLiteral(",Formula.Formula From Formula") : QStringLiteral(" From Tree");
     text += (joins ? QStringLiteral(",Property Where ") : QStringLiteral(" Where ")) +
             conditions.join(QStringLiteral(" And "));
     if (joins) {
@@ -90,9 +97,8 @@ QString FindHit::tag() const {
 }
 
 bool isStillThere(const FindHit& hit, const QString& shownName) {
-    if (hit.file.isStillThere()) {
-        return true;
-    }
+    const bool isSameFile = hit.file.isStillThere();
+    const bool isFormula = hit.kind == NodeTypeFormula;
     data::Connection connection;
     QString folder;
     QString fileName;
@@ -103,15 +109,24 @@ bool isStillThere(const FindHit& hit, const QString& shownName) {
     bool isThere = true;
     attempt([&] {
         const data::Recordset rows = connection.query(
-            QStringLiteral("Select Name From %1 Where ID = ?").arg(tableOf(hit.kind)), {hit.id});
-        isThere = !rows.atEnd() && (rows.text(0) == hit.name || rows.text(0) == shownName);
+            isFormula ? QStringLiteral("Select Name,Formula From Formula Where ID = ?")
+                      : QStringLiteral("Select Name From Tree Where ID = ?"),
+            {hit.id});
+        if (rows.atEnd()) {
+            isThere = isSameFile && isFormula;
+        } else {
+            isThere = rows.text(0) == hit.name || rows.text(0) == shownName ||
+                      (isSameFile && isFormula && hit.content != 0 &&
+                       contentNumber(rows.text(1)) == hit.content);
+        }
     });
     return isThere;
 }
 
-void FindHits::add(NodeType kind, int library, qint32 id, qint32 parentId, QStringView name) {
+void FindHits::add(NodeType kind, int library, qint32 id, qint32 parentId, QStringView name,
+                   quint32 content) {
     text_ += name;
-    rows_.push_back({kind, library, id, parentId, text_.size()});
+    rows_.push_back({kind, library, id, parentId, content, text_.size()});
 }
 
 void FindHits::append(const FindHits& others) {
@@ -141,7 +156,8 @@ FindHit FindHits::at(std::size_t position) const {
             row.id,
             row.parentId,
             text_.sliced(begin, row.textEnd - begin),
-            file == files_.end() ? FileIdentity() : file->second};
+            file == files_.end() ? FileIdentity() : file->second,
+            row.content};
 }
 
 NodeSearch::NodeSearch(const colFormulaDB& libraries, FindCriteria criteria)
@@ -197,7 +213,9 @@ bool NodeSearch::readRows(int most, FindHits& hits) {
                 }
                 listed_.insert(id);
             }
-            hits.add(kinds_[kind_], libraries_[at_].number, id, rows_.integer(2), rows_.text(1));
+            const bool isFormula = kinds_[kind_] == NodeTypeFormula;
+            hits.add(kinds_[kind_], libraries_[at_].number, id, rows_.integer(2), rows_.text(1),
+                     isFormula ? contentNumber(rows_.text(3)) : 0);
             --most;
         }
     });

@@ -56,6 +56,7 @@ struct FindHit {
     qint32 parentId = 0;  ///< identifier of the folder that it is in; 0 is the library's top level
     QString name;
     FileIdentity file = {};  ///< the library's file when it was searched
+    quint32 content = 0;     ///< a number of a formula's expression; 0 when there is none
 
     /// The hit's key and tag in the list of results.
     QString key() const;
@@ -66,9 +67,11 @@ struct FindHit {
     NodeId parent() const { return nodeOf(library, parentId); }
 };
 
-/// Whether the library of `hit` has what was found still: its file is the one that was searched, or
-/// has under that identifier the name that was found, or `shownName`, which the user sees for it.
-/// True also when the library cannot be read.
+/// Whether the library of `hit` has what was found still: under that identifier it has the name
+/// that was found, or `shownName`, which the user sees for it; or, in the file that was searched, a
+/// formula with the expression that was found, which has been given another name. True also when
+/// the library cannot be read, and for a formula that is just missing in the file that was
+/// searched, so that its folder can be shown.
 bool isStillThere(const FindHit& hit, const QString& shownName);
 
 /// Many hits, in few bytes over their names.
@@ -76,7 +79,8 @@ class FindHits {
   public:
     /// Says which file the hits of a library are from.
     void setFile(int library, const FileIdentity& file) { files_[library] = file; }
-    void add(NodeType kind, int library, qint32 id, qint32 parentId, QStringView name);
+    void add(NodeType kind, int library, qint32 id, qint32 parentId, QStringView name,
+             quint32 content);
     void append(const FindHits& others);
     void clear();
 
@@ -90,6 +94,7 @@ class FindHits {
         int library;
         qint32 id;
         qint32 parentId;
+        quint32 content;
         qsizetype textEnd;
     };
 

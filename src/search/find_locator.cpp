@@ -11,7 +11,7 @@ void FindLocator::locate(FindResults& results, int position) {
     results.setLocated(position);
     const FindHit hit = results.hit(position);
     if (hit.kind == NodeTypeFormula) {
-        if (isStillThere(hit, QString())) {
+        if (isStillThere(hit, listedName(hit))) {
             showFormula(hit.node(), hit.id);
         } else {
             questions_.inform(kFormulaGone);
@@ -29,6 +29,13 @@ void FindLocator::locateFormula(const NodeId& folder, qint32 formulaID) {
     }
 }
 
+/// The name under which a formula is listed; "" when it is not.
+QString FindLocator::listedName(const FindHit& hit) const {
+    const clsFormulaInfo* listed =
+        selection_.listedNode() == hit.node() ? list_.model().find(hit.id) : nullptr;
+    return listed == nullptr ? QString() : listed->FormulaName;
+}
+
 /// Returns whether the node's formulas are listed; the user has been told when they are not.
 bool FindLocator::showNode(const NodeId& node, const QString& gone) {
     switch (selection_.findNode(node)) {
@@ -38,7 +45,7 @@ bool FindLocator::showNode(const NodeId& node, const QString& gone) {
             questions_.inform(gone);
             break;
         case SelectionController::NodePlace::Unknown:
-            questions_.inform(QStringLiteral("无法打开用户指定的数据库！"));
+            questions_.inform(SelectionController::kNotOpened);
             break;
     }
     return false;

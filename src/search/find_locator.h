@@ -22,6 +22,7 @@ class FindLocator {
     void locateFormula(const NodeId& folder, qint32 formulaID);
 
   private:
+    QString listedName(const FindHit& hit) const;
     bool showNode(const NodeId& node, const QString& gone);
     void showFormula(const NodeId& folder, qint32 formulaID);
 

@@ -118,7 +118,9 @@ TEST_F(Selection, ALibraryThatCannotBeReadOrOpenedLeavesNothingToEdit) {
     ASSERT_TRUE(QFile::rename(second.path(), second.pathOf(u"away"_s)));
     select(u"管"_s);
     expectNothing(u"无法打开用户指定的数据库！"_s);
+    EXPECT_NE(image(desk->tree(), u"库1"_s), image(desk->tree(), u"库2"_s)) << "marked";
     ASSERT_TRUE(QFile::rename(second.pathOf(u"away"_s), second.path()));
+    select(u"管"_s);
 }
 
 TEST_F(Selection, TheHostSelectsByKeyAndUnknownKeysDoNothing) {

@@ -44,28 +44,32 @@ TEST(Startup, ReadsTheLibrariesBehindTheThousandthWhenTheyAreShownOrLocated) {
     SmallLibrary located;
     located.addProperty(1, u"用途"_s, 0, 1, NodeTypeFormula);
     const TestConfiguration configuration;
-    QByteArray file = "[Access]\nNodeCount=1003\n";
-    for (int i = 1; i <= 1003; ++i) {
+    QByteArray file = "[Access]\nNodeCount=1004\n";
+    for (int i = 1; i <= 1004; ++i) {
         const QByteArray number = QByteArray::number(i);
         file += "RootNodeText" + number + '=' + number + "\nRootNodeName" + number +
                 "=library.vdb\nRootNodePath" + number + '=' +
-                (i < 1003 ? library : located).folder().toUtf8() + '\n';
+                (i == 1004 ? u"/none/"_s : (i < 1003 ? library : located).folder()).toUtf8() + '\n';
     }
     configuration.write(file);
     Desk desk(configuration.folder());
     EXPECT_EQ(desk.messages(), QStringList());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return desk.treeTexts().size() == 2003; }, 60'000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return desk.treeTexts().size() == 2004; }, 60'000));
     EXPECT_EQ(desk.treeTexts().mid(1998),
-              (QStringList{u"1000"_s, u"  梁"_s, u"1001"_s, u"1002"_s, u"1003"_s}));
+              (QStringList{u"1000"_s, u"  梁"_s, u"1001"_s, u"1002"_s, u"1003"_s, u"1004"_s}));
     desk.clickNode(u"1002"_s);
     EXPECT_EQ(desk.treeTexts().mid(2000),
-              (QStringList{u"1001"_s, u"1002"_s, u"  梁"_s, u"1003"_s}));
+              (QStringList{u"1001"_s, u"1002"_s, u"  梁"_s, u"1003"_s, u"1004"_s}));
     desk.control().ClickTreeNode(u"FormulaNode1->DBNode1001"_s);
     EXPECT_EQ(desk.tree().selectedKey(), u"FormulaNode1->DBNode1001"_s);
     desk.control().SetDesignProp(u"用途"_s);
     EXPECT_EQ(desk.messages(), QStringList());
     EXPECT_EQ(desk.tree().selectedKey(), u"FormulaNode1->DBNode1003"_s);
     EXPECT_EQ(desk.list().selectedKey(), u"LvFormulaKey1"_s);
+    desk.control().ClickTreeNode(u"FormulaNode1->DBNode1004"_s);
+    EXPECT_EQ(desk.messages(), QStringList{u"无法打开用户指定的数据库！"_s});
+    const auto note = Desk::find(desk.tree(), u"1004"_s).data(Qt::ToolTipRole).toString();
+    EXPECT_TRUE(note.contains(u"文件不存在"_s)) << note.toStdString();
 }
 
 TEST(Startup, RefusesAConfigurationFileThatLacksWhatItPromises) {

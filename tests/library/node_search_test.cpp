@@ -153,8 +153,21 @@ TEST_F(Find, TellsALibraryThatHasAnotherNodeUnderTheIdentifier) {
     };
     const FindHit formula = hit(u"弯曲"_s);
     const FindHit folder = hit(u"柱"_s);
-    first.connection().execute(u"Update Formula Set Name = '改名'"_s);
+    const auto rewrite = [this](const QString& change) { first.connection().execute(change); };
+    rewrite(u"Update Formula Set Name = '改名'"_s);
     EXPECT_TRUE(isStillThere(formula, {})) << "renamed";
+    rewrite(u"Update Formula Set Formula = 'x'"_s);
+    EXPECT_FALSE(isStillThere(formula, {})) << "another one";
+    EXPECT_TRUE(isStillThere(formula, u"改名"_s)) << "renamed and edited in the list";
+    rewrite(u"Delete From Formula Where Name = '改名'"_s);
+    EXPECT_TRUE(isStillThere(formula, {})) << "its folder is shown";
+    rewrite(u"Update Tree Set Name = '拱' Where Name = '柱'"_s);
+    EXPECT_FALSE(isStillThere(folder, u"柱"_s)) << "another one";
+    EXPECT_TRUE(isStillThere(folder, u"拱"_s)) << "renamed in the tree";
+    rewrite(u"Delete From Tree Where Name = '拱'"_s);
+    EXPECT_FALSE(isStillThere(folder, u"柱"_s));
+    rewrite(u"Insert Into Formula (ID, Name) Values (%1, '弯曲')"_s.arg(formula.id));
+    rewrite(u"Insert Into Tree (ID, Name) Values (%1, '柱')"_s.arg(folder.id));
     const auto replaceBy = [this](const QString& change) {
         const QByteArray content = fileContent(first.path());
         ASSERT_TRUE(QFile::remove(first.path()));

@@ -164,6 +164,14 @@ TEST_F(Finding, TellsWhatHasGoneSinceTheSearch) {
         clickResult(0, true);
         EXPECT_EQ(told(), u"用户需要定位的公式不存在！"_s);
         EXPECT_EQ(shown(), u"柱/"_s);
+        search(u"挠"_s);
+        first.funcs().DelFormula(deflection, first.connection());
+        first.connection().execute(
+            u"Insert Into Formula (ID, Name, PID) Values (%1, '转角', %2)"_s.arg(deflection)
+                .arg(simple));
+        clickResult(0, true);
+        EXPECT_EQ(told(), u"用户需要定位的公式不存在！"_s) << "another has its identifier";
+        EXPECT_EQ(shown(), u"柱/"_s);
     });
     first.funcs().DelFolder(unseen, first.connection());
     first.funcs().DelFormulaByPID(unseen, first.connection());
