@@ -217,8 +217,8 @@ qint64 memoryFor(const QImageReader& reader, QByteArrayView data, QSize size, QS
     return made + (isReadByRows ? 0 : bytesOf(size, bits));
 }
 
-/// Pixels can name colours that the table of their file does not reach; whatever looks them up would
-/// take what follows the table in memory. They are black.
+/// Pixels can name colours that the table of their file does not reach; whatever looks them up
+/// would take what follows the table in memory. They are black.
 void completeColors(QImage& image) {
     if (image.colorCount() > 0) {
         QList<QRgb> colors = image.colorTable();
