@@ -41,6 +41,7 @@ TEST(Startup, SaysWhatIsWrongWithTheConfigurationFolderAndRunsOnceItIsMended) {
 
 TEST(Startup, ReadsTheLibrariesBehindTheThousandthWhenTheyAreShownOrLocated) {
     const SmallLibrary library;
+    SmallLibrary gone;
     SmallLibrary located;
     located.addProperty(1, u"用途"_s, 0, 1, NodeTypeFormula);
     const TestConfiguration configuration;
@@ -49,7 +50,7 @@ TEST(Startup, ReadsTheLibrariesBehindTheThousandthWhenTheyAreShownOrLocated) {
         const QByteArray number = QByteArray::number(i);
         file += "RootNodeText" + number + '=' + number + "\nRootNodeName" + number +
                 "=library.vdb\nRootNodePath" + number + '=' +
-                (i == 1004 ? u"/none/"_s : (i < 1003 ? library : located).folder()).toUtf8() + '\n';
+                (i < 1003 ? library : (i == 1003 ? located : gone)).folder().toUtf8() + '\n';
     }
     configuration.write(file);
     Desk desk(configuration.folder());
@@ -66,6 +67,7 @@ TEST(Startup, ReadsTheLibrariesBehindTheThousandthWhenTheyAreShownOrLocated) {
     EXPECT_EQ(desk.messages(), QStringList());
     EXPECT_EQ(desk.tree().selectedKey(), u"FormulaNode1->DBNode1003"_s);
     EXPECT_EQ(desk.list().selectedKey(), u"LvFormulaKey1"_s);
+    ASSERT_TRUE(QFile::remove(gone.path()));
     desk.control().ClickTreeNode(u"FormulaNode1->DBNode1004"_s);
     EXPECT_EQ(desk.messages(), QStringList{u"无法打开用户指定的数据库！"_s});
     const auto note = Desk::find(desk.tree(), u"1004"_s).data(Qt::ToolTipRole).toString();

@@ -71,25 +71,15 @@ TEST_F(PictureBoxTest, TellsTheFormatByTheContentWhateverFollowsIt) {
     }
 }
 
-TEST_F(PictureBoxTest, MakesColorsBlackThatAFileDoesNotDefine) {
+TEST_F(PictureBoxTest, MakesColorsBlackThatABmpDoesNotDefine) {
     constexpr qsizetype kColors = 46;
-    for (const char* format : {"bmp", "png"}) {
-        for (const auto depth : {QImage::Format_Mono, QImage::Format_Indexed8}) {
-            QImage sample = sampleImage(depth);
-            if (qstrcmp(format, "png") == 0) {
-                sample.setColorCount(1);
-            }
-            QByteArray data = encoded(sample, format);
-            if (qstrcmp(format, "bmp") == 0) {
-                qToLittleEndian(1, data.data() + kColors);
-            }
-            const QImage image = readRaster(data, 10'000, 60).image;
-            EXPECT_EQ(image.colorTable().mid(1),
-                      QList<QRgb>((1 << image.depth()) - 1, qRgb(0, 0, 0)));
-            EXPECT_EQ(readRaster(data, 10'000, 30).image,
-                      image.scaled(30, 20, Qt::IgnoreAspectRatio, Qt::SmoothTransformation))
-                << format << depth;
-        }
+    for (const auto depth : {QImage::Format_Mono, QImage::Format_Indexed8}) {
+        QByteArray bmp = encoded(sampleImage(depth), "bmp");
+        qToLittleEndian(1, bmp.data() + kColors);
+        const QImage image = readRaster(bmp, 10'000, 60).image;
+        EXPECT_EQ(image.colorTable().mid(1), QList<QRgb>((1 << image.depth()) - 1, qRgb(0, 0, 0)));
+        EXPECT_EQ(readRaster(bmp, 10'000, 30).image,
+                  image.scaled(30, 20, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
     }
 }
 

@@ -99,7 +99,7 @@ void AccessField::replace(qint64 total) {
 }
 
 void AccessField::write(qint64 offset, std::span<const char> chunk) {
-    opened();
+    const ChangingRows changing = opened().changing();
     if (writer_ == nullptr || offset != written_) {
         throw Error(QStringLiteral("the bytes of a field are to be written in order"));
     }

@@ -39,6 +39,9 @@ class AccessFile final : public data::DatabaseFile {
 
     PageFile& pages() noexcept { return pages_; }
 
+    /// While the result lives, pages may be taken as often as a change needs them.
+    [[nodiscard]] ChangingRows changing() { return ChangingRows(tables_); }
+
     /// Changes the field `column` of the row at `place`, in a transaction.
     void setField(SeenTable& table, std::size_t column, RowPlace place, const LongField& field);
 
