@@ -11,8 +11,8 @@
 
 namespace varo::bench {
 
-void makeFolders(const QString& path, int count) {
-    createEmptyLibrary(path);
+void makeFolders(const QString& path, int count, LibraryFormat format) {
+    createEmptyLibrary(path, format);
     data::Connection connection;
     connection.open(path);
     data::Transaction transaction(connection);
@@ -23,12 +23,17 @@ void makeFolders(const QString& path, int count) {
     transaction.commit();
 }
 
-void makeFormulas(const QString& path, int count) {
-    createEmptyLibrary(path);
+void makeFormulas(const QString& path, int count, LibraryFormat format) {
+    createEmptyLibrary(path, format);
     data::Connection connection;
     connection.open(path);
     data::Transaction transaction(connection);
     connection.execute(QStringLiteral("insert into Tree(ID,Name,PID,OrderID) values(1,'夹',0,1)"));
+    addFormulas(connection, count);
+    transaction.commit();
+}
+
+void addFormulas(data::Connection& connection, int count) {
     for (int id = 1; id <= count; ++id) {
         connection.execute(
             QStringLiteral("insert into Formula(ID,Name,Formula,Memo,PicType,PID,OrderID) "
@@ -37,7 +42,6 @@ void makeFormulas(const QString& path, int count) {
              QStringLiteral("q 均布载荷 (N/mm)；L 跨度 (mm)；E 弹性模量 (MPa)；I 惯性矩 (mm⁴)"),
              id});
     }
-    transaction.commit();
 }
 
 FolderRow subtreeFolder(int id) {
@@ -70,8 +74,8 @@ void makeSubtree(const QString& path, int folders, int formulasEach) {
     transaction.commit();
 }
 
-void makeValues(const QString& path, int rows, int perFormula) {
-    createEmptyLibrary(path);
+void makeValues(const QString& path, int rows, int perFormula, LibraryFormat format) {
+    createEmptyLibrary(path, format);
     data::Connection connection;
     connection.open(path);
     data::Transaction transaction(connection);

@@ -102,13 +102,13 @@ TEST_F(ReadingTree, ReadsMeanwhileUntilAnEscapeThatNobodyElseUsesOrTheWindowIsHi
     };
     for (const auto& [act, left] : cases) {
         SCOPED_TRACE(&act - &cases[0].first);
-        other.connection().execute(u"begin exclusive"_s);  // so that reading does not end
+        other.lock();  // so that reading does not end
         build();
         tree.setReadingTime(60'000);
         EXPECT_TRUE(note(2).contains(u"单击后读取"_s)) << note(2).toStdString();
         act();
         EXPECT_EQ(tree.isReading(), left == std::string_view("11011"));
-        other.connection().execute(u"rollback"_s);
+        other.unlock();
         tree.setReadingTime(0);
         finish();
         settle();
@@ -142,12 +142,14 @@ TEST_F(ReadingTree, MovesNothingThatTheUserSees) {
 
 TEST_F(ReadingTree, WaitsForNoLockedLibraryAndTriesItAgainBehindTheOthers) {
     for (const bool isFreed : {true, false}) {
-        other.connection().execute(u"begin exclusive"_s);
+        other.lock();
         QString whenTriedAgain;
         const auto waiting = connect(&tree, &LibraryTree::readingChanged, this, [&](int count) {
             if (count == 1) {
                 whenTriedAgain = read();
-                other.connection().execute(isFreed ? u"rollback"_s : u"Select 1"_s);
+                if (isFreed) {
+                    other.unlock();
+                }
             }
         });
         build();
@@ -158,7 +160,7 @@ TEST_F(ReadingTree, WaitsForNoLockedLibraryAndTriesItAgainBehindTheOthers) {
         EXPECT_EQ(note(1).contains(u"文件正被其他程序占用"_s), !isFreed);
     }
     EXPECT_EQ(NoWaiting::waits, 0);
-    other.connection().execute(u"rollback"_s);
+    other.unlock();
 }
 
 TEST_F(ReadingTree, LeavesOutALibraryThatHasLeftTheListAndEndsWithTheTree) {

@@ -144,7 +144,8 @@ TEST(Startup, StopsAtALibraryThatCannotBeReadKeepsThoseBeforeAndSaysWhyAtItsNode
         desk.clickNode(u"坏"_s);
         EXPECT_EQ(desk.messages().last(), u"无法打开用户指定的数据库！"_s);
         EXPECT_EQ(toolTip(desk, u"坏"_s).contains(u"数据库的说明"_s), isThere);
-        const QString journal = good.addFile(good.fileName() + u"-journal"_s, "my journal");
+        const QString journal =
+            good.addFile(QFileInfo(journalOf(good.path())).fileName(), "my journal");
         desk.clickNode(u"梁"_s);
         EXPECT_TRUE(toolTip(desk, u"库1"_s).contains(journal));
         ASSERT_TRUE(QFile::remove(journal));
@@ -156,10 +157,10 @@ TEST(Startup, StopsAtALibraryThatCannotBeReadKeepsThoseBeforeAndSaysWhyAtItsNode
 TEST(Startup, ALockedLibraryIsWaitedForAndThenTold) {
     SmallLibrary library;
     const TestConfiguration configuration({&library});
-    library.connection().execute(u"begin exclusive"_s);
+    library.lock();
     Desk desk(configuration.folder());
     EXPECT_EQ(desk.messages().size(), 1);
-    library.connection().execute(u"rollback"_s);
+    library.unlock();
     desk.control().RunCalc();
     EXPECT_EQ(desk.messages().size(), 1);
     EXPECT_EQ(desk.treeTexts().size(), 2) << "RunCalc works once the lock is gone";

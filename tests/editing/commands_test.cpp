@@ -193,6 +193,7 @@ TEST_F(Commands, KeysActOnTheSelectedItemOfTreeAndListAndNotInTextBoxes) {
 
 /// As in a library that does not remember the identifiers of what was deleted.
 TEST_F(Commands, AFolderMayGetTheIdentifierOfOneThatAnotherProgramHasDeleted) {
+    requireSqlite();
     const auto deleteElsewhere = [&] {
         first.connection().execute(u"Delete From Tree Where ID >= ?"_s, {cantilever});
         first.connection().execute(u"Delete From sqlite_sequence"_s);

@@ -47,9 +47,9 @@ TEST_F(Refusal, ALockedLibraryIsToldByEachCommandAndLeavesEverythingAsItWas) {
             press(u"复制"_s);
         }
         select(u"梁"_s, each.formula);
-        first.connection().execute(u"Begin Exclusive"_s);
+        first.lock();
         each.give();
-        first.connection().execute(u"Rollback"_s);
+        first.unlock();
         EXPECT_EQ(told(), each.message);
         EXPECT_EQ(desk->labelEditor(), nullptr);
         EXPECT_TRUE(showsWhatIsStored(*desk)) << each.message.toStdString();

@@ -116,7 +116,8 @@ class ValueSources : public BeamDesk {
     QString rows() {
         return first
             .rows(
-                u"Select VarName, FormulaID, Value, VarSourceType, VarMemo From RecentVar "
+                u"Select VarName, FormulaID, Value, IfNull(VarSourceType, 0), VarMemo From "
+                u"RecentVar "
                 "Order By rowid"_s)
             .join(u", "_s);
     }

@@ -32,6 +32,7 @@ TEST_F(VariableGridTest, ATypedValueIsStoredAtOnceAndAFailureIsTold) {
     const QString rows = u"select FormulaID, VarName, Value from RecentVar order by VarName"_s;
     EXPECT_EQ(library.rows(rows), (QStringList{u"1|a|4.5"_s, u"1|b|0"_s}));
     EXPECT_TRUE(questions.informed.isEmpty());
+    test::requireSqlite();
     library.connection().execute(u"drop table RecentVar"_s);
     typeValue(u"a"_s, u"6"_s);
     EXPECT_EQ(questions.informed, QStringList{u"无法编辑选定变量的值！"_s});

@@ -254,6 +254,7 @@ TEST(ConditionTrial, SaysNothingOfWhatIsNotEvaluatedOrNotReadWhole) {
     TestLibrary library;
     FilterStore store(library.connection());
     Host host;
+    requireSqlite();
     const QString text(3000, u'x');
     const ComparisonTerm terms[] = {{.name = text, .constant = u"1"_s, .table = {}},
                                     {.name = u"a"_s, .constant = text, .table = {}},
@@ -310,6 +311,7 @@ TEST(FilterStore, WritesNumbersBeyondAllAndOnlyWhatItIsTold) {
 }
 
 TEST(FilterStore, WhatFailsHalfwayLeavesTheTablesAsTheyWere) {
+    requireSqlite();
     const ConditionTree tree = parseCondition(u"a = 1 and b equal \"1.0\""_s).tree;
     const char* const obstacles[] = {
         "Create Temp Trigger Refuse Before Insert On FilterExpressions When New.FieldName = 'b' "

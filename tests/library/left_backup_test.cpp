@@ -57,8 +57,7 @@ TEST(LeftBackup, IsTakenBackOnlyIntoTheLibraryAsItWasLeft) {
         {"locked for writing",
          [](Trial& on, RecordingQuestions& questions) {
              questions.meanwhile = [&] {
-                 on.library.connection().open(on.library.path());
-                 on.library.connection().execute(u"Begin Immediate"_s);
+                 on.library.lock(LibraryLock::Kind::Writing);
                  questions.meanwhile = [] {};
              };
          },
@@ -79,7 +78,7 @@ TEST(LeftBackup, IsTakenBackOnlyIntoTheLibraryAsItWasLeft) {
         each.meanwhile(on, questions);
         const bool settled = settleLeftBackup(on.ownFolder(), questions);
         EXPECT_EQ(settled, each.expected != Expected::Stays);
-        on.library.connection().close();
+        on.library.unlock();
         EXPECT_EQ(questions.asked.size(), each.isAsked ? 1 : 0);
         EXPECT_EQ(on.isAsBefore(), each.expected == Expected::TakenBack);
         const bool isAside = on.keptAside() == on.before;
@@ -106,6 +105,7 @@ TEST(LeftBackup, OfAProcessKilledAnywhereKeepsAGoodCopy) {
 TEST(LeftBackup, IsTakenBackAfterEachWriteOfARestoreThatWasKilled) {
     int writes = 0;
     int journals = 0;
+    requireSqlite();
     for (bool isKilled = true; isKilled && writes < 1000; ++writes) {
         SCOPED_TRACE(writes);
         Trial on;

@@ -79,6 +79,7 @@ TEST(LibraryFiles, ASecondSpellingOfAFileIsTheSameLibrary) {
 }
 
 TEST(LibraryFiles, RefusesWhatIsNoLibraryThatOpensAndSaysWhy) {
+    requireSqlite();
     const NoWaiting atOnce;
     TestLibrary library(u"a.mdb"_s);
     TestLibrary noTree(u"b.mdb"_s);
@@ -189,6 +190,9 @@ TEST_F(NewLibrary, SaysWhatIsWrongWithTheTemplateBeforeItAsks) {
     };
     for (const auto& [change, outcome] : cases) {
         questions.fileQuestion = {};
+        if (change.startsWith(u"Drop")) {
+            requireSqlite();
+        }
         shared.connection().execute(change);
         EXPECT_EQ(create(target), outcome);
     }

@@ -266,14 +266,14 @@ TEST_F(ListedPictures, AreReadInPartsAndLockNothingAfterwards) {
     EXPECT_EQ(catalog.readBytes(0, part), PictureCatalog::Bytes::Part);
     EXPECT_EQ(part, pictureBytes(1'200'000).first(part.size())) << "anew after another one";
     EXPECT_EQ(bytes(catalog, 0), pictureBytes(1'200'000));
-    first.connection().execute(u"Begin Exclusive"_s);
+    first.lock();
     for (int i = 0; i < 2; ++i) {
         part.clear();
         EXPECT_EQ(catalog.readBytes(0, part), PictureCatalog::Bytes::Locked);
     }
     EXPECT_EQ(catalog.folderOf(1), std::nullopt);
     EXPECT_EQ(bytes(catalog, 2), pictureBytes(5));
-    first.connection().execute(u"Rollback"_s);
+    first.unlock();
     EXPECT_EQ(bytes(catalog, 0), pictureBytes(1'200'000));
     EXPECT_EQ(catalog.folderOf(1), columns);
     first.funcs().DelFormula(bending, first.connection());
@@ -335,21 +335,18 @@ TEST_F(ListedPictures, FewLibrariesAreOpenAndOtherFilesInTheirPlacesNotRead) {
 TEST_F(ListedPictures, ALockedLibraryIsListedLaterAndNotWaitedFor) {
     PictureCatalog catalog(libraries);
     waits = 0;
-    const auto lock = [](TestLibrary& locked) {
-        locked.connection().execute(u"Begin Exclusive"_s);
-    };
-    lock(first);
+    first.lock();
     EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::Part);
     EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::Part);
-    lock(second);
+    second.lock();
     EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::Part);
     EXPECT_EQ(catalog.readEntries(1), PictureCatalog::Listing::AllLocked);
     EXPECT_EQ(catalog.locked(), (std::vector{2, 1}));
     QByteArray read;
     EXPECT_EQ(catalog.readBytes(0, read), PictureCatalog::Bytes::Locked);
     EXPECT_EQ(waits, 0);
-    first.connection().execute(u"Rollback"_s);
-    second.connection().execute(u"Rollback"_s);
+    first.unlock();
+    second.unlock();
     EXPECT_EQ(listed(catalog, 1), u"流量2 弯曲1 稳定1"_s);
     EXPECT_TRUE(catalog.locked().empty() && catalog.unreadable().empty());
 }

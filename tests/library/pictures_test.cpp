@@ -94,6 +94,7 @@ TEST_F(Pictures, AreLeftInTheLibraryUntilTheyAreShownOrCopied) {
 }
 
 TEST_F(Pictures, AFormulaIsReadOnceAndShowsTheBeginningOfItsTextsButIsCopiedWhole) {
+    requireSqlite();
     first.connection().execute(u"Create Table Copy As Select * From Formula"_s);
     first.connection().execute(u"Drop Table Formula"_s);
     first.connection().execute(u"Alter Table Copy Rename To Formula"_s);

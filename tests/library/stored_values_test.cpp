@@ -121,6 +121,7 @@ TEST_F(StoredValuesTest, AreNotStoredInAFileThatIsNoLongerTheLibrary) {
 
 TEST_F(StoredValuesTest, WhatCannotBeReadIsSaidToBeSoAndCountsAsZero) {
     EXPECT_EQ(values.valuesOf({u"a"_s}, bending).front().value, u"3"_s);
+    requireSqlite();
     first.connection().execute(u"alter table RecentVar rename to Gone"_s);
     EXPECT_EQ(seen(bending), u"3 ?0"_s) << "what is known stays known";
     EXPECT_EQ(values.store(u"b"_s, bending, u"4"_s).failure, notAdded);

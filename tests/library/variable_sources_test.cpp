@@ -48,6 +48,7 @@ TEST_F(VariableSourcesTest, AreThoseOfTheFormulasOwnValues) {
     first.addValue(u"Q"_s, shear, u"1"_s);
     first.setSource(u"Q"_s, shear, VarSourceProperty, u"剪力"_s);
     EXPECT_EQ(sources.propertyNames().size(), 2) << "of all formulas";
+    requireSqlite();
     first.connection().execute(u"Drop Table RecentVar"_s);
     EXPECT_EQ(told(u"d"_s), u"0?"_s);
     EXPECT_EQ(sources.propertyNames(), QStringList());

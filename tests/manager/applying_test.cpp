@@ -129,26 +129,31 @@ TEST_F(Applying, ALibraryThatHasGoneIsMarkedAndTheOthersStand) {
 }
 
 TEST_F(Applying, AControlThatIsStartedAgainForgetsTheLibrariesThatWaitToBeRead) {
+    requireSqlite();
     third.addFolder(0, u"拱"_s);
     configuration.addLibrary(third, u"库3"_s);
     const auto isReading = [&] { return desk->isShown("lblReading"); };
-    const auto lock = [&](const QString& step) {
-        second.connection().execute(step);
-        third.connection().execute(step);
+    const auto lock = [&] {
+        second.lock();
+        third.lock();
     };
-    lock(u"begin exclusive"_s);
+    const auto unlock = [&] {
+        second.unlock();
+        third.unlock();
+    };
+    lock();
     start();
     EXPECT_EQ(told(), u"无法打开用户选择的数据库！"_s);
-    lock(u"rollback"_s);
+    unlock();
     manage([&] {
-        lock(u"begin exclusive"_s);
+        lock();
         give("cmdOK");
     });
     ASSERT_TRUE(isReading()) << "the lock on the second has taken all the time";
     select(u"梁"_s, u"弯曲"_s);
     desk->type(desk->formulaBox(), u"9*"_s);
     first.refuse("Update", "Formula");
-    lock(u"rollback"_s);
+    unlock();
     desk->questions().meanwhile = [&] {
         EXPECT_TRUE(QTest::qWaitFor([&] { return !isReading(); }, 60'000));
         EXPECT_FALSE(desk->treeTexts().contains(u"  拱"_s));

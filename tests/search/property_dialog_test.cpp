@@ -266,10 +266,10 @@ TEST_F(PropertyConditions, AFailedCommitIsToldAndCancelTakesItBack) {
     edit(u"梁"_s, {}, [&] {
         click("cmdDelProp");
         addSaved(u"乙"_s);
-        first.connection().execute(u"Begin Immediate"_s);
+        first.lock(LibraryLock::Kind::Writing);
         click("cmdOK");
         EXPECT_EQ(told(), u"编辑数据库出错，无法删除用户指定的属性！"_s);
-        first.connection().execute(u"Rollback"_s);
+        first.unlock();
         EXPECT_NE(stored(), before);
         click("cmdCancel");
     });

@@ -51,6 +51,7 @@ TEST(Paths, AreWrittenWithThePlatformsSeparators) {
 }
 
 TEST_F(LibraryFile, IsRefusedWhenItWouldLoseOrInventRows) {
+    test::requireSqlite();
     enum Answer { Library, Openable, Refused };
     const std::tuple<Answer, const char*> cases[] = {
         {Library, "Drop Table Property; Drop Table FilterCond; Drop Table TableInfo"},
@@ -123,6 +124,7 @@ TEST(Template, GivesItsVersionAndLeavesAMissingItemAlone) {
     EXPECT_EQ(version(library.folder()), u"read "_s);
     library.connection().execute(u"Delete From TableInfo"_s);
     EXPECT_EQ(version(library.folder()), u"read untouched"_s);
+    test::requireSqlite();
     library.connection().execute(u"Drop Table TableInfo"_s);
     for (const QString& folder : {library.folder(), library.pathOf(u"missing"_s)}) {
         EXPECT_EQ(version(folder),

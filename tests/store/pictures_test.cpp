@@ -80,6 +80,7 @@ TEST_F(Pictures, SayWhyTheyCannotBeWrittenAndLeaveNoPartOfAFile) {
         EXPECT_FALSE(funcs.ExtractPicture(formula, nowhere, connection));
         EXPECT_TRUE(informed.last().contains(nowhere));
     }
+    test::requireSqlite();
     connection.execute(u"Update Formula Set Pic = 5"_s);
     EXPECT_FALSE(funcs.ExtractPicture(formula, library.pathOf(u"new"_s), connection));
     EXPECT_FALSE(QFile::exists(library.pathOf(u"new"_s)));

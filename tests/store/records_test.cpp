@@ -16,7 +16,8 @@ class Records : public LibraryTest {
     QString everything() {
         return rows(u"Select ID,Name From Tree"_s) + u" / "_s +
                rows(u"Select ID,Name,Formula,Memo From Formula"_s) + u" / "_s +
-               rows(u"Select VarName,FormulaID,Value,VarSourceType,VarMemo From RecentVar"_s) +
+               rows(
+                   u"Select VarName,FormulaID,Value,IfNull(VarSourceType,0),VarMemo From RecentVar"_s) +
                u" / "_s + rows(u"Select PropID,PropName,FilterID,NodeID,NodeType From Property"_s);
     }
 
@@ -43,6 +44,9 @@ TEST_F(Records, ComeBehindTheirLastSibling) {
     };
     for (const auto& [number, expected] : cases) {
         SCOPED_TRACE(number);
+        if (qstrcmp(number, "9000000000") == 0) {
+            test::requireSqlite();  // from here on, which alone has such numbers
+        }
         connection.execute(u"Delete From Tree"_s);
         const qint32 parent = library.addFolder(0, u"parent"_s);
         library.addFolder(parent, u"first"_s);
@@ -70,6 +74,9 @@ TEST_F(Records, AreAddedWithAllTheirFields) {
 TEST_F(Records, KeepTextsAndAreFoundByThemAsTheyWereTyped) {
     library.addFolder(0, u"other"_s);
     for (const QString& text : kOddTexts) {
+        if (text.size() > 255) {
+            test::requireSqlite();
+        }
         const qint32 folder = library.addFolder(0, text);
         const qint32 formula = library.addFormula(folder, text, text, text);
         for (const int mode : {FindContains, FindEquals}) {
@@ -156,6 +163,9 @@ TEST_F(Records, ExchangeTheirPlacesAloneWhateverNumbersTheyHave) {
     }
     for (const auto& [numbers, names, numbersAfter] : cases) {
         SCOPED_TRACE(numbers);
+        if (qstrcmp(numbers, "1 2 3 2147483648") == 0) {
+            test::requireSqlite();  // as above
+        }
         const QStringList list = QString(QLatin1StringView(numbers)).split(u' ');
         for (qsizetype i = 0; i < list.size(); ++i) {
             connection.execute(
@@ -176,6 +186,7 @@ TEST_F(Records, ExchangeTheirPlacesAloneWhateverNumbersTheyHave) {
     EXPECT_EQ(rows(u"Select OrderID From Formula Order By ID"_s), u"1 2 1"_s)
         << "of different folders";
 
+    test::requireSqlite();
     connection.execute(u"Drop Index TreeOrder"_s);
     connection.execute(u"Create Index TreeOrder On Tree (PID, OrderID) Where 0"_s);
     connection.close();
@@ -186,6 +197,7 @@ TEST_F(Records, ExchangeTheirPlacesAloneWhateverNumbersTheyHave) {
 }
 
 TEST_F(Records, ThatShareALongTextAreSortedWithoutItWhereNoIndexServesTheOrder) {
+    test::requireSqlite();
     connection.execute(u"Drop Index FormulaOrder"_s);
     const qint32 folder = library.addFolder(0, u"folder"_s);
     library.addFormula(folder, u"b"_s, {}, QString(1'100'000, u'b'));

@@ -10,6 +10,8 @@
 // exclusive PATH STATEMENT: takes a lock for good, stores a row of Item, and kills itself when the
 // next commit, of the statement, has written a page.
 //
+// These are for databases of SQLite; lock, read and write are for Access files, too.
+//
 // session PATH FOLDER COUNT: saves COUNT filters for formula 1, one over the other, with the backup
 // in FOLDER, and waits to be killed; a line is the number of filters that have been saved.
 //
@@ -18,8 +20,11 @@
 
 #include "library/condition_text.h"
 #include "library/property_session.h"
+#include "platform/data/access/file_lock.h"
 #include "store/library_connection.h"
 #include "support/recording_questions.h"
+
+#include <QFile>
 
 #include <csignal>
 #include <cstdio>
@@ -43,11 +48,12 @@ void say(const std::string& line) {
 
 // What a process can be in the middle of. In the last, the small cache makes SQLite write into the
 // file before the commit, after the journal that undoes it.
-constexpr struct {
+struct Hold {
     std::string_view command;
     const char* statements;
     const char* said;
-} Holds[] = {
+};
+constexpr Hold Holds[] = {
     {"lock", "BEGIN EXCLUSIVE", "locked"},
     {"read", "BEGIN; SELECT count(*) FROM sqlite_schema", "reading"},
     {"write", "BEGIN IMMEDIATE", "writing"},
@@ -70,11 +76,24 @@ sqlite3* opened(const char* path, const char* statements) {
     return database;
 }
 
-int hold(const char* path, const char* statements, const char* said) {
-    if (opened(path, statements) == nullptr) {
+/// Takes the lock that keeps others from an Access file; false for a file of another kind.
+bool lockedAccessFile(const char* path, std::string_view command) {
+    static QFile file;
+    file.setFileName(QString::fromLocal8Bit(path));
+    if (!file.open(QIODevice::ReadWrite) || file.read(4) != QByteArray("\0\1\0\0", 4)) {
+        return false;
+    }
+    using namespace access;
+    lock(file.handle(), command == "write" ? LockByte::Writer : LockByte::Readers,
+         command == "read" ? LockKind::Shared : LockKind::Alone, 0);
+    return true;
+}
+
+int hold(const char* path, const Hold& what) {
+    if (!lockedAccessFile(path, what.command) && opened(path, what.statements) == nullptr) {
         return 1;
     }
-    say(said);
+    say(what.said);
     for (;;) {
         pause();
     }
@@ -158,7 +177,7 @@ int main(int argc, char** argv) {
     const std::string_view command = argc > 2 ? argv[1] : "";
     for (const auto& each : Holds) {
         if (command == each.command) {
-            return hold(argv[2], each.statements, each.said);
+            return hold(argv[2], each);
         }
     }
     if (command == "exclusive" && argc > 3) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include "platform/data/access/file_layer.h"
 
 #include <sqlite3.h>
 
@@ -18,14 +18,23 @@ class NoWaiting {
             return microseconds;
         };
         sqlite3_vfs_register(&files_, 1);
+        access::FileLayer::setCurrent(&accessFiles_);
     }
-    ~NoWaiting() { sqlite3_vfs_unregister(&files_); }
+    ~NoWaiting() {
+        access::FileLayer::setCurrent(nullptr);
+        sqlite3_vfs_unregister(&files_);
+    }
     Q_DISABLE_COPY_MOVE(NoWaiting)
 
     /// How often a connection would have waited since the last one was made.
     static inline int waits = 0;
 
   private:
+    struct AccessFiles : access::FileLayer {
+        void sleep(int) override { ++waits; }
+    };
+
+    AccessFiles accessFiles_;
     sqlite3_vfs files_ = *sqlite3_vfs_find(nullptr);
 };
 

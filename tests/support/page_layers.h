@@ -17,7 +17,7 @@ namespace varo::test {
 class PageLayer : public access::FileLayer {
   public:
     PageLayer() { setCurrent(this); }
-    ~PageLayer() override { setCurrent(nullptr); }
+    ~PageLayer() override { setCurrent(&before_); }
     Q_DISABLE_COPY_MOVE(PageLayer)
 
     void sync(int) override {}
@@ -25,6 +25,9 @@ class PageLayer : public access::FileLayer {
     void sleep(int) override { ++sleeps; }
 
     int sleeps = 0;
+
+  private:
+    FileLayer& before_ = current();
 };
 
 /// Records the changes, those of pages in pieces that can be lost alone. A new file, or a removal,

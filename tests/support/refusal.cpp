@@ -1,5 +1,7 @@
 #include "support/refusal.h"
 
+#include "support/test_library.h"
+
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
@@ -44,6 +46,7 @@ const int noting = sqlite3_auto_extension(reinterpret_cast<void (*)()>(noteOpene
 
 Refusal::Refusal(const QString& path, const QString& trigger)
     : path_(QFileInfo(path).canonicalFilePath()) {
+    requireSqlite();
     EXPECT_EQ(noting, SQLITE_OK);
     triggers[path_] = QByteArray("Create Temp Trigger Refuse ") + trigger.toUtf8();
     for (sqlite3* handle : handles) {

@@ -1,11 +1,14 @@
 #include "support/test_library.h"
 
-#include "store/template.h"
+#include "platform/data/access/file_lock.h"
+#include "platform/data/access/journal.h"
 
 #include <QBuffer>
 #include <QFile>
 #include <QImage>
 #include <QtEndian>
+
+#include <gtest/gtest.h>
 
 namespace varo::test {
 
@@ -59,6 +62,39 @@ LibraryFormat testFormat() {
                                : LibraryFormat::Sqlite;
 }
 
+void requireSqlite() {
+    constexpr char kReason[] = "only libraries of SQLite can be treated so";
+    if (isAccessTested()) {
+        [&] { GTEST_SKIP() << kReason; }();
+        using testing::TestPartResult;
+        throw testing::AssertionException(
+            TestPartResult(TestPartResult::kSkip, __FILE__, __LINE__, kReason));
+    }
+}
+
+QString journalOf(const QString& path) {
+    return isAccessTested() ? access::Journal::pathOf(path) : path + u"-journal"_s;
+}
+
+LibraryLock::LibraryLock(const QString& path, Kind kind) {
+    const bool isAll = kind == Kind::All;
+    if (!isAccessTested()) {
+        connection_.open(path);
+        connection_.execute(isAll ? u"Begin Exclusive"_s : u"Begin Immediate"_s);
+        return;
+    }
+    file_.setFileName(path);
+    require(file_.open(QIODevice::ReadWrite), "open a file to be locked");
+    access::lock(file_.handle(), isAll ? access::LockByte::Readers : access::LockByte::Writer,
+                 access::LockKind::Alone, 0);
+}
+
+LibraryLock::~LibraryLock() {
+    if (connection_.isOpen()) {
+        connection_.execute(u"Rollback"_s);
+    }
+}
+
 TestLibrary::TestLibrary(const QString& fileName) : fileName_(fileName) {
     createEmptyLibrary(path(), testFormat());
     connection_.open(path());
@@ -108,6 +144,10 @@ void TestLibrary::addPicture(qint32 formula, const QByteArray& bytes) {
     QFile::remove(file);
 }
 
+void TestLibrary::lock(LibraryLock::Kind kind) {
+    lock_ = std::make_unique<LibraryLock>(path(), kind);
+}
+
 void TestLibrary::refuse(const char* step, const char* table, const QString& when) {
     allow();
     refusal_ = std::make_unique<Refusal>(
@@ -116,6 +156,7 @@ void TestLibrary::refuse(const char* step, const char* table, const QString& whe
 }
 
 void MissingColumn::rename(const char* from, const char* to) {
+    requireSqlite();
     library_.connection().execute(u"Alter Table %1 Rename Column %2 To %3"_s.arg(
         QLatin1StringView(table_), QLatin1StringView(from), QLatin1StringView(to)));
 }

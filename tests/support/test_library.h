@@ -3,12 +3,14 @@
 #include "platform/data/connection.h"
 #include "store/collections.h"
 #include "store/db_funcs.h"
+#include "store/template.h"
 #include "support/printers.h"
 #include "support/recording_questions.h"
 #include "support/refusal.h"
 
 #include <QByteArray>
 #include <QColor>
+#include <QFile>
 #include <QSize>
 #include <QString>
 #include <QStringList>
@@ -24,6 +26,33 @@ QStringList remainingRows(data::Recordset& recordset);
 /// Damages a database that is not open: each text of 20,000 "a", whose row holds `rest` bytes
 /// beside it, goes on for a million characters in the pages of a longer text of "b".
 void shareLongText(const QString& path, int rest);
+
+/// The format of a TestLibrary: SQLite's, unless the environment's VARO_TEST_FORMAT says "mdb" or
+/// "accdb".
+LibraryFormat testFormat();
+inline bool isAccessTested() {
+    return testFormat() != LibraryFormat::Sqlite;
+}
+
+/// Ends the test when libraries are Access files: it does to them what only SQLite can.
+void requireSqlite();
+
+/// Path of the journal beside the library at `path`.
+QString journalOf(const QString& path);
+
+/// While it lives, other connections cannot write to a library, or not use it at all.
+class LibraryLock {
+  public:
+    enum class Kind { Writing, All };
+
+    explicit LibraryLock(const QString& path, Kind kind = Kind::All);
+    Q_DISABLE_COPY_MOVE(LibraryLock)
+    ~LibraryLock();
+
+  private:
+    data::Connection connection_;  ///< to a library of SQLite
+    QFile file_;                   ///< another one
+};
 
 /// A library in a folder of its own that goes away with it, filled through the data operations. A
 /// step that fails throws data::Error, which fails the test.
@@ -62,6 +91,10 @@ class TestLibrary {
     void refuse(const char* step, const char* table, const QString& when = QStringLiteral("1"));
     void allow() { refusal_.reset(); }
 
+    /// Keeps other connections from writing to the library, or from using it, until unlock().
+    void lock(LibraryLock::Kind kind = LibraryLock::Kind::All);
+    void unlock() { lock_.reset(); }
+
     /// Everything that is stored.
     QStringList content();
 
@@ -78,6 +111,7 @@ class TestLibrary {
     clsDBFuncs funcs_{questions_};
     data::Connection connection_;
     std::unique_ptr<Refusal> refusal_;
+    std::unique_ptr<LibraryLock> lock_;
 };
 
 /// While it lives, a table of a library lacks one of its columns.

@@ -46,8 +46,8 @@ data::DatabaseHandle inMemory(const data::TemporaryFileLayer& layer) {
     return handle;
 }
 
-/// A table that is made or removed would be one in memory.
-int refuseOtherTables(void*, int action, const char*, const char*, const char*, const char*) {
+/// A table that is made or removed would be one in memory, and so would a transaction.
+int refuseWhatIsInMemory(void*, int action, const char*, const char*, const char*, const char*) {
     switch (action) {
         case SQLITE_CREATE_INDEX:
         case SQLITE_CREATE_TABLE:
@@ -58,6 +58,8 @@ int refuseOtherTables(void*, int action, const char*, const char*, const char*, 
         case SQLITE_DROP_VTABLE:
         case SQLITE_ALTER_TABLE:
         case SQLITE_ATTACH:
+        case SQLITE_TRANSACTION:
+        case SQLITE_SAVEPOINT:
             return SQLITE_DENY;
         default:
             return SQLITE_OK;
@@ -116,7 +118,7 @@ AccessFile::AccessFile(const QString& path, const Header& header, data::Access a
     state_ = pages_.stateNumber();
     showTables(handle(), tables_);
     sqlite3_limit(handle(), SQLITE_LIMIT_ATTACHED, 0);
-    sqlite3_set_authorizer(handle(), refuseOtherTables, nullptr);
+    sqlite3_set_authorizer(handle(), refuseWhatIsInMemory, nullptr);
 }
 
 /// What is written, and what is checked, takes pages again and again by right.
