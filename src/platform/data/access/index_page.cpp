@@ -1,6 +1,6 @@
 #include "platform/data/access/index_page.h"
 
-#include "platform/data/access/index_scan.h"
+#include "platform/data/access/index_entries.h"
 
 #include <algorithm>
 #include <cstring>
@@ -72,18 +72,20 @@ QByteArray IndexPage::bound() const {
 }
 
 IndexPage readIndexPage(const Layout& layout, const Bytes& bytes) {
+    const IndexEntries entries(layout, bytes);
     IndexPage page;
-    page.entries = indexEntries(layout, bytes);
-    page.isNode = static_cast<PageKind>(bytes.byte(0)) == PageKind::IndexNode;
+    page.isNode = entries.isNode();
     page.owner = bytes.u32(kOwner);
     page.previous = bytes.u32(layout.indexPrevious);
     page.next = bytes.u32(layout.indexNext);
-    if (page.isNode) {
-        for (const QByteArray& entry : page.entries) {
-            const qsizetype end = entry.size() - kChild;
-            page.children.push_back({entry.left(end), Bytes(entry).bigU32(end)});
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (page.isNode) {
+            page.children.push_back({entries.bound(i), entries.child(i)});
+        } else {
+            page.entries.push_back(entries.at(i));
         }
-        page.entries.clear();
+    }
+    if (page.isNode) {
         if (const PageNumber tail = bytes.u32(layout.indexTail); tail != 0) {
             page.children.push_back({{}, tail});
         }

@@ -8,63 +8,19 @@ namespace {
 
 constexpr int kMostLevels = 32;
 constexpr int kPlace = 4;  ///< bytes behind a key
-constexpr int kChild = 4;  ///< bytes behind the place, on a node
-
-PageKind kindOf(const Bytes& page) {
-    const auto kind = static_cast<PageKind>(page.byte(0));
-    if (kind != PageKind::IndexNode && kind != PageKind::IndexLeaf) {
-        throwDamaged("a page of an index is none");
-    }
-    return kind;
-}
 
 /// The page below `page` that holds the first entry which is not before `first`.
-PageNumber childFor(const Layout& layout, const Bytes& page, const QByteArray& first) {
-    const std::vector<QByteArray> entries = indexEntries(layout, page);
-    for (const QByteArray& entry : entries) {
-        if (entry.left(entry.size() - kChild) >= first) {
-            return Bytes(entry).bigU32(entry.size() - kChild);
-        }
+PageNumber childFor(const Layout& layout, const Bytes& page, const IndexEntries& children,
+                    const QByteArray& first) {
+    const std::size_t position = children.firstNotBefore(first);
+    if (position < children.size()) {
+        return children.child(position);
     }
     const PageNumber tail = page.u32(layout.indexTail);
-    if (tail == 0 && !entries.empty()) {
-        return Bytes(entries.back()).bigU32(entries.back().size() - kChild);
-    }
-    return tail;
+    return tail == 0 && !children.isEmpty() ? children.child(children.size() - 1) : tail;
 }
 
 }  // namespace
-
-std::vector<QByteArray> indexEntries(const Layout& layout, const Bytes& page) {
-    const int least = kindOf(page) == PageKind::IndexNode ? kPlace + kChild : kPlace;
-    const int prefixLength =
-        layout.hasWideNumbers ? page.u16(layout.indexPrefix) : page.byte(layout.indexPrefix);
-    const Bytes content = page.from(layout.indexEntries);
-    std::vector<QByteArray> entries;
-    QByteArray prefix;
-    qsizetype begin = 0;
-    for (int i = layout.indexMask; i < layout.indexEntries; ++i) {
-        const quint8 byte = page.byte(i);
-        for (int bit = 0; byte != 0 && bit < 8; ++bit) {
-            if ((byte >> bit & 1) == 0) {
-                continue;
-            }
-            const qsizetype end = qsizetype{i - layout.indexMask} * 8 + bit;
-            const Bytes piece = content.part(begin, end - begin);
-            QByteArray entry = prefix;
-            entry.append(piece.data(), piece.size());
-            if (entry.size() < least) {
-                throwDamaged("an entry of an index is too short");
-            }
-            if (entries.empty()) {
-                prefix = entry.left(prefixLength);
-            }
-            entries.push_back(std::move(entry));
-            begin = end;
-        }
-    }
-    return entries;
-}
 
 IndexScan::IndexScan(PageFile& file, PageNumber root, const QByteArray& first) : file_(file) {
     descend(root, first);
@@ -74,15 +30,13 @@ void IndexScan::descend(PageNumber root, const QByteArray& first) {
     PageNumber number = root;
     for (int level = 0; level < kMostLevels; ++level) {
         const Page page = file_.page(number);
-        if (kindOf(Bytes(*page)) == PageKind::IndexLeaf) {
+        const IndexEntries entries(file_.layout(), Bytes(*page));
+        if (!entries.isNode()) {
             readLeaf(number);
-            next_ = static_cast<std::size_t>(
-                std::find_if(entries_.begin(), entries_.end(),
-                             [&](const QByteArray& entry) { return entry >= first; }) -
-                entries_.begin());
+            next_ = entries_.firstNotBefore(first);
             return;
         }
-        number = childFor(file_.layout(), Bytes(*page), first);
+        number = childFor(file_.layout(), Bytes(*page), entries, first);
         if (number == 0) {
             throwDamaged("a page of an index has nothing below it");
         }
@@ -91,13 +45,13 @@ void IndexScan::descend(PageNumber root, const QByteArray& first) {
 }
 
 void IndexScan::readLeaf(PageNumber number) {
-    const Page page = file_.page(number, PageKind::IndexLeaf);
     if (++leaves_ > file_.pageCount()) {
         throwDamaged("an index has no end");
     }
-    entries_ = indexEntries(file_.layout(), Bytes(*page));
+    page_ = file_.page(number, PageKind::IndexLeaf);
+    entries_ = IndexEntries(file_.layout(), Bytes(*page_));
     next_ = 0;
-    nextLeaf_ = Bytes(*page).u32(file_.layout().indexNext);
+    nextLeaf_ = Bytes(*page_).u32(file_.layout().indexNext);
 }
 
 bool IndexScan::next() {
@@ -107,7 +61,7 @@ bool IndexScan::next() {
         }
         readLeaf(nextLeaf_);
     }
-    const QByteArray& entry = entries_[next_++];
+    const QByteArray entry = entries_.at(next_++);
     const qsizetype keyLength = entry.size() - kPlace;
     key_ = entry.left(keyLength);
     place_ = {Bytes(entry).bigU24(keyLength), Bytes(entry).byte(keyLength + 3)};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/data/access/index_entries.h"
 #include "platform/data/access/table_definition.h"
 
 #include <QByteArray>
@@ -31,16 +32,12 @@ class IndexScan {
 
     PageFile& file_;
     Page page_;
-    std::vector<QByteArray> entries_;
+    IndexEntries entries_;  ///< of the page
     std::size_t next_ = 0;
     PageNumber nextLeaf_ = 0;
     quint32 leaves_ = 0;
     QByteArray key_;
     RowPlace place_;
 };
-
-/// The entries of a page of an index, whole: their keys, then the page and the row in four bytes,
-/// and on a node the number of the page below in another four.
-std::vector<QByteArray> indexEntries(const Layout& layout, const Bytes& page);
 
 }  // namespace varo::access

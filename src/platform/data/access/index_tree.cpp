@@ -1,5 +1,6 @@
 #include "platform/data/access/index_tree.h"
 
+#include "platform/data/access/index_entries.h"
 #include "platform/data/access/index_scan.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@ namespace varo::access {
 namespace {
 
 constexpr int kMostLevels = 32;
+constexpr int kOwner = 4;
 constexpr std::size_t kLeastChildren = 2;
 
 /// The child below which `entry` is or belongs.
@@ -130,8 +132,41 @@ bool IndexTree::apply(const Change& change) {
     if (isThere == change.isInserted) {
         return false;
     }
-    storeRoot(applyBelow(root_, change, 0));
+    if (!applyInPlace(change)) {
+        storeRoot(applyBelow(root_, change, 0));
+    }
     return true;
+}
+
+/// Changes a leaf only, where it has room and its bound stays. Returns whether that was possible.
+bool IndexTree::applyInPlace(const Change& change) {
+    const Layout& layout = file_.layout();
+    PageNumber number = root_;
+    for (int level = 0; level < kMostLevels; ++level) {
+        const Page page = file_.page(number);
+        const Bytes bytes(*page);
+        const IndexEntries entries(layout, bytes);
+        const std::size_t position = entries.firstNotBefore(change.entry);
+        if (entries.isNode()) {
+            number =
+                position < entries.size() ? entries.child(position) : bytes.u32(layout.indexTail);
+            if (number == 0) {
+                return false;
+            }
+            continue;
+        }
+        if (bytes.u32(kOwner) != owner_) {
+            throwDamaged("a page of an index belongs to another table");
+        }
+        if (change.isInserted) {
+            return entries.insertInPlace(layout, file_.change(number), position, change.entry);
+        }
+        if (position == entries.size() || entries.at(position) != change.entry) {
+            throwDamaged("the bounds of an index are wrong");
+        }
+        return entries.removeInPlace(layout, file_.change(number), position);
+    }
+    throwDamaged("an index has too many levels");
 }
 
 /// Changes the page and those below it. Returns what the parent has in place of it: nothing when it
