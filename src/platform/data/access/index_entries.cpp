@@ -42,8 +42,16 @@ IndexEntries::IndexEntries(const Layout& layout, const Bytes& page)
     }
     isNode_ = kind == PageKind::IndexNode;
     const Bytes mask = page.part(layout.indexMask, layout.indexEntries - layout.indexMask);
-    for (qsizetype i = 0; i < mask.size(); ++i) {
-        for (unsigned bits = mask.byte(i); bits != 0; bits &= bits - 1) {
+    constexpr qsizetype kWord = 8;
+    for (qsizetype i = 0; i < mask.size(); i += kWord) {
+        quint64 bits = 0;
+        if (i + kWord <= mask.size()) {
+            bits = qFromLittleEndian<quint64>(mask.data() + i);
+        } else {
+            std::memcpy(&bits, mask.data() + i, static_cast<std::size_t>(mask.size() - i));
+            bits = qFromLittleEndian(bits);
+        }
+        for (; bits != 0; bits &= bits - 1) {
             ends_.append(static_cast<quint16>(i * 8 + std::countr_zero(bits)));
         }
     }

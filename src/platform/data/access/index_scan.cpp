@@ -29,14 +29,12 @@ IndexScan::IndexScan(PageFile& file, PageNumber root, const QByteArray& first) :
 void IndexScan::descend(PageNumber root, const QByteArray& first) {
     PageNumber number = root;
     for (int level = 0; level < kMostLevels; ++level) {
-        const Page page = file_.page(number);
-        const IndexEntries entries(file_.layout(), Bytes(*page));
-        if (!entries.isNode()) {
-            readLeaf(number);
+        showPage(number);
+        if (!entries_.isNode()) {
             next_ = entries_.firstNotBefore(first);
             return;
         }
-        number = childFor(file_.layout(), Bytes(*page), entries, first);
+        number = childFor(file_.layout(), Bytes(*page_), entries_, first);
         if (number == 0) {
             throwDamaged("a page of an index has nothing below it");
         }
@@ -44,14 +42,18 @@ void IndexScan::descend(PageNumber root, const QByteArray& first) {
     throwDamaged("an index has too many levels");
 }
 
-void IndexScan::readLeaf(PageNumber number) {
-    if (++leaves_ > file_.pageCount()) {
-        throwDamaged("an index has no end");
-    }
-    page_ = file_.page(number, PageKind::IndexLeaf);
+void IndexScan::showPage(PageNumber number) {
+    page_ = file_.page(number);
     entries_ = IndexEntries(file_.layout(), Bytes(*page_));
     next_ = 0;
     nextLeaf_ = Bytes(*page_).u32(file_.layout().indexNext);
+}
+
+void IndexScan::readLeaf(PageNumber number) {
+    showPage(number);
+    if (entries_.isNode() || ++leaves_ > file_.pageCount()) {
+        throwDamaged("the leaves of an index have no end");
+    }
 }
 
 bool IndexScan::next() {

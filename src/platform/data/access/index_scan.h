@@ -28,6 +28,7 @@ class IndexScan {
 
   private:
     void descend(PageNumber root, const QByteArray& first);
+    void showPage(PageNumber number);
     void readLeaf(PageNumber number);
 
     PageFile& file_;

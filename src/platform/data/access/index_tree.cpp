@@ -123,6 +123,9 @@ bool IndexTree::remove(const QByteArray& key, RowPlace place) {
 }
 
 bool IndexTree::apply(const Change& change) {
+    if (const auto isDone = applyInPlace(change)) {
+        return *isDone;
+    }
     // The tree is not touched when there is nothing to change.
     const qsizetype keyLength = change.entry.size() - 4;
     IndexScan scan(file_, root_, change.entry);
@@ -132,14 +135,13 @@ bool IndexTree::apply(const Change& change) {
     if (isThere == change.isInserted) {
         return false;
     }
-    if (!applyInPlace(change)) {
-        storeRoot(applyBelow(root_, change, 0));
-    }
+    storeRoot(applyBelow(root_, change, 0));
     return true;
 }
 
-/// Changes a leaf only, where it has room and its bound stays. Returns whether that was possible.
-bool IndexTree::applyInPlace(const Change& change) {
+/// Changes a leaf only, where it has room and its bound stays. Returns whether there was something
+/// to change; nothing when more than that leaf is concerned.
+std::optional<bool> IndexTree::applyInPlace(const Change& change) {
     const Layout& layout = file_.layout();
     PageNumber number = root_;
     for (int level = 0; level < kMostLevels; ++level) {
@@ -151,20 +153,22 @@ bool IndexTree::applyInPlace(const Change& change) {
             number =
                 position < entries.size() ? entries.child(position) : bytes.u32(layout.indexTail);
             if (number == 0) {
-                return false;
+                return std::nullopt;
             }
             continue;
         }
         if (bytes.u32(kOwner) != owner_) {
             throwDamaged("a page of an index belongs to another table");
         }
-        if (change.isInserted) {
-            return entries.insertInPlace(layout, file_.change(number), position, change.entry);
+        const bool isThere = position < entries.size() && entries.at(position) == change.entry;
+        if (isThere == change.isInserted) {
+            return position < entries.size() ? std::optional(false) : std::nullopt;
         }
-        if (position == entries.size() || entries.at(position) != change.entry) {
-            throwDamaged("the bounds of an index are wrong");
-        }
-        return entries.removeInPlace(layout, file_.change(number), position);
+        char* changed = file_.change(number);
+        const bool isDone = change.isInserted
+                                ? entries.insertInPlace(layout, changed, position, change.entry)
+                                : entries.removeInPlace(layout, changed, position);
+        return isDone ? std::optional(true) : std::nullopt;
     }
     throwDamaged("an index has too many levels");
 }

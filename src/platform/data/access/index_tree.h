@@ -40,7 +40,7 @@ class IndexTree {
     void releasePage(PageNumber number);
 
     bool apply(const Change& change);
-    bool applyInPlace(const Change& change);
+    std::optional<bool> applyInPlace(const Change& change);
     std::vector<IndexChild> applyBelow(PageNumber number, const Change& change, int level);
     void changeNode(IndexPage& node, const Change& change, int level);
     std::vector<IndexChild> store(PageNumber number, const IndexPage& page, bool isAppended);

@@ -62,7 +62,9 @@ DecimalDigits digitsOf(const Value& value, const Column& column) {
 
 template <class Number>
 QByteArray storedInteger(const Value& value, const Column& column) {
-    const auto number = digitsOf(value, column).scaledNumber(0);
+    const auto* integer = std::get_if<qint64>(&value);
+    const auto number =
+        integer == nullptr ? digitsOf(value, column).scaledNumber(0) : std::optional(*integer);
     if (!number || *number < std::numeric_limits<Number>::min() ||
         *number > std::numeric_limits<Number>::max()) {
         refuseNumber(column);
