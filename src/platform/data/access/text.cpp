@@ -1,6 +1,6 @@
 #include "platform/data/access/text.h"
 
-#include <QStringDecoder>
+#include <QVarLengthArray>
 
 #include <algorithm>
 #include <iconv.h>
@@ -23,8 +23,10 @@ void appendNarrow(const Bytes& bytes, QByteArray& text) {
     }
 }
 
-void appendWide(const Bytes& bytes, QByteArray& text) {
-    text += plainText(bytes).toUtf8();
+QByteArray utf8Of(const Bytes& wide) {
+    QVarLengthArray<char16_t, 512> units(wide.size() / 2);
+    qFromLittleEndian<char16_t>(wide.data(), units.size(), units.data());
+    return QStringView(units.constData(), units.size()).toUtf8();
 }
 
 /// Pieces with one byte for a character and such with two, a zero between them.
@@ -42,7 +44,7 @@ QByteArray uncompressed(const Bytes& bytes) {
             while (end + 1 < bytes.size() && bytes.byte(end) != 0) {
                 end += 2;
             }
-            appendWide(bytes.part(at, end - at), text);
+            text += utf8Of(bytes.part(at, end - at));
         }
         at = end + 1;
         isNarrow = !isNarrow;
@@ -54,9 +56,7 @@ QByteArray uncompressed(const Bytes& bytes) {
 
 QString plainText(const Bytes& bytes) {
     QString text(bytes.size() / 2, Qt::Uninitialized);
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        text[i] = QChar(bytes.u16(i * 2));
-    }
+    qFromLittleEndian<char16_t>(bytes.data(), text.size(), text.data());
     return text;
 }
 
@@ -95,9 +95,7 @@ QByteArray fieldText(const Bytes& bytes, const Header& header) {
         bytes.byte(1) == kCompressedSecond) {
         return uncompressed(bytes.from(2));
     }
-    QByteArray text;
-    appendWide(bytes, text);
-    return text;
+    return utf8Of(bytes);
 }
 
 }  // namespace varo::access
