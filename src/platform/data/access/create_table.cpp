@@ -90,7 +90,7 @@ void writeDefinition(PageFile& file, PageNumber page, const QByteArray& definiti
 TableRules rulesFor(const NewTable& table) {
     TableRules rules;
     for (const NewColumn& column : table.columns) {
-        rules.columns.push_back({column.isRequired, column.allowsEmpty});
+        rules.columns.push_back({column.isRequired, column.allowsEmpty, column.defaultExpression});
     }
     return rules;
 }

@@ -6,8 +6,9 @@ namespace varo::access {
 
 /// What a table demands of the fields of a column.
 struct ColumnRules {
-    bool isRequired = false;  ///< not NULL
-    bool allowsEmpty = true;  ///< a text of no characters
+    bool isRequired = false;      ///< not NULL
+    bool allowsEmpty = true;      ///< a text of no characters
+    QString defaultExpression{};  ///< what a new row has where nothing is given; empty for NULL
 };
 
 /// What a table demands of its rows, besides what its definition says.

@@ -1,5 +1,6 @@
 #include "platform/data/access/table_writer.h"
 
+#include "platform/data/access/column_default.h"
 #include "platform/data/access/long_value.h"
 #include "platform/data/access/step.h"
 #include "platform/data/access/stored_value.h"
@@ -172,11 +173,35 @@ QByteArray TableWriter::writeLongValue(const QByteArray& value, const Column& co
     return writer.finish().bytes;
 }
 
-RowPlace TableWriter::insert(const std::vector<FieldChange>& changes) {
+/// The fields of a new row: NULL where nothing is said, and the columns' defaults for NULL.
+std::vector<FieldChange> TableWriter::withDefaults(std::vector<FieldChange> changes) const {
+    for (std::size_t i = 0; i < table_.columns.size(); ++i) {
+        const Column& column = table_.columns[i];
+        const QString& expression = rules_.columns[i].defaultExpression;
+        if (isKept(changes.at(i))) {
+            changes[i] = Value();
+        }
+        const auto* value = std::get_if<Value>(&changes[i]);
+        if (expression.isEmpty() || column.isAutoNumber || column.isComputed || value == nullptr ||
+            !std::holds_alternative<std::monostate>(*value)) {
+            continue;
+        }
+        const auto found = defaultValue(expression, column);
+        if (!found) {
+            refuse(column,
+                   QStringLiteral("only the Access program can calculate its default value"));
+        }
+        changes[i] = *found;
+    }
+    return changes;
+}
+
+RowPlace TableWriter::insert(const std::vector<FieldChange>& given) {
     Step step(file_);
+    const std::vector<FieldChange> changes = withDefaults(given);
     Fields fields(table_.columns.size());
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        fields[i] = newField(isKept(changes.at(i)) ? Value() : changes[i], i);
+        fields[i] = newField(changes[i], i);
     }
     requireIndexed(fields);
     for (std::size_t i = 0; i < fields.size(); ++i) {

@@ -24,7 +24,7 @@ class IndexKeeper {
     virtual bool removed(const Index& index, RowPlace place, const Row& row) = 0;
 };
 
-/// The field stays as it is; of a new row it is NULL, or the next auto-number.
+/// The field stays as it is; of a new row it is what NULL is.
 struct Kept {};
 
 /// What a field is to hold. A LongField is for memo and OLE columns only.
@@ -40,7 +40,9 @@ class TableWriter {
                 IndexKeeper& indexes);
 
     /// Adds a row with these fields, in the order of the table's columns, and returns its place,
-    /// which it keeps for as long as it is there. An auto-number that is NULL becomes the next one.
+    /// which it keeps for as long as it is there. An auto-number that is NULL becomes the next one,
+    /// another field that is NULL the default of its column. Throws data::Error when that is an
+    /// expression that is not understood.
     RowPlace insert(const std::vector<FieldChange>& fields);
 
     /// Changes fields of the row at `place`. Long values that are kept are neither read nor moved;
@@ -51,6 +53,7 @@ class TableWriter {
     void remove(RowPlace place);
 
   private:
+    std::vector<FieldChange> withDefaults(std::vector<FieldChange> changes) const;
     std::optional<QByteArray> newField(const FieldChange& change, std::size_t column);
     void requireAllowed(const std::optional<QByteArray>& field, std::size_t column) const;
     void requireIndexed(const Fields& fields) const;
