@@ -234,11 +234,6 @@ TableRules readTableRules(PageFile& file, const TableDefinition& table) {
     if (table.isSystem) {
         return refused(table, QStringLiteral("the table belongs to the Access program"));
     }
-    if (std::any_of(table.indexes.begin(), table.indexes.end(),
-                    [](const Index& index) { return index.isForeign; })) {
-        return refused(table, QStringLiteral("the table has a relationship with another one, which "
-                                             "only the Access program keeps"));
-    }
     const TableDetails details = tableDetails(file, table.page);
     if (details.hasMacros) {
         return refused(table, QStringLiteral("the table has data macros, which only the Access "

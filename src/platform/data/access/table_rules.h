@@ -19,8 +19,8 @@ struct TableRules {
 };
 
 /// Reads the rules of a table from its properties in the file's catalog. What cannot be kept
-/// becomes the refusal: validation rules, relationships that are to be kept, data macros,
-/// properties that cannot be read, a file of version Jet3, a table of the Access program itself.
+/// becomes the refusal: validation rules, data macros, properties that cannot be read, a file of
+/// version Jet3, a table of the Access program itself. Relationships are RelationshipKeeper's.
 /// Throws data::Error when the catalog is damaged.
 TableRules readTableRules(PageFile& file, const TableDefinition& table);
 

@@ -76,11 +76,12 @@ QByteArray bytesOf(RowPlace place) {
 }  // namespace
 
 TableWriter::TableWriter(PageFile& file, const TableDefinition& table, const TableRules& rules,
-                         IndexKeeper& indexes)
+                         IndexKeeper& indexes, RowFollower* follower)
     : file_(file),
       table_(table),
       rules_(rules),
       indexes_(indexes),
+      follower_(follower),
       pages_(file, table.page, table.ownedPages, table.pagesWithRoom) {
     const Layout& layout = file.layout();
     if (!rules.refusal.isEmpty()) {
@@ -216,6 +217,9 @@ RowPlace TableWriter::insert(const std::vector<FieldChange>& given) {
         insertEntry(i, place, row);
     }
     addToCount(file_.layout().tableRowCount, 1);
+    if (follower_ != nullptr) {
+        follower_->inserted(row);
+    }
     step.keep();
     return place;
 }
@@ -260,6 +264,9 @@ void TableWriter::update(RowPlace place, const std::vector<FieldChange>& changes
     for (const std::size_t index : concerned) {
         insertEntry(index, place, after);
     }
+    if (follower_ != nullptr) {
+        follower_->changed(before, after);
+    }
     step.keep();
 }
 
@@ -284,6 +291,9 @@ void TableWriter::remove(RowPlace place) {
         pages_.remove(each);
     }
     addToCount(file_.layout().tableRowCount, -1);
+    if (follower_ != nullptr) {
+        follower_->removed(row);
+    }
     step.keep();
 }
 

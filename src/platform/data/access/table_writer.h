@@ -24,6 +24,17 @@ class IndexKeeper {
     virtual bool removed(const Index& index, RowPlace place, const Row& row) = 0;
 };
 
+/// Is told of the rows that were written with the entries of their indexes. What it throws undoes
+/// the operation; it may itself write rows of the table.
+class RowFollower {
+  public:
+    virtual ~RowFollower() = default;
+
+    virtual void inserted(const Row& row) = 0;
+    virtual void changed(const Row& before, const Row& after) = 0;
+    virtual void removed(const Row& row) = 0;
+};
+
 /// The field stays as it is; of a new row it is what NULL is.
 struct Kept {};
 
@@ -37,7 +48,7 @@ class TableWriter {
   public:
     /// All parameters are to live as long. Throws data::Error when the rules refuse.
     TableWriter(PageFile& file, const TableDefinition& table, const TableRules& rules,
-                IndexKeeper& indexes);
+                IndexKeeper& indexes, RowFollower* follower = nullptr);
 
     /// Adds a row with these fields, in the order of the table's columns, and returns its place,
     /// which it keeps for as long as it is there. An auto-number that is NULL becomes the next one,
@@ -70,6 +81,7 @@ class TableWriter {
     const TableDefinition& table_;
     const TableRules& rules_;
     IndexKeeper& indexes_;
+    RowFollower* follower_;  ///< null for none
     RowPages pages_;
 };
 
