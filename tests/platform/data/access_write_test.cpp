@@ -221,16 +221,29 @@ TEST_P(AccessWrite, ACopyIsTakenAndPutBack) {
     requireSound();
 }
 
-TEST(AccessWriteOfFiles, TablesThatOnlyTheAccessProgramCanKeepAreRefused) {
+TEST(AccessWriteOfFiles, RelationshipsOfTheProgramAreKept) {
     const QString path = test::accessFile(u"relations.accdb"_s);
     if (path.isEmpty()) {
         GTEST_SKIP() << "VARO_ACCESS_FILES names no folder with Access files";
     }
     Connection connection;
     connection.open(path);
-    for (const QString& table : {u"厂家"_s, u"型材"_s, u"检验"_s}) {
-        EXPECT_THROW(connection.execute(u"Delete From "_s + table), Error) << table.toStdString();
+    const auto count = [&](const QString& table) {
+        return connection.query(u"Select Count(*) From "_s + table).integer(0);
+    };
+    for (const char* refused :
+         {"Delete From 厂家 Where ID = 1", "Update 厂家 Set ID = 9 Where ID = 2",
+          "Insert Into 检验(型材ID) Values(31)", "Update 检验 Set 型材ID = 0",
+          "Update 型材 Set 高度 = 1", "Insert Into 型材(ID) Values(31)"}) {
+        EXPECT_THROW(connection.execute(QString::fromUtf8(refused)), Error) << refused;
     }
+    EXPECT_EQ(connection.execute(u"Delete From 厂家 Where ID = 3"_s), 1);
+    EXPECT_EQ(connection.execute(u"Delete From 型材 Where 厂家ID = 2"_s), 15);
+    EXPECT_EQ(connection.execute(u"Delete From 厂家 Where ID = 2"_s), 1);
+    EXPECT_EQ(connection.execute(u"Insert Into 检验(型材ID) Values(2)"_s), 1);
+    EXPECT_EQ(count(u"型材"_s), 15);
+    EXPECT_EQ(count(u"检验"_s), 16);
+    EXPECT_EQ(connection.damages(), QStringList());
 }
 
 }  // namespace

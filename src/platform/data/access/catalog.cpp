@@ -58,6 +58,26 @@ std::vector<CatalogEntry> userTables(PageFile& file) {
     return tables;
 }
 
+std::optional<PageNumber> systemTable(PageFile& file, QStringView name) {
+    const TableDefinition catalog = readTable(file, kCatalogPage);
+    const Column& id = required(catalog, u"Id");
+    const Column& names = required(catalog, u"Name");
+    const Column& type = required(catalog, u"Type");
+    const Column& flags = required(catalog, u"Flags");
+    RowScan rows(file, catalog);
+    while (const auto found = rows.next()) {
+        const Row row(file.layout(), catalog, found->page, found->bytes);
+        const Value text = fieldValue(file, row, names);
+        const auto* title = std::get_if<Text>(&text);
+        if (title != nullptr && numberIn(file, row, type) == kTable &&
+            (static_cast<quint32>(numberIn(file, row, flags)) & kSystem) != 0 &&
+            name.compare(QString::fromUtf8(title->utf8), Qt::CaseInsensitive) == 0) {
+            return pageOf(numberIn(file, row, id));
+        }
+    }
+    return std::nullopt;
+}
+
 TableDetails tableDetails(PageFile& file, PageNumber page) {
     const TableDefinition catalog = readTable(file, kCatalogPage);
     const Column& id = required(catalog, u"Id");

@@ -19,6 +19,10 @@ struct CatalogEntry {
 /// tables of other files. Throws data::Error when the catalog is damaged.
 std::vector<CatalogEntry> userTables(PageFile& file);
 
+/// The definition of the Access program's own table with this name; nothing when there is none.
+/// Throws data::Error when the catalog is damaged.
+std::optional<PageNumber> systemTable(PageFile& file, QStringView name);
+
 /// What the catalog says of a table besides its name.
 struct TableDetails {
     QByteArray properties;  ///< the lists of them; empty when there are none

@@ -11,6 +11,7 @@ namespace varo::access {
 namespace {
 
 constexpr PageNumber kRightsPage = kCatalogPage + 1;
+constexpr PageNumber kRelationshipsPage = kCatalogPage + 3;
 
 /// Adds a row with these values, by the names of their columns, to a table of the Access program.
 void addRow(PageFile& file, PageNumber page, const QString& name,
@@ -79,6 +80,24 @@ void CatalogWriter::addRight(qint32 object, KnownUser user, quint32 mask, bool i
             {QStringLiteral("SID"), sid(user)},
             {QStringLiteral("ACM"), withSign(mask)},
             {QStringLiteral("FInheritable"), qint64{isInherited}}});
+}
+
+void CatalogWriter::addRelationship(const QString& name, const RelationshipSide& referencing,
+                                    const RelationshipSide& referenced, quint32 flags) {
+    const auto text = [](const QString& of) { return Text{of.toUtf8()}; };
+    const std::vector<const Column*> from = referencing.columns();
+    const std::vector<const Column*> to = referenced.columns();
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        addRow(file_, kRelationshipsPage, QStringLiteral("MSysRelationships"),
+               {{QStringLiteral("szRelationship"), text(name)},
+                {QStringLiteral("grbit"), withSign(flags)},
+                {QStringLiteral("ccolumn"), static_cast<qint64>(from.size())},
+                {QStringLiteral("icolumn"), static_cast<qint64>(i)},
+                {QStringLiteral("szObject"), text(referencing.table.name)},
+                {QStringLiteral("szColumn"), text(from[i]->name)},
+                {QStringLiteral("szReferencedObject"), text(referenced.table.name)},
+                {QStringLiteral("szReferencedColumn"), text(to.at(i)->name)}});
+    }
 }
 
 }  // namespace varo::access

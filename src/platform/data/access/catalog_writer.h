@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/data/access/relationships.h"
 #include "platform/data/access/table_writer.h"
 
 namespace varo::access {
@@ -29,6 +30,10 @@ class CatalogWriter {
     /// `mask` are the bits of what is allowed; `isInherited`, whether new objects below this one
     /// have them too.
     void addRight(qint32 object, KnownUser user, quint32 mask, bool isInherited = false);
+
+    /// Adds a relationship with these flags to the table of them.
+    void addRelationship(const QString& name, const RelationshipSide& referencing,
+                         const RelationshipSide& referenced, quint32 flags);
 
   private:
     QByteArray sid(KnownUser user) const;

@@ -63,7 +63,16 @@ TablePlaces addPlaces(PageFile& file, PageNumber owner, const NewTable& table) {
     return places;
 }
 
-/// Puts the definition onto `page` and as many further ones as it needs.
+TableRules rulesFor(const NewTable& table) {
+    TableRules rules;
+    for (const NewColumn& column : table.columns) {
+        rules.columns.push_back({column.isRequired, column.allowsEmpty, column.defaultExpression});
+    }
+    return rules;
+}
+
+}  // namespace
+
 void writeDefinition(PageFile& file, PageNumber page, const QByteArray& definition) {
     const int header = file.layout().definitionHeader;
     const int pageSize = file.layout().pageSize;
@@ -86,16 +95,6 @@ void writeDefinition(PageFile& file, PageNumber page, const QByteArray& definiti
         number = next;
     }
 }
-
-TableRules rulesFor(const NewTable& table) {
-    TableRules rules;
-    for (const NewColumn& column : table.columns) {
-        rules.columns.push_back({column.isRequired, column.allowsEmpty});
-    }
-    return rules;
-}
-
-}  // namespace
 
 void defineTable(PageFile& file, PageNumber page, const NewTable& table) {
     const TablePlaces places = addPlaces(file, page, table);

@@ -14,4 +14,7 @@ void createTable(PageFile& file, const NewTable& table);
 /// page of it onto `page`. The catalog does not know it yet.
 void defineTable(PageFile& file, PageNumber page, const NewTable& table);
 
+/// Puts the bytes of a definition onto `page` and as many further ones as it needs.
+void writeDefinition(PageFile& file, PageNumber page, const QByteArray& definition);
+
 }  // namespace varo::access

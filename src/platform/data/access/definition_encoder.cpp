@@ -38,15 +38,6 @@ class Entry {
     QByteArray bytes_;
 };
 
-QByteArray nameEntry(const QString& name) {
-    Entry entry(static_cast<int>(2 + name.size() * 2));
-    entry.put(0, static_cast<quint16>(name.size() * 2));
-    for (int i = 0; i < name.size(); ++i) {
-        entry.put(2 + i * 2, name.at(i).unicode());
-    }
-    return entry.bytes();
-}
-
 bool isText(const NewColumn& column) {
     return column.type == FieldType::Text || column.type == FieldType::Memo;
 }
@@ -229,6 +220,29 @@ class DefinitionEncoder {
 };
 
 }  // namespace
+
+QByteArray foreignIndexEntry(const Layout& layout, const ForeignIndex& index) {
+    Entry entry(layout.indexNameEntry);
+    entry.put(0, kMark);
+    entry.put(layout.indexNameNumber, index.number);
+    entry.put(layout.indexNameNumber + 4, static_cast<quint32>(index.tree));
+    entry.put(layout.indexOther, index.side);
+    entry.put(layout.indexOther + 1, index.otherNumber);
+    entry.put(layout.indexOther + 5, index.otherTable);
+    entry.put(layout.indexNameKind - 2, index.onChange);
+    entry.put(layout.indexNameKind - 1, index.onRemoval);
+    entry.put(layout.indexNameKind, kForeign);
+    return entry.bytes();
+}
+
+QByteArray nameEntry(const QString& name) {
+    Entry entry(static_cast<int>(2 + name.size() * 2));
+    entry.put(0, static_cast<quint16>(name.size() * 2));
+    for (int i = 0; i < name.size(); ++i) {
+        entry.put(2 + i * 2, name.at(i).unicode());
+    }
+    return entry.bytes();
+}
 
 std::vector<int> longValueColumns(const NewTable& table) {
     std::vector<int> numbers;

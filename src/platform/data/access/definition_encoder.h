@@ -21,6 +21,10 @@ struct TablePlaces {
 /// it; the numbers of its further pages are missing. The table is one that requireValid() accepts.
 QByteArray encodeDefinition(const Header& header, const NewTable& table, const TablePlaces& places);
 
+/// What stands in a definition for a relationship, and for the name of a column or an index.
+QByteArray foreignIndexEntry(const Layout& layout, const ForeignIndex& index);
+QByteArray nameEntry(const QString& name);
+
 /// The columns of the table that have long values, in the order of their numbers.
 std::vector<int> longValueColumns(const NewTable& table);
 

@@ -46,6 +46,7 @@ struct Layout {
     int indexFlags;
     int indexNameEntry;   ///< length of the entry of an index's name
     int indexNameNumber;  ///< within it, as the following: the number that the index has
+    int indexOther;       ///< the side of the table in a relationship, the other index, its table
     int indexNameKind;
 
     // Pages of an index

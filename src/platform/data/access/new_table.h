@@ -22,11 +22,12 @@ struct NewColumn {
     QString name{};
     FieldType type = FieldType::Text;
     int size = 0;  ///< characters of a text, 1 to 255; bytes of binary fields, 1 to 510
-    bool isAutoNumber = false;  ///< a Long, or a GUID
-    bool isRequired = false;    ///< never NULL
-    bool allowsEmpty = true;    ///< texts and memos: one of no characters
-    int precision = 18;         ///< of a decimal: its digits, 1 to 28
-    int scale = 0;              ///< those behind the point
+    bool isAutoNumber = false;    ///< a Long, or a GUID
+    bool isRequired = false;      ///< never NULL
+    bool allowsEmpty = true;      ///< texts and memos: one of no characters
+    int precision = 18;           ///< of a decimal: its digits, 1 to 28
+    int scale = 0;                ///< those behind the point
+    QString defaultExpression{};  ///< see defaultValue(); empty for none
     ColumnRole role = ColumnRole::User;
 };
 

@@ -4,7 +4,6 @@
 #include "platform/data/access/text.h"
 
 #include <algorithm>
-#include <set>
 
 namespace varo::access {
 
@@ -14,22 +13,6 @@ namespace {
 constexpr qsizetype kMostBytes = 1 << 20;
 constexpr int kMostColumns = 1024;
 constexpr int kMostIndexes = 1024;
-
-/// The bytes of a definition, of all its pages.
-QByteArray definitionBytes(PageFile& file, PageNumber first) {
-    QByteArray bytes = *file.page(first, PageKind::Table);
-    std::set<PageNumber> seen{first};
-    for (PageNumber next = Bytes(bytes).u32(kNextDefinitionPage); next != 0;) {
-        if (!seen.insert(next).second || bytes.size() > kMostBytes) {
-            throwDamaged("the definition of a table has no end");
-        }
-        const Page page = file.page(next, PageKind::Table);
-        bytes += page->mid(file.layout().definitionHeader);
-        next = Bytes(*page).u32(kNextDefinitionPage);
-    }
-    const quint32 length = Bytes(bytes).u32(kDefinitionLength) + file.layout().definitionHeader;
-    return bytes.left(static_cast<qsizetype>(length));
-}
 
 /// Goes through a definition from its beginning to its end.
 class DefinitionReader {
@@ -126,7 +109,12 @@ void readIndexNames(DefinitionReader& reader, const Layout& layout, int count,
         Index& index = table.indexes[tree];
         const quint8 kind = from.byte(layout.indexNameKind);
         index.isPrimary = index.isPrimary || kind == kPrimary;
-        index.isForeign = index.isForeign || kind == kForeign;
+        if (kind == kForeign) {
+            table.foreignIndexes.push_back(
+                {from.u32(layout.indexNameNumber), tree, from.byte(layout.indexOther),
+                 from.u32(layout.indexOther + 1), from.u32(layout.indexOther + 5),
+                 from.byte(layout.indexNameKind - 2), from.byte(layout.indexNameKind - 1)});
+        }
         named.push_back(&index);
     }
     for (Index* index : named) {
@@ -181,6 +169,28 @@ bool isSameTable(TableDefinition one, const TableDefinition& other) {
     one.rowCount = other.rowCount;
     one.lastAutoNumber = other.lastAutoNumber;
     return one == other;
+}
+
+std::vector<PageNumber> definitionPages(PageFile& file, PageNumber page) {
+    std::vector<PageNumber> pages;
+    const auto most = static_cast<std::size_t>(kMostBytes / file.layout().pageSize);
+    for (PageNumber next = page; next != 0;) {
+        if (std::find(pages.begin(), pages.end(), next) != pages.end() || pages.size() > most) {
+            throwDamaged("the definition of a table has no end");
+        }
+        pages.push_back(next);
+        next = Bytes(*file.page(next, PageKind::Table)).u32(kNextDefinitionPage);
+    }
+    return pages;
+}
+
+QByteArray definitionBytes(PageFile& file, PageNumber page) {
+    const int header = file.layout().definitionHeader;
+    QByteArray bytes;
+    for (const PageNumber each : definitionPages(file, page)) {
+        bytes += file.page(each)->mid(each == page ? 0 : header);
+    }
+    return bytes.left(qsizetype{Bytes(bytes).u32(kDefinitionLength)} + header);
 }
 
 TableDefinition readTable(PageFile& file, PageNumber page) {

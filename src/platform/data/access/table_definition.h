@@ -74,8 +74,19 @@ struct Index {
     bool ignoresNulls = false;
     bool isRequired = false;
     bool isPrimary = false;
-    bool isForeign = false;  ///< a relationship with another table uses it
     bool operator==(const Index&) const = default;
+};
+
+/// What the definition of a table says of a relationship, as it stands there.
+struct ForeignIndex {
+    quint32 number = 0;    ///< by which the other table's definition knows it
+    std::size_t tree = 0;  ///< among the indexes
+    quint8 side = 0;       ///< whether the table refers to the other one or that to it
+    quint32 otherNumber = 0;
+    PageNumber otherTable = 0;
+    quint8 onChange = 0;  ///< what happens then to the rows that refer to one
+    quint8 onRemoval = 0;
+    bool operator==(const ForeignIndex&) const = default;
 };
 
 /// How a file keeps a table.
@@ -91,6 +102,7 @@ struct TableDefinition {
     std::vector<LongValuePages> longValuePages;
     std::vector<Column> columns;  ///< in the order of their numbers
     std::vector<Index> indexes;
+    std::vector<ForeignIndex> foreignIndexes;
 
     /// The index of the column with this name, letter case ignored; -1 when there is none.
     int column(QStringView name) const;
@@ -106,6 +118,11 @@ struct TableDefinition {
 
 /// Whether both are the same but for what changes with the rows of a table.
 bool isSameTable(TableDefinition one, const TableDefinition& other);
+
+/// The pages of the definition that begins on `page`, in their order, and its bytes without the
+/// beginnings of the further pages. Throws data::Error when it has no end.
+std::vector<PageNumber> definitionPages(PageFile& file, PageNumber page);
+QByteArray definitionBytes(PageFile& file, PageNumber page);
 
 /// Reads the definition that begins on `page`. Throws data::Error when it is damaged.
 TableDefinition readTable(PageFile& file, PageNumber page);

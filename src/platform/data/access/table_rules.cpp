@@ -16,6 +16,7 @@ constexpr quint16 kOfTable = 0;
 constexpr quint16 kOfColumn = 1;
 constexpr QLatin1StringView kRequiredName("Required");
 constexpr QLatin1StringView kAllowsEmptyName("AllowZeroLength");
+constexpr QLatin1StringView kDefaultName("DefaultValue");
 
 /// One property of the table or of a column.
 struct Property {
@@ -98,10 +99,11 @@ void apply(const Property& property, const TableDefinition& table, TableRules& r
         of.isRequired = property.isTrue();
     } else if (isNamed(property, kAllowsEmptyName)) {
         of.allowsEmpty = property.isTrue();
-    } else if (isNamed(property, "DefaultValue"_L1)) {
+    } else if (isNamed(property, kDefaultName)) {
+        of.defaultExpression = plainText(property.value).trimmed();
         rules.hasRandomNumbers |=
             table.columns[static_cast<std::size_t>(column)].isAutoNumber &&
-            plainText(property.value).contains("GenUniqueID"_L1, Qt::CaseInsensitive);
+            of.defaultExpression.contains("GenUniqueID"_L1, Qt::CaseInsensitive);
     }
 }
 
@@ -126,18 +128,30 @@ class PropertyWriter {
 
     /// A property that is true or false, by the number of its name.
     void addFlag(int name, bool isTrue) {
-        constexpr char kOfDefinition = 1;
-        addU16(9);
-        bytes_ += kOfDefinition;
-        bytes_ += static_cast<char>(FieldType::YesNo);
-        addU16(name);
-        addU16(1);
+        addProperty(name, FieldType::YesNo, 1);
         bytes_ += static_cast<char>(isTrue);
+    }
+
+    /// One that is an expression.
+    void addExpression(int name, const QString& text) {
+        addProperty(name, FieldType::Memo, text.size() * 2);
+        for (const QChar character : text) {
+            addU16(character.unicode());
+        }
     }
 
     const QByteArray& bytes() const { return bytes_; }
 
   private:
+    void addProperty(int name, FieldType type, qsizetype length) {
+        constexpr char kOfDefinition = 1;
+        addU16(8 + length);
+        bytes_ += kOfDefinition;
+        bytes_ += static_cast<char>(type);
+        addU16(name);
+        addU16(length);
+    }
+
     template <class Number>
     void add(Number number) {
         bytes_.append(sizeof number, '\0');
@@ -178,11 +192,12 @@ TableRules rulesOf(const TableDefinition& table, const QByteArray& properties) {
 }
 
 QByteArray propertiesOf(const TableDefinition& table, const TableRules& rules) {
-    // Both names stand there in any case. Without them the list could be so short that it would be
+    // All names stand there in any case. Without them the list could be so short that it would be
     // kept in the row of the catalog, where the Access program does not look for it.
     PropertyWriter names;
     names.addText(kRequiredName);
     names.addText(kAllowsEmptyName);
+    names.addText(kDefaultName);
     PropertyWriter blocks;
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
         const Column& column = table.columns[i];
@@ -192,6 +207,9 @@ QByteArray propertiesOf(const TableDefinition& table, const TableRules& rules) {
         }
         if (column.type == FieldType::Text || column.type == FieldType::Memo) {
             flags.addFlag(1, rules.columns[i].allowsEmpty);
+        }
+        if (!rules.columns[i].defaultExpression.isEmpty()) {
+            flags.addExpression(2, rules.columns[i].defaultExpression);
         }
         if (flags.bytes().isEmpty()) {
             continue;
@@ -215,11 +233,6 @@ TableRules readTableRules(PageFile& file, const TableDefinition& table) {
     }
     if (table.isSystem) {
         return refused(table, QStringLiteral("the table belongs to the Access program"));
-    }
-    if (std::any_of(table.indexes.begin(), table.indexes.end(),
-                    [](const Index& index) { return index.isForeign; })) {
-        return refused(table, QStringLiteral("the table has a relationship with another one, which "
-                                             "only the Access program keeps"));
     }
     const TableDetails details = tableDetails(file, table.page);
     if (details.hasMacros) {

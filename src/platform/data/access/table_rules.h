@@ -6,8 +6,9 @@ namespace varo::access {
 
 /// What a table demands of the fields of a column.
 struct ColumnRules {
-    bool isRequired = false;  ///< not NULL
-    bool allowsEmpty = true;  ///< a text of no characters
+    bool isRequired = false;      ///< not NULL
+    bool allowsEmpty = true;      ///< a text of no characters
+    QString defaultExpression{};  ///< what a new row has where nothing is given; empty for NULL
 };
 
 /// What a table demands of its rows, besides what its definition says.
@@ -18,8 +19,8 @@ struct TableRules {
 };
 
 /// Reads the rules of a table from its properties in the file's catalog. What cannot be kept
-/// becomes the refusal: validation rules, relationships that are to be kept, data macros,
-/// properties that cannot be read, a file of version Jet3, a table of the Access program itself.
+/// becomes the refusal: validation rules, data macros, properties that cannot be read, a file of
+/// version Jet3, a table of the Access program itself. Relationships are RelationshipKeeper's.
 /// Throws data::Error when the catalog is damaged.
 TableRules readTableRules(PageFile& file, const TableDefinition& table);
 

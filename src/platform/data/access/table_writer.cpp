@@ -1,5 +1,6 @@
 #include "platform/data/access/table_writer.h"
 
+#include "platform/data/access/column_default.h"
 #include "platform/data/access/long_value.h"
 #include "platform/data/access/step.h"
 #include "platform/data/access/stored_value.h"
@@ -75,11 +76,12 @@ QByteArray bytesOf(RowPlace place) {
 }  // namespace
 
 TableWriter::TableWriter(PageFile& file, const TableDefinition& table, const TableRules& rules,
-                         IndexKeeper& indexes)
+                         IndexKeeper& indexes, RowFollower* follower)
     : file_(file),
       table_(table),
       rules_(rules),
       indexes_(indexes),
+      follower_(follower),
       pages_(file, table.page, table.ownedPages, table.pagesWithRoom) {
     const Layout& layout = file.layout();
     if (!rules.refusal.isEmpty()) {
@@ -172,11 +174,35 @@ QByteArray TableWriter::writeLongValue(const QByteArray& value, const Column& co
     return writer.finish().bytes;
 }
 
-RowPlace TableWriter::insert(const std::vector<FieldChange>& changes) {
+/// The fields of a new row: NULL where nothing is said, and the columns' defaults for NULL.
+std::vector<FieldChange> TableWriter::withDefaults(std::vector<FieldChange> changes) const {
+    for (std::size_t i = 0; i < table_.columns.size(); ++i) {
+        const Column& column = table_.columns[i];
+        const QString& expression = rules_.columns[i].defaultExpression;
+        if (isKept(changes.at(i))) {
+            changes[i] = Value();
+        }
+        const auto* value = std::get_if<Value>(&changes[i]);
+        if (expression.isEmpty() || column.isAutoNumber || column.isComputed || value == nullptr ||
+            !std::holds_alternative<std::monostate>(*value)) {
+            continue;
+        }
+        const auto found = defaultValue(expression, column);
+        if (!found) {
+            refuse(column,
+                   QStringLiteral("only the Access program can calculate its default value"));
+        }
+        changes[i] = *found;
+    }
+    return changes;
+}
+
+RowPlace TableWriter::insert(const std::vector<FieldChange>& given) {
     Step step(file_);
+    const std::vector<FieldChange> changes = withDefaults(given);
     Fields fields(table_.columns.size());
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        fields[i] = newField(isKept(changes.at(i)) ? Value() : changes[i], i);
+        fields[i] = newField(changes[i], i);
     }
     requireIndexed(fields);
     for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -191,6 +217,9 @@ RowPlace TableWriter::insert(const std::vector<FieldChange>& changes) {
         insertEntry(i, place, row);
     }
     addToCount(file_.layout().tableRowCount, 1);
+    if (follower_ != nullptr) {
+        follower_->inserted(row);
+    }
     step.keep();
     return place;
 }
@@ -235,6 +264,9 @@ void TableWriter::update(RowPlace place, const std::vector<FieldChange>& changes
     for (const std::size_t index : concerned) {
         insertEntry(index, place, after);
     }
+    if (follower_ != nullptr) {
+        follower_->changed(before, after);
+    }
     step.keep();
 }
 
@@ -259,6 +291,9 @@ void TableWriter::remove(RowPlace place) {
         pages_.remove(each);
     }
     addToCount(file_.layout().tableRowCount, -1);
+    if (follower_ != nullptr) {
+        follower_->removed(row);
+    }
     step.keep();
 }
 

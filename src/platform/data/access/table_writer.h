@@ -24,7 +24,18 @@ class IndexKeeper {
     virtual bool removed(const Index& index, RowPlace place, const Row& row) = 0;
 };
 
-/// The field stays as it is; of a new row it is NULL, or the next auto-number.
+/// Is told of the rows that were written with the entries of their indexes. What it throws undoes
+/// the operation; it may itself write rows of the table.
+class RowFollower {
+  public:
+    virtual ~RowFollower() = default;
+
+    virtual void inserted(const Row& row) = 0;
+    virtual void changed(const Row& before, const Row& after) = 0;
+    virtual void removed(const Row& row) = 0;
+};
+
+/// The field stays as it is; of a new row it is what NULL is.
 struct Kept {};
 
 /// What a field is to hold. A LongField is for memo and OLE columns only.
@@ -37,10 +48,12 @@ class TableWriter {
   public:
     /// All parameters are to live as long. Throws data::Error when the rules refuse.
     TableWriter(PageFile& file, const TableDefinition& table, const TableRules& rules,
-                IndexKeeper& indexes);
+                IndexKeeper& indexes, RowFollower* follower = nullptr);
 
     /// Adds a row with these fields, in the order of the table's columns, and returns its place,
-    /// which it keeps for as long as it is there. An auto-number that is NULL becomes the next one.
+    /// which it keeps for as long as it is there. An auto-number that is NULL becomes the next one,
+    /// another field that is NULL the default of its column. Throws data::Error when that is an
+    /// expression that is not understood.
     RowPlace insert(const std::vector<FieldChange>& fields);
 
     /// Changes fields of the row at `place`. Long values that are kept are neither read nor moved;
@@ -51,6 +64,7 @@ class TableWriter {
     void remove(RowPlace place);
 
   private:
+    std::vector<FieldChange> withDefaults(std::vector<FieldChange> changes) const;
     std::optional<QByteArray> newField(const FieldChange& change, std::size_t column);
     void requireAllowed(const std::optional<QByteArray>& field, std::size_t column) const;
     void requireIndexed(const Fields& fields) const;
@@ -67,6 +81,7 @@ class TableWriter {
     const TableDefinition& table_;
     const TableRules& rules_;
     IndexKeeper& indexes_;
+    RowFollower* follower_;  ///< null for none
     RowPages pages_;
 };
 

@@ -166,6 +166,39 @@ qint64 autoNumberOf(PageFile& file, const TableDefinition& table, RowPlace place
     return number == nullptr ? 0 : *number;
 }
 
+/// The rules of a table, and its relationships. What of these cannot be kept becomes the refusal.
+TableRules rulesOf(SeenTables& all, const NamedTable& table,
+                   std::vector<Relationship>& relationships) {
+    TableRules rules = readTableRules(all.file, *table.definition);
+    if (!rules.refusal.isEmpty()) {
+        return rules;
+    }
+    std::vector<NamedTable> tables;
+    for (const SeenTable& each : all.tables) {
+        if (each.damage.isEmpty()) {
+            tables.push_back({each.entry.name, &each.definition});
+        }
+    }
+    const auto found = relationshipsOf(all.file, table, tables);
+    if (found) {
+        relationships = *found;
+    } else {
+        rules.refusal = QStringLiteral(
+            "what the file says of the table's relationships is "
+            "contradictory, or only the Access program understands it");
+    }
+    return rules;
+}
+
+RelationshipKeeper::WriterOf writersOf(SeenTables& all) {
+    return [&all](const NamedTable& table) -> TableWriter& {
+        const auto found = std::find_if(
+            all.tables.begin(), all.tables.end(),
+            [&](const SeenTable& each) { return &each.definition == table.definition; });
+        return all.writerOf(*found);
+    };
+}
+
 /// Runs `operation` for SQLite: its Error becomes the table's.
 template <class Operation>
 int guarded(sqlite3_vtab* table, Operation operation) {
@@ -260,7 +293,9 @@ int update(sqlite3_vtab* base, int count, sqlite3_value** values, sqlite3_int64*
         const ChangingRows changing(all);
         const RowPlace place = rowPlace(sqlite3_value_int64(values[0]));
         if (count == 1) {
-            writer.remove(place);
+            if (findRow(all.file, place)) {  // else a relationship has removed it
+                writer.remove(place);
+            }
             return;
         }
         const bool isNew = sqlite3_value_type(values[0]) == SQLITE_NULL;
@@ -306,9 +341,15 @@ QString lengthColumn(const QString& column) {
     return column + QStringLiteral("#length");
 }
 
+RowChanger::RowChanger(SeenTables& all, const TableDefinition& table, const QString& name)
+    : rules(rulesOf(all, {name, &table}, relationships)),
+      indexes(all.file, table, name),
+      keeper(all.file, table, relationships, writersOf(all), all.level),
+      writer(all.file, table, rules, indexes, &keeper) {}
+
 TableWriter& SeenTables::writerOf(SeenTable& table) {
     if (table.changer == nullptr) {
-        table.changer = std::make_unique<RowChanger>(file, table.definition, table.entry.name);
+        table.changer = std::make_unique<RowChanger>(*this, table.definition, table.entry.name);
     }
     return table.changer->writer;
 }

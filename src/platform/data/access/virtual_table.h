@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/data/access/catalog.h"
+#include "platform/data/access/relationship_keeper.h"
 #include "platform/data/access/tree_index_keeper.h"
 
 #include <memory>
@@ -14,17 +15,19 @@ namespace varo::access {
 /// It reads none of the value.
 QString lengthColumn(const QString& column);
 
+struct SeenTables;
+
 /// What changes the rows of a table; made when it is first wanted.
 struct RowChanger {
-    /// The first two are to live as long. Throws data::Error when the table cannot be written.
-    RowChanger(PageFile& file, const TableDefinition& table, const QString& name)
-        : rules(readTableRules(file, table)),
-          indexes(file, table, name),
-          writer(file, table, rules, indexes) {}
+    /// `table` is one of `all`, which is to live as long. Throws data::Error when the table cannot
+    /// be written.
+    RowChanger(SeenTables& all, const TableDefinition& table, const QString& name);
     Q_DISABLE_COPY_MOVE(RowChanger)
 
+    std::vector<Relationship> relationships;
     TableRules rules;
     TreeIndexKeeper indexes;
+    RelationshipKeeper keeper;
     TableWriter writer;
 };
 
@@ -42,6 +45,7 @@ struct SeenTables {
     std::vector<SeenTable> tables;
     qint64 lastAutoNumber = 0;  ///< of the row that a statement inserted last
     bool isChanging = false;    ///< a row is being inserted, changed or removed
+    int level = 0;              ///< how many relationships a change has come through
 
     /// Throws data::Error when the table cannot be written.
     TableWriter& writerOf(SeenTable& table);
