@@ -2,6 +2,7 @@
 #include "library/library_text.h"
 #include "library/output_file.h"
 #include "library/picture_reader.h"
+#include "library/row_store.h"
 #include "platform/data/connection.h"
 #include "platform/data/create_database.h"
 #include "store/db_funcs.h"
@@ -16,62 +17,6 @@
 namespace varo {
 
 namespace {
-
-void storePicture(data::Connection& connection, qint32 formula, const QByteArray& bytes) {
-    data::BlobField field =
-        connection.field(QStringLiteral("Formula"), QStringLiteral("Pic"), formula);
-    field.replace(bytes.size());
-    field.appendChunk(std::span(bytes.constData(), static_cast<size_t>(bytes.size())));
-}
-
-void storeFolders(data::Connection& connection, const LibraryRows& rows) {
-    for (const FolderRow& row : rows.folders) {
-        connection.execute(QStringLiteral("insert into Tree(ID,Name,PID,OrderID) values(?,?,?,?)"),
-                           {row.id, row.name, row.parent, row.order});
-    }
-}
-
-void storeFormulas(data::Connection& connection, const LibraryRows& rows, const QString& textPath) {
-    PictureReader pictures(textPath);
-    for (const FormulaRow& row : rows.formulas) {
-        connection.execute(
-            QStringLiteral("insert into Formula(ID,Name,Formula,Memo,PicType,PID,OrderID) "
-                           "values(?,?,?,?,?,?,?)"),
-            {row.id, row.name, row.expression, row.memo, row.pictureType, row.folder, row.order});
-        if (row.picture) {
-            storePicture(connection, row.id, pictures.read(*row.picture));
-        }
-    }
-}
-
-void storeValues(data::Connection& connection, const LibraryRows& rows) {
-    for (const ValueRow& row : rows.values) {
-        connection.execute(
-            QStringLiteral("insert into RecentVar(VarName,FormulaID,[Value],VarSourceType,VarMemo) "
-                           "values(?,?,?,?,?)"),
-            {row.name, row.formula, row.value, row.source, row.memo});
-    }
-}
-
-void storeConditions(data::Connection& connection, const LibraryRows& rows) {
-    for (const PropertyRow& row : rows.properties) {
-        connection.execute(
-            QStringLiteral("insert into Property(PropID,PropName,FilterID,NodeID,NodeType) "
-                           "values(?,?,?,?,?)"),
-            {row.id, row.name, row.filter, row.node, row.nodeType});
-    }
-    for (const ConditionRow& row : rows.conditions) {
-        connection.execute(
-            QStringLiteral("insert into FilterCond(ID,UserID,ParentID,Type) values(?,?,?,?)"),
-            {row.id, row.user, row.parent, row.type});
-    }
-    for (const ExpressionRow& row : rows.expressions) {
-        connection.execute(
-            QStringLiteral("insert into FilterExpressions(FilterID,ExpID,TableName,FieldName,"
-                           "FieldType,CompareType,TheConst) values(?,?,?,?,?,?,?)"),
-            {row.filter, row.id, row.table, row.field, row.fieldType, row.compare, row.constant});
-    }
-}
 
 void storeInfo(data::Connection& connection, const LibraryRows& rows) {
     const auto insert = [&](const QString& name, const QString& value) {
@@ -126,9 +71,14 @@ void fillLibrary(const QString& path, const LibraryRows& rows, const QString& te
     data::Connection connection;
     connection.open(path);
     data::Transaction transaction(connection);
-    storeFolders(connection, rows);
-    storeFormulas(connection, rows, textPath);
-    storeValues(connection, rows);
+    for (const FolderRow& row : rows.folders) {
+        storeFolder(connection, row, Numbering::AsInText);
+    }
+    PictureReader pictures(textPath);
+    for (const FormulaRow& row : rows.formulas) {
+        storeFormula(connection, row, Numbering::AsInText, pictures);
+    }
+    storeValues(connection, rows.values);
     storeConditions(connection, rows);
     storeInfo(connection, rows);
     retireReferences(connection, rows);

@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-/// A library as text: building a library file from it, and dumping a file to it.
+/// A library as text: building a library file from it, adding it to one, and dumping a file to it.
 /// docs/library-text.md describes the format.
 
 namespace varo {
@@ -19,6 +19,22 @@ namespace varo {
 /// data::Error.
 QStringList buildLibrary(const QString& textPath, const QString& libraryPath, bool force = false,
                          LibraryFormat format = LibraryFormat::Sqlite);
+
+/// What mergeLibrary() has added.
+struct MergeReport {
+    QStringList warnings;  ///< on what has been left out, a line each
+    qint64 folders = 0;
+    qint64 formulas = 0;
+    qint64 namesakes = 0;  ///< of the formulas, those that have the name of one that was there
+};
+
+/// Adds the folders and formulas of the text at `textPath`, with their pictures, values, properties
+/// and conditions, to the library at `libraryPath`, all or nothing. A folder that the library has
+/// at the same place under the same name is that folder and stays as it is; formulas and other
+/// folders are added behind those that are there. Identifiers are given anew. What the text says of
+/// the library itself, and values and properties of nothing in the text, are left out. Throws
+/// TextError or data::Error.
+MergeReport mergeLibrary(const QString& textPath, const QString& libraryPath);
 
 /// Writes the library's text to `out`, from which buildLibrary() makes a library with the same
 /// rows. Holds the rows' numbers, the conditions and one text at a time in memory. The text is one

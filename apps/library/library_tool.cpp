@@ -22,6 +22,8 @@ constexpr auto usage =
     "                                 also a regular file that is no library; FORMAT is sqlite, "
     "mdb\n"
     "                                 (Access 2000 to 2003) or accdb (Access 2007 and later)\n"
+    "  varo-library merge TEXT FILE   add the folders and formulas of the text TEXT to the library "
+    "FILE\n"
     "  varo-library dump FILE         write the text of the library FILE\n"
     "  varo-library check FILE        look for faults in the library FILE\n"
     "  varo-library tables TEXT FILE  make the file FILE of the data tables that TEXT creates in "
@@ -99,6 +101,20 @@ ExitCode build(QStringList arguments, QIODevice& err) {
     return Done;
 }
 
+ExitCode merge(const QString& textPath, const QString& path, QIODevice& out, QIODevice& err) {
+    const MergeReport report = mergeLibrary(textPath, path);
+    for (const QString& warning : report.warnings) {
+        print(err, warning);
+    }
+    QString added =
+        QStringLiteral("%1 folders and %2 formulas added").arg(report.folders).arg(report.formulas);
+    if (report.namesakes > 0) {
+        added += QStringLiteral(", %1 of them beside one of the same name").arg(report.namesakes);
+    }
+    print(out, added);
+    return Done;
+}
+
 ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
     const QString command = arguments.value(0);
     if (arguments == QStringList{QStringLiteral("--help")} ||
@@ -108,6 +124,9 @@ ExitCode run(const QStringList& arguments, QIODevice& out, QIODevice& err) {
     }
     if (command == u"build") {
         return build(arguments.sliced(1), err);
+    }
+    if (command == u"merge" && arguments.size() == 3) {
+        return merge(arguments[1], arguments[2], out, err);
     }
     if (command == u"dump" && arguments.size() == 2) {
         const QStringList leftOut = dumpLibrary(arguments[1], out);
