@@ -1,5 +1,7 @@
 #include "platform/data/access/data_page.h"
 
+#include <algorithm>
+
 namespace varo::access {
 
 namespace {
@@ -8,12 +10,13 @@ constexpr int kOwner = 4;
 constexpr quint16 kDeleted = 0x8000;
 constexpr quint16 kMoved = 0x4000;
 constexpr quint16 kOffset = 0x1FFF;
+constexpr int kMostRows = 256;  ///< a place names one with a byte
 
 }  // namespace
 
 int rowCount(const Layout& layout, const Bytes& page) {
     const int count = page.u16(layout.rowCount);
-    if (count > (layout.pageSize - layout.rowOffsets) / 2) {
+    if (count > std::min(kMostRows, (layout.pageSize - layout.rowOffsets) / 2)) {
         throwDamaged("a page has more rows than it can hold");
     }
     return count;

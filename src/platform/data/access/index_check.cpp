@@ -132,16 +132,20 @@ QStringList checkIndexRows(PageFile& file, const TableDefinition& table, const I
                                 .arg(place.row));
         }
     };
+    for (RowScan scan(file, table); scan.next();) {
+        rows.insert(rowNumber(scan.place()));
+    }
+    std::set<qint64> rowsWithEntry;
     for (IndexScan scan(file, index.root, {}); scan.next();) {
         const RowPlace place = scan.place();
-        const auto found = findRow(file, place);
-        if (!rows.insert(rowNumber(place)).second) {
-            add("a row has two entries", place);
-        }
-        if (!found) {
+        if (rows.count(rowNumber(place)) == 0) {
             add("an entry is of a row that is not there", place);
             continue;
         }
+        if (!rowsWithEntry.insert(rowNumber(place)).second) {
+            add("a row has two entries", place);
+        }
+        const auto found = findRow(file, place);
         const Row row(file.layout(), table, found->page, found->bytes);
         const IndexKey key = indexKey(file, table, index, row);
         if (key.isLeftOut || (key.bytes && *key.bytes != scan.key())) {
@@ -150,7 +154,7 @@ QStringList checkIndexRows(PageFile& file, const TableDefinition& table, const I
     }
     for (RowScan scan(file, table); const auto found = scan.next();) {
         const Row row(file.layout(), table, found->page, found->bytes);
-        if (rows.count(rowNumber(scan.place())) == 0 &&
+        if (rowsWithEntry.count(rowNumber(scan.place())) == 0 &&
             !indexKey(file, table, index, row).isLeftOut) {
             add("a row has no entry", scan.place());
         }
