@@ -31,6 +31,10 @@ function(varo_compile_options target)
                                              -fno-sanitize-recover=undefined
                                              -fno-omit-frame-pointer)
     target_link_options(${target} PRIVATE -fsanitize=address,undefined)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+      # Sees uses in instrumented code that are not there.
+      target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized)
+    endif()
   endif()
 endfunction()
 

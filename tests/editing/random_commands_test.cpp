@@ -17,7 +17,7 @@ QStringList otherReadersRows(TestLibrary& library, const QString& table) {
         return library.rows(u"Select ID,Name,PID,OrderID From "_s + table);
     }
     QProcess process;
-    process.start(program, {u"-H"_s, u"-Q"_s, u"-d|"_s, library.path(), table});
+    process.start(program, {u"-H"_s, u"-Q"_s, u"-d"_s, u"|"_s, library.path(), table});
     process.waitForFinished(-1);
     return QString::fromUtf8(process.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
 }
