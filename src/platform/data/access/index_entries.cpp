@@ -22,7 +22,7 @@ int compareBytes(const char* one, qsizetype oneSize, const char* other, qsizetyp
 }
 
 /// Writes which bytes are the last of an entry, and how many are free.
-void writeEnds(const Layout& layout, char* page, const QVarLengthArray<quint16, 512>& ends) {
+void writeEnds(const Layout& layout, char* page, const std::vector<quint16>& ends) {
     char* mask = page + layout.indexMask;
     std::memset(mask, 0, static_cast<std::size_t>(layout.indexEntries - layout.indexMask));
     for (const quint16 end : ends) {
@@ -43,6 +43,8 @@ IndexEntries::IndexEntries(const Layout& layout, const Bytes& page)
     isNode_ = kind == PageKind::IndexNode;
     const Bytes mask = page.part(layout.indexMask, layout.indexEntries - layout.indexMask);
     constexpr qsizetype kWord = 8;
+    constexpr std::size_t kUsualEntries = 512;
+    ends_.reserve(kUsualEntries);
     for (qsizetype i = 0; i < mask.size(); i += kWord) {
         quint64 bits = 0;
         if (i + kWord <= mask.size()) {
@@ -52,7 +54,7 @@ IndexEntries::IndexEntries(const Layout& layout, const Bytes& page)
             bits = qFromLittleEndian(bits);
         }
         for (; bits != 0; bits &= bits - 1) {
-            ends_.append(static_cast<quint16>(i * 8 + std::countr_zero(bits)));
+            ends_.push_back(static_cast<quint16>(i * 8 + std::countr_zero(bits)));
         }
     }
     if (isEmpty()) {
@@ -72,9 +74,8 @@ IndexEntries::IndexEntries(const Layout& layout, const Bytes& page)
 }
 
 Bytes IndexEntries::piece(std::size_t position) const {
-    const auto at = static_cast<qsizetype>(position);
-    const int begin = at == 0 ? 0 : ends_[at - 1];
-    return content_.part(begin, ends_[at] - begin);
+    const int begin = position == 0 ? 0 : ends_[position - 1];
+    return content_.part(begin, ends_[position] - begin);
 }
 
 QByteArray IndexEntries::at(std::size_t position) const {
@@ -137,8 +138,8 @@ bool IndexEntries::insertInPlace(const Layout& layout, char* page, std::size_t p
         return false;
     }
     char* content = page + layout.indexEntries;
-    const auto at = static_cast<qsizetype>(position);
-    const int begin = ends_[at - 1];
+    const auto at = static_cast<std::ptrdiff_t>(position);
+    const int begin = ends_[position - 1];
     std::memmove(content + begin + length, content + begin,
                  static_cast<std::size_t>(used() - begin));
     std::memcpy(content + begin, entry.constData() + prefix_, static_cast<std::size_t>(length));
@@ -155,13 +156,13 @@ bool IndexEntries::removeInPlace(const Layout& layout, char* page, std::size_t p
         return false;
     }
     const auto length = static_cast<int>(piece(position).size());
-    const auto at = static_cast<qsizetype>(position);
+    const auto at = static_cast<std::ptrdiff_t>(position);
     if (used() - length <= content_.size() / 2) {
         return false;
     }
     char* content = page + layout.indexEntries;
-    std::memmove(content + ends_[at] - length, content + ends_[at],
-                 static_cast<std::size_t>(used() - ends_[at]));
+    std::memmove(content + ends_[position] - length, content + ends_[position],
+                 static_cast<std::size_t>(used() - ends_[position]));
     std::memset(content + used() - length, 0, static_cast<std::size_t>(length));
     auto ends = ends_;
     ends.erase(ends.begin() + at);

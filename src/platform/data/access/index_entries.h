@@ -3,8 +3,6 @@
 #include "platform/data/access/bytes.h"
 #include "platform/data/access/format.h"
 
-#include <QVarLengthArray>
-
 #include <vector>
 
 namespace varo::access {
@@ -19,8 +17,8 @@ class IndexEntries {
     /// `page` is to live as long. Throws data::Error when it is no page of an index, or damaged.
     IndexEntries(const Layout& layout, const Bytes& page);
 
-    std::size_t size() const { return static_cast<std::size_t>(ends_.size()); }
-    bool isEmpty() const { return ends_.isEmpty(); }
+    std::size_t size() const { return ends_.size(); }
+    bool isEmpty() const { return ends_.empty(); }
     bool isNode() const { return isNode_; }
 
     /// An entry, whole.
@@ -50,7 +48,7 @@ class IndexEntries {
     int used() const { return isEmpty() ? 0 : ends_.back(); }
 
     Bytes content_;
-    QVarLengthArray<quint16, 512> ends_;
+    std::vector<quint16> ends_;
     int prefix_ = 0;
     bool isNode_ = false;
 };
