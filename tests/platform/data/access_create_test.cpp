@@ -1,4 +1,5 @@
 #include "platform/data/access/index_tree.h"
+#include "platform/data/access/page_check.h"
 #include "platform/data/access/tree_index_keeper.h"
 #include "platform/data/access_created_file.h"
 #include "platform/data/access_row_editor.h"
@@ -250,6 +251,7 @@ TEST(AccessCreate, KeepsTheRowsOfSuchTables) {
                 EXPECT_EQ(shown(found[number]), shown(values));
             }
             EXPECT_EQ(findings(*created.file, created.table(ordered.name)), "");
+            EXPECT_EQ(checkPages(*created.file), QStringList());
             expectExported(created.path, ordered.name, table, rows);
         }
     }

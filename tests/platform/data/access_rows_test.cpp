@@ -1,6 +1,7 @@
 // Random rows written, changed and removed, compared with a model and with what the pages hold.
 
 #include "platform/data/access/catalog.h"
+#include "platform/data/access/page_check.h"
 #include "platform/data/access_row_editor.h"
 
 #include <QDir>
@@ -268,6 +269,7 @@ TEST_P(AccessRowsOfFiles, AreWhatAnotherReaderFinds) {
         editor.run(8, 60);
         expectExported(path, entry.name, table, editor.model());
     }
+    EXPECT_EQ(checkPages(*file), QStringList());
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -243,6 +243,11 @@ TEST_P(AccessRelationships, ThatTheFileContradictsMakeTheirTablesReadOnly) {
         changes.at(static_cast<std::size_t>(stated.column(column))) = value;
         writer.update(first, changes);
     };
+    const auto setOther = [&](qsizetype offset) {
+        char* page = created.file->change(created.table(u"Maker"_s).page);
+        const QByteArray bytes(page, 4096);
+        page[bytes.indexOf(QByteArray("\1\1\2\0\0\0\0", 7)) + offset] ^= 2;
+    };
     const std::pair<std::function<void()>, bool> kChanges[] = {
         {[&] { setField(u"grbit"_s, qint64{0x1100}); }, true},
         {[&] { setField(u"grbit"_s, qint64{0x1000}); }, false},
@@ -263,12 +268,12 @@ TEST_P(AccessRelationships, ThatTheFileContradictsMakeTheirTablesReadOnly) {
                  .addRelationship(u"6"_s, {{u"Part"_s, &part}, 0}, {{u"Part"_s, &part}, 0}, 2);
          },
          true},
-        {[&] {  // what the index of the other table says
-             char* page = created.file->change(created.table(u"Maker"_s).page);
-             const QByteArray bytes(page, 4096);
-             page[bytes.indexOf(QByteArray("\1\1\2\0\0\0\0", 7))] = 0;
-         },
-         false},
+        // What the other table says: its side, the index, the table, on changes, on removals.
+        {[&] { setOther(-9); }, false},
+        {[&] { setOther(-8); }, false},
+        {[&] { setOther(-4); }, false},
+        {[&] { setOther(0); }, false},
+        {[&] { setOther(1); }, false},
     };
     for (const auto& [change, isFine] : kChanges) {
         SCOPED_TRACE(&change - &kChanges[0].first);

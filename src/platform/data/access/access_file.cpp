@@ -2,6 +2,7 @@
 
 #include "platform/data/access/access_field.h"
 #include "platform/data/access/index_tree.h"
+#include "platform/data/access/page_check.h"
 #include "platform/data/access/reading.h"
 #include "platform/data/access/value.h"
 #include "platform/data/identifiers.h"
@@ -350,10 +351,16 @@ QStringList AccessFile::damagesOf(const SeenTable& table) {
     return found;
 }
 
+QStringList AccessFile::checkedPages() {
+    isChecking_ = true;
+    const auto ending = qScopeGuard([this] { isChecking_ = false; });
+    return checkPages(pages_);
+}
+
 QStringList AccessFile::damages() {
     constexpr qsizetype kEnough = 100;
-    QStringList lines;
     const Reading reading(pages_);
+    QStringList lines = checkedPages();
     for (const SeenTable& table : tables_.tables) {
         for (const QString& finding : damagesOf(table)) {
             if (lines.size() < kEnough) {

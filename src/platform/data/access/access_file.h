@@ -49,6 +49,7 @@ class AccessFile final : public data::DatabaseFile {
     SeenTable* table(const QString& name);
     void requireSameTables();
     void takePage();
+    QStringList checkedPages();
     QStringList damagesOf(const SeenTable& table);
 
     QString path_;

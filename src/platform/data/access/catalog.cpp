@@ -31,51 +31,57 @@ PageNumber pageOf(qint64 id) {
     return static_cast<PageNumber>(id) & 0xFFFFFF;
 }
 
-}  // namespace
-
-std::vector<CatalogEntry> userTables(PageFile& file) {
+/// Hands each table of the file to `take`, with its flags.
+template <class Take>
+void visitTables(PageFile& file, Take take) {
     const TableDefinition catalog = readTable(file, kCatalogPage);
     const Column& id = required(catalog, u"Id");
     const Column& name = required(catalog, u"Name");
     const Column& type = required(catalog, u"Type");
     const Column& flags = required(catalog, u"Flags");
-    std::vector<CatalogEntry> tables;
-    std::set<PageNumber> pages;
     RowScan rows(file, catalog);
     while (const auto found = rows.next()) {
         const Row row(file.layout(), catalog, found->page, found->bytes);
         const Value text = fieldValue(file, row, name);
         const auto* title = std::get_if<Text>(&text);
-        if (numberIn(file, row, type) == kTable && title != nullptr &&
-            (static_cast<quint32>(numberIn(file, row, flags)) & kSystem) == 0) {
-            const PageNumber page = pageOf(numberIn(file, row, id));
-            if (!pages.insert(page).second) {
-                throwDamaged("two tables have the same definition");
-            }
-            tables.push_back({QString::fromUtf8(title->utf8), page});
+        if (numberIn(file, row, type) == kTable && title != nullptr) {
+            take(CatalogEntry{QString::fromUtf8(title->utf8), pageOf(numberIn(file, row, id))},
+                 static_cast<quint32>(numberIn(file, row, flags)));
         }
     }
+}
+
+}  // namespace
+
+std::vector<CatalogEntry> userTables(PageFile& file) {
+    std::vector<CatalogEntry> tables;
+    std::set<PageNumber> pages;
+    visitTables(file, [&](const CatalogEntry& entry, quint32 flags) {
+        if ((flags & kSystem) != 0) {
+            return;
+        }
+        if (!pages.insert(entry.page).second) {
+            throwDamaged("two tables have the same definition");
+        }
+        tables.push_back(entry);
+    });
+    return tables;
+}
+
+std::vector<CatalogEntry> allTables(PageFile& file) {
+    std::vector<CatalogEntry> tables;
+    visitTables(file, [&](const CatalogEntry& entry, quint32) { tables.push_back(entry); });
     return tables;
 }
 
 std::optional<PageNumber> systemTable(PageFile& file, QStringView name) {
-    const TableDefinition catalog = readTable(file, kCatalogPage);
-    const Column& id = required(catalog, u"Id");
-    const Column& names = required(catalog, u"Name");
-    const Column& type = required(catalog, u"Type");
-    const Column& flags = required(catalog, u"Flags");
-    RowScan rows(file, catalog);
-    while (const auto found = rows.next()) {
-        const Row row(file.layout(), catalog, found->page, found->bytes);
-        const Value text = fieldValue(file, row, names);
-        const auto* title = std::get_if<Text>(&text);
-        if (title != nullptr && numberIn(file, row, type) == kTable &&
-            (static_cast<quint32>(numberIn(file, row, flags)) & kSystem) != 0 &&
-            name.compare(QString::fromUtf8(title->utf8), Qt::CaseInsensitive) == 0) {
-            return pageOf(numberIn(file, row, id));
+    std::optional<PageNumber> page;
+    visitTables(file, [&](const CatalogEntry& entry, quint32 flags) {
+        if ((flags & kSystem) != 0 && name.compare(entry.name, Qt::CaseInsensitive) == 0) {
+            page = entry.page;
         }
-    }
-    return std::nullopt;
+    });
+    return page;
 }
 
 TableDetails tableDetails(PageFile& file, PageNumber page) {

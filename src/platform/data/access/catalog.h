@@ -19,6 +19,9 @@ struct CatalogEntry {
 /// tables of other files. Throws data::Error when the catalog is damaged.
 std::vector<CatalogEntry> userTables(PageFile& file);
 
+/// All tables that are in the file, with its own ones.
+std::vector<CatalogEntry> allTables(PageFile& file);
+
 /// The definition of the Access program's own table with this name; nothing when there is none.
 /// Throws data::Error when the catalog is damaged.
 std::optional<PageNumber> systemTable(PageFile& file, QStringView name);

@@ -210,6 +210,17 @@ std::vector<PageNumber> markedPages(PageFile& file, RowPlace place) {
     return pages;
 }
 
+std::vector<PageNumber> bitPages(PageFile& file, RowPlace place) {
+    const MapRow map(file, place);
+    std::vector<PageNumber> pages;
+    for (qsizetype i = 0; !map.isInline() && i < map.referenceCount(); ++i) {
+        if (map.reference(i) != 0) {
+            pages.push_back(map.reference(i));
+        }
+    }
+    return pages;
+}
+
 std::optional<PageNumber> firstMarked(PageFile& file, RowPlace place, PageNumber from) {
     std::optional<PageNumber> found;
     visitMarked(file, place, from, [&](PageNumber number) {

@@ -27,6 +27,10 @@ struct RowPlace {
 /// file are left out. Throws data::Error when the map is damaged.
 std::vector<PageNumber> markedPages(PageFile& file, RowPlace place);
 
+/// The pages with bits to which the usage map at `place` refers. Throws data::Error when the map is
+/// damaged.
+std::vector<PageNumber> bitPages(PageFile& file, RowPlace place);
+
 /// Bytes of a map in a row when it is new; of zeros, it marks no page.
 inline constexpr int kMapBytes = 69;
 
