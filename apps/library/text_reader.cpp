@@ -235,14 +235,16 @@ class TextReader {
 LibraryRows readLibraryText(const QString& path) {
     const QByteArray content = readInputFile(path, kTextFileLimit);
     const std::string_view text(content.constData(), static_cast<std::size_t>(content.size()));
-    if (const auto refusal = refusedInToml(text)) {
-        throw TextError(path, refusal->at, refusal->message);
+    const TomlScan scan = scanToml(text);
+    if (scan.refusal) {
+        throw TextError(path, scan.refusal->at, scan.refusal->message);
     }
     try {
-        const toml::table root = toml::parse(text);
+        const toml::table root = toml::parse(std::string_view(scan.text));
         return TextReader(path, root).read();
     } catch (const toml::parse_error& error) {
-        throw TextError(path, positionOf(error.source()), toText(error.description()));
+        throw TextError(path, scan.placeInText(positionOf(error.source())),
+                        toText(error.description()));
     }
 }
 

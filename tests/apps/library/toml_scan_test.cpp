@@ -15,7 +15,7 @@ std::string_view view(const QByteArray& text) {
 
 /// The place and the beginning of the message.
 QByteArray refusalOf(const QByteArray& text) {
-    const auto refusal = refusedInToml(view(text));
+    const auto refusal = scanToml(view(text)).refusal;
     return refusal ? QByteArray::number(refusal->at.line) + ':' +
                          QByteArray::number(refusal->at.column) + ' ' +
                          refusal->message.left(10).toUtf8()
@@ -49,6 +49,8 @@ TEST(TomlScan, RefusesOnlyWhatHarmsTheParser) {
         {"a = \"跨\nb", ""},
         {"a = \"跨\\", ""},
         {"a = \"跨\\\n度\"", ""},
+        {"a = \"\"\"x\\跨\"\"\"", "1:10 a backslas"},
+        {"a = \"\\\u3000\"", "1:7 a backslas"},
         {many("a.", 15) + "b = 1.5", ""},
         {"[" + many("a . ", 15) + "b]\n" + many("'a'.", 15) + "b = 1", ""},
         {"\n" + many("a.", 16) + "b = 1", "2:32 a name has"},
@@ -62,12 +64,26 @@ TEST(TomlScan, RefusesOnlyWhatHarmsTheParser) {
     }
 }
 
+TEST(TomlScan, LetsAnyCharacterFollowAJoinOfLines) {
+    for (const char* next : {"\u00A0", "\u00E9", "φ", "\u1680", "\u2028", "\u3000", "《", "跨",
+                             "\uFE7F", "\uFEFF", "，", "\U0001F600"}) {
+        const QByteArray text =
+            QByteArray("a = \"\"\"x\\ \r\n\t \n ") + next + "y\\\n" + next + "\"\"\"";
+        const TomlScan scan = scanToml(view(text));
+        const toml::table root = toml::parse(std::string_view(scan.text));
+        EXPECT_EQ(root["a"].value<std::string>(), std::string("x") + next + "y" + next);
+    }
+}
+
 /// The place of the parser's error; "" for a text that it takes.
 QByteArray parserErrorOf(const QByteArray& text) {
+    const TomlScan scan = scanToml(view(text));
     try {
-        static_cast<void>(toml::parse(view(text)));
+        static_cast<void>(toml::parse(std::string_view(scan.text)));
     } catch (const toml::parse_error& error) {
-        const auto place = error.source().begin;
+        const auto begin = error.source().begin;
+        const Position place =
+            scan.placeInText({static_cast<int>(begin.line), static_cast<int>(begin.column)});
         return QByteArray::number(place.line) + ':' + QByteArray::number(place.column);
     }
     return {};
