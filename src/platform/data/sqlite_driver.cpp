@@ -346,8 +346,9 @@ void SqliteFile::requireSameDatabase(const QByteArray& head) {
     if (header.writesAhead) {
         failReplaced(QStringLiteral("the file has been given a write-ahead log"));
     }
-    if (header.changes == latestChanges_) {
-        // What SQLite remembers of the file it keeps as long as this number stays.
+    if (header.changes == latestChanges_ && !isInTransaction()) {
+        // What SQLite remembers of the file it keeps as long as this number stays. A transaction
+        // that is larger than its cache writes before it commits, and nobody else does meanwhile.
         sqlite3_db_release_memory(handle());
     }
     if (header.changes != latestChanges_ && !hasJournal(handle())) {

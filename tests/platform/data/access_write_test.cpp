@@ -113,6 +113,46 @@ TEST_P(AccessWrite, AStatementDoesAllOrNothing) {
     requireSound();
 }
 
+/// The index of PID descends, and one has no rows with NULL.
+TEST_P(AccessWrite, RowsAreFoundByEachIndexAsByAScan) {
+    const QString file = folder.filePath(u"indexed"_s);
+    const access::NewTable table{
+        .name = u"T"_s,
+        .columns = {{.name = u"A"_s, .type = FieldType::Long},
+                    {.name = u"B"_s, .type = FieldType::Integer},
+                    {.name = u"C"_s, .type = FieldType::Byte}},
+        .indexes = {{.name = u"ByA"_s, .columns = {u"A"_s, u"C"_s}},
+                    {.name = u"ByB"_s, .columns = {{u"B"_s, true}}},
+                    {.name = u"ByC"_s, .columns = {u"C"_s}, .ignoresNulls = true}}};
+    createAccessDatabase(file, GetParam(), {table}, [](const QString&) {});
+    connection.open(file);
+    const Argument values[] = {Argument(), 0, 1, 2, 255};
+    for (int i = 0; i < 125; ++i) {
+        connection.execute(u"Insert Into T Values(?,?,?)"_s,
+                           {values[i % 5], values[i / 5 % 5], values[i / 25]});
+    }
+    for (const QString& column : {u"A"_s, u"B"_s, u"C"_s}) {
+        for (const char* condition :
+             {"Is ?", "Is Not ?", "= ?", "> ?", "<= ?", "Is Null", "Is ? And %1 Is Null",
+              "Is ? And %1 = 1", "Is ? And %1 > 0"}) {
+            for (const Argument& argument :
+                 {Argument(), Argument(0), Argument(1), Argument(70000), Argument(u"1"_s),
+                  Argument(u"1.5"_s), Argument(u"x"_s)}) {
+                const auto count = [&](const QString& name) {
+                    const QString where = name + u' ' + QString::fromLatin1(condition);
+                    const QString query = u"Select Count(*), Sum(rowid) From T Where "_s +
+                                          (where.contains(u"%1") ? where.arg(name) : where);
+                    const auto row = where.contains(u'?') ? connection.query(query, {argument})
+                                                          : connection.query(query);
+                    return row.text(0) + u' ' + row.text(1);
+                };
+                EXPECT_EQ(count(column), count(u"Cast(%1 As Integer)"_s.arg(column)))
+                    << column.toStdString() << condition;
+            }
+        }
+    }
+}
+
 TEST_P(AccessWrite, TransactionsAreUndoneAloneAndWhole) {
     add(u"a"_s);
     {

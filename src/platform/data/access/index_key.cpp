@@ -40,9 +40,6 @@ bool fits(qint64 number) {
            number <= std::numeric_limits<Number>::max();
 }
 
-constexpr char kNullAscending = '\x00';
-constexpr char kNullDescending = '\xFF';
-
 void complement(QByteArray& bytes) {
     for (char& byte : bytes) {
         byte = static_cast<char>(~byte);
@@ -224,6 +221,10 @@ bool appendNumberKey(const Column& column, bool isDescending, qint64 number, QBy
     return true;
 }
 
+QByteArray nullKey(bool isDescending) {
+    return QByteArray(1, isDescending ? '\xFF' : '\x00');
+}
+
 std::optional<QByteArray> fieldKey(const Header& header, const Column& column, bool isDescending,
                                    const QByteArray& field) {
     std::optional<QByteArray> key;
@@ -263,7 +264,7 @@ IndexKey indexKey(const Header& header, const TableDefinition& table, const Inde
         } else if (!fields[i]) {
             ++nulls;
             if (key.bytes) {
-                *key.bytes += isDescending ? kNullDescending : kNullAscending;
+                *key.bytes += nullKey(isDescending);
             }
         } else if (key.bytes) {
             const auto part = fieldKey(header, *column, isDescending, *fields[i]);

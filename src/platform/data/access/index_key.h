@@ -20,6 +20,9 @@ std::pair<qint64, qint64> numberRange(const Column& column);
 /// whole numbers; false when the column's type has no such number, or none so large.
 bool appendNumberKey(const Column& column, bool isDescending, qint64 number, QByteArray& key);
 
+/// What an index has for a field that is NULL.
+QByteArray nullKey(bool isDescending);
+
 /// What an index has for a row.
 struct IndexKey {
     std::optional<QByteArray> bytes;  ///< nothing where it is not known how the key is made

@@ -69,6 +69,12 @@ void TableCursor::filterByIndex(int plan, sqlite3_value** values) {
     const Index& index = table_.indexes[static_cast<std::size_t>(plan >> kIndexShift)];
     const IndexColumn& first = index.columns.front();
     const Column& column = *table_.columnByNumber(first.column);
+    hasLast_ = (plan & (kEqual | kAbove | kBelow)) != 0;
+    if ((plan & kIs) != 0 && sqlite3_value_type(values[0]) == SQLITE_NULL) {
+        last_ = nullKey(first.isDescending);
+        beginAt(index, last_);
+        return;
+    }
     // A bound that the column's type does not have is none, or leaves nothing.
     const auto [least, most] = numberRange(column);
     qint64 lower = least;
@@ -95,12 +101,16 @@ void TableCursor::filterByIndex(int plan, sqlite3_value** values) {
     }
     QByteArray begin;
     // Without a value the entries of NULL are wanted, too.
-    hasLast_ = (plan & (kEqual | kAbove | kBelow)) != 0;
     if (hasLast_) {
         appendNumberKey(column, first.isDescending, first.isDescending ? upper : lower, begin);
         appendNumberKey(column, first.isDescending, first.isDescending ? lower : upper, last_);
     }
-    entries_ = std::make_unique<IndexScan>(file_, index.root, begin);
+    beginAt(index, begin);
+}
+
+/// Begins with the first entry of the index that is not before `first`.
+void TableCursor::beginAt(const Index& index, const QByteArray& first) {
+    entries_ = std::make_unique<IndexScan>(file_, index.root, first);
     next();
 }
 

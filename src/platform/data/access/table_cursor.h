@@ -31,6 +31,7 @@ class TableCursor {
   private:
     void find(RowPlace place);
     void filterByIndex(int plan, sqlite3_value** values);
+    void beginAt(const Index& index, const QByteArray& first);
 
     PageFile& file_;
     const TableDefinition& table_;

@@ -15,6 +15,9 @@ int useOf(int operation) {
     switch (operation) {
         case SQLITE_INDEX_CONSTRAINT_EQ:
             return kEqual;
+        case SQLITE_INDEX_CONSTRAINT_IS:
+        case SQLITE_INDEX_CONSTRAINT_ISNULL:
+            return kIs;
         case SQLITE_INDEX_CONSTRAINT_GT:
         case SQLITE_INDEX_CONSTRAINT_GE:
             return kAbove;
@@ -29,7 +32,7 @@ int useOf(int operation) {
 /// A way to find the rows, and what SQLite is to hand to it.
 struct Choice {
     int plan = kWholeTable;
-    std::array<int, 3> constraints{-1, -1, -1};  ///< by use: equal, above, below
+    std::array<int, 3> constraints{-1, -1, -1};  ///< by use: equal or is, above, below
     double cost = 0;
     sqlite3_int64 rows = 0;
     bool isOrdered = false;
@@ -44,12 +47,18 @@ Choice choiceFor(const TableDefinition& table, const sqlite3_index_info& info, s
     const auto rows = static_cast<double>(std::max<quint32>(table.rowCount, 10));
     Choice choice;
     const int column = table.positionOf(index.columns.front().column);
+    int same = 0;
     for (int i = 0; i < info.nConstraint; ++i) {
         const auto& constraint = info.aConstraint[i];
         const int use = useOf(constraint.op);
-        if (constraint.usable != 0 && constraint.iColumn == column && use != 0) {
-            const std::size_t place = use == kEqual ? 0 : use == kAbove ? 1 : 2;
-            choice.constraints[place] = i;
+        if (constraint.usable == 0 || constraint.iColumn != column || use == 0) {
+            continue;
+        }
+        if (use == kAbove || use == kBelow) {
+            choice.constraints[use == kAbove ? 1 : 2] = i;
+        } else if (use == kEqual || (same == 0 && !index.ignoresNulls)) {
+            choice.constraints[0] = i;
+            same = use;
         }
     }
     if (choice.constraints[0] >= 0) {
@@ -60,10 +69,10 @@ Choice choiceFor(const TableDefinition& table, const sqlite3_index_info& info, s
     const double share = choice.constraints[0] >= 0 ? 1 / std::sqrt(rows)
                          : choice.constraints[1] >= 0 || choice.constraints[2] >= 0 ? 0.25
                                                                                     : 1;
-    const bool isSingle = choice.constraints[0] >= 0 && index.isUnique && index.columns.size() == 1;
+    const bool isSingle = same == kEqual && index.isUnique && index.columns.size() == 1;
     choice.rows = isSingle ? 1 : static_cast<sqlite3_int64>(rows * share) + 1;
     choice.cost = static_cast<double>(choice.rows) * 2 + 10;
-    choice.plan = kByIndex | static_cast<int>(number << kIndexShift);
+    choice.plan = kByIndex | static_cast<int>(number << kIndexShift) | (same & kIs);
     return choice;
 }
 

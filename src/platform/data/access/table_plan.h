@@ -16,6 +16,7 @@ enum Plan : int {
     kEqual = 4,
     kAbove = 8,   ///< not below the value
     kBelow = 16,  ///< not above the value
+    kIs = 32,     ///< with kEqual: NULL equals NULL
     kIndexShift = 8,
 };
 
