@@ -20,6 +20,7 @@
 
 #include "library/condition_text.h"
 #include "library/property_session.h"
+#include "platform/data/access/file_layer.h"
 #include "platform/data/access/file_lock.h"
 #include "store/library_connection.h"
 #include "support/recording_questions.h"
@@ -99,9 +100,18 @@ int hold(const char* path, const Hold& what) {
     }
 }
 
-// Kills the process after `left` writes into databases.
+// Kills the process after `left` writes into databases, or into Access files and beside them.
 struct KillAfterWrites {
+    struct PageLayer : access::FileLayer {
+        void write(int descriptor, const QByteArray& bytes, qint64 offset) override {
+            if (left-- == 0) {
+                raise(SIGKILL);
+            }
+            FileLayer::write(descriptor, bytes, offset);
+        }
+    };
     static inline int left = 0;
+    static inline PageLayer pages;
     static inline sqlite3_vfs* const usual = sqlite3_vfs_find(nullptr);
     static inline sqlite3_vfs files = *usual;
     static inline sqlite3_io_methods methods{};
@@ -109,6 +119,7 @@ struct KillAfterWrites {
 
     static void install(int writes) {
         left = writes;
+        PageLayer::setCurrent(&pages);
         files.zName = "killing";
         files.xOpen = [](sqlite3_vfs*, auto* name, auto* file, int flags, int* out) {
             const int result = usual->xOpen(usual, name, file, flags, out);
