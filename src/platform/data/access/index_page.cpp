@@ -78,11 +78,11 @@ IndexPage readIndexPage(const Layout& layout, const Bytes& bytes) {
     page.owner = bytes.u32(kOwner);
     page.previous = bytes.u32(layout.indexPrevious);
     page.next = bytes.u32(layout.indexNext);
-    for (std::size_t i = 0; i < entries.size(); ++i) {
+    for (int at = 0; at < entries.end(); at = entries.next(at)) {
         if (page.isNode) {
-            page.children.push_back({entries.bound(i), entries.child(i)});
+            page.children.push_back({entries.bound(at), entries.child(at)});
         } else {
-            page.entries.push_back(entries.at(i));
+            page.entries.push_back(entries.at(at));
         }
     }
     if (page.isNode) {

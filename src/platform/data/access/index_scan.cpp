@@ -12,12 +12,12 @@ constexpr int kPlace = 4;  ///< bytes behind a key
 /// The page below `page` that holds the first entry which is not before `first`.
 PageNumber childFor(const Layout& layout, const Bytes& page, const IndexEntries& children,
                     const QByteArray& first) {
-    const std::size_t position = children.firstNotBefore(first);
-    if (position < children.size()) {
+    const int position = children.firstNotBefore(first);
+    if (position < children.end()) {
         return children.child(position);
     }
     const PageNumber tail = page.u32(layout.indexTail);
-    return tail == 0 && !children.isEmpty() ? children.child(children.size() - 1) : tail;
+    return tail == 0 && !children.isEmpty() ? children.child(children.last()) : tail;
 }
 
 }  // namespace
@@ -57,13 +57,14 @@ void IndexScan::readLeaf(PageNumber number) {
 }
 
 bool IndexScan::next() {
-    while (next_ == entries_.size()) {
+    while (next_ == entries_.end()) {
         if (nextLeaf_ == 0) {
             return false;
         }
         readLeaf(nextLeaf_);
     }
-    const QByteArray entry = entries_.at(next_++);
+    const QByteArray entry = entries_.at(next_);
+    next_ = entries_.next(next_);
     const qsizetype keyLength = entry.size() - kPlace;
     key_ = entry.left(keyLength);
     place_ = {Bytes(entry).bigU24(keyLength), Bytes(entry).byte(keyLength + 3)};

@@ -34,7 +34,7 @@ class IndexScan {
     PageFile& file_;
     Page page_;
     IndexEntries entries_;  ///< of the page
-    std::size_t next_ = 0;
+    int next_ = 0;          ///< its position
     PageNumber nextLeaf_ = 0;
     quint32 leaves_ = 0;
     QByteArray key_;

@@ -148,10 +148,10 @@ std::optional<bool> IndexTree::applyInPlace(const Change& change) {
         const Page page = file_.page(number);
         const Bytes bytes(*page);
         const IndexEntries entries(layout, bytes);
-        const std::size_t position = entries.firstNotBefore(change.entry);
+        const int position = entries.firstNotBefore(change.entry);
         if (entries.isNode()) {
             number =
-                position < entries.size() ? entries.child(position) : bytes.u32(layout.indexTail);
+                position < entries.end() ? entries.child(position) : bytes.u32(layout.indexTail);
             if (number == 0) {
                 return std::nullopt;
             }
@@ -160,9 +160,9 @@ std::optional<bool> IndexTree::applyInPlace(const Change& change) {
         if (bytes.u32(kOwner) != owner_) {
             throwDamaged("a page of an index belongs to another table");
         }
-        const bool isThere = position < entries.size() && entries.at(position) == change.entry;
+        const bool isThere = position < entries.end() && entries.at(position) == change.entry;
         if (isThere == change.isInserted) {
-            return position < entries.size() ? std::optional(false) : std::nullopt;
+            return position < entries.end() ? std::optional(false) : std::nullopt;
         }
         char* changed = file_.change(number);
         const bool isDone = change.isInserted
