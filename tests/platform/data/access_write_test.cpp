@@ -153,6 +153,28 @@ TEST_P(AccessWrite, RowsAreFoundByEachIndexAsByAScan) {
     }
 }
 
+TEST_P(AccessWrite, AMemoInAnIndexIsChanged) {
+    const QString file = folder.filePath(u"indexed"_s);
+    const access::NewTable table{
+        .name = u"T"_s,
+        .columns = {{.name = u"ID"_s, .type = FieldType::Long},
+                    {.name = u"Memo"_s, .type = FieldType::Memo}},
+        .indexes = {{.name = u"ByMemo"_s, .columns = {u"Memo"_s}, .isUnique = true}}};
+    createAccessDatabase(file, GetParam(), {table}, [](const QString&) {});
+    connection.open(file);
+    const QString longText = QString(90, u'a');
+    connection.execute(u"Insert Into T Values(1,?)"_s, {longText});
+    connection.execute(u"Insert Into T Values(2,'b')"_s);
+    EXPECT_THROW(connection.execute(u"Update T Set Memo = ? Where ID = 2"_s, {longText}), Error);
+    for (const QString& text : {longText + u'x', u"c"_s, longText + u'y'}) {
+        connection.execute(u"Update T Set Memo = ? Where ID = 1"_s, {text});
+        EXPECT_EQ(connection.query(u"Select Memo From T Where ID = 1"_s).text(0), text);
+    }
+    connection.execute(u"Update T Set Memo = ? Where ID = 2"_s, {longText});
+    connection.execute(u"Delete From T Where ID = 1"_s);
+    EXPECT_EQ(connection.damages(), QStringList());
+}
+
 TEST_P(AccessWrite, TransactionsAreUndoneAloneAndWhole) {
     add(u"a"_s);
     {

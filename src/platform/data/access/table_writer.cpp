@@ -247,9 +247,6 @@ void TableWriter::update(RowPlace place, const std::vector<FieldChange>& changes
         if (fields[i] && std::holds_alternative<Value>(changes[i])) {
             fields[i] = writeLongValue(*fields[i], column);
         }
-        if (old[i]) {
-            freeLongValue(file_, table_.longValuePagesOf(column), Bytes(*old[i]));
-        }
     }
     const QByteArray bytes = encodeRow(table_, fields);
     replaceRow(place, bytes);
@@ -259,6 +256,13 @@ void TableWriter::update(RowPlace place, const std::vector<FieldChange>& changes
         if (isConcerned(table_, table_.indexes[i], old, fields)) {
             concerned.push_back(i);
             removeEntry(i, place, before);
+        }
+    }
+    // Not before, since a memo can be in an index.
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        const Column& column = table_.columns[i];
+        if (isLong(column) && !isKept(changes[i]) && old[i]) {
+            freeLongValue(file_, table_.longValuePagesOf(column), Bytes(*old[i]));
         }
     }
     for (const std::size_t index : concerned) {
