@@ -101,7 +101,8 @@ std::vector<Character> charactersOf(QByteArrayView bytes, int charset) {
 
 QFont fontOf(const MetafileFont& description, qreal scale) {
     QFont font;
-    if (!description.family.isEmpty()) {
+    // A symbol font has its signs at other places than those of Unicode, to which they are decoded.
+    if (!description.family.isEmpty() && description.charset != kSymbolCharset) {
         font.setFamily(description.family);
     }
     font.setWeight(static_cast<QFont::Weight>(std::clamp(description.weight, 1, 1000)));
