@@ -1,6 +1,7 @@
 // What a crash, a full disk or another program leaves of a commit to an Access file.
 
 #include "access_page_files.h"
+#include "platform/data/access/file_lock.h"
 #include "support/page_layers.h"
 
 #include <QDir>
@@ -95,6 +96,12 @@ TEST_F(AccessJournal, TakesAFileBackOrLeavesItCommittedAfterEachCrash) {
         restore(disk);
         const auto reader = items.open(Access::Read);
         const QByteArray seen = pagesSeen(*reader);
+        {  // as while another program waits to take the file back
+            QFile other(items.path());
+            ASSERT_TRUE(other.open(QIODevice::ReadWrite));
+            lock(other.handle(), LockByte::Writer, LockKind::Alone, 0);
+            ASSERT_EQ(pagesSeen(*items.open()), seen);
+        }
         for (auto i = disk.begin(); i != disk.end(); ++i) {
             ASSERT_EQ(items.content(i.key()), i.value());
         }

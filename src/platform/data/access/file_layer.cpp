@@ -37,7 +37,8 @@ int FileLayer::create(const QString& path, unsigned permissions) {
     if (descriptor < 0) {
         throwSystemError();
     }
-    if (::fchmod(descriptor, permissions) != 0) {
+    // A file system without permissions of its own refuses this, and needs none.
+    if (::fchmod(descriptor, permissions) != 0 && errno != EPERM && errno != EOPNOTSUPP) {
         const int error = errno;
         ::close(descriptor);
         ::unlink(QFile::encodeName(path).constData());

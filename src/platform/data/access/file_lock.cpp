@@ -67,12 +67,13 @@ QString accessLockFile(const QString& path) {
     const QString base = file.completeBaseName();
     const QString names[] = {base + QStringLiteral(".ldb"), base + QStringLiteral(".laccdb")};
     std::error_code failure;
-    for (const auto& entry : std::filesystem::directory_iterator(
-             QFileInfo(file.absolutePath()).filesystemFilePath(), failure)) {
-        const QString name = QString::fromStdString(entry.path().filename().string());
+    using Entries = std::filesystem::directory_iterator;
+    const auto folder = QFileInfo(file.absolutePath()).filesystemFilePath();
+    for (Entries entry(folder, failure); !failure && entry != Entries(); entry.increment(failure)) {
+        const QString name = QString::fromStdString(entry->path().filename().string());
         for (const QString& wanted : names) {
             if (name.compare(wanted, Qt::CaseInsensitive) == 0) {
-                return QString::fromStdString(entry.path().string());
+                return QString::fromStdString(entry->path().string());
             }
         }
     }

@@ -286,8 +286,8 @@ IndexKey indexKey(PageFile& file, const TableDefinition& table, const Index& ind
         } else if (column->type == FieldType::YesNo) {
             fields.emplace_back(QByteArray(1, row.isYes(*column) ? '\x01' : '\x00'));
         } else if (const auto field = row.field(*column)) {
-            fields.emplace_back(column->type == FieldType::Memo ? longValue(file, *field)
-                                                                : field->toByteArray());
+            const bool isLong = column->type == FieldType::Memo && !field->isEmpty();
+            fields.emplace_back(isLong ? longValue(file, *field) : field->toByteArray());
         } else {
             fields.emplace_back();
         }

@@ -104,6 +104,11 @@ int roomForEntries(const Layout& layout) {
 
 void writeIndexPage(const Layout& layout, const IndexPage& page, char* bytes) {
     const std::vector<QByteArray> stored = page.storedEntries();
+    const auto hasNoBound = [](const IndexChild& child) { return child.bound.isEmpty(); };
+    if (std::count_if(page.children.begin(), page.children.end(), hasNoBound) >
+        (page.children.empty() || !hasNoBound(page.children.back()) ? 0 : 1)) {
+        throwDamaged("a page of an index has no bound");
+    }
     const int prefix = prefixLength(stored, placeLength(page));
     if (usedBytes(stored, prefix) > roomForEntries(layout)) {
         throw data::Error(QStringLiteral("the entries of an index do not fit on a page"));

@@ -43,6 +43,9 @@ std::size_t halfOf(const IndexPage& page) {
         all += entry.size();
     }
     const std::size_t least = leastCount(page);
+    if (page.count() < 2 * least) {
+        throwDamaged("an entry of an index is too long");
+    }
     std::size_t count = 0;
     for (qsizetype used = 0; count < stored.size() && used + stored[count].size() <= all / 2;) {
         used += stored[count++].size();
@@ -281,7 +284,9 @@ bool IndexTree::join(IndexPage& node, std::size_t left) {
     IndexChild& second = node.children[left + 1];
     IndexPage page = read(first.page);
     const IndexPage other = read(second.page);
-    if (page.isNode != other.isNode || page.next != second.page || other.previous != first.page) {
+    // Not every program makes a chain of the nodes.
+    if (page.isNode != other.isNode ||
+        (!page.isNode && (page.next != second.page || other.previous != first.page))) {
         throwDamaged("the pages of an index are not in a row");
     }
     const bool isTooSmall = page.isNode && std::min(page.count(), other.count()) < kLeastChildren;

@@ -79,6 +79,9 @@ LongField LongValueWriter::finish() {
 }
 
 void freeLongValue(PageFile& file, const LongValuePages& pages, const Bytes& field) {
+    if (field.isEmpty()) {
+        return;
+    }
     const quint32 flags = field.u32(0) & ~kLongLength;
     RowPlace place = RowPlace::read(field, kLongPlace);
     if ((flags & kLongInRow) != 0 || place.page == 0) {

@@ -150,15 +150,30 @@ void PageFile::releaseReadersAlone() noexcept {
     }
 }
 
-void PageFile::readPastJournal() {
-    if (!isWritable_) {
-        auto journal = std::make_unique<Journal>(journalPath_);
-        if (journal->find(descriptor_, layout_.pageSize) == Journal::Finding::Applicable) {
-            forgetPages();
-            setState(state());
-            interrupted_ = std::move(journal);
-            pageCount_ = static_cast<quint32>(interrupted_->formerSize() / layout_.pageSize);
+/// Reads what the journal has of a commit that was interrupted, or that has not changed a page yet:
+/// nobody changes one while the readers' lock is held.
+void PageFile::readFormerPages() {
+    std::unique_ptr<Journal> journal;
+    try {
+        journal = std::make_unique<Journal>(journalPath_);
+    } catch (const data::Error&) {
+        if (Journal::exists(journalPath_)) {
+            throw;
         }
+        return;  // it has been removed meanwhile
+    }
+    if (journal->find(descriptor_, layout_.pageSize) == Journal::Finding::Applicable) {
+        forgetPages();
+        setState(state());
+        ++stateNumber_;
+        interrupted_ = std::move(journal);
+        pageCount_ = static_cast<quint32>(interrupted_->formerSize() / layout_.pageSize);
+    }
+}
+
+void PageFile::readPastJournal() {
+    if (!isWritable_ || isLockedByOther(descriptor_, LockByte::Writer)) {
+        readFormerPages();
         return;
     }
     unlock(descriptor_, LockByte::Readers);
@@ -171,6 +186,9 @@ void PageFile::readPastJournal() {
     }
     unlock(descriptor_, LockByte::Writer);
     lock(descriptor_, LockByte::Readers, LockKind::Shared, lockWait_);
+    if (foreignJournal_.isEmpty() && Journal::exists(journalPath_)) {
+        readFormerPages();  // another program has written meanwhile
+    }
 }
 
 void PageFile::beginReading() {
@@ -178,10 +196,7 @@ void PageFile::beginReading() {
         lock(descriptor_, LockByte::Readers, LockKind::Shared, lockWait_);
         try {
             if (!isWriting_) {
-                // While a program holds the writer's lock the journal is one of a commit that has
-                // not changed a page yet.
-                if (Journal::exists(journalPath_) &&
-                    !isLockedByOther(descriptor_, LockByte::Writer)) {
+                if (Journal::exists(journalPath_)) {
                     readPastJournal();
                 }
                 if (!interrupted_) {

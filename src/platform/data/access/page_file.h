@@ -120,6 +120,7 @@ class PageFile {
     void requireUnchanged() const;
     void recover();
     void readPastJournal();
+    void readFormerPages();
     void releaseReadersAlone() noexcept;
     void requireWriting() const;
     void requireWritableInPlace() const;

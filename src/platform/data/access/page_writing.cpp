@@ -41,6 +41,10 @@ void PageFile::begin() {
     requireWritableInPlace();
     lock(descriptor_, LockByte::Writer, LockKind::Alone, lockWait_);
     try {
+        if (interrupted_) {
+            throw data::Error(QStringLiteral("what is being read was being written"),
+                              data::Error::Cause::Locked);
+        }
         recover();
         if (!foreignJournal_.isEmpty()) {
             throwReadOnly(foreignJournal_);
@@ -174,6 +178,7 @@ void PageFile::writeChanges() {
     try {
         lock(descriptor_, LockByte::Readers, LockKind::Alone, lockWait_);
         requireUnchanged();
+        requireWritableInPlace();
     } catch (...) {
         releaseReadersAlone();
         journal->remove();

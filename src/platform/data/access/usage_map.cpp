@@ -139,7 +139,7 @@ class MapWriter {
         std::vector<PageNumber> marked = markedPages(file_, place_);
         marked.push_back(number);
         const auto [least, greatest] = std::minmax_element(marked.begin(), marked.end());
-        const PageNumber start = *least;
+        const PageNumber start = *least / 8 * 8;  // other programs expect whole bytes
         if (*greatest - start >= inlineRange(map)) {
             return false;
         }
